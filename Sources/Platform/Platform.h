@@ -1,0 +1,26 @@
+// Everything the operating system is asked for, gathered: the program's composition root fills one for the system it
+// runs on and hands it down; a test fills one with fakes.
+#pragma once
+
+#include "Platform/AppIdentity.h"
+#include "Platform/Machine.h"
+#include "Platform/ProcessStream.h"
+#include "Platform/ProcessTable.h"
+#include "Platform/SystemStatistics.h"
+#include "Platform/ThermalState.h"
+
+#include <memory>
+
+namespace vantoro {
+
+/// A member that is null is a thing this platform cannot tell; its readers then report nothing.
+struct Platform {
+    std::shared_ptr<ProcessTable> processTable;
+    std::shared_ptr<SystemStatistics> systemStatistics;
+    std::shared_ptr<AppIdentity> appIdentity;
+    std::shared_ptr<ProcessStream> processStream;
+    std::shared_ptr<Machine> machine;
+    std::shared_ptr<ThermalState> thermalState;
+};
+
+} // namespace vantoro
