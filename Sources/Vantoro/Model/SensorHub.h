@@ -1,0 +1,165 @@
+// The one long-lived object that drives sampling: a timer ticks, a tick reads every source once, appends a snapshot to
+// the history and publishes what the interface draws from.
+#pragma once
+
+#include "Design/Format.h"
+#include "Design/Motion.h"
+#include "Model/ChartSeries.h"
+#include "Model/Core.h"
+#include "Model/HeatSmoothing.h"
+#include "Model/History.h"
+#include "Model/ProcessMonitor.h"
+#include "Model/SensorSources.h"
+#include "Model/Settings.h"
+#include "Model/Verdict.h"
+#include "Platform/Platform.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <QObject>
+#include <QTimer>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantoro {
+
+/// What the hub takes from the world beside its sources; each may be replaced in a test.
+struct HubEnvironment {
+    std::function<UnixSeconds()> now;
+    std::function<void(std::int32_t pid)> killProcess;
+    /// VANTORO_INTERVAL and VANTORO_PROCESS_MODE as they stood at launch.
+    std::optional<std::string> interval;
+    std::optional<std::string> processMode;
+    ProcessMonitor::Timing processTiming;
+
+    /// The system clock, SIGKILL, and this process's environment.
+    static HubEnvironment ofThisProcess();
+};
+
+/// The hub's timer interval: the environment's number as given where the whole text is one (and above 0), else the
+/// setting's, between 10 milliseconds and a day.
+std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval);
+
+/// The process monitor's interval in whole seconds, at least 1; the environment plays no part.
+int processInterval(double sampleInterval);
+
+/// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned.
+class SensorHub : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int processRows = 40;
+    /// Seconds between chart points.
+    static constexpr double seriesStride = 2.0;
+
+    /// The settings must outlive the hub.
+    SensorHub(const Platform& platform, SensorSources sources, const Settings& settings, HubEnvironment environment);
+    ~SensorHub() override;
+
+    const Snapshot& snapshot() const { return snapshot_; }
+    const Vitals& vitals() const { return vitals_; }
+    const Verdict& verdict() const { return verdict_; }
+    bool isReady() const { return isReady_; }
+    bool sensorsAvailable() const { return sensorsAvailable_; }
+    bool processesReady() const { return processesReady_; }
+    ProcessMonitor::Source processSource() const { return processSource_; }
+    int unreadableProcessCount() const { return unreadableProcessCount_; }
+    const std::vector<ProcessGroup>& suspects() const { return suspects_; }
+    const std::vector<Core>& cores() const { return cores_; }
+    const std::vector<double>& dieSensors() const { return dieSensors_; }
+    const std::vector<double>& gpuSensors() const { return gpuSensors_; }
+    const ChartSeries& series() const { return series_; }
+
+    const History& history() const { return history_; }
+    History& history() { return history_; }
+    Cooling cooling() const { return cooling_; }
+    const Format& format() const { return format_; }
+
+    /// The cores pane sets this while it is on screen; only then are single sensors read.
+    void setCoresPaneVisible(bool visible) { coresPaneVisible_ = visible; }
+
+    /// Starts sampling: the process monitor, one tick at once, then the timer. Does nothing the second time.
+    void start();
+    /// Only the process monitor, for a caller that ticks by its own clock.
+    void startProcesses();
+    /// One sampling round.
+    void tick();
+    /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
+    void publish(bool force);
+    /// Reads the sampling interval again and restarts the process monitor and the timer.
+    void restartTimer();
+    /// Everything measured at this moment, with the process list and machine figures that were delivered last.
+    Snapshot measure(UnixSeconds now);
+    /// Ends every process of the group, as far as the system allows, and looks again a quarter of a second later.
+    void forceQuit(const ProcessGroup& group);
+
+    /// What people call this machine; found on first use.
+    const std::string& machineName();
+    /// How many fans and sensors were found.
+    std::string sensorSummary() const;
+
+signals:
+    void snapshotChanged();
+    void vitalsChanged();
+    void verdictChanged();
+    void isReadyChanged();
+    void sensorsAvailableChanged();
+    void processesReadyChanged();
+    void processSourceChanged();
+    void unreadableProcessCountChanged();
+    void suspectsChanged();
+    void coresChanged();
+    void dieSensorsChanged();
+    void gpuSensorsChanged();
+    void seriesChanged();
+    /// Around the assignments of one publishing, with the animation they are to be shown with (none: at once).
+    void transactionBegan(const std::optional<vantoro::Animation>& animation);
+    void transactionEnded();
+
+private:
+    bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
+    Cooling foundCooling() const;
+    ThermalPressure readThermalPressure() const;
+    void assignSuspects(std::vector<ProcessGroup> suspects);
+    void rebuildSeries();
+
+    std::shared_ptr<Machine> machine_;
+    std::shared_ptr<ThermalState> thermalState_;
+    SensorSources sources_;
+    const Settings& settings_;
+    HubEnvironment environment_;
+    SettingsFormatContext formatContext_;
+    Format format_;
+    Motion motion_;
+
+    Snapshot snapshot_;
+    Vitals vitals_;
+    Verdict verdict_;
+    bool isReady_ = false;
+    bool sensorsAvailable_ = false;
+    bool processesReady_ = false;
+    ProcessMonitor::Source processSource_;
+    int unreadableProcessCount_ = 0;
+    std::vector<ProcessGroup> suspects_;
+    std::vector<Core> cores_;
+    std::vector<double> dieSensors_;
+    std::vector<double> gpuSensors_;
+    ChartSeries series_;
+
+    History history_;
+    Cooling cooling_ = Cooling::fans;
+    ProcessMonitor processes_;
+    std::unique_ptr<QTimer> timer_;
+    bool windowVisible_ = true;
+    bool coresPaneVisible_ = false;
+    std::uint64_t ticks_ = 0;
+    std::vector<ProcessSample> latestProcesses_;
+    SystemLine latestSystem_;
+    HeatSmoothing heat_;
+    std::optional<std::string> machineName_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,130 @@
+#include "Model/Settings.h"
+
+#include "Model/Numbers.h"
+
+#include <cmath>
+#include <QDateTime>
+#include <QLocale>
+#include <QSettings>
+
+namespace vantoro {
+
+namespace {
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// The locale of texts on screen. The C locale is what a machine has that was never told its language: people there
+/// read English.
+QLocale userLocale() {
+    const QLocale system = QLocale::system();
+    return system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system;
+}
+
+} // namespace
+
+Settings::Settings() : store_(std::make_unique<QSettings>("Brisel", "Vantoro")) {}
+
+Settings::Settings(const std::string& iniFile)
+    : store_(std::make_unique<QSettings>(toQString(iniFile), QSettings::IniFormat)) {}
+
+Settings::~Settings() = default;
+
+std::optional<std::string> Settings::storedText(std::string_view key) const {
+    const QVariant value = store_->value(toQString(key));
+    if (!value.isValid() || !value.canConvert<QString>())
+        return std::nullopt;
+    return value.toString().toStdString();
+}
+
+std::optional<double> Settings::storedNumber(std::string_view key) const {
+    const std::optional<std::string> text = storedText(key);
+    return text ? parseDecimal(*text) : std::nullopt;
+}
+
+std::optional<bool> Settings::storedFlag(std::string_view key) const {
+    const std::optional<std::string> text = storedText(key);
+    if (text == "true" || text == "1")
+        return true;
+    if (text == "false" || text == "0")
+        return false;
+    return std::nullopt;
+}
+
+double Settings::sampleInterval() const {
+    const double seconds = storedNumber("sampleInterval").value_or(0);
+    return seconds > 0 ? seconds : 2.0;
+}
+
+void Settings::setSampleInterval(double seconds) {
+    store_->setValue("sampleInterval", seconds);
+}
+
+bool Settings::smoothUpdates() const {
+    return storedFlag("smoothUpdates").value_or(true);
+}
+
+void Settings::setSmoothUpdates(bool on) {
+    store_->setValue("smoothUpdates", on);
+}
+
+bool Settings::spinRotors() const {
+    return storedFlag("spinRotors").value_or(true);
+}
+
+void Settings::setSpinRotors(bool on) {
+    store_->setValue("spinRotors", on);
+}
+
+std::string Settings::temperatureUnit() const {
+    return storedText("temperatureUnit").value_or("C");
+}
+
+void Settings::setTemperatureUnit(const std::string& unit) {
+    store_->setValue("temperatureUnit", toQString(unit));
+}
+
+bool Settings::menuBarShowsRPM() const {
+    return storedFlag("menuBarShowsRPM").value_or(false);
+}
+
+void Settings::setMenuBarShowsRPM(bool on) {
+    store_->setValue("menuBarShowsRPM", on);
+}
+
+double Settings::historyMinutes() const {
+    const double minutes = storedNumber("historyMinutes").value_or(0);
+    return minutes > 0 ? minutes : 30;
+}
+
+void Settings::setHistoryMinutes(double minutes) {
+    store_->setValue("historyMinutes", minutes);
+}
+
+std::string Settings::processMonitorMode() const {
+    return storedText("processMonitorMode").value_or("auto");
+}
+
+void Settings::setProcessMonitorMode(const std::string& mode) {
+    store_->setValue("processMonitorMode", toQString(mode));
+}
+
+std::string Settings::appearance() const {
+    return storedText("appearance").value_or("system");
+}
+
+void Settings::setAppearance(const std::string& name) {
+    store_->setValue("appearance", toQString(name));
+}
+
+std::optional<std::string> SettingsFormatContext::grouped(std::int64_t number) const {
+    return userLocale().toString(static_cast<qlonglong>(number)).toStdString();
+}
+
+std::string SettingsFormatContext::timeOfDay(UnixSeconds instant) const {
+    const QDateTime local = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(instant * 1000)));
+    return userLocale().toString(local.time(), QLocale::ShortFormat).toStdString();
+}
+
+} // namespace vantoro

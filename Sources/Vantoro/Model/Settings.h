@@ -1,0 +1,71 @@
+// The user's settings: every key with its type and default, over the system's own settings store.
+#pragma once
+
+#include "Design/FormatContext.h"
+
+#include <memory>
+#include <string>
+
+class QSettings;
+
+namespace vantoro {
+
+/// Read at the moment of each call; a value that is missing, of another type or not finite is the default. Main thread.
+class Settings {
+public:
+    /// The user's own store.
+    Settings();
+    /// A store kept in this file, for tests.
+    explicit Settings(const std::string& iniFile);
+    ~Settings();
+
+    /// Seconds between samples; 2 unless a number above 0 is stored.
+    double sampleInterval() const;
+    void setSampleInterval(double seconds);
+    /// Animate changes of value.
+    bool smoothUpdates() const;
+    void setSmoothUpdates(bool on);
+    /// Let the drawn fans turn.
+    bool spinRotors() const;
+    void setSpinRotors(bool on);
+    /// "F" is Fahrenheit, anything else Celsius.
+    std::string temperatureUnit() const;
+    void setTemperatureUnit(const std::string& unit);
+    bool menuBarShowsRPM() const;
+    void setMenuBarShowsRPM(bool on);
+    /// Minutes of history to keep.
+    double historyMinutes() const;
+    void setHistoryMinutes(double minutes);
+    /// "auto" or "unprivileged".
+    std::string processMonitorMode() const;
+    void setProcessMonitorMode(const std::string& mode);
+    /// "light", "dark", or anything else for the system's.
+    std::string appearance() const;
+    void setAppearance(const std::string& name);
+
+    /// What is stored under a key, if it reads as that type.
+    std::optional<std::string> storedText(std::string_view key) const;
+    std::optional<double> storedNumber(std::string_view key) const;
+    std::optional<bool> storedFlag(std::string_view key) const;
+
+private:
+    std::unique_ptr<QSettings> store_;
+};
+
+/// The settings and the user's locale, for Format and Motion.
+class SettingsFormatContext : public FormatContext {
+public:
+    /// The settings must outlive the context.
+    explicit SettingsFormatContext(const Settings& settings) : settings_(settings) {}
+
+    std::optional<std::string> text(std::string_view key) const override { return settings_.storedText(key); }
+    std::optional<double> number(std::string_view key) const override { return settings_.storedNumber(key); }
+    std::optional<bool> flag(std::string_view key) const override { return settings_.storedFlag(key); }
+    std::optional<std::string> grouped(std::int64_t number) const override;
+    std::string timeOfDay(UnixSeconds instant) const override;
+
+private:
+    const Settings& settings_;
+};
+
+} // namespace vantoro
