@@ -1,5 +1,7 @@
 #include "Design/Format.h"
 
+#include "Model/WholeNumber.h"
+
 #include <array>
 #include <cmath>
 #include <fmt/format.h>
@@ -55,11 +57,11 @@ std::string Format::megahertz(double megahertz) {
 }
 
 std::string Format::rpm(double rpm) const {
-    return context_.grouped(std::llround(rpm)).value_or("0");
+    return context_.grouped(rounded(rpm)).value_or("0");
 }
 
 std::string Format::relative(UnixSeconds moment, UnixSeconds now) {
-    const auto seconds = static_cast<std::int64_t>(now - moment);
+    const std::int64_t seconds = truncated(now - moment);
     if (seconds > 59)
         return fmt::format("{}m ago", seconds / 60);
     return fmt::format("{}s ago", seconds);

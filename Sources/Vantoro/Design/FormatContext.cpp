@@ -1,5 +1,7 @@
 #include "Design/FormatContext.h"
 
+#include "Model/WholeNumber.h"
+
 #include <cmath>
 #include <fmt/format.h>
 
@@ -27,9 +29,11 @@ std::optional<std::string> DefaultFormatContext::grouped(std::int64_t number) co
 
 std::string DefaultFormatContext::timeOfDay(UnixSeconds instant) const {
     constexpr double secondsPerDay = 86400;
-    const double secondOfDay = instant - std::floor(instant / secondsPerDay) * secondsPerDay;
-    const int minutes = static_cast<int>(secondOfDay / 60);
-    const int hour = minutes / 60 % 24;
+    double secondOfDay = std::fmod(instant, secondsPerDay);
+    if (secondOfDay < 0)
+        secondOfDay += secondsPerDay;
+    const std::int64_t minutes = truncated(secondOfDay / 60);
+    const std::int64_t hour = minutes / 60 % 24;
     return fmt::format("{}:{:02} {}", hour % 12 == 0 ? 12 : hour % 12, minutes % 60, hour < 12 ? "AM" : "PM");
 }
 

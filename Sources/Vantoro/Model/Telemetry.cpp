@@ -39,7 +39,7 @@ std::string FanReading::label() const {
         return "Left";
     if (index == 1)
         return "Right";
-    return fmt::format("Fan {}", index + 1);
+    return fmt::format("Fan {}", std::int64_t{index} + 1);
 }
 
 std::optional<ThermalPressure> thermalPressure(int rawValue) {

@@ -1,0 +1,28 @@
+// Whole numbers from measurements. A measurement may be anything a sensor or a recording says; a plain conversion of
+// one that no integer holds would be undefined.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace vantoro {
+
+/// The number without its fraction; clamped to 64 bits, 0 for NaN.
+inline std::int64_t truncated(double value) {
+    constexpr double limit = 9223372036854775808.0; // 2^63, the first number too large
+    if (std::isnan(value))
+        return 0;
+    if (value >= limit)
+        return std::numeric_limits<std::int64_t>::max();
+    if (value < -limit)
+        return std::numeric_limits<std::int64_t>::min();
+    return static_cast<std::int64_t>(value);
+}
+
+/// The nearest whole number, halves away from zero; clamped to 64 bits, 0 for NaN.
+inline std::int64_t rounded(double value) {
+    return truncated(std::round(value));
+}
+
+} // namespace vantoro
