@@ -1,0 +1,53 @@
+# A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
+.DEFAULT_GOAL := build
+.PHONY: build run test bench core asan tsan fuzz format format-check tidy clean
+
+sources := $(shell git ls-files --cached --others --exclude-standard -- 'Sources/*.h' 'Sources/*.cpp' 'Tests/*.h' \
+	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
+
+# configure-and-build PRESET: configures once (CMake itself configures again when its files change), then builds.
+define configure-and-build
+	@test -f build/$(1)/build.ninja || cmake --preset $(1)
+	@cmake --build --preset $(1)
+endef
+
+build:
+	@Scripts/bootstrap build
+	$(call configure-and-build,release)
+
+run: build
+	@build/release/bin/vantoro --explain
+
+test:
+	@Scripts/bootstrap test
+	$(call configure-and-build,dev)
+	@ctest --preset dev
+
+asan tsan core:
+	@Scripts/bootstrap ci
+	$(call configure-and-build,$@)
+	@ctest --preset $@
+
+fuzz:
+	@Scripts/bootstrap ci
+	$(call configure-and-build,fuzz)
+	@Scripts/fuzz
+
+bench:
+	@Scripts/bootstrap bench
+	$(call configure-and-build,bench)
+	@Benchmarks/run
+
+format:
+	@clang-format -i $(sources)
+
+format-check:
+	@clang-format --dry-run -Werror $(sources)
+
+# The model's own files: what decides and words; the rest is covered by the compilers' warnings and the sanitizers.
+tidy:
+	@test -f build/dev/compile_commands.json || cmake --preset dev
+	@printf '%s\n' Sources/Vantoro/Model/*.cpp Sources/Vantoro/Design/*.cpp | xargs -P 2 -n 4 clang-tidy --quiet -p build/dev
+
+clean:
+	@rm -rf build

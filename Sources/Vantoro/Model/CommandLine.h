@@ -1,0 +1,40 @@
+// What the program is asked to do, from its arguments.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace vantoro {
+
+struct CommandLine {
+    enum class Action { window, explain, record, help, version };
+    Action action = Action::window;
+    /// With explain or record: how long to sample.
+    std::optional<double> seconds;
+    /// With record: the file to write.
+    std::string recordFile;
+    /// The recording to read in place of live sensors.
+    std::optional<std::string> replayFile;
+    /// With explain: machine-readable.
+    bool json = false;
+
+    bool operator==(const CommandLine&) const = default;
+};
+
+/// One line that says what is wrong with the arguments.
+struct CommandLineError {
+    std::string reason;
+
+    bool operator==(const CommandLineError&) const = default;
+};
+
+/// The arguments without the program's own name.
+std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<std::string_view>& arguments);
+
+/// What `--help` prints.
+std::string helpText();
+
+} // namespace vantoro

@@ -1,0 +1,20 @@
+// `vantoro --explain`: the verdict and the report, printed, from this machine or from a recording.
+#pragma once
+
+#include "Model/CommandLine.h"
+#include "Model/SensorHub.h"
+
+#include <string>
+
+namespace vantoro {
+
+/// Samples this machine with the hub for the asked time (20 seconds unless told), or until interrupted, then prints on
+/// standard output what the model concludes; a terminal on standard error is told how far it is. Needs a
+/// QCoreApplication. Gives the program's exit status.
+int explainThisMachine(const CommandLine& line, SensorHub& hub);
+
+/// The same from a recording, at once. A recording that cannot be used gets one line on standard error, nothing on
+/// standard output, and exit status 2.
+int explainRecording(const CommandLine& line, const Format& format);
+
+} // namespace vantoro

@@ -1,0 +1,25 @@
+// Tells the event loop that somebody asked the program to stop (SIGINT or SIGTERM), so that it can finish what it holds.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+
+class QSocketNotifier;
+
+namespace vantoro {
+
+/// At most one at a time, on the main thread. Its destructor gives the signals their former meaning back.
+class InterruptWatcher {
+public:
+    explicit InterruptWatcher(std::function<void()> onInterrupt);
+    ~InterruptWatcher();
+    InterruptWatcher(const InterruptWatcher&) = delete;
+    InterruptWatcher& operator=(const InterruptWatcher&) = delete;
+
+private:
+    std::array<int, 2> pipe_{-1, -1};
+    std::unique_ptr<QSocketNotifier> notifier_;
+};
+
+} // namespace vantoro
