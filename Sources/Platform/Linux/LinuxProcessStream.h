@@ -1,0 +1,24 @@
+// The process stream, from this project's own small program.
+#pragma once
+
+#include "Platform/ProcessStream.h"
+
+#include <optional>
+#include <string>
+
+namespace vantoro {
+
+class LinuxProcessStream : public ProcessStream {
+public:
+    /// `programFolder` is the folder of the running program, beside which vantoro-top lies; `override`, the value of
+    /// the environment variable VANTORO_TOP, names another program instead (an empty one does not).
+    LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override);
+
+    ProgramCommand stream(int samples, int intervalSeconds, int rows) const override;
+    ProgramCommand pathList() const override;
+
+private:
+    std::string program_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,61 @@
+// The process table, from /proc.
+#pragma once
+
+#include "Platform/Linux/KeptFile.h"
+#include "Platform/Linux/ProcScan.h"
+#include "Platform/ProcessTable.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vantoro {
+
+/// The account's name from the system's user database (getpwuid_r); none when there is no such account.
+std::optional<std::string> accountName(std::uint32_t uid);
+
+/// What the kernel's figures are counted in.
+struct KernelUnits {
+    std::uint64_t ticksPerSecond = 100;
+    std::uint64_t pageBytes = 4096;
+
+    /// This machine's.
+    static KernelUnits ofThisMachine();
+};
+
+/// One system call per process and sample: `shortRecord` reads /proc/PID/stat through a descriptor that is kept open,
+/// and the `taskRecord` that follows it takes its figures from the same reading. The start time is in clock ticks after
+/// boot.
+class LinuxProcessTable : public ProcessTable {
+public:
+    struct Options {
+        /// The folder that holds proc.
+        std::string root = "/";
+        KernelUnits units = KernelUnits::ofThisMachine();
+        /// How many descriptors may be kept open.
+        std::size_t descriptorBudget = vantoro::descriptorBudget();
+        std::optional<std::string> (*accountName)(std::uint32_t uid) = vantoro::accountName;
+    };
+
+    LinuxProcessTable() : LinuxProcessTable(Options{}) {}
+    explicit LinuxProcessTable(const Options& options);
+
+    void listPids(std::vector<std::int32_t>& pids) override;
+    std::optional<ShortProcessRecord> shortRecord(std::int32_t pid) override;
+    std::optional<TaskRecord> taskRecord(std::int32_t pid) override;
+    std::string path(std::int32_t pid) override;
+    std::optional<std::string> userName(std::uint32_t uid) override;
+
+private:
+    Options options_;
+    KeptFile kernelStat_;
+    ProcScan scan_;
+    /// Whose reading the next task record is to come from; 0 for no one's.
+    std::int32_t justRead_ = 0;
+    std::unordered_map<std::uint32_t, std::optional<std::string>> userNames_;
+};
+
+} // namespace vantoro

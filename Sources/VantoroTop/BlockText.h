@@ -1,0 +1,58 @@
+// The text that vantoro-top prints. Pure: records in, bytes out, appended to a string that keeps its room.
+#pragma once
+
+#include "Platform/SystemStatistics.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace vantoro::top {
+
+struct ProcessCounts {
+    std::uint64_t total = 0;
+    std::uint64_t running = 0;
+    std::uint64_t threads = 0;
+};
+
+/// What one block says of the whole machine.
+struct SystemFigures {
+    ProcessCounts processes;
+    std::tm localTime{};
+    LoadAverages load;
+    double userPercent = 0;
+    double systemPercent = 0;
+    double idlePercent = 100;
+    std::uint64_t totalKiB = 0;
+    VirtualMemory memory;
+    /// Pages swapped since the block before.
+    std::uint64_t swapInsSince = 0;
+    std::uint64_t swapOutsSince = 0;
+};
+
+struct Row {
+    std::int32_t pid = 0;
+    std::string_view command;
+    /// 100 is one fully busy core.
+    double cpuPercent = 0;
+    std::uint64_t residentKiB = 0;
+    std::string_view user;
+};
+
+/// Appends the block's head: the lines on the machine, a blank line and the column titles, each of at most `columns`
+/// characters.
+void appendHead(std::string& text, const SystemFigures& figures, std::size_t columns);
+
+/// Appends one process's line.
+void appendRow(std::string& text, const Row& row, std::size_t columns);
+
+/// Appends one line of the path list: "PID PATH".
+void appendPathLine(std::string& text, std::int32_t pid, std::string_view path);
+
+/// Appends at most `most` characters of a text that may hold any bytes: a control character and every byte that is not
+/// UTF-8 become "?". Gives how many characters it appended.
+std::size_t appendSafely(std::string& text, std::string_view raw, std::size_t most);
+
+} // namespace vantoro::top

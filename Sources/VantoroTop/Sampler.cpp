@@ -1,0 +1,106 @@
+#include "VantoroTop/Sampler.h"
+
+#include <algorithm>
+
+namespace vantoro::top {
+
+Sampler::Sampler(const Options& options)
+    : units_(options.units), statistics_(options.root), scan_(options.root, options.descriptorBudget) {
+    figures_.totalKiB = statistics_.physicalMemoryBytes() / 1024;
+}
+
+void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns) {
+    const auto stat = statistics_.kernelStat();
+    scan_.list(stat ? stat->forks : std::nullopt);
+
+    const double elapsed = previous_ ? moment.monotonicSeconds - previous_->monotonicSeconds : 0;
+    // A process that started after the sample before spent all of its time since; one that merely came into sight did
+    // not. A tick more, because start times are cut to whole ticks.
+    const double previousBootTicks =
+        previous_ ? previous_->bootSeconds * static_cast<double>(units_.ticksPerSecond) + 1 : 0;
+
+    busy_.clear();
+    idle_.clear();
+    figures_.processes = {};
+    const auto processes = scan_.processes();
+    for (std::size_t index = 0; index < processes.size(); ++index) {
+        ScannedProcess& process = processes[index];
+        if (!scan_.read(process))
+            continue;
+        ++figures_.processes.total;
+        figures_.processes.running += process.state == 'R' ? 1 : 0;
+        figures_.processes.threads += process.threads;
+        const std::uint64_t now = process.totalTicks();
+        std::uint64_t spent = 0;
+        if (process.readings > 1)
+            spent = now > process.previousTicks ? now - process.previousTicks : 0;
+        else if (previous_ && static_cast<double>(process.startTicks) >= previousBootTicks)
+            spent = now;
+        if (spent != 0)
+            busy_.push_back({spent, index});
+        else if (idle_.size() < rows)
+            idle_.push_back(index);
+    }
+    std::sort(busy_.begin(), busy_.end(), [](const Busy& left, const Busy& right) {
+        return left.ticks != right.ticks ? left.ticks > right.ticks : left.index < right.index;
+    });
+
+    if (stat)
+        compareTicks(stat->ticks);
+    figures_.localTime = moment.localTime;
+    figures_.load = statistics_.loadAverages().value_or(LoadAverages{});
+    figures_.memory = statistics_.virtualMemory().value_or(VirtualMemory{});
+    const auto since = [](std::uint64_t now, std::uint64_t before) { return now > before ? now - before : 0; };
+    figures_.swapInsSince = previousMemory_ ? since(figures_.memory.swapIns, previousMemory_->swapIns) : 0;
+    figures_.swapOutsSince = previousMemory_ ? since(figures_.memory.swapOuts, previousMemory_->swapOuts) : 0;
+    previousMemory_ = figures_.memory;
+    appendHead(text, figures_, columns);
+
+    const double perTick = elapsed > 0 ? 100 / (elapsed * static_cast<double>(units_.ticksPerSecond)) : 0;
+    std::size_t printed = 0;
+    for (; printed < std::min(rows, busy_.size()); ++printed)
+        appendProcess(text, processes[busy_[printed].index], static_cast<double>(busy_[printed].ticks) * perTick,
+                      columns);
+    for (std::size_t next = 0; printed < rows && next < idle_.size(); ++next, ++printed)
+        appendProcess(text, processes[idle_[next]], 0, columns);
+    previous_ = moment;
+}
+
+void Sampler::compareTicks(const HostTicks& ticks) {
+    figures_.userPercent = 0;
+    figures_.systemPercent = 0;
+    figures_.idlePercent = 100;
+    if (previousTicks_) {
+        // 32 bits wide: a counter that wrapped still gives a small difference.
+        const double user = static_cast<double>(ticks.user - previousTicks_->user) +
+                            static_cast<double>(ticks.nice - previousTicks_->nice);
+        const double system = ticks.system - previousTicks_->system;
+        const double idle = ticks.idle - previousTicks_->idle;
+        if (const double total = user + system + idle; total > 0) {
+            figures_.userPercent = user / total * 100;
+            figures_.systemPercent = system / total * 100;
+            figures_.idlePercent = idle / total * 100;
+        }
+    }
+    previousTicks_ = ticks;
+}
+
+void Sampler::appendProcess(std::string& text, ScannedProcess& process, double cpuPercent, std::size_t columns) {
+    const auto uid = scan_.uid(process);
+    appendRow(text,
+              {.pid = process.pid,
+               .command = process.name,
+               .cpuPercent = cpuPercent,
+               .residentKiB = process.residentPages * (units_.pageBytes / 1024),
+               .user = uid ? std::string_view(userName(*uid)) : std::string_view("?")},
+              columns);
+}
+
+const std::string& Sampler::userName(std::uint32_t uid) {
+    const auto known = userNames_.find(uid);
+    if (known != userNames_.end())
+        return known->second;
+    return userNames_.emplace(uid, accountName(uid).value_or(std::to_string(uid))).first->second;
+}
+
+} // namespace vantoro::top

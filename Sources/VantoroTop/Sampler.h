@@ -1,0 +1,64 @@
+// From one reading of the machine to the next: which processes were busy in between.
+#pragma once
+
+#include "Platform/Linux/LinuxProcessTable.h"
+#include "Platform/Linux/LinuxSystemStatistics.h"
+#include "Platform/Linux/ProcScan.h"
+#include "VantoroTop/BlockText.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace vantoro::top {
+
+/// When a sample is taken, by three clocks of the system.
+struct Moment {
+    /// Never set back, and still while the machine is suspended, like the processes themselves.
+    double monotonicSeconds = 0;
+    /// Since boot, as the processes' start times count.
+    double bootSeconds = 0;
+    std::tm localTime{};
+};
+
+class Sampler {
+public:
+    struct Options {
+        std::string root = "/";
+        KernelUnits units = KernelUnits::ofThisMachine();
+        std::size_t descriptorBudget = vantoro::descriptorBudget();
+    };
+
+    explicit Sampler(const Options& options);
+
+    /// Takes a sample and appends its block: the `rows` busiest processes since the sample before, highest share first,
+    /// equals by pid. The first sample has nothing to compare with and shows every share as 0.
+    void appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns);
+
+private:
+    struct Busy {
+        std::uint64_t ticks;
+        std::size_t index;
+    };
+
+    void compareTicks(const HostTicks& ticks);
+    void appendProcess(std::string& text, ScannedProcess& process, double cpuPercent, std::size_t columns);
+    const std::string& userName(std::uint32_t uid);
+
+    KernelUnits units_;
+    LinuxSystemStatistics statistics_;
+    ProcScan scan_;
+    SystemFigures figures_;
+    std::vector<Busy> busy_;
+    std::vector<std::size_t> idle_;
+    std::unordered_map<std::uint32_t, std::string> userNames_;
+    std::optional<Moment> previous_;
+    std::optional<HostTicks> previousTicks_;
+    std::optional<VirtualMemory> previousMemory_;
+};
+
+} // namespace vantoro::top
