@@ -48,7 +48,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::optional<double> parseSeconds(std::string_view text) {
-    constexpr double longestSeconds = 366.0 * 86400;
+    constexpr double longestSeconds = 24 * 86400; // what a millisecond timer can hold
     const std::optional<double> seconds = parseDecimal(text);
     return seconds && *seconds > 0 && *seconds <= longestSeconds ? seconds : std::nullopt;
 }

@@ -1,0 +1,114 @@
+#include "Model/ExplainCommand.h"
+
+#include "Model/Conclusion.h"
+#include "Model/InterruptWatcher.h"
+#include "Model/JsonReport.h"
+#include "Model/RecordingFile.h"
+#include "Model/TextReport.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTimer>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vantoro {
+
+namespace {
+
+constexpr int writeFault = 1;
+constexpr int recordingFault = 2;
+constexpr double defaultSeconds = 20;
+
+/// How wide lines may be: the terminal's width up to what reads well, 80 where there is no terminal.
+std::size_t lineWidth() {
+    constexpr std::size_t withoutTerminal = 80;
+    constexpr std::size_t widest = 100;
+    winsize size{};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return withoutTerminal;
+    return std::min<std::size_t>(size.ws_col, widest);
+}
+
+int print(const CommandLine& line, const History& history, const Conclusion& conclusion) {
+    const bool emphasis = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+    const std::string text =
+        line.json ? jsonReport(history, conclusion.verdict, conclusion.suspects, conclusion.explanation,
+                               conclusion.series) +
+                        '\n'
+                  : textReport(conclusion.verdict, conclusion.explanation, lineWidth(), emphasis);
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        std::fputs("vantoro: the report could not be written\n", stderr);
+        return writeFault;
+    }
+    return EXIT_SUCCESS;
+}
+
+/// One line on a terminal, written over as time goes by and cleared at the end; nothing anywhere else.
+class Progress {
+public:
+    explicit Progress(double seconds) : total_(seconds), deadline_(std::chrono::milliseconds(std::llround(seconds * 1e3))) {
+        if (::isatty(STDERR_FILENO) == 0)
+            return;
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { show(); });
+        timer_.start(std::chrono::seconds(1));
+        show();
+    }
+
+    ~Progress() {
+        if (timer_.isActive())
+            fmt::print(stderr, "\r\x1b[K");
+    }
+
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+private:
+    void show() {
+        const double left = static_cast<double>(deadline_.remainingTime()) / 1e3;
+        fmt::print(stderr, "\rWatching this machine: {:.0f} of {:.0f} s", std::floor(total_ - left), total_);
+        std::fflush(stderr);
+    }
+
+    double total_;
+    QDeadlineTimer deadline_;
+    QTimer timer_;
+};
+
+} // namespace
+
+int explainThisMachine(const CommandLine& line, SensorHub& hub) {
+    const double seconds = line.seconds.value_or(defaultSeconds);
+    {
+        const Progress progress(seconds);
+        const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+        QTimer::singleShot(std::chrono::milliseconds(std::llround(std::min(seconds, 1e6) * 1e3)),
+                           QCoreApplication::instance(), &QCoreApplication::quit);
+        hub.start();
+        QCoreApplication::exec();
+        // What was delivered since the last tick counts too.
+        hub.tick();
+    }
+    return print(line, hub.history(), conclude(hub.history(), hub.format()));
+}
+
+int explainRecording(const CommandLine& line, const Format& format) {
+    History history;
+    const RecordingResult result =
+        readRecording(*line.replayFile, [&history](Snapshot&& snapshot) { history.append(std::move(snapshot)); });
+    if (result.error) {
+        fmt::print(stderr, "vantoro: {}\n", result.error->text(*line.replayFile));
+        return recordingFault;
+    }
+    if (result.warning)
+        fmt::print(stderr, "vantoro: {}\n", result.warning->text(*line.replayFile));
+    return print(line, history, conclude(history, format));
+}
+
+} // namespace vantoro

@@ -1,0 +1,61 @@
+#include "Model/RecordCommand.h"
+
+#include "Model/InterruptWatcher.h"
+#include "Model/RecordingFile.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <limits>
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace vantoro {
+
+namespace {
+
+constexpr int writeFault = 1;
+
+UnixSeconds secondsSinceEpoch() {
+    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+} // namespace
+
+int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
+    RecordingWriter writer;
+    RecordingWriter::Failure failure =
+        writer.open(line.recordFile, {.machine = hub.machineName(), .created = utcText(secondsSinceEpoch())});
+    const auto takeOne = [&] {
+        Snapshot snapshot = hub.measure(secondsSinceEpoch());
+        History::keepBusiest(snapshot.processes);
+        failure = writer.append(snapshot);
+        if (failure)
+            QCoreApplication::exit(writeFault);
+    };
+    if (!failure) {
+        hub.startProcesses();
+        takeOne();
+    }
+    if (!failure) {
+        const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, &timer, takeOne);
+        timer.start(interval);
+        QTimer end;
+        end.setSingleShot(true);
+        QObject::connect(&end, &QTimer::timeout, &end, [] { QCoreApplication::quit(); });
+        if (line.seconds && *line.seconds * 1e3 < std::numeric_limits<int>::max())
+            end.start(std::chrono::milliseconds(std::llround(*line.seconds * 1e3)));
+        QCoreApplication::exec();
+    }
+    if (!failure)
+        failure = writer.close();
+    if (!failure)
+        return EXIT_SUCCESS;
+    fmt::print(stderr, "vantoro: {}: {}\n", line.recordFile, *failure);
+    return writeFault;
+}
+
+} // namespace vantoro

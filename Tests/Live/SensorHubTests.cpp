@@ -1,0 +1,231 @@
+#include "Model/SensorHub.h"
+
+#include "Support/EventLoop.h"
+
+#include <gtest/gtest.h>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+namespace vantoro {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::waitUntil;
+
+class FakeSensors : public SensorReader, public CoreSource, public GPUPowerSource {
+public:
+    bool isOpen() const override { return open; }
+    Cooling cooling() const override { return cools; }
+    int fanCount() const override { return 2; }
+    int sensorCount() const override { return 41; }
+    std::vector<FanReading> readFans() override { return fans; }
+    Temperatures readTemperatures() override { return {.soc = soc}; }
+    PowerReading readPower() override { return {.systemWatts = 20, .gpuWatts = 99}; }
+    std::vector<double> readDieSensors() override { return dies; }
+    std::vector<double> readGPUSensors() override { return gpus; }
+    void sample() override { ++coreSamples; }
+    const std::vector<Core>& cores() const override { return coreList; }
+    double sampleWatts() override { return 3.5; }
+
+    bool open = true;
+    Cooling cools = Cooling::fans;
+    double soc = 50;
+    std::vector<FanReading> fans{{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
+    std::vector<double> dies;
+    std::vector<double> gpus;
+    std::vector<Core> coreList{{.index = 0}};
+    int coreSamples = 0;
+};
+
+class FixedThermalState : public ThermalState {
+public:
+    int rawValue() override { return value; }
+    int value = 0;
+};
+
+class SensorHubTest : public ::testing::Test {
+protected:
+    SensorHubTest() : settings(folder.filePath("settings.ini").toStdString()) {
+        environment.now = [this] { return now += 2; };
+        environment.killProcess = [this](std::int32_t pid) { killed.push_back(pid); };
+        environment.processTiming.firstFallbackSample = 1ms;
+        environment.processMode = "unprivileged";
+        platform.thermalState = thermal;
+    }
+
+    SensorHub& makeHub() {
+        hub = std::make_unique<SensorHub>(platform, SensorSources{sensors, sensors, sensors}, settings, environment);
+        return *hub;
+    }
+
+    QTemporaryDir folder;
+    Settings settings;
+    HubEnvironment environment{};
+    UnixSeconds now = 1000;
+    std::vector<std::int32_t> killed;
+    std::shared_ptr<FakeSensors> sensors = std::make_shared<FakeSensors>();
+    std::shared_ptr<FixedThermalState> thermal = std::make_shared<FixedThermalState>();
+    Platform platform;
+    std::unique_ptr<SensorHub> hub;
+};
+
+TEST_F(SensorHubTest, ATickMeasuresAndPublishes) {
+    SensorHub& subject = makeHub();
+    EXPECT_EQ(subject.snapshot().fans.size(), 1U) << "a first look is taken at once";
+    EXPECT_TRUE(subject.history().snapshots().empty());
+    EXPECT_EQ(subject.snapshot().cpu.idlePercent, 100);
+    thermal->value = 2;
+    subject.tick();
+    const Snapshot& snapshot = subject.snapshot();
+    EXPECT_EQ(snapshot.timestamp, 1004);
+    EXPECT_EQ(snapshot.power, (PowerReading{.systemWatts = 20, .gpuWatts = 3.5})) << "the GPU's figure is its own source's";
+    EXPECT_EQ(snapshot.chipHeat, 50);
+    EXPECT_EQ(snapshot.thermalPressure, ThermalPressure::serious);
+    EXPECT_EQ(subject.history().snapshots().back(), snapshot);
+    EXPECT_EQ(subject.verdict().severity, Severity::critical);
+    EXPECT_EQ(subject.cores(), sensors->coreList);
+    EXPECT_TRUE(subject.isReady());
+    thermal->value = 7;
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().thermalPressure, ThermalPressure::nominal);
+}
+
+TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
+    SensorHub& subject = makeHub();
+    const QSignalSpy vitals(&subject, &SensorHub::vitalsChanged);
+    const QSignalSpy suspects(&subject, &SensorHub::suspectsChanged);
+    const QSignalSpy series(&subject, &SensorHub::seriesChanged);
+    const QSignalSpy verdicts(&subject, &SensorHub::verdictChanged);
+    for (int i = 0; i < 4; ++i)
+        subject.tick();
+    EXPECT_EQ(vitals.count(), 1) << "all zero memory counts as the same figure, the pressure of the first look too";
+    EXPECT_EQ(suspects.count(), 0);
+    EXPECT_EQ(series.count(), 4) << "once each tick";
+    EXPECT_EQ(verdicts.count(), 8) << "published, then concluded again";
+    sensors->soc = 50.3;
+    subject.tick();
+    EXPECT_EQ(vitals.count(), 1) << "not by a shown step";
+    sensors->soc = 90;
+    subject.tick();
+    EXPECT_EQ(vitals.count(), 2);
+}
+
+TEST_F(SensorHubTest, SingleSensorsAreReadForThePaneOnlyAndAPartialReadingKeepsTheLast) {
+    SensorHub& subject = makeHub();
+    sensors->dies.assign(8, 60);
+    sensors->gpus.assign(4, 55);
+    subject.tick();
+    EXPECT_TRUE(subject.dieSensors().empty());
+    subject.setCoresPaneVisible(true);
+    subject.tick();
+    EXPECT_EQ(subject.dieSensors().size(), 8U);
+    EXPECT_EQ(subject.gpuSensors().size(), 4U);
+    sensors->dies.assign(7, 10);
+    sensors->gpus.assign(3, 10);
+    subject.tick();
+    EXPECT_EQ(subject.dieSensors(), std::vector<double>(8, 60));
+    EXPECT_EQ(subject.gpuSensors(), std::vector<double>(4, 55));
+}
+
+TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) {
+    sensors->open = false;
+    sensors->cools = Cooling::passive;
+    SensorHub& closed = makeHub();
+    closed.start();
+    EXPECT_EQ(closed.cooling(), Cooling::fans);
+    EXPECT_FALSE(closed.sensorsAvailable());
+    EXPECT_TRUE(closed.snapshot().fans.empty());
+    EXPECT_EQ(closed.sensorSummary(), "0 fans · 0 sensors");
+
+    sensors->open = true;
+    sensors->soc = 0;
+    EXPECT_EQ(makeHub().verdict().headline, "Waiting for the chip");
+    EXPECT_EQ(makeHub().verdict().stateLabel(), "Measuring");
+    sensors->soc = 40;
+    EXPECT_EQ(makeHub().verdict().headline, "All cool");
+    EXPECT_EQ(makeHub().sensorSummary(), "No fans · 41 sensors");
+}
+
+TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
+    environment.interval = "0.01";
+    SensorHub& subject = makeHub();
+    const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
+    subject.start();
+    EXPECT_EQ(snapshots.count(), 1) << "the first tick does not wait";
+    subject.start();
+    EXPECT_EQ(snapshots.count(), 1);
+    EXPECT_TRUE(waitUntil([&] { return snapshots.count() >= 4; }));
+    EXPECT_TRUE(waitUntil([&] { return subject.processesReady(); }));
+    EXPECT_EQ(subject.processSource(), (ProcessMonitor::Source{ProcessMonitor::Source::Kind::ownProcessesOnly, true}));
+    subject.restartTimer();
+    const qsizetype before = snapshots.count();
+    EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
+}
+
+TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
+    SensorHub& subject = makeHub();
+    const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
+    ProcessGroup group;
+    for (const std::int32_t pid : {30, 0, -1, 20})
+        group.members.push_back({.pid = pid});
+    subject.forceQuit(group);
+    EXPECT_EQ(killed, (std::vector<std::int32_t>{30, 20})) << "0 and -1 would reach every process there is";
+    EXPECT_TRUE(waitUntil([&] { return snapshots.count() == 1; })) << "the list is looked at again";
+}
+
+TEST(SensorHubIntervals, SettingAndEnvironment) {
+    EXPECT_EQ(timerInterval({}, 0.4), 400ms);
+    EXPECT_EQ(timerInterval("0.5", 2), 500ms);
+    for (const char* const bad : {" 0.5", "fast", "", "0", "-3", "nan", "1e999"})
+        EXPECT_EQ(timerInterval(bad, 2), 2000ms) << bad;
+    EXPECT_EQ(timerInterval("1e300", 2), 24h);
+    EXPECT_EQ(processInterval(0.4), 1);
+    EXPECT_EQ(processInterval(2.5), 3);
+    EXPECT_EQ(processInterval(1e300), 86400);
+}
+
+TEST(HeatSmoothing, WeighsByElapsedTime) {
+    HeatSmoothing heat;
+    EXPECT_EQ(heat.smoothed(0, 0), 0);
+    EXPECT_EQ(heat.smoothed(10, 40), 40);
+    EXPECT_EQ(heat.smoothed(12, 0), 40) << "a missing reading changes nothing";
+    EXPECT_NEAR(heat.smoothed(18, 140), 40 + 63.21, 0.01);
+    const double before = heat.smoothed(18, 140);
+    EXPECT_EQ(heat.smoothed(5, 0.5), before) << "a clock that stepped back";
+}
+
+TEST(Settings, DefaultsAndMalformedValues) {
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("settings.ini").toStdString();
+    {
+        Settings settings(file);
+        EXPECT_EQ(settings.sampleInterval(), 2);
+        EXPECT_TRUE(settings.smoothUpdates());
+        EXPECT_TRUE(settings.spinRotors());
+        EXPECT_EQ(settings.temperatureUnit(), "C");
+        EXPECT_FALSE(settings.menuBarShowsRPM());
+        EXPECT_EQ(settings.historyMinutes(), 30);
+        EXPECT_EQ(settings.processMonitorMode(), "auto");
+        EXPECT_EQ(settings.appearance(), "system");
+        settings.setSampleInterval(0.25);
+        settings.setSmoothUpdates(false);
+        settings.setTemperatureUnit("F");
+    }
+    const Settings again(file);
+    EXPECT_EQ(again.sampleInterval(), 0.25);
+    EXPECT_FALSE(again.smoothUpdates());
+    EXPECT_EQ(SettingsFormatContext(again).text("temperatureUnit"), "F");
+
+    QFile broken(folder.filePath("broken.ini"));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("\xFF\xFE\n[General]\nsampleInterval=nan\nhistoryMinutes=-1e999\nsmoothUpdates=perhaps\n");
+    broken.write(QByteArray(1 << 20, 'x'));
+    broken.close();
+    const Settings malformed(broken.fileName().toStdString());
+    EXPECT_EQ(malformed.sampleInterval(), 2);
+    EXPECT_EQ(malformed.historyMinutes(), 30);
+    EXPECT_TRUE(malformed.smoothUpdates());
+}
+
+} // namespace
+} // namespace vantoro

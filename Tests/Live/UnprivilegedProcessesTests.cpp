@@ -1,0 +1,175 @@
+#include "Model/UnprivilegedProcesses.h"
+
+#include "Model/IdentityResolver.h"
+
+#include <gtest/gtest.h>
+#include <map>
+
+namespace vantoro {
+namespace {
+
+struct FakeProcess {
+    ShortProcessRecord record;
+    std::optional<TaskRecord> task;
+};
+
+class FakeTable : public ProcessTable {
+public:
+    std::map<std::int32_t, std::optional<FakeProcess>> processes;
+    int userLookups = 0;
+
+    void listPids(std::vector<std::int32_t>& pids) override {
+        for (const auto& [pid, process] : processes)
+            pids.push_back(pid);
+    }
+    std::optional<ShortProcessRecord> shortRecord(std::int32_t pid) override {
+        const auto& process = processes.at(pid);
+        return process ? std::optional(process->record) : std::nullopt;
+    }
+    std::optional<TaskRecord> taskRecord(std::int32_t pid) override { return processes.at(pid)->task; }
+    std::string path(std::int32_t pid) override { return "/bin/" + processes.at(pid)->record.name; }
+    std::optional<std::string> userName(std::uint32_t uid) override {
+        ++userLookups;
+        return uid == 0 ? std::optional<std::string>("root") : std::nullopt;
+    }
+};
+
+class FakeStatistics : public SystemStatistics {
+public:
+    std::optional<HostTicks> ticks;
+    std::optional<HostTicks> hostTicks() override { return ticks; }
+    std::optional<VirtualMemory> virtualMemory() override { return std::nullopt; }
+    std::optional<LoadAverages> loadAverages() override { return LoadAverages{1.5, 2, 3}; }
+    std::uint64_t physicalMemoryBytes() override { return 64; }
+};
+
+constexpr std::uint64_t second = 1'000'000'000;
+
+FakeProcess busy(const char* name, std::uint64_t cpuNanoseconds, std::uint64_t startTime = 1, std::uint32_t uid = 0) {
+    return {{name, uid, startTime}, TaskRecord{.residentBytes = 4096, .userNanoseconds = cpuNanoseconds}};
+}
+
+class UnprivilegedProcessesTest : public ::testing::Test {
+protected:
+    std::shared_ptr<FakeTable> table = std::make_shared<FakeTable>();
+    std::shared_ptr<FakeStatistics> statistics = std::make_shared<FakeStatistics>();
+    UnprivilegedProcesses sampler{table, statistics};
+
+    double cpuOf(std::int32_t pid, double at) {
+        for (const ProcessSample& process : sampler.sample(at).processes)
+            if (process.pid() == pid)
+                return process.cpuPercent;
+        return -1;
+    }
+};
+
+TEST_F(UnprivilegedProcessesTest, SharesComeFromTheTimeBetweenTwoReadings) {
+    table->processes[5] = busy("a", 7 * second);
+    EXPECT_EQ(cpuOf(5, 10), 0) << "nothing to compare with yet";
+    table->processes[5] = busy("a", 7 * second + second / 2);
+    EXPECT_EQ(cpuOf(5, 12), 25);
+    EXPECT_EQ(cpuOf(5, 14), 0);
+    table->processes[5] = busy("a", 9 * second);
+    EXPECT_EQ(cpuOf(5, 14), 0) << "no time passed";
+    table->processes[5] = busy("a", 8 * second);
+    EXPECT_EQ(cpuOf(5, 16), 0) << "a counter that went back";
+}
+
+TEST_F(UnprivilegedProcessesTest, AReusedPidDoesNotInheritItsPredecessorsTime) {
+    table->processes[5] = busy("a", second, 100);
+    sampler.sample(10);
+    table->processes[5] = busy("b", 3 * second, 200);
+    const auto sample = sampler.sample(12);
+    EXPECT_EQ(sample.processes.at(0).cpuPercent, 0);
+    EXPECT_EQ(sample.processes.at(0).rawName(), "b");
+    table->processes.erase(5);
+    sampler.sample(14);
+    table->processes[5] = busy("b", 9 * second, 200);
+    EXPECT_EQ(cpuOf(5, 16), 0) << "a process that was gone starts anew";
+}
+
+TEST_F(UnprivilegedProcessesTest, WhatIsRefusedIsCountedAndWhatVanishesIsNot) {
+    table->processes[0] = busy("kernel", 0);
+    table->processes[3] = std::nullopt;
+    table->processes[4] = FakeProcess{{"hidden", 501, 1}, std::nullopt};
+    table->processes[5] = busy("mine", 0, 1, 501);
+    table->processes[6] = busy("also-mine", 0, 1, 501);
+    const auto sample = sampler.sample(1);
+    ASSERT_EQ(sample.processes.size(), 2U);
+    EXPECT_EQ(sampler.unreadableCount(), 1);
+    const ProcessSample& mine = sample.processes[0];
+    EXPECT_EQ(*mine.identity, (ProcessIdentity{.pid = 5,
+                                               .rawName = "mine",
+                                               .displayName = "mine",
+                                               .executablePath = "/bin/mine",
+                                               .user = "501",
+                                               .kind = ProcessKind::systemDaemon}));
+    EXPECT_EQ(mine.memoryBytes, 4096U);
+    EXPECT_EQ(table->userLookups, 1) << "one look-up per account";
+    EXPECT_TRUE(sampler.sample(2).processes[0].identity.sharesRecordWith(mine.identity));
+    table->processes[5]->record.name = "other";
+    EXPECT_EQ(sampler.sample(3).processes[0].executablePath(), "/bin/other") << "an exec keeps pid and start time";
+}
+
+TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
+    EXPECT_EQ(sampler.sample(1).system.cpu, (CPULoad{.loadAverage = 1.5})) << "ticks refused: idle";
+    statistics->ticks = {.user = 0xFFFFFFFB, .system = 10, .idle = 10, .nice = 0};
+    EXPECT_EQ(sampler.sample(2).system.cpu.idlePercent, 100);
+    statistics->ticks = {.user = 5, .system = 30, .idle = 70, .nice = 10};
+    EXPECT_EQ(sampler.sample(3).system.cpu, (CPULoad{20, 20, 60, 1.5})) << "the user counter wrapped";
+    EXPECT_EQ(sampler.sample(4).system.cpu.idlePercent, 100) << "no tick passed";
+    EXPECT_EQ(sampler.sample(5).system.memory, (MemoryLoad{.totalBytes = 64}));
+
+    const VirtualMemory memory{.pageBytes = 10,
+                               .wiredPages = 3,
+                               .compressorPages = 4,
+                               .internalPages = 1000,
+                               .purgeablePages = 1200,
+                               .swapOuts = 9};
+    EXPECT_EQ(memoryLoad(64, memory), (MemoryLoad{70, 64, 30, 40, 9})) << "never less than nothing";
+}
+
+TEST(UnprivilegedProcesses, WithoutAPlatformThereIsNothing) {
+    UnprivilegedProcesses sampler(nullptr, nullptr);
+    EXPECT_TRUE(sampler.sample(1).processes.empty());
+    EXPECT_EQ(sampler.sample(2).system, SystemLine{});
+}
+
+class FixedMembership : public AppIdentity {
+public:
+    AppMembership membership(std::int32_t /*pid*/, std::string_view path) override {
+        ++calls;
+        if (path == "/usr/bin/web")
+            return {.kind = ProcessKind::userApp, .owningAppName = "Web", .owningAppPath = "/share/web.desktop"};
+        return {};
+    }
+    int calls = 0;
+};
+
+TEST(IdentityResolver, AsksThePlatformOnceAndAgainAfterAnExec) {
+    const auto apps = std::make_shared<FixedMembership>();
+    IdentityResolver resolver(apps, "anna");
+    const SharedProcessIdentity first = resolver.resolve(7, "sh", "/bin/sh", "anna");
+    EXPECT_EQ(first->kind, ProcessKind::commandLine);
+    EXPECT_TRUE(resolver.resolve(7, "sh", "/bin/sh", "anna").sharesRecordWith(first));
+    EXPECT_EQ(apps->calls, 1);
+    const SharedProcessIdentity second = resolver.resolve(7, "web", "/usr/bin/web", "anna");
+    EXPECT_EQ(second->kind, ProcessKind::userApp);
+    EXPECT_EQ(second->displayName, "web");
+    EXPECT_EQ(second->owningAppName, "Web");
+    resolver.resolve(8, "Mail", "/Applications/Mail.app/Contents/MacOS/Mail", "anna");
+    EXPECT_EQ(apps->calls, 2) << "a bundle path says it all";
+    EXPECT_EQ(resolver.resolve(9, "cut", "(cut)", "anna")->executablePath, "") << "a mark is no path";
+}
+
+TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
+    IdentityResolver resolver(nullptr, "anna");
+    for (std::int32_t pid = 1; pid <= 20'000; ++pid) {
+        resolver.resolve(pid, "short-lived", "", "anna");
+        resolver.endSample();
+    }
+    EXPECT_LT(resolver.rememberedCount(), 200U);
+}
+
+} // namespace
+} // namespace vantoro

@@ -1,0 +1,105 @@
+#include "Model/CommandLine.h"
+#include "Model/MachineName.h"
+#include "Model/TextReport.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace vantoro {
+namespace {
+
+using Arguments = std::vector<std::string_view>;
+
+TEST(CommandLine, WhatIsAskedFor) {
+    using Action = CommandLine::Action;
+    const std::vector<std::pair<Arguments, CommandLine>> cases{
+        {{}, {}},
+        {{"--explain"}, {.action = Action::explain}},
+        {{"--explain", "--seconds", "0.5", "--json"}, {.action = Action::explain, .seconds = 0.5, .json = true}},
+        {{"--replay=a=b.jsonl", "--explain"}, {.action = Action::explain, .replayFile = "a=b.jsonl"}},
+        {{"--record", "--odd-name", "--seconds=3"},
+         {.action = Action::record, .seconds = 3, .recordFile = "--odd-name"}},
+        {{"--replay", "x"}, {.action = Action::window, .replayFile = "x"}},
+        {{"--explain", "--help", "--nonsense"}, {.action = Action::help}},
+    };
+    for (const auto& [arguments, expected] : cases) {
+        const auto parsed = parseCommandLine(arguments);
+        ASSERT_TRUE(std::holds_alternative<CommandLine>(parsed)) << std::get<CommandLineError>(parsed).reason;
+        EXPECT_EQ(std::get<CommandLine>(parsed), expected);
+    }
+}
+
+TEST(CommandLine, EachFaultHasOneLine) {
+    const std::string long_(5000, 'x');
+    const std::vector<Arguments> cases{
+        {"--nonsense"},          {"file"},
+        {""},                    {"--explain", "--seconds"},
+        {"--explain=yes"},       {"--explain", "--seconds", "0"},
+        {"--seconds", "-1"},     {"--explain", "--seconds", "1e400"},
+        {"--explain", "--seconds", "nan"},       {"--explain", "--seconds", "2x"},
+        {"--json"},              {"--record"},
+        {"--record="},           {"--record", "f", "--explain"},
+        {"--record", "f", "--replay", "g"},      {"--explain", "--replay", "g", "--seconds", "2"},
+        {"--seconds", "3"},      {"bad\nname\x1b[31m"},
+        {long_},
+    };
+    for (const Arguments& arguments : cases) {
+        const auto parsed = parseCommandLine(arguments);
+        ASSERT_TRUE(std::holds_alternative<CommandLineError>(parsed)) << arguments[0];
+        const std::string& reason = std::get<CommandLineError>(parsed).reason;
+        EXPECT_LT(reason.size(), 200U);
+        EXPECT_EQ(reason.find_first_of("\n\x1b"), std::string::npos);
+    }
+    EXPECT_NE(helpText().find("--replay FILE"), std::string::npos);
+}
+
+TEST(TextReport, WrapsBetweenWords) {
+    EXPECT_EQ(wrapped("one two  three", 9, 2), "  one two\n  three\n");
+    EXPECT_EQ(wrapped("überlanges-wort kurz", 8, 0), "überlanges-wort\nkurz\n");
+    EXPECT_EQ(wrapped("é é é", 3, 0), "é é\né\n") << "widths are counted in characters";
+    EXPECT_EQ(wrapped("", 10, 2), "");
+    EXPECT_EQ(wrapped("   ", 2, 0), "");
+}
+
+TEST(TextReport, SaysAllThatWasConcludedAndLetsNoControlCharacterThrough) {
+    Verdict verdict;
+    verdict.headline = "Your fans are loud because of \x1b]0;evil\x07";
+    verdict.detail = "evil averaged 98% CPU.";
+    verdict.factors = {{"cpu", "CPU", "73%", "70% apps · 3% system"}};
+    verdict.advice = {{"Quit evil", 7}};
+    const Explanation explanation{
+        .subhead = "Based on 1 sample over the last 1 minute.",
+        .sections = {{"symbol", "What you can do", "Ordered.", {{"A label that is a whole sentence of its own", "", "", true},
+                                                                {"Wait", "", "It ends."}}}}};
+    EXPECT_EQ(textReport(verdict, explanation, 80, false), R"(Your fans are loud because of ?]0;evil?
+evil averaged 98% CPU.
+
+  CPU  73%  70% apps · 3% system
+
+  - Quit evil
+
+Based on 1 sample over the last 1 minute.
+
+What you can do
+  Ordered.
+
+  A label that is a whole sentence of its own
+  Wait  It ends.
+)");
+    EXPECT_NE(textReport(verdict, explanation, 80, true).find("\x1b[1mWhat you can do\x1b[0m"), std::string::npos);
+}
+
+TEST(MachineName, NamesWhatIsKnown) {
+    EXPECT_EQ(machineName({}, "Apple M3"), "This Mac");
+    EXPECT_EQ(machineName("", "Apple M3"), "This Mac");
+    EXPECT_EQ(machineName("Mac14,2", {}), "Mac14,2");
+    EXPECT_EQ(machineName("Mac14,2", "Apple M2"), "Apple M2");
+    EXPECT_EQ(machineName("MacBookPro18,3", "Apple M1 Pro"), "MacBook · Apple M1 Pro");
+    EXPECT_EQ(sensorSummary(Cooling::fans, 1, 40), "1 fan · 40 sensors");
+    EXPECT_EQ(sensorSummary(Cooling::fans, 0, 0), "0 fans · 0 sensors");
+    EXPECT_EQ(sensorSummary(Cooling::passive, 0, 38), "No fans · 38 sensors");
+}
+
+} // namespace
+} // namespace vantoro
