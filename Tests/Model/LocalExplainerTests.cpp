@@ -3,7 +3,9 @@
 #include "Model/Diagnosis.h"
 #include "Support/HistoryBuilder.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace vantoro {
 
@@ -388,6 +390,19 @@ TEST(Explainer, OrdersWhatMayHelp) {
     EXPECT_EQ(body(fanMachine(0.5), actionTitle), "General options, since no single process stands out.");
     EXPECT_EQ(body(fanMachine(0.5, {process(1, "backupd", 50, systemDaemon)}), actionTitle),
               "Ordered by what is most likely to help, given Time Machine is leading.");
+}
+
+TEST(Explainer, NoMeasurementMakesAConversionUndefined) {
+    for (const double wild : {std::nan(""), 1e300, -1e300, std::numeric_limits<double>::infinity()}) {
+        Snapshot now = fanMachine(0.5, {process(1, "a", wild), process(2, "b", 50)});
+        now.fans.push_back({.index = std::numeric_limits<int>::max(), .rpm = wild, .minRPM = 0, .maxRPM = wild});
+        now.temps = {.soc = wild, .socMean = wild};
+        now.power = {.systemWatts = wild, .adapterWatts = wild, .gpuWatts = wild};
+        now.cpu = {.userPercent = wild, .systemPercent = wild, .idlePercent = wild};
+        EXPECT_GE(explain(now).sections.size(), 3U);
+        now.cooling = Cooling::passive;
+        EXPECT_GE(explain(now).sections.size(), 3U);
+    }
 }
 
 } // namespace vantoro
