@@ -1,0 +1,107 @@
+#include "Design/Format.h"
+
+#include "Design/Motion.h"
+#include "Support/FixedFormatContext.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace vantoro {
+
+using namespace vantoro::testing;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+TEST(Format, TemperaturesFollowTheUnitAtTheMomentOfTheCall) {
+    FixedFormatContext context;
+    const Format format(context);
+    EXPECT_EQ(format.temperature(36.5), "37°C");
+    EXPECT_EQ(format.degrees(36.5), "37°");
+    EXPECT_EQ(format.temperature(0.2), "0°C");
+    context.texts["temperatureUnit"] = "F";
+    EXPECT_EQ(format.temperature(36.5), "98°F");
+    EXPECT_EQ(format.degrees(36.5), "98°");
+    EXPECT_EQ(format.unitName(), "Fahrenheit");
+    for (const double missing : {0.0, -5.0, std::nan("")}) {
+        EXPECT_EQ(format.temperature(missing), "—");
+        EXPECT_EQ(format.degrees(missing), "—");
+    }
+    for (const char* celsius : {"C", "f", "Fahrenheit", ""}) {
+        context.texts["temperatureUnit"] = celsius;
+        EXPECT_EQ(format.unitName(), "Celsius");
+        EXPECT_EQ(format.temperature(10), "10°C");
+    }
+}
+
+TEST(Format, BytesStepBy1024) {
+    struct Case {
+        std::uint64_t count;
+        const char* text;
+    };
+    constexpr std::uint64_t gigabyte = 1ULL << 30;
+    for (const auto& [count, text] :
+         {Case{0, "0 B"}, Case{1023, "1023 B"}, Case{1024, "1 KB"}, Case{1536, "1 KB"}, Case{1048575, "1023 KB"},
+          Case{1048576, "1.0 MB"}, Case{5452595, "5.2 MB"}, Case{104857600, "100 MB"}, Case{157286400, "150 MB"},
+          Case{gigabyte * 3 / 2, "1.5 GB"}, Case{gigabyte * 1024 * 2048, "2048 TB"}})
+        EXPECT_EQ(Format::bytes(count), text);
+}
+
+TEST(Format, SpeedsAndAges) {
+    EXPECT_EQ(Format::megahertz(0), "—");
+    EXPECT_EQ(Format::megahertz(std::nan("")), "—");
+    EXPECT_EQ(Format::megahertz(600.5), "601 MHz");
+    EXPECT_EQ(Format::megahertz(999.6), "1000 MHz");
+    EXPECT_EQ(Format::megahertz(1000), "1.00 GHz");
+    EXPECT_EQ(Format::megahertz(4056), "4.06 GHz");
+
+    FixedFormatContext context;
+    const Format format(context);
+    EXPECT_EQ(format.rpm(999.4), "999");
+    EXPECT_EQ(format.rpm(1233.5), "1,234");
+    EXPECT_EQ(format.rpm(1234567), "1,234,567");
+    EXPECT_EQ(format.rpm(-100), "-100");
+    EXPECT_EQ(format.rpm(std::nan("")), "0");
+    EXPECT_EQ(format.rpm(infinity), "9,223,372,036,854,775,807");
+    context.canGroup = false;
+    EXPECT_EQ(format.rpm(1234), "0");
+
+    EXPECT_EQ(Format::relative(100, 159.9), "59s ago");
+    EXPECT_EQ(Format::relative(100, 160), "1m ago");
+    EXPECT_EQ(Format::relative(100, 100 + 90 * 60), "90m ago");
+    EXPECT_EQ(Format::relative(-1e300, 1e300), "153722867280912930m ago");
+}
+
+TEST(Format, TimesOfDayInEnglishAndUTC) {
+    const DefaultFormatContext context;
+    EXPECT_EQ(context.timeOfDay(1772356440), "9:14 AM");
+    EXPECT_EQ(context.timeOfDay(0), "12:00 AM");
+    EXPECT_EQ(context.timeOfDay(12 * 3600), "12:00 PM");
+    EXPECT_EQ(context.timeOfDay(86399.9), "11:59 PM");
+    EXPECT_EQ(context.timeOfDay(-60), "11:59 PM");
+    EXPECT_EQ(context.timeOfDay(-1e-20), "12:00 AM");
+    context.timeOfDay(1e300); // must be defined, whatever it says
+    context.timeOfDay(std::nan(""));
+}
+
+TEST(Motion, FollowsTheSamplingInterval) {
+    FixedFormatContext context;
+    const Motion motion(context);
+    const auto spring = [](double response) { return Animation(SpringAnimation{.responseSeconds = response}); };
+    EXPECT_TRUE(motion.smooth());
+    EXPECT_EQ(motion.update(), spring(0.42));
+    struct Case {
+        double interval;
+        Animation animation;
+    };
+    for (const auto& [interval, animation] :
+         {Case{0.25, LinearAnimation{.durationSeconds = 0.25}}, Case{0.5, LinearAnimation{.durationSeconds = 0.5}},
+          Case{0.6, spring(0.3)}, Case{1, spring(0.42)}, Case{10, spring(0.42)}, Case{0, spring(0.42)}}) {
+        context.numbers["sampleInterval"] = interval;
+        EXPECT_EQ(motion.update(), animation) << interval;
+    }
+    context.flags["smoothUpdates"] = false;
+    EXPECT_EQ(motion.update(), std::nullopt);
+}
+
+} // namespace vantoro

@@ -1,0 +1,192 @@
+#include "Model/History.h"
+
+#include "Support/HistoryBuilder.h"
+
+#include <gtest/gtest.h>
+
+namespace vantoro {
+
+using namespace vantoro::testing;
+
+namespace {
+
+History everyTwoSeconds(int count, double retention = History::defaultRetentionSeconds) {
+    History history;
+    history.setRetention(retention);
+    for (int i = 0; i < count; ++i)
+        history.append(at(2 * i, fanMachine(0)));
+    return history;
+}
+
+} // namespace
+
+TEST(History, KeepsTheBusiestRowsOfATickInStableOrder) {
+    std::vector<ProcessSample> rows;
+    for (int pid = 0; pid < 35; ++pid)
+        rows.push_back(process(pid, "p", pid % 7));
+    History history;
+    history.append(fanMachine(0, rows));
+    const auto& kept = history.snapshots().back().processes;
+    ASSERT_EQ(kept.size(), History::processesPerSample);
+    for (std::size_t i = 1; i < kept.size(); ++i) {
+        EXPECT_GE(kept[i - 1].cpuPercent, kept[i].cpuPercent);
+        EXPECT_TRUE(kept[i - 1].cpuPercent > kept[i].cpuPercent || kept[i - 1].pid() < kept[i].pid());
+    }
+    EXPECT_EQ(kept.back().cpuPercent, 3);
+}
+
+TEST(History, DropsWhatIsOlderThanTheRetention) {
+    History history = everyTwoSeconds(100, 60);
+    EXPECT_EQ(history.snapshots().size(), 31U); // the one exactly 60 s old included
+    EXPECT_EQ(history.snapshots().front().timestamp, 138);
+    history.setRetention(10);
+    EXPECT_EQ(history.snapshots().size(), 6U);
+    history.setRetention(1000);
+    EXPECT_EQ(history.snapshots().size(), 6U);
+    History empty;
+    empty.setRetention(10);
+    EXPECT_TRUE(empty.recent(10).empty());
+}
+
+TEST(History, WindowsAreHalfOpenAndAlwaysInRange) {
+    const History history = everyTwoSeconds(10); // 0, 2 … 18
+    struct Case {
+        double from;
+        double to;
+        std::size_t count;
+    };
+    for (const auto& [from, to, count] : {Case{4, 8, 2}, Case{3, 9, 3}, Case{4, 4, 0}, Case{8, 4, 0}, Case{-9, 99, 10},
+                                          Case{18, 99, 1}, Case{19, 99, 0}, Case{-9, 0, 0}})
+        EXPECT_EQ(history.slice(from, to).size(), count) << from << " to " << to;
+    EXPECT_EQ(history.recent(0).size(), 1U);
+    EXPECT_EQ(history.recent(6).size(), 4U);
+    EXPECT_EQ(history.recent(6).front().timestamp, 12);
+    EXPECT_EQ(history.recent(1e9).size(), 10U);
+    EXPECT_TRUE(History().recent(10).empty());
+    EXPECT_TRUE(History().slice(0, 10).empty());
+}
+
+TEST(History, LooksForTheCauseBeforeTheEffectWhenItCan) {
+    const auto history = [](int seconds, int firstAgeWithRows, int lastAgeWithRows) {
+        History built;
+        for (int age = seconds; age >= 0; --age)
+            built.append(at(1000 - age, fanMachine(0, age <= firstAgeWithRows && age >= lastAgeWithRows
+                                                          ? std::vector{process(1, "a", 50)}
+                                                          : std::vector<ProcessSample>{})));
+        return built;
+    };
+    struct Case {
+        History history;
+        double oldestAge;
+        double newestAge;
+    };
+    for (const auto& [built, oldestAge, newestAge] : {
+             Case{history(200, 200, 0), 75, 16}, Case{history(200, 40, 40), 75, 16},
+             Case{history(10, 10, 0), 10, 0},   // too short for the window
+             Case{history(200, 15, 0), 75, 0},  // no row in the window
+             Case{history(200, 200, 76), 75, 0} // nor anywhere since
+         }) {
+        const SnapshotRun window = built.causeWindow(15, 75);
+        EXPECT_EQ(1000 - window.front().timestamp, oldestAge);
+        EXPECT_EQ(1000 - window.back().timestamp, newestAge);
+    }
+    EXPECT_TRUE(History().causeWindow(15, 75).empty());
+}
+
+TEST(History, FindsWhereTheUnbrokenRampBegan) {
+    const auto history = [](const std::vector<Snapshot>& snapshots) {
+        History built;
+        for (std::size_t i = 0; i < snapshots.size(); ++i)
+            built.append(at(static_cast<double>(i), snapshots[i]));
+        return built;
+    };
+    const Snapshot quiet = fanMachine(0.1);
+    const Snapshot busy = fanMachine(0.5);
+    EXPECT_EQ(History().lastRampStart({}), std::nullopt);
+    EXPECT_EQ(history({busy, quiet, busy, busy}).lastRampStart({}), 2);
+    EXPECT_EQ(history({busy, busy}).lastRampStart({}), 0);
+    EXPECT_EQ(history({busy, quiet}).lastRampStart({}), std::nullopt);
+    EXPECT_EQ(history({fanMachine(0.18)}).lastRampStart({}), std::nullopt);
+    EXPECT_EQ(history({fanMachine(0.19)}).lastRampStart({}), 0);
+    EXPECT_EQ(history({busy, quiet, busy}).lastRampStart(0.05), 0);
+    EXPECT_EQ(history({fanlessMachine(65)}).lastRampStart({}), std::nullopt);
+    EXPECT_EQ(history({fanlessMachine(66)}).lastRampStart({}), 0);
+}
+
+TEST(ProcessAggregation, SumsUpOneProcessOverTheWindow) {
+    History history;
+    for (int i = 0; i < 10; ++i) {
+        std::vector<ProcessSample> rows;
+        if (i >= 5) {
+            rows = {process(7, i == 9 ? "" : "build " + std::to_string(i), 50, ProcessKind::commandLine)};
+            rows[0].energyImpact = 10;
+            rows[0].memoryBytes = 1000 - static_cast<std::uint64_t>(i);
+        }
+        history.append(at(i, fanMachine(0, rows)));
+    }
+    const auto aggregates = History::aggregate(history.recent(100));
+    ASSERT_EQ(aggregates.size(), 1U);
+    const ProcessAggregate& build = aggregates[0];
+    EXPECT_EQ(build.displayName, "build 8"); // the last that was not empty
+    EXPECT_EQ(build.samples, 5);
+    EXPECT_EQ(build.busySamples, 5);
+    EXPECT_EQ(build.peakMemory, 995U);
+    EXPECT_EQ(build.firstSeen, 5);
+    EXPECT_EQ(build.lastSeen, 9);
+    EXPECT_DOUBLE_EQ(build.averageCPU, 50);
+    EXPECT_DOUBLE_EQ(build.averageEnergy, 10);
+    EXPECT_DOUBLE_EQ(build.sustained, 0.5);
+    EXPECT_DOUBLE_EQ(build.stressScore, 78.5);
+    EXPECT_TRUE(History::aggregate({}).empty());
+    EXPECT_TRUE(History::group({}).empty());
+}
+
+TEST(ProcessAggregation, BusyBeginsAtAQuarterOfACore) {
+    History history;
+    history.append(fanMachine(0, {process(1, "busy", 25), process(2, "not", 24.9)}));
+    const auto aggregates = History::aggregate(history.recent(0));
+    ASSERT_EQ(aggregates.size(), 2U);
+    EXPECT_EQ(aggregates[0].busySamples, 1);
+    EXPECT_EQ(aggregates[1].busySamples, 0);
+}
+
+TEST(ProcessAggregation, AReusedPidTakesTheLatestKindAndOwner) {
+    History history;
+    history.append(at(0, fanMachine(0, {process(1, "old", 10, ProcessKind::userApp, "Old")})));
+    history.append(at(1, fanMachine(0, {process(1, "new", 30, ProcessKind::systemDaemon)})));
+    const auto aggregates = History::aggregate(history.recent(10));
+    ASSERT_EQ(aggregates.size(), 1U);
+    EXPECT_EQ(aggregates[0].displayName, "new");
+    EXPECT_EQ(aggregates[0].owningAppName, "Old");
+    EXPECT_EQ(aggregates[0].kind, ProcessKind::systemDaemon);
+}
+
+TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
+    ProcessSample main = process(3, "Editor", 5, ProcessKind::userApp, "Editor");
+    ProcessIdentity withPath = *main.identity;
+    withPath.owningAppPath = "/Applications/Editor.app";
+    main.identity = withPath;
+    main.memoryBytes = 100;
+    main.energyImpact = 1000; // energy plays no part for a group
+    std::vector<ProcessSample> rows{process(1, "Helper A", 20, ProcessKind::helper, "Editor"),
+                                    process(2, "Helper B", 40, ProcessKind::helper, "Editor"), main,
+                                    process(4, "zip", 90, ProcessKind::commandLine)};
+    History history;
+    history.append(fanMachine(0, rows));
+    const auto groups = History::group(History::aggregate(history.recent(0)));
+    ASSERT_EQ(groups.size(), 2U);
+    EXPECT_EQ(groups[0].key, "zip");
+    const ProcessGroup& editor = groups[1];
+    EXPECT_EQ(editor.displayName, "Editor");
+    EXPECT_EQ(editor.kind, ProcessKind::userApp);
+    EXPECT_EQ(editor.owningAppPath, "/Applications/Editor.app");
+    ASSERT_EQ(editor.members.size(), 3U);
+    EXPECT_EQ(editor.members[0].pid, 2);
+    EXPECT_EQ(editor.members[2].pid, 3);
+    EXPECT_DOUBLE_EQ(editor.totalCPU, 65);
+    EXPECT_DOUBLE_EQ(editor.peakCPU, 40);
+    EXPECT_EQ(editor.totalMemory, 100U);
+    EXPECT_DOUBLE_EQ(editor.stressScore, 65 + 45 * 1 + 0.05 * 40);
+}
+
+} // namespace vantoro
