@@ -167,10 +167,10 @@ TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
     withPath.owningAppPath = "/Applications/Editor.app";
     main.identity = withPath;
     main.memoryBytes = 100;
-    main.energyImpact = 1000; // energy plays no part for a group
     std::vector<ProcessSample> rows{process(1, "Helper A", 20, ProcessKind::helper, "Editor"),
                                     process(2, "Helper B", 40, ProcessKind::helper, "Editor"), main,
                                     process(4, "zip", 90, ProcessKind::commandLine)};
+    rows[0].energyImpact = 1000; // ranks the process first, but plays no part for the group
     History history;
     history.append(fanMachine(0, rows));
     const auto groups = History::group(History::aggregate(history.recent(0)));

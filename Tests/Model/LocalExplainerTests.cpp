@@ -113,8 +113,8 @@ TEST(Explainer, TellsWhereTheLoadIsHeading) {
     EXPECT_EQ(trend(loads({0.2, 0.2, 0.2, 0.26, 0.26, 0.26})), "climbing");
     EXPECT_EQ(trend(loads({0.26, 0.26, 0.26, 0.2, 0.2, 0.2})), "winding down");
     EXPECT_EQ(trend(loads({0.2, 0.2, 0.2, 0.24, 0.24, 0.24})), "steady");
-    EXPECT_EQ(trend(loads({0.2, 0.2, 0.2, 0.32, 0.2, 0.2, 0.2})), "steady"); // 0.03 with the middle in the later half
-    EXPECT_EQ(trend(loads({1, 1, 1, 0, 0, 0, 0, 0, 0, 0})), "steady");       // only the last minute counts
+    EXPECT_EQ(trend(loads({0.2, 0.2, 0.2, 0.44, 0.2, 0.2, 0.2})), "climbing"); // the middle counts as later
+    EXPECT_EQ(trend(loads({1, 1, 1, 0, 0, 0, 0, 0, 0, 0})), "steady");         // only the last minute counts
     EXPECT_EQ(trend(loads({60, 60, 60, 90, 90, 90}, true)), "heating up");
     EXPECT_EQ(trend(loads({90, 90, 90, 60, 60, 60}, true)), "cooling down");
 }
