@@ -155,7 +155,8 @@ void SensorHub::publish(bool force) {
         gpuSensors = sources_.sensors->readGPUSensors();
     }
 
-    emit transactionBegan(motion_.update());
+    animation_ = motion_.update();
+    emit transactionBegan();
     if (vitals != vitals_) {
         vitals_ = std::move(vitals);
         emit vitalsChanged();

@@ -77,6 +77,8 @@ public:
     History& history() { return history_; }
     Cooling cooling() const { return cooling_; }
     const Format& format() const { return format_; }
+    /// How what was published last is to be shown; none means at once.
+    const std::optional<Animation>& animation() const { return animation_; }
 
     /// The cores pane sets this while it is on screen; only then are single sensors read.
     void setCoresPaneVisible(bool visible) { coresPaneVisible_ = visible; }
@@ -115,8 +117,8 @@ signals:
     void dieSensorsChanged();
     void gpuSensorsChanged();
     void seriesChanged();
-    /// Around the assignments of one publishing, with the animation they are to be shown with (none: at once).
-    void transactionBegan(const std::optional<vantoro::Animation>& animation);
+    /// Around the assignments of one publishing: they are to be shown together, with animation().
+    void transactionBegan();
     void transactionEnded();
 
 private:
@@ -148,6 +150,7 @@ private:
     std::vector<double> dieSensors_;
     std::vector<double> gpuSensors_;
     ChartSeries series_;
+    std::optional<Animation> animation_;
 
     History history_;
     Cooling cooling_ = Cooling::fans;
