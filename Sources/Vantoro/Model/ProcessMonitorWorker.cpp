@@ -48,16 +48,18 @@ std::optional<QByteArray> outputOf(const ProgramCommand& command, std::chrono::m
     QByteArray output;
     while (process->waitForReadyRead(static_cast<int>(deadline.remainingTime())) && output.size() <= mostOutputBytes)
         output += process->readAllStandardOutput();
-    if (output.size() <= mostOutputBytes && process->waitForFinished(static_cast<int>(deadline.remainingTime()))) {
-        output += process->readAllStandardOutput();
-        if (process->exitStatus() == QProcess::NormalExit && process->exitCode() == 0)
-            return output;
-    }
+    if (output.size() <= mostOutputBytes && process->state() != QProcess::NotRunning)
+        process->waitForFinished(static_cast<int>(deadline.remainingTime()));
     if (process->state() != QProcess::NotRunning) {
         process->kill();
         process->waitForFinished(-1);
+        return std::nullopt;
     }
-    return std::nullopt;
+    output += process->readAllStandardOutput();
+    const bool didStart = process->error() != QProcess::FailedToStart;
+    return didStart && process->exitStatus() == QProcess::NormalExit && process->exitCode() == 0
+               ? std::optional<QByteArray>(output)
+               : std::nullopt;
 }
 
 } // namespace
