@@ -208,7 +208,7 @@ TEST_F(ProcessMonitorTest, TheUsersChoiceStartsNoProgram) {
     monitor->start(1, 40);
     ASSERT_TRUE(fallsBack());
     EXPECT_EQ(sources, (std::vector<ProcessMonitor::Source>{{Kind::ownProcessesOnly, true}}));
-    EXPECT_FALSE(folder.exists("top.ran"));
+    EXPECT_FALSE(std::filesystem::exists(folder.filePath("top.ran").toStdString()));
     monitor.reset();
 }
 

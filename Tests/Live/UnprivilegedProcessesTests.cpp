@@ -153,10 +153,10 @@ TEST(IdentityResolver, AsksThePlatformOnceAndAgainAfterAnExec) {
     EXPECT_EQ(first->kind, ProcessKind::commandLine);
     EXPECT_TRUE(resolver.resolve(7, "sh", "/bin/sh", "anna").sharesRecordWith(first));
     EXPECT_EQ(apps->calls, 1);
-    const SharedProcessIdentity second = resolver.resolve(7, "web", "/usr/bin/web", "anna");
-    EXPECT_EQ(second->kind, ProcessKind::userApp);
-    EXPECT_EQ(second->displayName, "web");
-    EXPECT_EQ(second->owningAppName, "Web");
+    const SharedProcessIdentity afterExec = resolver.resolve(7, "web", "/usr/bin/web", "anna");
+    EXPECT_EQ(afterExec->kind, ProcessKind::userApp);
+    EXPECT_EQ(afterExec->displayName, "web");
+    EXPECT_EQ(afterExec->owningAppName, "Web");
     resolver.resolve(8, "Mail", "/Applications/Mail.app/Contents/MacOS/Mail", "anna");
     EXPECT_EQ(apps->calls, 2) << "a bundle path says it all";
     EXPECT_EQ(resolver.resolve(9, "cut", "(cut)", "anna")->executablePath, "") << "a mark is no path";

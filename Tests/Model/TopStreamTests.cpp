@@ -45,7 +45,7 @@ TEST(TopStream, ReadsABlock) {
     const TopBlock parsed = parseBlock(linesOf(block), 1);
     EXPECT_EQ(parsed.system.cpu, (CPULoad{5.12, 10.25, 84.61, 2.11}));
     EXPECT_EQ(parsed.system.memory,
-              (MemoryLoad{16106127360, 16231956480, 2430599168, 4306501632, .swapOutEvents = 27431}));
+              (MemoryLoad{16106127360, 16231956480, 2430599168, 4306501632, 27431}));
     ASSERT_EQ(parsed.rows.size(), 3U) << "rows without a pid or a command are left out";
     EXPECT_EQ(parsed.rows[0], (TopRow{1042, "Editor (Beta) 2", 98.5, 812 * mebibyte, 98.5, "anna"}));
     EXPECT_EQ(parsed.rows[2], (TopRow{9, "Überwacher", 1.5, 2048 * mebibyte, 0.1, "jörg"}))
