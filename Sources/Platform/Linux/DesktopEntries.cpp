@@ -14,7 +14,7 @@ namespace vantoro {
 
 namespace {
 
-constexpr std::size_t mostEntryBytes = std::size_t{256} << 10;
+constexpr off_t mostEntryBytes = off_t{256} << 10;
 constexpr std::size_t mostEntries = 10'000;
 constexpr int mostFolderDepth = 4;
 constexpr double secondsBetweenChecks = 60;
@@ -163,7 +163,9 @@ void DesktopEntries::loadFolder(const std::string& folder, const std::string& id
         const std::string id = idPrefix + name.substr(0, name.size() - ending.size());
         if (byId_.contains(id)) // a folder before this one has its own
             continue;
-        const auto text = readFileAt(AT_FDCWD, file.c_str(), mostEntryBytes);
+        if (status.st_size > mostEntryBytes)
+            continue;
+        const auto text = readFileAt(AT_FDCWD, file.c_str(), static_cast<std::size_t>(mostEntryBytes));
         auto entry = text ? parseDesktopEntry(*text) : std::nullopt;
         if (entry)
             byId_.emplace(id, InstalledEntry{.entry = std::move(*entry), .file = folder + "/" + name});
