@@ -10,6 +10,13 @@
 
 namespace vantoro {
 
+/// Whether a listed path is no path but a platform's mark for a process that has none: "[name]" for a thread of the
+/// kernel's, "(name)" for a process whose executable is not to be seen. Such a process's executable path is empty.
+constexpr bool isPathMark(std::string_view listedPath) {
+    return listedPath.size() >= 2 && ((listedPath.front() == '[' && listedPath.back() == ']') ||
+                                      (listedPath.front() == '(' && listedPath.back() == ')'));
+}
+
 /// What the platform knows of a process beyond its path. An absent field leaves the portable rule's answer in place.
 struct AppMembership {
     std::optional<ProcessKind> kind;

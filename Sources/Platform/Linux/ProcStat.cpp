@@ -67,18 +67,26 @@ struct Cursor {
         return true;
     }
 
-    /// A decimal with an optional fraction. No exponent, no sign, neither "nan" nor "inf".
+    /// A decimal with an optional fraction, the nearest number to what is written. No exponent, no sign, neither "nan"
+    /// nor "inf", and no more digits than a double keeps.
     bool readDecimal(double& number) {
-        std::uint64_t whole = 0;
-        if (!readNumber(whole))
+        constexpr double mostKept = 1e15;
+        if (!atDigit())
             return false;
-        double value = static_cast<double>(whole);
-        if (at != end && *at == '.') {
-            ++at;
-            for (double place = 0.1; atDigit(); ++at, place /= 10)
-                value += place * (*at - '0');
+        double digits = 0;
+        double scale = 1;
+        bool inFraction = false;
+        for (; atDigit() || (at != end && *at == '.' && !inFraction); ++at) {
+            if (*at == '.') {
+                inFraction = true;
+                continue;
+            }
+            digits = digits * 10 + (*at - '0');
+            scale *= inFraction ? 10 : 1;
+            if (digits > mostKept || scale > mostKept)
+                return false;
         }
-        number = value;
+        number = digits / scale;
         return at == end || *at == ' ' || *at == '\n';
     }
 };

@@ -1,0 +1,40 @@
+// Every parser of the kernel's text files on the same bytes.
+#include "Platform/Linux/ProcScan.h"
+#include "Platform/Linux/ProcStat.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+bool liesIn(std::string_view part, std::string_view text) {
+    return part.empty() || (part.data() >= text.data() && part.data() + part.size() <= text.data() + text.size());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    if (const auto stat = vantoro::parseProcessStat(text)) {
+        require(liesIn(stat->name, text) && stat->usedBytes <= size && stat->parentPid >= 0);
+        // What follows the bytes used makes no difference.
+        require(vantoro::parseProcessStat(text.substr(0, stat->usedBytes)) == stat);
+    }
+    if (const auto load = vantoro::parseLoadAverages(text))
+        require(load->oneMinute >= 0 && load->fiveMinutes >= 0 && load->fifteenMinutes >= 0);
+    (void)vantoro::parseRealUid(text);
+    (void)vantoro::parseKernelStat(text);
+    (void)vantoro::parseMemoryInfo(text);
+    (void)vantoro::parseSwapCounts(text);
+    (void)vantoro::parseZramUsedBytes(text);
+    require(liesIn(vantoro::parseControlGroup(text), text));
+    require(liesIn(vantoro::pathInCommandLine(text), text));
+    return 0;
+}
