@@ -1,5 +1,5 @@
-// vantoro_append_cost N: appends N snapshots of 20 rows to a full history of 1800. The snapshots are made beforehand, so
-// that the difference between two runs is the appends' alone.
+// vantoro_append_cost N: appends N snapshots of 20 rows to a full history of 1800. The snapshots are made beforehand,
+// so that the difference between two runs is the appends' alone.
 
 #include "FullHistory.h"
 

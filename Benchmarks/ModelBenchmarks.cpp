@@ -24,8 +24,8 @@ void evaluateVerdict(benchmark::State& state) {
     benchmarks::fill(history, intervalSeconds, 7200, rows);
     for (auto _ : state)
         benchmark::DoNotOptimize(DiagnosisEngine::evaluate(history, format));
-    state.counters["ofInterval"] = benchmark::Counter(
-        static_cast<double>(state.iterations()) * intervalSeconds, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["ofInterval"] = benchmark::Counter(static_cast<double>(state.iterations()) * intervalSeconds,
+                                                      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(evaluateVerdict)->Arg(250)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
@@ -90,9 +90,11 @@ void memoryOfHistory(benchmark::State& state) {
 BENCHMARK(memoryOfHistory)->Arg(1800)->Arg(7200)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void parseStreamBlock(benchmark::State& state) {
-    std::vector<std::string> lines{"Processes: 600 total", "Load Avg: 1.0, 1.0, 1.0",
+    std::vector<std::string> lines{"Processes: 600 total",
+                                   "Load Avg: 1.0, 1.0, 1.0",
                                    "CPU usage: 5.12% user, 10.25% sys, 84.61% idle",
-                                   "PhysMem: 15G used (2318M wired, 4107M compressor), 120M unused.", "",
+                                   "PhysMem: 15G used (2318M wired, 4107M compressor), 120M unused.",
+                                   "",
                                    "PID     COMMAND          %CPU     MEM          POWER USER"};
     for (int row = 0; row < 40; ++row)
         lines.emplace_back("12345   some-command     12.5     123456K      0.0   somebody");

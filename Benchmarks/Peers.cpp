@@ -125,7 +125,8 @@ int main(int argc, char** argv) {
         const double ratio = cost.cpuSeconds > 0 ? own.cpuSeconds / cost.cpuSeconds : 0;
         good = good && cost.ran && ratio <= peer.limit;
         fmt::print("{:<18}{:>8.3f} s CPU in {} s{:>9.1f} MB PSS   vantoro/{}: {:.2f} (at most {:.2f})\n",
-                   peer.command[0], cost.cpuSeconds, time.count(), cost.pssMegabytes, peer.command[0], ratio, peer.limit);
+                   peer.command[0], cost.cpuSeconds, time.count(), cost.pssMegabytes, peer.command[0], ratio,
+                   peer.limit);
     }
     std::filesystem::remove_all(folder);
     return good ? EXIT_SUCCESS : EXIT_FAILURE;

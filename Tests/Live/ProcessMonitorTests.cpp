@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <fstream>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <QTemporaryDir>
 #include <string>
@@ -79,18 +79,20 @@ protected:
     void make(const std::string& script, ProcessMonitor::Mode mode = ProcessMonitor::Mode::automatic) {
         const std::string program = folder.filePath("top").toStdString();
         if (!script.empty()) {
-            std::ofstream(program) << "#!/bin/sh\n"
-                                   << "if [ \"$1\" = --paths ]; then echo '12 /opt/Editor.app/Contents/MacOS/Editor'; "
-                                      "exit; fi\n"
-                                   << "block() { printf 'Processes: 2\\nLoad Avg: %s\\n\\nPID  COMMAND  %%CPU MEM\\n12   ed"
-                                      "       50.0 4K\\n' \"$1\"; }\n"
-                                   << script << '\n';
+            std::ofstream(program)
+                << "#!/bin/sh\n"
+                << "if [ \"$1\" = --paths ]; then echo '12 /opt/Editor.app/Contents/MacOS/Editor'; "
+                   "exit; fi\n"
+                << "block() { printf 'Processes: 2\\nLoad Avg: %s\\n\\nPID  COMMAND  %%CPU MEM\\n12   ed"
+                   "       50.0 4K\\n' \"$1\"; }\n"
+                << script << '\n';
             std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         }
         Platform platform;
         platform.processTable = std::make_shared<OneProcess>();
         platform.processStream = std::make_shared<ScriptedStream>(program);
-        monitor = std::make_unique<ProcessMonitor>(platform, [mode] { return mode; }, timing);
+        monitor = std::make_unique<ProcessMonitor>(
+            platform, [mode] { return mode; }, timing);
         monitor->onUpdate = [this](const std::vector<ProcessSample>& list, const SystemLine& system) {
             lists.push_back(list);
             loads.push_back(system.cpu.loadAverage);

@@ -78,7 +78,8 @@ TEST_F(SensorHubTest, ATickMeasuresAndPublishes) {
     subject.tick();
     const Snapshot& snapshot = subject.snapshot();
     EXPECT_EQ(snapshot.timestamp, 1004);
-    EXPECT_EQ(snapshot.power, (PowerReading{.systemWatts = 20, .gpuWatts = 3.5})) << "the GPU's figure is its own source's";
+    EXPECT_EQ(snapshot.power, (PowerReading{.systemWatts = 20, .gpuWatts = 3.5}))
+        << "the GPU's figure is its own source's";
     EXPECT_EQ(snapshot.chipHeat, 50);
     EXPECT_EQ(snapshot.thermalPressure, ThermalPressure::serious);
     EXPECT_EQ(subject.history().snapshots().back(), snapshot);

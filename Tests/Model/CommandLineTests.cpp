@@ -33,15 +33,24 @@ TEST(CommandLine, WhatIsAskedFor) {
 TEST(CommandLine, EachFaultHasOneLine) {
     const std::string long_(5000, 'x');
     const std::vector<Arguments> cases{
-        {"--nonsense"},          {"file"},
-        {""},                    {"--explain", "--seconds"},
-        {"--explain=yes"},       {"--explain", "--seconds", "0"},
-        {"--seconds", "-1"},     {"--explain", "--seconds", "1e400"},
-        {"--explain", "--seconds", "nan"},       {"--explain", "--seconds", "2x"},
-        {"--json"},              {"--record"},
-        {"--record="},           {"--record", "f", "--explain"},
-        {"--record", "f", "--replay", "g"},      {"--explain", "--replay", "g", "--seconds", "2"},
-        {"--seconds", "3"},      {"bad\nname\x1b[31m"},
+        {"--nonsense"},
+        {"file"},
+        {""},
+        {"--explain", "--seconds"},
+        {"--explain=yes"},
+        {"--explain", "--seconds", "0"},
+        {"--seconds", "-1"},
+        {"--explain", "--seconds", "1e400"},
+        {"--explain", "--seconds", "nan"},
+        {"--explain", "--seconds", "2x"},
+        {"--json"},
+        {"--record"},
+        {"--record="},
+        {"--record", "f", "--explain"},
+        {"--record", "f", "--replay", "g"},
+        {"--explain", "--replay", "g", "--seconds", "2"},
+        {"--seconds", "3"},
+        {"bad\nname\x1b[31m"},
         {long_},
     };
     for (const Arguments& arguments : cases) {
@@ -70,8 +79,10 @@ TEST(TextReport, SaysAllThatWasConcludedAndLetsNoControlCharacterThrough) {
     verdict.advice = {{"Quit evil", 7}};
     const Explanation explanation{
         .subhead = "Based on 1 sample over the last 1 minute.",
-        .sections = {{"symbol", "What you can do", "Ordered.", {{"A label that is a whole sentence of its own", "", "", true},
-                                                                {"Wait", "", "It ends."}}}}};
+        .sections = {{"symbol",
+                      "What you can do",
+                      "Ordered.",
+                      {{"A label that is a whole sentence of its own", "", "", true}, {"Wait", "", "It ends."}}}}};
     EXPECT_EQ(textReport(verdict, explanation, 80, false), R"(Your fans are loud because of ?]0;evil?
 evil averaged 98% CPU.
 

@@ -44,8 +44,7 @@ std::vector<std::string> linesOf(const std::string& text) {
 TEST(TopStream, ReadsABlock) {
     const TopBlock parsed = parseBlock(linesOf(block), 1);
     EXPECT_EQ(parsed.system.cpu, (CPULoad{5.12, 10.25, 84.61, 2.11}));
-    EXPECT_EQ(parsed.system.memory,
-              (MemoryLoad{16106127360, 16231956480, 2430599168, 4306501632, 27431}));
+    EXPECT_EQ(parsed.system.memory, (MemoryLoad{16106127360, 16231956480, 2430599168, 4306501632, 27431}));
     ASSERT_EQ(parsed.rows.size(), 3U) << "rows without a pid or a command are left out";
     EXPECT_EQ(parsed.rows[0], (TopRow{1042, "Editor (Beta) 2", 98.5, 812 * mebibyte, 98.5, "anna"}));
     EXPECT_EQ(parsed.rows[2], (TopRow{9, "Überwacher", 1.5, 2048 * mebibyte, 0.1, "jörg"}))
@@ -83,9 +82,12 @@ TEST(TopStream, AnEndlessLineIsDroppedAndTheNextIsRead) {
 }
 
 TEST(TopStream, AColumnThatIsMissingCostsItselfOnly) {
-    const std::vector<std::string> lines{"Processes: 1", "CPU usage: nan% user, 7% sys, idle, 1e999% idle",
-                                         "Load Avg: soon, 1.5", "PID  COMMAND  %CPU  MEM  USER",
-                                         "1    a        25.0  4K   me", "2    b"};
+    const std::vector<std::string> lines{"Processes: 1",
+                                         "CPU usage: nan% user, 7% sys, idle, 1e999% idle",
+                                         "Load Avg: soon, 1.5",
+                                         "PID  COMMAND  %CPU  MEM  USER",
+                                         "1    a        25.0  4K   me",
+                                         "2    b"};
     const TopBlock parsed = parseBlock(lines, 99);
     EXPECT_EQ(parsed.system.cpu, (CPULoad{0, 7, 100, 1.5}));
     EXPECT_EQ(parsed.system.memory.totalBytes, 0U) << "no memory line, no memory figures";
@@ -97,9 +99,14 @@ TEST(TopStream, AColumnThatIsMissingCostsItselfOnly) {
 
 TEST(TopStream, Sizes) {
     const std::vector<std::pair<const char*, std::uint64_t>> cases{
-        {"1234K", 1263616},  {"56M+", 58720256}, {"2G-", 2147483648}, {"1.5K", 1536},       {"4096", 4096},
-        {"3T", 3ULL << 40},  {"512B", 0},        {"", 0},             {"+-", 0},            {"K", 0},
-        {"-5K", 0},          {"nan", 0},         {"infM", 0},         {"99999999999T", ~0ULL}, {"1e5", 100000},
+        {"1234K", 1263616},  {"56M+", 58720256},
+        {"2G-", 2147483648}, {"1.5K", 1536},
+        {"4096", 4096},      {"3T", 3ULL << 40},
+        {"512B", 0},         {"", 0},
+        {"+-", 0},           {"K", 0},
+        {"-5K", 0},          {"nan", 0},
+        {"infM", 0},         {"99999999999T", ~0ULL},
+        {"1e5", 100000},
     };
     for (const auto& [text, bytes] : cases)
         EXPECT_EQ(parseSize(text), bytes) << text;
@@ -122,16 +129,32 @@ TEST(TopStream, TheLastOfSeveralBlocks) {
 
 TEST(TopStream, PathLists) {
     const auto paths = parsePathList("  12 /bin/a b\n\nx /bin/c\n13\n14  \n4294967296 /d\n15 [kworker/0:1]\n16 /e");
-    EXPECT_EQ(paths, (std::unordered_map<std::int32_t, std::string>{
-                         {12, "/bin/a b"}, {15, "[kworker/0:1]"}, {16, "/e"}}));
+    EXPECT_EQ(paths,
+              (std::unordered_map<std::int32_t, std::string>{{12, "/bin/a b"}, {15, "[kworker/0:1]"}, {16, "/e"}}));
 }
 
 TEST(Numbers, ReadAsOtherProgramsPrintThem) {
     const std::vector<std::pair<const char*, std::optional<double>>> cases{
-        {"5.12", 5.12},   {"-0.5", -0.5},       {"+7", 7},          {".5", 0.5},       {"5.", 5},
-        {"1e3", 1000},    {"1e-3", 0.001},      {"1e999", {}},      {"", {}},          {"-", {}},
-        {".", {}},        {"1,5", {}},          {"nan", {}},        {"inf", {}},       {"0x10", {}},
-        {" 1", {}},       {"1 ", {}},           {"1e", {}},         {"1e+", {}},       {"1772356440.25", 1772356440.25},
+        {"5.12", 5.12},
+        {"-0.5", -0.5},
+        {"+7", 7},
+        {".5", 0.5},
+        {"5.", 5},
+        {"1e3", 1000},
+        {"1e-3", 0.001},
+        {"1e999", {}},
+        {"", {}},
+        {"-", {}},
+        {".", {}},
+        {"1,5", {}},
+        {"nan", {}},
+        {"inf", {}},
+        {"0x10", {}},
+        {" 1", {}},
+        {"1 ", {}},
+        {"1e", {}},
+        {"1e+", {}},
+        {"1772356440.25", 1772356440.25},
         {"12345678901234567890", 12345678901234567890.0},
     };
     for (const auto& [text, value] : cases)

@@ -38,11 +38,10 @@ std::size_t lineWidth() {
 
 int print(const CommandLine& line, const History& history, const Conclusion& conclusion) {
     const bool emphasis = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
-    const std::string text =
-        line.json ? jsonReport(history, conclusion.verdict, conclusion.suspects, conclusion.explanation,
-                               conclusion.series) +
-                        '\n'
-                  : textReport(conclusion.verdict, conclusion.explanation, lineWidth(), emphasis);
+    const std::string text = line.json ? jsonReport(history, conclusion.verdict, conclusion.suspects,
+                                                    conclusion.explanation, conclusion.series) +
+                                             '\n'
+                                       : textReport(conclusion.verdict, conclusion.explanation, lineWidth(), emphasis);
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         std::fputs("vantoro: the report could not be written\n", stderr);
         return writeFault;
@@ -53,7 +52,8 @@ int print(const CommandLine& line, const History& history, const Conclusion& con
 /// One line on a terminal, written over as time goes by and cleared at the end; nothing anywhere else.
 class Progress {
 public:
-    explicit Progress(double seconds) : total_(seconds), deadline_(std::chrono::milliseconds(std::llround(seconds * 1e3))) {
+    explicit Progress(double seconds)
+        : total_(seconds), deadline_(std::chrono::milliseconds(std::llround(seconds * 1e3))) {
         if (::isatty(STDERR_FILENO) == 0)
             return;
         QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { show(); });

@@ -1,5 +1,5 @@
-// Gives the rows of each sample their full identities, and remembers them: a process that has not changed keeps the very
-// record it had, so that a tick's samples share their texts with the tick before.
+// Gives the rows of each sample their full identities, and remembers them: a process that has not changed keeps the
+// very record it had, so that a tick's samples share their texts with the tick before.
 #pragma once
 
 #include "Model/ProcessIdentity.h"

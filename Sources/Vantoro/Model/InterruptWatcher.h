@@ -1,4 +1,5 @@
-// Tells the event loop that somebody asked the program to stop (SIGINT or SIGTERM), so that it can finish what it holds.
+// Tells the event loop that somebody asked the program to stop (SIGINT or SIGTERM), so that it can finish what it
+// holds.
 #pragma once
 
 #include <array>

@@ -40,7 +40,8 @@ std::string_view toView(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
-/// All that the program prints, or none when it cannot be started, fails, takes longer than the limit or prints too much.
+/// All that the program prints, or none when it cannot be started, fails, takes longer than the limit or prints too
+/// much.
 std::optional<QByteArray> outputOf(const ProgramCommand& command, std::chrono::milliseconds limit) {
     const std::unique_ptr<QProcess> process = makeProcess(command);
     const QDeadlineTimer deadline(limit);
@@ -65,10 +66,12 @@ std::optional<QByteArray> outputOf(const ProgramCommand& command, std::chrono::m
 } // namespace
 
 ProcessMonitorWorker::ProcessMonitorWorker(const Platform& platform, const ProcessMonitor::Timing& timing)
-    : processTable_(platform.processTable), statistics_(platform.systemStatistics),
-      processStream_(platform.processStream), timing_(timing),
-      identities_(platform.appIdentity, currentUserName(platform.processTable.get())),
-      fallback_(platform.processTable, platform.systemStatistics) {}
+    : processTable_(platform.processTable)
+    , statistics_(platform.systemStatistics)
+    , processStream_(platform.processStream)
+    , timing_(timing)
+    , identities_(platform.appIdentity, currentUserName(platform.processTable.get()))
+    , fallback_(platform.processTable, platform.systemStatistics) {}
 
 ProcessMonitorWorker::~ProcessMonitorWorker() {
     stop();

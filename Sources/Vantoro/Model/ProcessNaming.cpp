@@ -40,8 +40,8 @@ ProcessKind classify(std::string_view path, std::size_t appComponentCount, std::
     return user == currentUser ? ProcessKind::commandLine : ProcessKind::systemDaemon;
 }
 
-ProcessIdentity resolveIdentity(std::int32_t pid, std::string_view rawName, std::string_view path, std::string_view user,
-                                std::string_view currentUser) {
+ProcessIdentity resolveIdentity(std::int32_t pid, std::string_view rawName, std::string_view path,
+                                std::string_view user, std::string_view currentUser) {
     ProcessIdentity identity{.pid = pid,
                              .rawName = std::string(rawName),
                              .displayName = std::string(rawName),

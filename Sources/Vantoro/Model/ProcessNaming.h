@@ -18,7 +18,7 @@ ProcessKind classify(std::string_view path, std::size_t appComponentCount, std::
 
 /// The full identity of a process that its source calls `rawName`: inside application bundles it is named for the
 /// innermost and belongs to the outermost, elsewhere it is named for its executable. Pid 0 is the kernel.
-ProcessIdentity resolveIdentity(std::int32_t pid, std::string_view rawName, std::string_view path, std::string_view user,
-                                std::string_view currentUser);
+ProcessIdentity resolveIdentity(std::int32_t pid, std::string_view rawName, std::string_view path,
+                                std::string_view user, std::string_view currentUser);
 
 } // namespace vantoro

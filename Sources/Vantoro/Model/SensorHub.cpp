@@ -25,13 +25,12 @@ std::optional<std::string> environmentVariable(const char* name) {
 } // namespace
 
 HubEnvironment HubEnvironment::ofThisProcess() {
-    return {.now =
-                [] {
-                    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-                },
-            .killProcess = [](std::int32_t pid) { ::kill(pid, SIGKILL); },
-            .interval = environmentVariable("VANTORO_INTERVAL"),
-            .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
+    return {
+        .now =
+            [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
+        .killProcess = [](std::int32_t pid) { ::kill(pid, SIGKILL); },
+        .interval = environmentVariable("VANTORO_INTERVAL"),
+        .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
 }
 
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval) {
@@ -46,10 +45,16 @@ int processInterval(double sampleInterval) {
 
 SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Settings& settings,
                      HubEnvironment environment)
-    : machine_(platform.machine), thermalState_(platform.thermalState), sources_(std::move(sources)),
-      settings_(settings), environment_(std::move(environment)), formatContext_(settings), format_(formatContext_),
-      motion_(formatContext_), cooling_(foundCooling()),
-      processes_(
+    : machine_(platform.machine)
+    , thermalState_(platform.thermalState)
+    , sources_(std::move(sources))
+    , settings_(settings)
+    , environment_(std::move(environment))
+    , formatContext_(settings)
+    , format_(formatContext_)
+    , motion_(formatContext_)
+    , cooling_(foundCooling())
+    , processes_(
           platform, [this] { return ProcessMonitor::mode(environment_.processMode, settings_.processMonitorMode()); },
           environment_.processTiming) {
     snapshot_ = measure(environment_.now());

@@ -13,9 +13,8 @@ CPULoad cpuLoadBetween(const HostTicks& previous, const HostTicks& current) {
     const double total = user + system + idle;
     if (!(total > 0))
         return {};
-    return {.userPercent = user / total * 100,
-            .systemPercent = system / total * 100,
-            .idlePercent = idle / total * 100};
+    return {
+        .userPercent = user / total * 100, .systemPercent = system / total * 100, .idlePercent = idle / total * 100};
 }
 
 MemoryLoad memoryLoad(std::uint64_t physicalMemoryBytes, const std::optional<VirtualMemory>& memory) {
