@@ -20,6 +20,8 @@ double monotonicSeconds() {
 } // namespace
 
 Platform currentPlatform(const std::string& programFolder) {
+    // The process table keeps a descriptor per process.
+    raiseDescriptorLimit();
     const char* const top = std::getenv("VANTORO_TOP");
     const DesktopFolders folders = desktopFolders(std::getenv("HOME"), std::getenv("XDG_DATA_HOME"),
                                                   std::getenv("XDG_DATA_DIRS"), std::getenv("PATH"));
