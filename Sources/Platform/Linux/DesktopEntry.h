@@ -1,4 +1,4 @@
-// One desktop entry, as the Desktop Entry Specification of freedesktop.org lays it out. Pure.
+// One desktop entry, in the format that freedesktop.org lays down. Pure.
 #pragma once
 
 #include <optional>

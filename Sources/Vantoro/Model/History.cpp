@@ -79,7 +79,7 @@ SnapshotRun History::causeWindow(double lag, double span) const {
     if (snapshots_.empty())
         return run(0, 0);
     const UnixSeconds now = snapshots_.back().timestamp;
-    const SnapshotRun window = slice(now - span, now - lag);
+    SnapshotRun window = slice(now - span, now - lag);
     if (std::ranges::any_of(window, [](const Snapshot& snapshot) { return !snapshot.processes.empty(); }))
         return window;
     return recent(span);

@@ -1,6 +1,7 @@
 #include "Model/EnumNames.h"
 #include "Model/History.h"
 #include "Model/JsonScanner.h"
+#include "Model/KnownIdentities.h"
 #include "Model/Recording.h"
 #include "Model/RecordingFields.h"
 #include "Model/RecordingReasons.h"
@@ -8,7 +9,6 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 
 namespace vantoro {
@@ -17,9 +17,6 @@ namespace {
 
 /// Beyond this many rows a line is cut down to its busiest, so that no line can cost more than its own length.
 constexpr std::size_t mostRows = 1024;
-/// A process that has been away for this many lines has most likely ended.
-constexpr std::size_t rememberedLines = 128;
-constexpr std::size_t mostIdentities = 4096;
 
 } // namespace
 
@@ -33,8 +30,7 @@ public:
         place_ = Place::line;
         ignoredDepth_ = 0;
         hasTimestamp_ = false;
-        if (++lineCount_ % rememberedLines == 0 || identities_.size() > mostIdentities)
-            forgetOldIdentities();
+        identities_.startLine();
         const std::optional<JsonFault> fault = scanJson(line, *this);
         if (fault && (!fault->isNumberTooLarge || refusal_.empty()))
             return notAnObject(fault);
@@ -188,11 +184,6 @@ private:
         static Target targetOf(PowerReading& /*record*/) { return Place::power; }
         static Target targetOf(CPULoad& /*record*/) { return Place::cpu; }
         static Target targetOf(MemoryLoad& /*record*/) { return Place::memory; }
-    };
-
-    struct Known {
-        SharedProcessIdentity identity;
-        std::size_t lastLine = 0;
     };
 
     template <class Field>
@@ -372,21 +363,10 @@ private:
         ++rowCount_;
         if (!refusal_.empty())
             return;
-        Known& known = identities_[rowIdentity_.pid];
-        if (known.lastLine == 0 || *known.identity != rowIdentity_)
-            known.identity = SharedProcessIdentity(rowIdentity_);
-        known.lastLine = lineCount_;
-        row_.identity = known.identity;
+        row_.identity = identities_.of(rowIdentity_);
         if (snapshot_.processes.size() >= mostRows)
             History::keepBusiest(snapshot_.processes);
         snapshot_.processes.push_back(std::move(row_));
-    }
-
-    void forgetOldIdentities() {
-        const bool isCrowded = identities_.size() > mostIdentities;
-        std::erase_if(identities_, [&](const auto& entry) {
-            return isCrowded || entry.second.lastLine + rememberedLines < lineCount_;
-        });
     }
 
     Snapshot snapshot_;
@@ -404,8 +384,7 @@ private:
     std::size_t rowCount_ = 0;
     bool hasPid_ = false;
 
-    std::size_t lineCount_ = 0;
-    std::unordered_map<std::int32_t, Known> identities_;
+    KnownIdentities identities_;
 };
 
 RecordingParser::RecordingParser() : events_(std::make_unique<SnapshotEvents>()) {}
