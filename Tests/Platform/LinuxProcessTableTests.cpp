@@ -1,6 +1,6 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 #include "Platform/Linux/LinuxProcessStream.h"
 
 #include <csignal>

@@ -2,7 +2,7 @@
 #include "VantoroTop/BlockText.h"
 #include "VantoroTop/Sampler.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 
 #include <array>
 #include <chrono>
