@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 namespace vantoro {
@@ -194,10 +195,18 @@ TEST_F(ProcessMonitorTest, StartAndStopTenTimesLeaveNothingBehind) {
     EXPECT_EQ(watched.monitor->source().kind, Kind::starting);
     ASSERT_TRUE(waitUntil([] { return !hasChildren(); })) << "no child is left";
     EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; })) << "no descriptor is left";
+    ASSERT_TRUE(waitUntil([&] { return watched.sources.back() == ProcessMonitor::Source{}; }));
     watched.lists.clear();
     watched.sources.clear();
     // Longer than the watchdog and many fallback intervals: a timer left behind would have spoken by now.
     EXPECT_FALSE(waitUntil([&] { return !watched.lists.empty() || !watched.sources.empty(); }, 900ms));
+}
+
+TEST_F(ProcessMonitorTest, WhatArrivesAfterTheStopIsNobodys) {
+    Watched watched("", ProcessMonitor::Mode::unprivileged);
+    std::this_thread::sleep_for(100ms); // many results are on their way, none is handled
+    watched.monitor->stop();
+    EXPECT_FALSE(waitUntil([&] { return !watched.lists.empty() || !watched.sources.empty(); }, 20ms));
 }
 
 TEST(ProcessMonitor, ModesAndTimeLimits) {
