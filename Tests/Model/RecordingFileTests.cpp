@@ -151,7 +151,7 @@ TEST_F(RecordingFile, TakesLongLinesAndACutOffEnd) {
     const std::string whole = header + tick(1) + tick(2);
     EXPECT_EQ(read("a.jsonl", begun + tick(2)).times, (std::vector<double>{1, 2}));
     const std::size_t first = header.size() + tick(1).size();
-    for (std::size_t length = first; length <= whole.size(); ++length) {
+    for (std::size_t length = first; length <= whole.size(); length += length + 9 < whole.size() ? 7 : 1) {
         const Read what = read("a.jsonl", whole.substr(0, length));
         EXPECT_EQ(what.error, "");
         const bool hasSecond = length >= whole.size() - 1;
