@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <fmt/format.h>
 #include <QCoreApplication>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,13 @@ using namespace vantoro;
 namespace {
 
 constexpr int usageFault = 2;
+
+int print(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return EXIT_SUCCESS;
+    std::fputs("vantoro: the text could not be written\n", stderr);
+    return EXIT_FAILURE;
+}
 
 int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     // Without it Qt brings in a second event loop library, whose wake-ups and memory a terminal command has no use for.
@@ -35,11 +43,9 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
 int run(const CommandLine& line, int argc, char** argv) {
     switch (line.action) {
     case CommandLine::Action::help:
-        fmt::print("{}", helpText());
-        return EXIT_SUCCESS;
+        return print(helpText());
     case CommandLine::Action::version:
-        fmt::print("vantoro {}\n", VANTORO_VERSION);
-        return EXIT_SUCCESS;
+        return print(fmt::format("vantoro {}\n", VANTORO_VERSION));
     case CommandLine::Action::window:
         fmt::print(stderr, "vantoro: the window is not built yet; --explain answers in the terminal (see --help)\n");
         return usageFault;

@@ -1,9 +1,9 @@
 // The real monitor with real child processes, good ones and bad ones.
 #include "Model/ProcessMonitor.h"
 
+#include "Platform/Linux/LinuxAppIdentity.h"
 #include "Support/EventLoop.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 namespace vantoro {
@@ -50,47 +51,40 @@ public:
     std::optional<std::string> userName(std::uint32_t /*uid*/) override { return "anna"; }
 };
 
-std::vector<std::string> openDescriptors() {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-        names.push_back(entry.path().filename());
-    std::ranges::sort(names);
-    return names;
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator folder("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
 }
 
 bool hasChildren() {
     return ::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD;
 }
 
-class ProcessMonitorTest : public ::testing::Test {
-protected:
-    ProcessMonitorTest() {
+/// A monitor over any shell script, and what it reports.
+class Watched {
+public:
+    explicit Watched(
+        const std::string& script, ProcessMonitor::Mode mode = ProcessMonitor::Mode::automatic,
+        const std::string& pathList = "printf '12 /opt/Editor.app/Contents/MacOS/Editor\\n13 [kworker/0:1]\\n'") {
         timing.watchdogFloor = 700ms;
         timing.watchdogIntervals = 0;
         timing.firstFallbackSample = 5ms;
         timing.fallbackSecond = 5ms;
         timing.pathListLimit = 500ms;
         timing.terminationGrace = 100ms;
-    }
-
-    ~ProcessMonitorTest() override { EXPECT_FALSE(hasChildren()); }
-
-    /// A monitor over this script; what it reports is collected.
-    void make(const std::string& script, ProcessMonitor::Mode mode = ProcessMonitor::Mode::automatic) {
         const std::string program = folder.filePath("top").toStdString();
         if (!script.empty()) {
             std::ofstream(program)
-                << "#!/bin/sh\n"
-                << "if [ \"$1\" = --paths ]; then echo '12 /opt/Editor.app/Contents/MacOS/Editor'; "
-                   "exit; fi\n"
-                << "block() { printf 'Processes: 2\\nLoad Avg: %s\\n\\nPID  COMMAND  %%CPU MEM\\n12   ed"
-                   "       50.0 4K\\n' \"$1\"; }\n"
-                << script << '\n';
+                << "#!/bin/sh\nif [ \"$1\" = --paths ]; then " << pathList << "; exit; fi\n"
+                << R"(block() { printf 'Processes: 2\nLoad Avg: %s\n\nPID  COMMAND  %%CPU MEM\n12   ed       50.0 4K\n13   kworker  0.5  0K\n' "$1"; }
+)" << script << '\n';
             std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         }
         Platform platform;
         platform.processTable = std::make_shared<OneProcess>();
         platform.processStream = std::make_shared<ScriptedStream>(program);
+        platform.appIdentity = std::make_shared<LinuxAppIdentity>(
+            LinuxAppIdentity::Options{.root = folder.path().toStdString(), .folders = {}, .clock = [] { return 1.0; }});
         monitor = std::make_unique<ProcessMonitor>(
             platform, [mode] { return mode; }, timing);
         monitor->onUpdate = [this](const std::vector<ProcessSample>& list, const SystemLine& system) {
@@ -98,22 +92,10 @@ protected:
             loads.push_back(system.cpu.loadAverage);
         };
         monitor->onSourceChange = [this](ProcessMonitor::Source source) { sources.push_back(source); };
-    }
-
-    bool fallsBack() {
-        return waitUntil([this] { return !lists.empty() && monitor->source().kind == Kind::ownProcessesOnly; });
-    }
-
-    void expectFallback(const std::string& script) {
-        make(script);
         monitor->start(1, 40);
-        ASSERT_TRUE(fallsBack());
-        EXPECT_FALSE(sources.back().byChoice);
-        ASSERT_EQ(lists.back().size(), 1U);
-        EXPECT_EQ(lists.back()[0].displayName(), "Tool") << "the fallback's rows get identities too";
-        EXPECT_EQ(monitor->unreadableCount(), 1);
-        monitor.reset();
     }
+
+    bool hasFallenBack() const { return !lists.empty() && monitor->source().kind == Kind::ownProcessesOnly; }
 
     QTemporaryDir folder;
     ProcessMonitor::Timing timing;
@@ -123,131 +105,121 @@ protected:
     std::unique_ptr<ProcessMonitor> monitor;
 };
 
-constexpr const char* healthy = "if [ \"$2\" = 2 ]; then exit 1; fi\n"
-                                "block 1; block 2; block 3; block 4; exec sleep 1000";
+class ProcessMonitorTest : public ::testing::Test {
+protected:
+    ~ProcessMonitorTest() override { EXPECT_FALSE(hasChildren()); }
+};
+
+constexpr const char* healthy = "[ \"$2\" != 2 ] || exit 1; block 1; block 2; block 3; block 4; exec sleep 1000";
 
 TEST_F(ProcessMonitorTest, DeliversTheStreamFromItsSecondBlockOn) {
-    make(healthy);
-    monitor->start(1, 40);
-    ASSERT_TRUE(waitUntil([this] { return lists.size() == 2; })) << "the fourth block is not finished yet";
-    EXPECT_EQ(loads, (std::vector<double>{2, 3}));
-    EXPECT_EQ(sources, (std::vector<ProcessMonitor::Source>{{Kind::system}}));
-    const ProcessSample& row = monitor->processes().at(0);
+    const Watched watched(healthy);
+    ASSERT_TRUE(waitUntil([&] { return watched.lists.size() == 2; })) << "the fourth block is not finished yet";
+    EXPECT_EQ(watched.loads, (std::vector<double>{2, 3}));
+    EXPECT_EQ(watched.sources, (std::vector<ProcessMonitor::Source>{{Kind::system}}));
+    EXPECT_EQ(watched.monitor->unreadableCount(), 0);
+    const ProcessSample& row = watched.monitor->processes().at(0);
     EXPECT_EQ(row.rawName(), "ed");
     EXPECT_EQ(row.owningAppPath(), "/opt/Editor.app");
     EXPECT_EQ(row.cpuPercent, 50);
-    EXPECT_TRUE(row.identity.sharesRecordWith(lists[0][0].identity)) << "texts are shared from tick to tick";
-    EXPECT_EQ(monitor->unreadableCount(), 0);
-    monitor.reset();
+    EXPECT_TRUE(row.identity.sharesRecordWith(watched.lists[0][0].identity)) << "texts are shared from tick to tick";
+    const ProcessSample& thread = watched.monitor->processes().at(1);
+    EXPECT_EQ(thread.identity->kind, ProcessKind::kernel);
+    EXPECT_EQ(thread.displayName(), "kworker/0:1");
+    EXPECT_EQ(thread.executablePath(), "") << "the path list's mark is no path";
 }
 
 TEST_F(ProcessMonitorTest, AQuickLookDeliversBeforeTheStreamDoes) {
-    make("if [ \"$2\" = 2 ]; then block 8; block 9; exit; fi\nblock 1; exec sleep 1000");
-    monitor->start(1, 40);
-    ASSERT_TRUE(waitUntil([this] { return !lists.empty(); }));
-    EXPECT_EQ(loads, std::vector<double>{9});
-    EXPECT_EQ(monitor->source().kind, Kind::system);
-    monitor.reset();
+    const Watched watched("if [ \"$2\" = 2 ]; then block 8; block 9; exit; fi\nblock 1; exec sleep 1000");
+    ASSERT_TRUE(waitUntil([&] { return !watched.lists.empty(); }));
+    EXPECT_EQ(watched.loads, std::vector<double>{9});
+    EXPECT_EQ(watched.monitor->source().kind, Kind::system);
 }
 
-TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIsMissing) {
-    expectFallback("");
-}
-TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatRefuses) {
-    expectFallback("exit 1");
-}
-TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIsSilent) {
-    expectFallback("exec sleep 1000");
-}
-TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatPrintsGarbage) {
-    expectFallback("while echo 'no block at all \377'; do :; done");
-}
-TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIgnoresBeingTold) {
-    expectFallback("trap '' TERM; exec sleep 1000");
+TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIsOfNoUse) {
+    std::vector<std::unique_ptr<Watched>> all;
+    for (const char* const script : {"", "exit 1", "exec sleep 1000", "trap '' TERM; exec sleep 1000",
+                                     "while echo 'no block at all \377'; do :; done"})
+        all.push_back(std::make_unique<Watched>(script));
+    for (const auto& watched : all) {
+        ASSERT_TRUE(waitUntil([&] { return watched->hasFallenBack(); }));
+        EXPECT_FALSE(watched->sources.back().byChoice);
+        ASSERT_EQ(watched->lists.back().size(), 1U);
+        EXPECT_EQ(watched->lists.back()[0].displayName(), "Tool") << "the fallback's rows get identities too";
+        EXPECT_EQ(watched->monitor->unreadableCount(), 1);
+    }
 }
 
-TEST_F(ProcessMonitorTest, FallsBackWhenTheStreamDiesAndNeverReturns) {
-    make("if [ \"$2\" = 2 ]; then exit 1; fi\nblock 1; block 2; block 3; exit 0");
-    monitor->start(1, 40);
-    ASSERT_TRUE(fallsBack());
-    EXPECT_EQ(loads.front(), 2) << "what was printed before is delivered";
-    EXPECT_EQ(sources, (std::vector<ProcessMonitor::Source>{{Kind::system}, {Kind::ownProcessesOnly, false}}));
-    monitor.reset();
+TEST_F(ProcessMonitorTest, FallsBackFromAStreamThatDiesOrFloods) {
+    const std::string some = "[ \"$2\" != 2 ] || exit 1; block 1; block 2; block 3; ";
+    const Watched dies(some + "exit 0");
+    const Watched floods(some + "exec cat /dev/zero");
+    ASSERT_TRUE(waitUntil([&] { return dies.hasFallenBack() && floods.hasFallenBack(); }));
+    EXPECT_EQ(dies.loads.front(), 2) << "what was printed before is delivered";
+    EXPECT_EQ(dies.sources, (std::vector<ProcessMonitor::Source>{{Kind::system}, {Kind::ownProcessesOnly, false}}));
 }
 
-TEST_F(ProcessMonitorTest, LinesOfAMegabyteCostThemselvesOnly) {
-    make("if [ \"$2\" = 2 ]; then exit 1; fi\nlong() { head -c 1048576 /dev/zero | tr '\\0' x; echo; }\n"
-         "block 1; long; block 2; long; long; block 3; exec sleep 1000");
-    monitor->start(1, 40);
-    ASSERT_TRUE(waitUntil([this] { return !lists.empty(); }));
-    EXPECT_EQ(lists[0].size(), 1U);
-    EXPECT_EQ(loads[0], 2);
-    monitor.reset();
-}
-
-TEST_F(ProcessMonitorTest, AStreamThatFloodsIsLeft) {
-    make("if [ \"$2\" = 2 ]; then exit 1; fi\nblock 1; block 2; block 3; exec cat /dev/zero");
-    monitor->start(1, 40);
-    ASSERT_TRUE(fallsBack());
-    monitor.reset();
-}
-
-TEST_F(ProcessMonitorTest, APathListThatHangsCostsPathsOnly) {
-    make("");
-    const std::string program = folder.filePath("top").toStdString();
-    std::ofstream(program) << "#!/bin/sh\nif [ \"$1\" = --paths ]; then exec sleep 1000; fi\n"
-                              "for i in 1 2 3; do printf 'Processes: 1\\nPID  COMMAND\\n12   ed\\n'; done; "
-                              "exec sleep 1000\n";
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    monitor->start(1, 40);
-    ASSERT_TRUE(waitUntil([this] { return !lists.empty(); }));
-    EXPECT_EQ(lists[0].at(0).displayName(), "ed");
-    monitor.reset();
+TEST_F(ProcessMonitorTest, LinesOfAMegabyteAndAPathListThatHangsCostThemselvesOnly) {
+    const Watched lines("[ \"$2\" != 2 ] || exit 1; long() { head -c 1048576 /dev/zero | tr '\\0' x; echo; }\n"
+                        "block 1; long; block 2; long; long; block 3; exec sleep 1000");
+    const Watched paths("block 1; block 2; block 3; exec sleep 1000", ProcessMonitor::Mode::automatic,
+                        "exec sleep 1000");
+    ASSERT_TRUE(waitUntil([&] { return !lines.lists.empty() && !paths.lists.empty(); }));
+    EXPECT_EQ(lines.lists[0].size(), 2U);
+    EXPECT_EQ(lines.loads[0], 2);
+    EXPECT_EQ(paths.lists[0].at(0).displayName(), "ed");
 }
 
 TEST_F(ProcessMonitorTest, TheUsersChoiceStartsNoProgram) {
-    make("touch \"$0.ran\"; exit 1", ProcessMonitor::Mode::unprivileged);
-    monitor->start(1, 40);
-    ASSERT_TRUE(fallsBack());
-    EXPECT_EQ(sources, (std::vector<ProcessMonitor::Source>{{Kind::ownProcessesOnly, true}}));
-    EXPECT_FALSE(std::filesystem::exists(folder.filePath("top.ran").toStdString()));
-    monitor.reset();
+    const Watched watched("touch \"$0.ran\"; exit 1", ProcessMonitor::Mode::unprivileged);
+    ASSERT_TRUE(waitUntil([&] { return watched.hasFallenBack(); }));
+    EXPECT_EQ(watched.sources, (std::vector<ProcessMonitor::Source>{{Kind::ownProcessesOnly, true}}));
+    EXPECT_FALSE(std::filesystem::exists(watched.folder.filePath("top.ran").toStdString()));
 }
 
 TEST_F(ProcessMonitorTest, StartAndStopTenTimesLeaveNothingBehind) {
-    make(healthy);
+    Watched watched(healthy);
     // The first start makes what lives as long as the thread does, such as its child-process notifier.
-    monitor->start(1, 40);
-    ASSERT_TRUE(waitUntil([this] { return !lists.empty(); }));
-    monitor->stop();
+    ASSERT_TRUE(waitUntil([&] { return !watched.lists.empty(); }));
+    watched.monitor->stop();
     ASSERT_TRUE(waitUntil([] { return !hasChildren(); }));
-    const std::vector<std::string> before = openDescriptors();
+    const std::size_t before = openDescriptors();
     for (int i = 0; i < 10; ++i) {
-        monitor->start(1, 40);
-        monitor->stop();
+        watched.monitor->start(1, 40);
+        watched.monitor->stop();
     }
-    monitor->start(1, 40);
-    lists.clear();
-    ASSERT_TRUE(waitUntil([this] { return !lists.empty(); }));
-    monitor->stop();
-    EXPECT_EQ(monitor->source().kind, Kind::starting);
+    watched.monitor->start(1, 40);
+    watched.lists.clear();
+    ASSERT_TRUE(waitUntil([&] { return !watched.lists.empty(); }));
+    watched.monitor->stop();
+    EXPECT_EQ(watched.monitor->source().kind, Kind::starting);
     ASSERT_TRUE(waitUntil([] { return !hasChildren(); })) << "no child is left";
-    EXPECT_TRUE(waitUntil([&before] { return openDescriptors().size() == before.size(); })) << "no descriptor is left";
-    lists.clear();
-    sources.clear();
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; })) << "no descriptor is left";
+    ASSERT_TRUE(waitUntil([&] { return watched.sources.back() == ProcessMonitor::Source{}; }));
+    watched.lists.clear();
+    watched.sources.clear();
     // Longer than the watchdog and many fallback intervals: a timer left behind would have spoken by now.
-    EXPECT_FALSE(waitUntil([this] { return !lists.empty() || !sources.empty(); }, 900ms));
-    monitor.reset();
+    EXPECT_FALSE(waitUntil([&] { return !watched.lists.empty() || !watched.sources.empty(); }, 900ms));
+}
+
+TEST_F(ProcessMonitorTest, WhatArrivesAfterTheStopIsNobodys) {
+    Watched watched("", ProcessMonitor::Mode::unprivileged);
+    std::this_thread::sleep_for(100ms); // many results are on their way, none is handled
+    watched.monitor->stop();
+    EXPECT_FALSE(waitUntil([&] { return !watched.lists.empty() || !watched.sources.empty(); }, 20ms));
 }
 
 TEST(ProcessMonitor, ModesAndTimeLimits) {
     using Mode = ProcessMonitor::Mode;
-    EXPECT_EQ(ProcessMonitor::mode({}, "auto"), Mode::automatic);
-    EXPECT_EQ(ProcessMonitor::mode({}, "unprivileged"), Mode::unprivileged);
-    EXPECT_EQ(ProcessMonitor::mode("auto", "unprivileged"), Mode::automatic);
-    EXPECT_EQ(ProcessMonitor::mode("unprivileged", "auto"), Mode::unprivileged);
-    EXPECT_EQ(ProcessMonitor::mode("UNPRIVILEGED", "unprivileged"), Mode::unprivileged);
-    EXPECT_EQ(ProcessMonitor::mode("nonsense", "nonsense"), Mode::automatic);
+    for (const auto& [environment, setting, mode] : {std::tuple{"", "auto", Mode::automatic},
+                                                     {"", "unprivileged", Mode::unprivileged},
+                                                     {"auto", "unprivileged", Mode::automatic},
+                                                     {"unprivileged", "auto", Mode::unprivileged},
+                                                     {"UNPRIVILEGED", "unprivileged", Mode::unprivileged},
+                                                     {"nonsense", "nonsense", Mode::automatic}})
+        EXPECT_EQ(ProcessMonitor::mode(*environment ? std::optional<std::string>(environment) : std::nullopt, setting),
+                  mode)
+            << environment;
     const ProcessMonitor::Timing timing;
     EXPECT_EQ(timing.watchdog(1), 10s);
     EXPECT_EQ(timing.watchdog(5), 15s);

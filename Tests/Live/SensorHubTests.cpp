@@ -2,6 +2,7 @@
 
 #include "Support/EventLoop.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -23,7 +24,7 @@ public:
     PowerReading readPower() override { return {.systemWatts = 20, .gpuWatts = 99}; }
     std::vector<double> readDieSensors() override { return dies; }
     std::vector<double> readGPUSensors() override { return gpus; }
-    void sample() override { ++coreSamples; }
+    void sample() override {}
     const std::vector<Core>& cores() const override { return coreList; }
     double sampleWatts() override { return 3.5; }
 
@@ -34,7 +35,6 @@ public:
     std::vector<double> dies;
     std::vector<double> gpus;
     std::vector<Core> coreList{{.index = 0}};
-    int coreSamples = 0;
 };
 
 class FixedThermalState : public ThermalState {
@@ -113,19 +113,18 @@ TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
 
 TEST_F(SensorHubTest, SingleSensorsAreReadForThePaneOnlyAndAPartialReadingKeepsTheLast) {
     SensorHub& subject = makeHub();
-    sensors->dies.assign(8, 60);
-    sensors->gpus.assign(4, 55);
-    subject.tick();
-    EXPECT_TRUE(subject.dieSensors().empty());
+    const auto readWith = [&](std::vector<double> dies, std::vector<double> gpus) {
+        sensors->dies = std::move(dies);
+        sensors->gpus = std::move(gpus);
+        subject.tick();
+        return std::pair(subject.dieSensors(), subject.gpuSensors());
+    };
+    const std::vector<double> dies(8, 60);
+    const std::vector<double> gpus(4, 55);
+    EXPECT_EQ(readWith(dies, gpus), (std::pair<std::vector<double>, std::vector<double>>()));
     subject.setCoresPaneVisible(true);
-    subject.tick();
-    EXPECT_EQ(subject.dieSensors().size(), 8U);
-    EXPECT_EQ(subject.gpuSensors().size(), 4U);
-    sensors->dies.assign(7, 10);
-    sensors->gpus.assign(3, 10);
-    subject.tick();
-    EXPECT_EQ(subject.dieSensors(), std::vector<double>(8, 60));
-    EXPECT_EQ(subject.gpuSensors(), std::vector<double>(4, 55));
+    EXPECT_EQ(readWith(dies, gpus), std::pair(dies, gpus));
+    EXPECT_EQ(readWith(std::vector<double>(7, 10), std::vector<double>(3, 10)), std::pair(dies, gpus));
 }
 
 TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) {
@@ -198,16 +197,21 @@ TEST(HeatSmoothing, WeighsByElapsedTime) {
 TEST(Settings, DefaultsAndMalformedValues) {
     const QTemporaryDir folder;
     const std::string file = folder.filePath("settings.ini").toStdString();
-    {
-        Settings settings(file);
+    const std::string broken = folder.filePath("broken.ini").toStdString();
+    std::ofstream(broken) << "\xFF\xFE\n[General]\nsampleInterval=nan\nhistoryMinutes=-1e999\nsmoothUpdates=perhaps\n"
+                          << std::string(1 << 20, 'x');
+    for (const std::string& name : {file, broken}) {
+        const Settings settings(name);
         EXPECT_EQ(settings.sampleInterval(), 2);
-        EXPECT_TRUE(settings.smoothUpdates());
-        EXPECT_TRUE(settings.spinRotors());
-        EXPECT_EQ(settings.temperatureUnit(), "C");
+        EXPECT_TRUE(settings.smoothUpdates() && settings.spinRotors());
         EXPECT_FALSE(settings.menuBarShowsRPM());
+        EXPECT_EQ(settings.temperatureUnit(), "C");
         EXPECT_EQ(settings.historyMinutes(), 30);
         EXPECT_EQ(settings.processMonitorMode(), "auto");
         EXPECT_EQ(settings.appearance(), "system");
+    }
+    {
+        Settings settings(file);
         settings.setSampleInterval(0.25);
         settings.setSmoothUpdates(false);
         settings.setTemperatureUnit("F");
@@ -216,16 +220,6 @@ TEST(Settings, DefaultsAndMalformedValues) {
     EXPECT_EQ(again.sampleInterval(), 0.25);
     EXPECT_FALSE(again.smoothUpdates());
     EXPECT_EQ(SettingsFormatContext(again).text("temperatureUnit"), "F");
-
-    QFile broken(folder.filePath("broken.ini"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("\xFF\xFE\n[General]\nsampleInterval=nan\nhistoryMinutes=-1e999\nsmoothUpdates=perhaps\n");
-    broken.write(QByteArray(1 << 20, 'x'));
-    broken.close();
-    const Settings malformed(broken.fileName().toStdString());
-    EXPECT_EQ(malformed.sampleInterval(), 2);
-    EXPECT_EQ(malformed.historyMinutes(), 30);
-    EXPECT_TRUE(malformed.smoothUpdates());
 }
 
 } // namespace

@@ -64,28 +64,24 @@ protected:
 };
 
 TEST_F(UnprivilegedProcessesTest, SharesComeFromTheTimeBetweenTwoReadings) {
-    table->processes[5] = busy("a", 7 * second);
-    EXPECT_EQ(cpuOf(5, 10), 0) << "nothing to compare with yet";
-    table->processes[5] = busy("a", 7 * second + second / 2);
-    EXPECT_EQ(cpuOf(5, 12), 25);
-    EXPECT_EQ(cpuOf(5, 14), 0);
-    table->processes[5] = busy("a", 9 * second);
-    EXPECT_EQ(cpuOf(5, 14), 0) << "no time passed";
-    table->processes[5] = busy("a", 8 * second);
-    EXPECT_EQ(cpuOf(5, 16), 0) << "a counter that went back";
-}
-
-TEST_F(UnprivilegedProcessesTest, AReusedPidDoesNotInheritItsPredecessorsTime) {
-    table->processes[5] = busy("a", second, 100);
-    sampler.sample(10);
-    table->processes[5] = busy("b", 3 * second, 200);
-    const auto sample = sampler.sample(12);
-    EXPECT_EQ(sample.processes.at(0).cpuPercent, 0);
-    EXPECT_EQ(sample.processes.at(0).rawName(), "b");
+    struct Case {
+        double at;
+        double cpuSeconds;
+        std::uint64_t startTime;
+        double percent;
+    };
+    for (const auto& [at, cpuSeconds, startTime, percent] :
+         {Case{10, 7, 1, 0},                                            // nothing to compare with yet
+          Case{12, 7.5, 1, 25}, Case{14, 7.5, 1, 0}, Case{14, 9, 1, 0}, // no time passed
+          Case{16, 8, 1, 0},                                            // a counter that went back
+          Case{18, 11, 2, 0}}) {                                        // the pid's next owner
+        table->processes[5] = busy("a", static_cast<std::uint64_t>(cpuSeconds * second), startTime);
+        EXPECT_EQ(cpuOf(5, at), percent) << at;
+    }
     table->processes.erase(5);
-    sampler.sample(14);
-    table->processes[5] = busy("b", 9 * second, 200);
-    EXPECT_EQ(cpuOf(5, 16), 0) << "a process that was gone starts anew";
+    sampler.sample(20);
+    table->processes[5] = busy("a", 12 * second, 2);
+    EXPECT_EQ(cpuOf(5, 22), 0) << "a process that was gone starts anew";
 }
 
 TEST_F(UnprivilegedProcessesTest, WhatIsRefusedIsCountedAndWhatVanishesIsNot) {
@@ -129,12 +125,6 @@ TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
     EXPECT_EQ(memoryLoad(64, memory), (MemoryLoad{70, 64, 30, 40, 9})) << "never less than nothing";
 }
 
-TEST(UnprivilegedProcesses, WithoutAPlatformThereIsNothing) {
-    UnprivilegedProcesses sampler(nullptr, nullptr);
-    EXPECT_TRUE(sampler.sample(1).processes.empty());
-    EXPECT_EQ(sampler.sample(2).system, SystemLine{});
-}
-
 class FixedMembership : public AppIdentity {
 public:
     AppMembership membership(std::int32_t /*pid*/, std::string_view path) override {
@@ -163,6 +153,7 @@ TEST(IdentityResolver, AsksThePlatformOnceAndAgainAfterAnExec) {
 }
 
 TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
+    EXPECT_EQ(UnprivilegedProcesses(nullptr, nullptr).sample(1).system, SystemLine{}) << "nor is a platform needed";
     IdentityResolver resolver(nullptr, "anna");
     for (std::int32_t pid = 1; pid <= 20'000; ++pid) {
         resolver.resolve(pid, "short-lived", "", "anna");

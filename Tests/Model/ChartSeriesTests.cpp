@@ -1,93 +1,67 @@
 #include "Model/ChartSeries.h"
+
 #include "Model/Suspects.h"
+#include "Support/HistoryBuilder.h"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace vantoro {
+
+using namespace vantoro::testing;
+
 namespace {
 
 History historyOf(int count, double interval = 1) {
     History history;
-    for (int i = 0; i < count; ++i) {
-        Snapshot snapshot;
-        snapshot.timestamp = 1000 + i * interval;
-        snapshot.power.systemWatts = i;
-        history.append(std::move(snapshot));
-    }
+    for (int i = 0; i < count; ++i)
+        history.append({.timestamp = 1000 + i * interval, .power = {.systemWatts = static_cast<double>(i)}});
     return history;
 }
 
-TEST(ChartSeries, ThinsLongRunsToAbout120Points) {
+} // namespace
+
+TEST(ChartSeries, ThinsLongRunsToAbout120PointsOfTheLastQuarterOfAnHour) {
     struct Case {
         int snapshots;
         std::size_t points;
-        double step;
+        double last;
     };
-    for (const auto& [snapshots, points, step] :
-         {Case{1, 1, 1}, Case{239, 239, 1}, Case{240, 120, 2}, Case{359, 180, 2}, Case{361, 121, 3}}) {
+    for (const auto& [snapshots, points, last] :
+         {Case{1, 1, 0}, Case{239, 239, 238}, Case{240, 120, 238}, Case{359, 180, 358}, Case{361, 121, 360}}) {
         const ChartSeries series = chartSeries(historyOf(snapshots));
-        ASSERT_EQ(series.power.size(), points) << snapshots;
-        EXPECT_EQ(series.power.back().value, (static_cast<double>(points) - 1) * step) << snapshots;
-        for (const auto* other : {&series.fan, &series.cpu, &series.temp, &series.chip})
-            EXPECT_EQ(other->size(), points) << snapshots;
+        for (const auto* one : {&series.fan, &series.cpu, &series.temp, &series.chip, &series.power})
+            EXPECT_EQ(one->size(), points) << snapshots;
+        EXPECT_EQ(series.power.back().value, last) << snapshots;
     }
+    EXPECT_EQ(chartSeries(historyOf(200, 10)).power.size(), 91U);
+    EXPECT_EQ(chartSeries(historyOf(200, 10)).power.front(), (TimePoint{2090, 109}));
     EXPECT_EQ(chartSeries(History()), ChartSeries());
 }
 
-TEST(ChartSeries, ShowsTheLastQuarterOfAnHour) {
-    const ChartSeries series = chartSeries(historyOf(200, 10));
-    ASSERT_EQ(series.power.size(), 91U);
-    EXPECT_EQ(series.power.front(), (TimePoint{2090, 109}));
-}
-
 TEST(ChartSeries, TakesEachFigureFromItsOwnReading) {
-    History history;
-    Snapshot snapshot;
-    snapshot.timestamp = 5;
-    snapshot.fans = {{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 2000}};
+    Snapshot snapshot = at(5, fanMachine(0.5));
     snapshot.temps = {.soc = 61, .socMean = 55};
     snapshot.power.systemWatts = 12.5;
     snapshot.cpu.idlePercent = -3;
+    History history;
     history.append(snapshot);
-    const ChartSeries series = chartSeries(history);
-    EXPECT_EQ(series.fan.front(), (TimePoint{5, 50}));
-    EXPECT_EQ(series.cpu.front(), (TimePoint{5, 100}));
-    EXPECT_EQ(series.temp.front(), (TimePoint{5, 61}));
-    EXPECT_EQ(series.chip.front(), (TimePoint{5, 55}));
-    EXPECT_EQ(series.power.front(), (TimePoint{5, 12.5}));
+    EXPECT_EQ(
+        chartSeries(history),
+        (ChartSeries{.fan = {{5, 50}}, .cpu = {{5, 100}}, .temp = {{5, 61}}, .chip = {{5, 55}}, .power = {{5, 12.5}}}));
 }
 
 TEST(Suspects, RankByProcessorUseAndLeaveOutTheIdle) {
     History history;
-    Snapshot snapshot;
-    int pid = 0;
-    const auto add = [&](std::string name, double percent) {
-        snapshot.processes.push_back(
-            {.identity = ProcessIdentity{.pid = ++pid, .displayName = std::move(name)}, .cpuPercent = percent});
-    };
     // Busy for an instant, long ago: not a suspect now.
-    add("past", 400);
-    snapshot.timestamp = 100;
-    history.append(snapshot);
-    snapshot.processes.clear();
-    add("idle", 0.59);
-    add("hardly", 0.6);
-    add("half", 12.5);
-    add("busy", 30);
-    for (const double time : {130.0, 140.0, 150.0}) {
-        snapshot.timestamp = time;
-        history.append(snapshot);
-    }
-    const std::vector<ProcessGroup> suspects = rankedSuspects(history);
-    ASSERT_EQ(suspects.size(), 3U);
-    EXPECT_EQ(suspects[0].displayName, "busy");
-    EXPECT_EQ(suspects[0].stressScore, 30);
-    EXPECT_EQ(suspects[1].stressScore, 13);
-    EXPECT_EQ(suspects[2].displayName, "hardly");
-    EXPECT_EQ(suspects[2].stressScore, 1);
+    history.append(at(100, fanMachine(0, {process(1, "past", 400)})));
+    for (const double time : {130.0, 140.0, 150.0})
+        history.append(at(time, fanMachine(0, {process(2, "idle", 0.59), process(3, "hardly", 0.6),
+                                               process(4, "half", 12.5), process(5, "busy", 30)})));
+    std::string ranked;
+    for (const ProcessGroup& group : rankedSuspects(history))
+        ranked += group.displayName + " " + std::to_string(static_cast<int>(group.stressScore)) + " ";
+    EXPECT_EQ(ranked, "busy 30 half 13 hardly 1 ");
     EXPECT_TRUE(rankedSuspects(History()).empty());
 }
 
-} // namespace
 } // namespace vantoro

@@ -29,8 +29,10 @@ x      no pid           1.0   1K     0.0   root
 9      Überwacher       1.5   2G-    0.1   jörg
 )";
 
-std::vector<std::vector<std::string>> blocksOf(const std::vector<std::string>& pieces) {
-    std::vector<std::vector<std::string>> blocks;
+using Blocks = std::vector<std::vector<std::string>>;
+
+Blocks blocksOf(const std::vector<std::string>& pieces) {
+    Blocks blocks;
     TopBlockCutter cutter;
     for (const std::string& piece : pieces)
         cutter.ingest(piece, [&blocks](const std::vector<std::string>& lines) { blocks.push_back(lines); });
@@ -53,7 +55,7 @@ TEST(TopStream, ReadsABlock) {
 
 TEST(TopStream, PiecesCutAnywhereGiveTheSameBlocks) {
     const std::string stream = "a line of a block that began before\n" + block + block + "Processes: 1\npartial";
-    const auto whole = blocksOf({stream});
+    const Blocks whole = blocksOf({stream});
     ASSERT_EQ(whole.size(), 2U);
     EXPECT_EQ(whole[0].front(), "Processes: 3 total, 1 running, 2 sleeping, 9 threads");
     std::vector<std::string> bytes;
@@ -62,103 +64,65 @@ TEST(TopStream, PiecesCutAnywhereGiveTheSameBlocks) {
     EXPECT_EQ(blocksOf(bytes), whole);
 }
 
-TEST(TopStream, BadPiecesCostThemselvesOnly) {
-    EXPECT_EQ(blocksOf({"Processes: 1\n", "\xFF\xFE\n", "b\n", "Processes: 2\n"}),
-              (std::vector<std::vector<std::string>>{{"Processes: 1", "b"}}));
+TEST(TopStream, BadPiecesAndEndlessLinesCostThemselvesOnly) {
+    EXPECT_EQ(blocksOf({"Processes: 1\n", "\xFF\xFE\n", "b\n", "Processes: 2\n"}), (Blocks{{"Processes: 1", "b"}}));
     EXPECT_EQ(blocksOf({"", "Processes: 1\n", std::string("a\0b\n", 4), "Processes: 2\n"})[0][1].size(), 3U);
-}
-
-TEST(TopStream, AnEndlessLineIsDroppedAndTheNextIsRead) {
     std::vector<std::string> pieces{"Processes: 1\n"};
-    for (int i = 0; i < 10; ++i)
-        pieces.emplace_back(mebibyte, 'x');
+    pieces.insert(pieces.end(), 10, std::string(mebibyte, 'x'));
     pieces.emplace_back("\nb\n" + std::string(TopBlockCutter::longestLine + 1, 'y') + "\nc\nProcesses: 2\n");
-    EXPECT_EQ(blocksOf(pieces), (std::vector<std::vector<std::string>>{{"Processes: 1", "b", "c"}}));
-
+    EXPECT_EQ(blocksOf(pieces), (Blocks{{"Processes: 1", "b", "c"}}));
     std::string manyLines = "Processes: 1\n";
     for (std::size_t i = 0; i < 2 * TopBlockCutter::mostLines; ++i)
         manyLines += "x\n";
     EXPECT_EQ(blocksOf({manyLines + "Processes: 2\n"}).at(0).size(), TopBlockCutter::mostLines);
+    EXPECT_FALSE(lastBlock(""));
+    EXPECT_FALSE(lastBlock(block)) << "a single block covers no interval";
+    EXPECT_EQ(lastBlock("Processes: 1\na\nProcesses: 2\nb")->at(1), "b");
 }
 
 TEST(TopStream, AColumnThatIsMissingCostsItselfOnly) {
-    const std::vector<std::string> lines{"Processes: 1",
-                                         "CPU usage: nan% user, 7% sys, idle, 1e999% idle",
-                                         "Load Avg: soon, 1.5",
-                                         "PID  COMMAND  %CPU  MEM  USER",
-                                         "1    a        25.0  4K   me",
-                                         "2    b"};
-    const TopBlock parsed = parseBlock(lines, 99);
+    const TopBlock parsed =
+        parseBlock({"Processes: 1", "CPU usage: nan% user, 7% sys, idle, 1e999% idle", "Load Avg: soon, 1.5",
+                    "PID  COMMAND  %CPU  MEM  USER", "1    a        25.0  4K   me", "2    b"},
+                   99);
     EXPECT_EQ(parsed.system.cpu, (CPULoad{0, 7, 100, 1.5}));
     EXPECT_EQ(parsed.system.memory.totalBytes, 0U) << "no memory line, no memory figures";
-    ASSERT_EQ(parsed.rows.size(), 2U);
-    EXPECT_EQ(parsed.rows[0], (TopRow{1, "a", 25, 4096, 0, "me"}));
-    EXPECT_EQ(parsed.rows[1], (TopRow{2, "b", 0, 0, 0, ""}));
+    EXPECT_EQ(parsed.rows, (std::vector{TopRow{1, "a", 25, 4096, 0, "me"}, TopRow{2, "b", 0, 0, 0, ""}}));
     EXPECT_TRUE(parseBlock({}, 1).rows.empty());
 }
 
-TEST(TopStream, Sizes) {
-    const std::vector<std::pair<const char*, std::uint64_t>> cases{
-        {"1234K", 1263616},  {"56M+", 58720256},
-        {"2G-", 2147483648}, {"1.5K", 1536},
-        {"4096", 4096},      {"3T", 3ULL << 40},
-        {"512B", 0},         {"", 0},
-        {"+-", 0},           {"K", 0},
-        {"-5K", 0},          {"nan", 0},
-        {"infM", 0},         {"99999999999T", ~0ULL},
-        {"1e5", 100000},
+TEST(TopStream, SizesAndPathLists) {
+    struct Case {
+        const char* text;
+        std::uint64_t bytes;
     };
-    for (const auto& [text, bytes] : cases)
+    for (const auto& [text, bytes] :
+         {Case{"1234K", 1263616}, Case{"56M+", 58720256}, Case{"2G-", 2147483648}, Case{"1.5K", 1536},
+          Case{"4096", 4096}, Case{"3T", 3ULL << 40}, Case{"512B", 0}, Case{"", 0}, Case{"+-", 0}, Case{"K", 0},
+          Case{"-5K", 0}, Case{"nan", 0}, Case{"infM", 0}, Case{"99999999999T", ~0ULL}, Case{"1e5", 100000}})
         EXPECT_EQ(parseSize(text), bytes) << text;
-}
-
-TEST(TopStream, MemoryAndSwapLines) {
     EXPECT_EQ(parsePhysMem("PhysMem: 8G used (1G wired).", 77).totalBytes, 77U);
     EXPECT_EQ(parsePhysMem("PhysMem:", 77), (MemoryLoad{.totalBytes = 77}));
     EXPECT_EQ(parsePhysMem("Phys", 77), (MemoryLoad{.totalBytes = 77}));
     EXPECT_EQ(parseSwap("VM: 1(0) swapins"), 0U);
     EXPECT_EQ(parseSwap("VM: -3(0) swapouts"), 0U);
     EXPECT_EQ(parseSwap("12 swapouts"), 12U);
-}
-
-TEST(TopStream, TheLastOfSeveralBlocks) {
-    EXPECT_FALSE(lastBlock(""));
-    EXPECT_FALSE(lastBlock(block)) << "a single block covers no interval";
-    EXPECT_EQ(lastBlock("Processes: 1\na\nProcesses: 2\nb")->at(1), "b");
-}
-
-TEST(TopStream, PathLists) {
-    const auto paths = parsePathList("  12 /bin/a b\n\nx /bin/c\n13\n14  \n4294967296 /d\n15 [kworker/0:1]\n16 /e");
-    EXPECT_EQ(paths,
+    EXPECT_EQ(parsePathList("  12 /bin/a b\n\nx /bin/c\n13\n14  \n4294967296 /d\n15 [kworker/0:1]\n16 /e"),
               (std::unordered_map<std::int32_t, std::string>{{12, "/bin/a b"}, {15, "[kworker/0:1]"}, {16, "/e"}}));
 }
 
 TEST(Numbers, ReadAsOtherProgramsPrintThem) {
-    const std::vector<std::pair<const char*, std::optional<double>>> cases{
-        {"5.12", 5.12},
-        {"-0.5", -0.5},
-        {"+7", 7},
-        {".5", 0.5},
-        {"5.", 5},
-        {"1e3", 1000},
-        {"1e-3", 0.001},
-        {"1e999", {}},
-        {"", {}},
-        {"-", {}},
-        {".", {}},
-        {"1,5", {}},
-        {"nan", {}},
-        {"inf", {}},
-        {"0x10", {}},
-        {" 1", {}},
-        {"1 ", {}},
-        {"1e", {}},
-        {"1e+", {}},
-        {"1772356440.25", 1772356440.25},
-        {"12345678901234567890", 12345678901234567890.0},
+    struct Case {
+        const char* text;
+        double value;
     };
-    for (const auto& [text, value] : cases)
+    for (const auto& [text, value] :
+         {Case{"5.12", 5.12}, Case{"-0.5", -0.5}, Case{"+7", 7}, Case{".5", 0.5}, Case{"5.", 5}, Case{"1e3", 1000},
+          Case{"1e-3", 0.001}, Case{"1772356440.25", 1772356440.25},
+          Case{"12345678901234567890", 12345678901234567890.0}})
         EXPECT_EQ(parseDecimal(text), value) << text;
+    for (const char* text : {"1e999", "", "-", ".", "1,5", "nan", "inf", "0x10", " 1", "1 ", "1e", "1e+"})
+        EXPECT_EQ(parseDecimal(text), std::nullopt) << text;
     EXPECT_FALSE(parseDecimal(std::string(1'000'000, '9')));
     EXPECT_EQ(parseInt32("+2147483647"), 2147483647);
     for (const char* const text : {"2147483648", "1.0", "+-1", "++1", "", " 1", "1x"})
@@ -178,6 +142,7 @@ TEST(Utf8, TellsBrokenFromIncomplete) {
 }
 
 TEST(ProcessNaming, PathsTellNameOwnerAndKind) {
+    using enum ProcessKind;
     struct Case {
         const char* path;
         const char* user;
@@ -186,32 +151,30 @@ TEST(ProcessNaming, PathsTellNameOwnerAndKind) {
         const char* ownerPath;
         ProcessKind kind;
     };
-    const std::vector<Case> cases{
-        {"/Applications/Editor.app/Contents/Frameworks/Helper.app/Contents/MacOS/Helper", "anna", "Helper", "Editor",
-         "/Applications/Editor.app", ProcessKind::helper},
-        {"/System/Applications/Mail.app/Contents/MacOS/Mail", "anna", "Mail", "Mail", "/System/Applications/Mail.app",
-         ProcessKind::systemDaemon},
-        {"/Applications/Editor.app/Contents/MacOS/Editor", "root", "Editor", "Editor", "/Applications/Editor.app",
-         ProcessKind::userApp},
-        {"/usr/local/bin/a-long-tool-name", "anna", "a-long-tool-name", nullptr, nullptr, ProcessKind::commandLine},
-        {"/usr/local/bin/tool", "root", "tool", nullptr, nullptr, ProcessKind::systemDaemon},
-        {"/usr/libexec/thing", "anna", "thing", nullptr, nullptr, ProcessKind::systemDaemon},
-        {"/sbin/launchd", "anna", "launchd", nullptr, nullptr, ProcessKind::systemDaemon},
-        {"/Users/anna/notes.apple/tool", "anna", "tool", nullptr, nullptr, ProcessKind::commandLine},
-        {"", "anna", "cut-short", nullptr, nullptr, ProcessKind::systemDaemon},
-    };
-    for (const Case& item : cases) {
-        const ProcessIdentity identity = resolveIdentity(5, "cut-short", item.path, item.user, "anna");
-        EXPECT_EQ(identity.displayName, item.displayName) << item.path;
-        EXPECT_EQ(identity.owningAppName.value_or("-"), item.owner != nullptr ? item.owner : "-") << item.path;
-        EXPECT_EQ(identity.owningAppPath.value_or("-"), item.ownerPath != nullptr ? item.ownerPath : "-") << item.path;
-        EXPECT_EQ(identity.kind, item.kind) << item.path;
+    for (const auto& [path, user, displayName, owner, ownerPath, kind] :
+         {Case{"/Applications/Editor.app/Contents/Frameworks/Helper.app/Contents/MacOS/Helper", "anna", "Helper",
+               "Editor", "/Applications/Editor.app", helper},
+          Case{"/System/Applications/Mail.app/Contents/MacOS/Mail", "anna", "Mail", "Mail",
+               "/System/Applications/Mail.app", systemDaemon},
+          Case{"/Applications/Editor.app/Contents/MacOS/Editor", "root", "Editor", "Editor", "/Applications/Editor.app",
+               userApp},
+          Case{"/usr/local/bin/a-long-tool-name", "anna", "a-long-tool-name", "-", "-", commandLine},
+          Case{"/usr/local/bin/tool", "root", "tool", "-", "-", systemDaemon},
+          Case{"/usr/libexec/thing", "anna", "thing", "-", "-", systemDaemon},
+          Case{"/sbin/launchd", "anna", "launchd", "-", "-", systemDaemon},
+          Case{"/Users/anna/notes.apple/tool", "anna", "tool", "-", "-", commandLine},
+          Case{"", "anna", "cut-short", "-", "-", systemDaemon}}) {
+        const ProcessIdentity identity = resolveIdentity(5, "cut-short", path, user, "anna");
+        EXPECT_EQ(identity.displayName, displayName) << path;
+        EXPECT_EQ(identity.owningAppName.value_or("-"), owner) << path;
+        EXPECT_EQ(identity.owningAppPath.value_or("-"), ownerPath) << path;
+        EXPECT_EQ(identity.kind, kind) << path;
         EXPECT_EQ(identity.rawName, "cut-short");
     }
-    const ProcessIdentity kernel = resolveIdentity(0, "whatever", "/bin/x", "root", "anna");
-    EXPECT_EQ(kernel.displayName, "kernel_task");
-    EXPECT_EQ(kernel.kind, ProcessKind::kernel);
-    EXPECT_EQ(kernel.executablePath, "");
+    const ProcessIdentity core = resolveIdentity(0, "whatever", "/bin/x", "root", "anna");
+    EXPECT_EQ(core.displayName, "kernel_task");
+    EXPECT_EQ(core.kind, kernel);
+    EXPECT_EQ(core.executablePath, "");
 }
 
 } // namespace

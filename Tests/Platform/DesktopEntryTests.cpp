@@ -2,7 +2,7 @@
 #include "Platform/Linux/DesktopEntries.h"
 #include "Platform/Linux/DesktopEntry.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>

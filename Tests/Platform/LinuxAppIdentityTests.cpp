@@ -1,6 +1,6 @@
 #include "Platform/Linux/LinuxAppIdentity.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -8,8 +8,6 @@
 
 namespace vantoro {
 namespace {
-
-constexpr std::string_view applications = "/usr/share/applications/";
 
 class LinuxAppIdentityTests : public testing::Test {
 protected:
@@ -32,40 +30,36 @@ TEST_F(LinuxAppIdentityTests, ReadsMarks) {
     EXPECT_FALSE(isPathMark("/usr/bin/[") || isPathMark("[") || isPathMark("") || isPathMark("(x]"));
 }
 
-TEST_F(LinuxAppIdentityTests, KnowsWhatRunsInAnApplicationsUnit) {
-    const std::string file = std::string(applications) + "org.example.Editor.desktop";
-    EXPECT_EQ(identity_.membership(2100, "/usr/lib/editor/editor"), of(ProcessKind::userApp, "Text Editor", file));
-    EXPECT_EQ(identity_.membership(2105, "/usr/lib/editor/editor-renderer"),
-              of(ProcessKind::helper, "Text Editor", file));
-    EXPECT_EQ(identity_.membership(2300, "/usr/bin/python3.11"),
-              of(ProcessKind::userApp, "Player", std::string(applications) + "org.example.Player.desktop"));
-}
-
-TEST_F(LinuxAppIdentityTests, KnowsSandboxes) {
+TEST_F(LinuxAppIdentityTests, KnowsWhoseAProcessIs) {
+    const std::string editor = "/usr/share/applications/org.example.Editor.desktop";
     const std::string maps = "/var/lib/flatpak/exports/share/applications/org.example.Maps.desktop";
-    EXPECT_EQ(identity_.membership(2400, "/usr/bin/bwrap"), of(ProcessKind::helper, "Maps", maps));
-    EXPECT_EQ(identity_.membership(2402, "/app/bin/maps"), of(ProcessKind::userApp, "Maps", maps));
-    EXPECT_EQ(identity_.membership(2500, "/snap/painter/12/bin/painter"),
-              of(ProcessKind::userApp, "Painter", "/var/lib/snapd/desktop/applications/painter_painter.desktop"));
-}
-
-TEST_F(LinuxAppIdentityTests, TakesWorkInAShellForTheUsersOwn) {
-    const std::string file = std::string(applications) + "org.example.Term-emulator.desktop";
-    EXPECT_EQ(identity_.membership(2200, "/usr/bin/term-emulator"), of(ProcessKind::userApp, "Terminal", file));
-    for (const auto& [pid, path] :
-         {std::pair{2210, "/usr/bin/bash"}, {2230, "/usr/bin/make"}, {2231, "/usr/lib/gcc/cc1plus"}})
-        EXPECT_EQ(identity_.membership(pid, path), AppMembership{.kind = ProcessKind::commandLine}) << path;
-}
-
-TEST_F(LinuxAppIdentityTests, ElsewhereGoesByTheEntrysCommand) {
-    // Two entries run it; the one that is the program's own names it.
-    EXPECT_EQ(identity_.membership(2600, "/usr/lib/editor/editor"),
-              of(ProcessKind::userApp, "Text Editor", std::string(applications) + "org.example.Editor.desktop"));
-    EXPECT_EQ(identity_.membership(9999, "/usr/bin/vie wer"), AppMembership{}) << "its command begins with a launcher";
-    // A terminal program, a hidden one, an interpreter, a shell.
-    for (const char* path :
-         {"/usr/bin/monitor", "/usr/bin/tool", "/usr/bin/python3.11", "/bin/sh", "/usr/bin/gnome-shell"})
-        EXPECT_EQ(identity_.membership(1850, path), AppMembership{}) << path;
+    struct Case {
+        int pid;
+        const char* path;
+        AppMembership membership;
+    };
+    using enum ProcessKind;
+    for (const auto& [pid, path, membership] :
+         {Case{2100, "/usr/lib/editor/editor", of(userApp, "Text Editor", editor)},
+          Case{2105, "/usr/lib/editor/editor-renderer", of(helper, "Text Editor", editor)},
+          Case{2300, "/usr/bin/python3.11",
+               of(userApp, "Player", "/usr/share/applications/org.example.Player.desktop")},
+          Case{2400, "/usr/bin/bwrap", of(helper, "Maps", maps)},
+          Case{2402, "/app/bin/maps", of(userApp, "Maps", maps)},
+          Case{2500, "/snap/painter/12/bin/painter",
+               of(userApp, "Painter", "/var/lib/snapd/desktop/applications/painter_painter.desktop")},
+          // Work in a shell is the user's own.
+          Case{2200, "/usr/bin/term-emulator",
+               of(userApp, "Terminal", "/usr/share/applications/org.example.Term-emulator.desktop")},
+          Case{2210, "/usr/bin/bash", {.kind = commandLine}}, Case{2230, "/usr/bin/make", {.kind = commandLine}},
+          Case{2231, "/usr/lib/gcc/cc1plus", {.kind = commandLine}},
+          // Elsewhere the entry's command counts; of two that run it, the one that is the program's own names it.
+          Case{2600, "/usr/lib/editor/editor", of(userApp, "Text Editor", editor)},
+          Case{9999, "/usr/bin/vie wer", {}}, // its command begins with a launcher
+          // A terminal program, a hidden one, an interpreter, a shell.
+          Case{1850, "/usr/bin/monitor", {}}, Case{1850, "/usr/bin/tool", {}}, Case{1850, "/usr/bin/python3.11", {}},
+          Case{1850, "/bin/sh", {}}, Case{1850, "/usr/bin/gnome-shell", {}}})
+        EXPECT_EQ(identity_.membership(pid, path), membership) << path;
 }
 
 TEST(LinuxAppIdentityInTime, AsksAgainAfterAWhileAndSurvivesCycles) {

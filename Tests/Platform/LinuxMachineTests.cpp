@@ -1,6 +1,6 @@
 #include "Platform/Linux/LinuxMachine.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,7 +1,7 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
-#include "Platform/Folders.h"
 #include "Platform/Linux/LinuxProcessStream.h"
+#include "Support/Folders.h"
 
 #include <csignal>
 #include <filesystem>
@@ -20,10 +20,8 @@ LinuxProcessTable::Options options(const std::string& root, std::size_t budget =
     return {.root = root,
             .units = {.ticksPerSecond = 100, .pageBytes = 4096},
             .descriptorBudget = budget,
-            .accountName = [](std::uint32_t uid) -> std::optional<std::string> {
-                if (uid == 1000)
-                    return "ada";
-                return {};
+            .accountName = [](std::uint32_t uid) {
+                return uid == 1000 ? std::optional<std::string>("ada") : std::nullopt;
             }};
 }
 
@@ -66,16 +64,6 @@ TEST(LinuxProcessTable, ReadsARecordedLaptop) {
     EXPECT_FALSE(table.taskRecord(-5));
 }
 
-TEST(LinuxProcessTable, TakesTheTaskRecordFromTheSameReading) {
-    const TemporaryFolder folder;
-    writeProcess(folder, 7, "x", 100, 50);
-    LinuxProcessTable table(options(folder.path()));
-    ASSERT_TRUE(table.shortRecord(7));
-    writeProcess(folder, 7, "x", 100, 60);
-    EXPECT_EQ(table.taskRecord(7)->userNanoseconds, 500'000'000u);
-    EXPECT_EQ(table.taskRecord(7)->userNanoseconds, 600'000'000u);
-}
-
 TEST(LinuxProcessTable, ListsAnewOnlyWhenSomethingWasStarted) {
     const TemporaryFolder folder;
     writeProcess(folder, 7, "x", 100, 50);
@@ -112,13 +100,14 @@ TEST(LinuxProcessTable, AsksAgainWhoAProcessIsWhenItIsAnother) {
     EXPECT_EQ(table.path(7), "/bin/su2");
 }
 
-TEST(LinuxProcessTable, NoticesALongerFigureBehindEqualBytes) {
+TEST(LinuxProcessTable, ReadsOncePerSampleAndNoticesALongerFigureBehindEqualBytes) {
     const TemporaryFolder folder;
     folder.write("proc/7/status", "Uid:\t0\n");
     folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 12));
     LinuxProcessTable table(options(folder.path()));
-    EXPECT_EQ(table.taskRecord(7)->residentBytes, 12u * 4096);
+    ASSERT_TRUE(table.shortRecord(7));
     folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 123));
+    EXPECT_EQ(table.taskRecord(7)->residentBytes, 12u * 4096) << "from the same reading as the short record";
     EXPECT_EQ(table.taskRecord(7)->residentBytes, 123u * 4096);
 }
 

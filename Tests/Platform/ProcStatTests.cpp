@@ -1,6 +1,6 @@
 #include "Platform/Linux/ProcStat.h"
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -2,63 +2,24 @@
 #include "VantoroTop/BlockText.h"
 #include "VantoroTop/Sampler.h"
 
-#include "Platform/Folders.h"
+#include "Model/TopStream.h"
+#include "Support/ChildProgram.h"
 
-#include <array>
-#include <chrono>
-#include <cstdio>
+#include <algorithm>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sstream>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace vantoro::top {
 namespace {
 
-using namespace std::string_literals;
-
-const std::string streamOptions = " -o cpu -stats pid,command,cpu,mem,power,user -ncols 220";
-
-struct Ended {
-    std::string output;
-    int status = -1;
-};
-
-/// Runs a shell command line.
-Ended runProgram(const std::string& command) {
-    Ended ended;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return ended;
-    std::array<char, 4096> piece;
-    while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), pipe))
-        ended.output.append(piece.data(), got);
-    const int status = ::pclose(pipe);
-    ended.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return ended;
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-/// The text of one column, found as a reader of this format finds it: from its title to the next title.
-std::string field(const std::string& header, const std::string& row, const char* title, const char* next) {
-    const std::size_t start = header.find(title);
-    const std::size_t end = next != nullptr ? header.find(next) : std::string::npos;
-    if (start >= row.size())
-        return "";
-    std::string text = row.substr(start, end == std::string::npos ? end : end - start);
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
+/// What the reader of the stream makes of a text.
+TopBlock readBack(const std::string& text) {
+    TopBlock block;
+    TopBlockCutter().ingest(text + "Processes:\n",
+                            [&](const std::vector<std::string>& lines) { block = parseBlock(lines, 0); });
+    return block;
 }
 
 TEST(VantoroTop, RefusesOtherArguments) {
@@ -87,10 +48,9 @@ TEST(VantoroTop, RefusesOtherArguments) {
     std::vector<const char*> more = good;
     more.push_back("--paths");
     EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(more)));
-
-    const Ended ended = runProgram(VANTORO_TOP " -x 2>&1");
-    EXPECT_EQ(ended.status, 2);
-    EXPECT_EQ(ended.output, "vantoro-top: unknown argument \"-x\"\n");
+    test::ChildProgram program({VANTORO_TOP, "-x"});
+    EXPECT_EQ(program.wait(), 2);
+    EXPECT_EQ(program.output() + program.errors(), "vantoro-top: unknown argument \"-x\"\n");
 }
 
 TEST(VantoroTop, PrintsTheHead) {
@@ -126,35 +86,24 @@ TEST(VantoroTop, PrintsTheHead) {
 }
 
 TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
-    const std::string header = "PID     COMMAND          %CPU     MEM          POWER USER";
-    const std::pair<std::string, std::string> names[] = {
-        {"cc1plus", "cc1plus"},
-        {"exactly sixteen!", "exactly sixteen!"},
-        {"seventeen letters", "seventeen letter"},
-        {"tab\tnewline\n\x7f", "tab?newline??"},
-        {"\xC3\xA4\xC3\xB6\xE2\x82\xAC", "\xC3\xA4\xC3\xB6\xE2\x82\xAC"},
-        {"\xFF\xC0\xAF\xED\xA0\x80", "??????"},
-        {"cut\xE2\x82", "cut??"},
-        {"\xC2\x85\xE2\x80\xA8", "??"},
-        {"   ", "?"},
-        {"", "?"},
-        {"Processes: 1", "Processes? 1"}};
+    std::string head = "Processes: 1\n";
+    appendHead(head, {}, 220);
+    const std::pair<std::string, std::string> names[] = {{"exactly sixteen!", "exactly sixteen!"},
+                                                         {"seventeen letters", "seventeen letter"},
+                                                         {"tab\tnewline\n\x7f", "tab?newline??"},
+                                                         {"äö€", "äö€"},
+                                                         {"\xFF\xC0\xAF\xED\xA0\x80", "??????"},
+                                                         {"cut\xE2\x82", "cut??"},
+                                                         {"\xC2\x85\xE2\x80\xA8", "??"},
+                                                         {"   ", "?"},
+                                                         {"", "?"},
+                                                         {"Processes: 1", "Processes? 1"}};
     for (const auto& [name, shown] : names) {
-        std::string text;
+        std::string text = head;
         appendRow(text,
-                  {.pid = 4194304, .command = name, .cpuPercent = 12799.96, .residentKiB = 4294967296, .user = "ada"},
+                  {.pid = 4194304, .command = name, .cpuPercent = 12799.96, .residentKiB = 1U << 30U, .user = "ada"},
                   220);
-        // Columns are counted in characters.
-        std::string plain;
-        for (const char byte : text)
-            if ((static_cast<unsigned char>(byte) & 0xC0U) != 0x80U)
-                plain += static_cast<unsigned char>(byte) < 0x80 ? byte : 'u';
-        EXPECT_EQ(text.substr(8, shown.size() + 1), shown + " ") << name;
-        EXPECT_EQ(field(header, plain, "PID", "COMMAND"), "4194304");
-        EXPECT_EQ(field(header, plain, "%CPU", "MEM"), "12800.0");
-        EXPECT_EQ(field(header, plain, "MEM", "POWER"), "4294967296K");
-        EXPECT_EQ(field(header, plain, "POWER", "USER"), "0.0");
-        EXPECT_EQ(field(header, plain, "USER", nullptr), "ada\n");
+        EXPECT_EQ(readBack(text).rows, (std::vector{TopRow{4194304, shown, 12800, 1ULL << 40U, 0, "ada"}})) << name;
     }
     for (const std::size_t columns : {1u, 10u, 30u, 53u, 54u, 55u, 60u}) {
         std::string text;
@@ -173,116 +122,52 @@ TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
         writeProcess(folder, pid, "p" + std::to_string(pid), 100, 1000);
     Sampler sampler(
         {.root = folder.path(), .units = {.ticksPerSecond = 100, .pageBytes = 4096}, .descriptorBudget = 10});
-    const auto rows = [&sampler](double monotonic, double boot) {
+    using Rows = std::vector<std::pair<int, double>>;
+    CPULoad load;
+    const auto rows = [&](double monotonic, double boot) {
         std::string text;
-        sampler.appendBlock(text, {.monotonicSeconds = monotonic, .bootSeconds = boot}, 4, 36);
-        const std::vector<std::string> lines = linesOf(text);
-        std::vector<std::string> found;
-        for (std::size_t line = 8; line < lines.size(); ++line)
-            found.push_back(field(lines[7], lines[line], "PID", "COMMAND") + " " +
-                            field(lines[7], lines[line], "%CPU", "ME"));
-        return std::pair(lines.size() > 3 ? lines[3] : "", found);
+        sampler.appendBlock(text, {.monotonicSeconds = monotonic, .bootSeconds = boot}, 4, 220);
+        const TopBlock block = readBack(text);
+        load = block.system.cpu;
+        Rows found;
+        for (const TopRow& row : block.rows)
+            found.emplace_back(row.pid, row.cpuPercent);
+        return found;
     };
-    using Rows = std::vector<std::string>;
-    EXPECT_EQ(rows(50, 900).second, (Rows{"10 0.0", "20 0.0", "30 0.0"}));
+    EXPECT_EQ(rows(50, 900), (Rows{{10, 0}, {20, 0}, {30, 0}}));
     // Within 2 s: one process used half of a second, one started and used a tenth, one came into sight but is old.
     writeProcess(folder, 30, "p30", 100, 1050);
     writeProcess(folder, 40, "new", 90'100, 5);
     writeProcess(folder, 15, "old", 5000, 4000);
     folder.write("proc/stat", "cpu 10 10 20 60\nprocesses 3\n");
-    const auto [processor, found] = rows(52, 902);
-    EXPECT_EQ(processor, "CPU usage: 20.00% user, 20.00% sys, ");
-    EXPECT_EQ(found, (Rows{"30 25.0", "40 5.0", "10 0.0", "15 0.0"}));
+    EXPECT_EQ(rows(52, 902), (Rows{{30, 25}, {40, 5}, {10, 0}, {15, 0}}));
+    EXPECT_EQ(load.userPercent, 20);
+    EXPECT_EQ(load.systemPercent, 20);
     // A pid's next owner starts over.
     writeProcess(folder, 30, "p30", 90'150, 2000);
-    EXPECT_EQ(rows(54, 904).second, (Rows{"10 0.0", "15 0.0", "20 0.0", "30 0.0"}));
+    EXPECT_EQ(rows(54, 904), (Rows{{10, 0}, {15, 0}, {20, 0}, {30, 0}}));
 }
 
-TEST(VantoroTop, RunsOnThisMachine) {
-    const Ended ended = runProgram(VANTORO_TOP " -l 2 -s 1 -n 100000" + streamOptions);
-    EXPECT_EQ(ended.status, 0);
-    std::size_t blocks = 0;
-    std::string header;
-    bool sawItself = false;
-    for (const std::string& line : linesOf(ended.output)) {
-        if (line.starts_with("Processes: ")) {
-            ++blocks;
-            header.clear();
-        } else if (line.starts_with("PID")) {
-            header = line;
-        } else if (!header.empty()) {
-            for (const auto& [title, next] : {std::pair{"PID", "COMMAND"},
-                                              {"COMMAND", "%CPU"},
-                                              {"%CPU", "MEM"},
-                                              {"MEM", "POWER"},
-                                              {"POWER", "USER"}})
-                EXPECT_NE(field(header, line, title, next), "") << title << " in: " << line;
-            EXPECT_NE(field(header, line, "USER", nullptr), "") << line;
-            EXPECT_TRUE(field(header, line, "MEM", "POWER").ends_with('K')) << line;
-            sawItself = sawItself || field(header, line, "COMMAND", "%CPU") == "vantoro-top";
-        }
-    }
-    EXPECT_EQ(blocks, 2u);
-    EXPECT_TRUE(sawItself);
-}
-
-TEST(VantoroTop, ListsPathsOfThisMachine) {
-    const Ended ended = runProgram(VANTORO_TOP " --paths");
-    EXPECT_EQ(ended.status, 0);
-    EXPECT_NE(ended.output.find(" " VANTORO_TOP "\n"), std::string::npos);
-    for (const std::string& line : linesOf(ended.output)) {
-        const std::size_t space = line.find(' ');
-        ASSERT_NE(space, std::string::npos) << line;
-        EXPECT_GT(std::stoi(line.substr(0, space)), 0);
-        EXPECT_NE(std::string("/[(").find(line[space + 1]), std::string::npos) << line;
-    }
-}
-
-/// Starts an endless stream and gives its pid and the end of the pipe it writes to.
-std::pair<pid_t, int> startStream() {
-    int ends[2] = {-1, -1};
-    EXPECT_EQ(::pipe(ends), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(ends[1], STDOUT_FILENO);
-        ::close(ends[0]);
-        ::close(ends[1]);
-        ::execl(VANTORO_TOP, "vantoro-top", "-l", "0", "-s", "1", "-n", "1", "-o", "cpu", "-stats",
-                "pid,command,cpu,mem,power,user", "-ncols", "80", nullptr);
-        ::_exit(127);
-    }
-    ::close(ends[1]);
-    return {child, ends[0]};
-}
-
-TEST(VantoroTop, EndsQuietlyWhenItsReaderIsGone) {
-    const auto [child, output] = startStream();
-    char first = 0;
-    EXPECT_EQ(::read(output, &first, 1), 1);
-    ::close(output);
-    int status = -1;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-}
-
-TEST(VantoroTop, EndsWithTheProgramThatStartedIt) {
-    int ends[2] = {-1, -1};
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t starter = ::fork();
-    if (starter == 0) {
-        const auto [child, output] = startStream();
-        char first = 0;
-        const bool started = ::read(output, &first, 1) == 1;
-        // The copy of the pipe's end in the stream's process holds it open until that process ends.
-        ::_exit(started && child > 0 ? 0 : 1);
-    }
-    ::close(ends[1]);
-    int status = -1;
-    EXPECT_EQ(::waitpid(starter, &status, 0), starter);
-    EXPECT_EQ(status, 0);
-    char none = 0;
-    EXPECT_EQ(::read(ends[0], &none, 1), 0); // the end of the file, once no one holds the other end
-    ::close(ends[0]);
+TEST(VantoroTop, RunsOnThisMachineAndEndsQuietlyWhenItsReaderIsGone) {
+    const std::string command = "-s 1 -n 100000 -o cpu -stats pid,command,cpu,mem,power,user -ncols 220";
+    test::ChildProgram gone(
+        {"/bin/sh", "-c", "{ \"$0\" -l 0 " + command + "; echo $? >&2; } | head -c 1", VANTORO_TOP});
+    test::ChildProgram twice({"/bin/sh", "-c", "exec \"$0\" -l 2 " + command, VANTORO_TOP});
+    test::ChildProgram paths({VANTORO_TOP, "--paths"});
+    EXPECT_EQ(twice.wait(), 0);
+    const auto lines = lastBlock(twice.output());
+    ASSERT_TRUE(lines);
+    const TopBlock block = parseBlock(*lines, 0);
+    EXPECT_EQ(block.rows.size() + 8, lines->size() - 1) << "each row reads";
+    EXPECT_TRUE(std::ranges::any_of(block.rows, [&](const TopRow& row) { return row.pid == twice.pid(); }));
+    for (const TopRow& row : block.rows)
+        EXPECT_FALSE(row.user.empty()) << row.command;
+    EXPECT_EQ(paths.wait(), 0);
+    EXPECT_EQ(parsePathList(paths.output()).at(paths.pid()), VANTORO_TOP);
+    for (const auto& [pid, path] : parsePathList(paths.output()))
+        EXPECT_NE(std::string("/[(").find(path[0]), std::string::npos) << path;
+    EXPECT_EQ(gone.wait(), 0);
+    EXPECT_EQ(gone.errors(), "0\n");
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 namespace {
 
 using namespace vantoro;
+using enum ProcessKind;
 
 constexpr double start = 1772356440; // 2026-03-01 09:14:00 UTC
 constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20U;
@@ -42,66 +43,37 @@ struct Program {
     std::function<double(double)> cpu;
 };
 
-Program app(int pid, const std::string& name, std::uint64_t mebibytes, std::function<double(double)> cpu) {
-    const std::string bundle = "/Applications/" + name + ".app";
-    return {{.pid = pid,
-             .rawName = name.substr(0, 16),
-             .displayName = name,
-             .executablePath = bundle + "/Contents/MacOS/" + name,
-             .owningAppName = name,
-             .owningAppPath = bundle,
-             .user = "anna",
-             .kind = ProcessKind::userApp},
-            mebibytes,
-            std::move(cpu)};
-}
-
-Program helper(int pid, const std::string& name, const std::string& owner, std::uint64_t mebibytes,
-               std::function<double(double)> cpu) {
-    const std::string bundle = "/Applications/" + owner + ".app";
-    return {{.pid = pid,
-             .rawName = name.substr(0, 16),
-             .displayName = name,
-             .executablePath = bundle + "/Contents/Helpers/" + name,
-             .owningAppName = owner,
-             .owningAppPath = bundle,
-             .user = "anna",
-             .kind = ProcessKind::helper},
-            mebibytes,
-            std::move(cpu)};
-}
-
-Program tool(int pid, const std::string& path, std::uint64_t mebibytes, std::function<double(double)> cpu) {
+/// `owner` is the application it is part of; empty for none.
+Program program(ProcessKind kind, int pid, const std::string& path, const std::string& owner, std::uint64_t mebibytes,
+                std::function<double(double)> cpu) {
     const std::string name = path.substr(path.rfind('/') + 1);
-    return {{.pid = pid,
-             .rawName = name,
-             .displayName = name,
-             .executablePath = path,
-             .user = "anna",
-             .kind = ProcessKind::commandLine},
-            mebibytes,
-            std::move(cpu)};
-}
-
-Program service(int pid, const std::string& name, std::uint64_t mebibytes, double percent) {
-    const bool isKernel = pid == 0;
-    return {{.pid = pid,
-             .rawName = name,
-             .displayName = name,
-             .executablePath = isKernel ? "" : "/usr/libexec/" + name,
-             .user = isKernel ? "root" : "_windowserver",
-             .kind = isKernel ? ProcessKind::kernel : ProcessKind::systemDaemon},
-            mebibytes,
-            [percent](double) { return percent; }};
+    const bool isUsers = kind != ProcessKind::kernel && kind != ProcessKind::systemDaemon;
+    ProcessIdentity identity{.pid = pid,
+                             .rawName = name.substr(0, 16),
+                             .displayName = name,
+                             .executablePath = kind == ProcessKind::kernel ? "" : path,
+                             .user = isUsers    ? "anna"
+                                     : pid == 0 ? "root"
+                                                : "_windowserver",
+                             .kind = kind};
+    if (!owner.empty()) {
+        identity.owningAppName = owner;
+        identity.owningAppPath = "/Applications/" + owner + ".app";
+        identity.executablePath = *identity.owningAppPath + "/Contents/" + path;
+    }
+    return {identity, mebibytes, std::move(cpu)};
 }
 
 auto steady(double percent) {
     return [percent](double) { return percent; };
 }
 
-/// `percent` between two times, nothing outside.
-auto during(double from, double to, double percent) {
-    return [=](double time) { return time >= from && time < to ? percent : 0.0; };
+auto from(double begin, double percent) {
+    return [=](double time) { return time >= begin ? percent : 0.0; };
+}
+
+Program windowServer(double percent) {
+    return program(systemDaemon, 88, "/usr/libexec/WindowServer", "", 420, steady(percent));
 }
 
 struct Machine {
@@ -203,10 +175,10 @@ int main(int argumentCount, char** arguments) {
                       .warming = 82,
                       .idleWatts = 7,
                       .fullWatts = 52,
-                      .programs = {app(412, "Terminal", 180, steady(3)), service(88, "WindowServer", 420, 9),
-                                   service(0, "kernel_task", 900, 6)}};
+                      .programs = {program(userApp, 412, "MacOS/Terminal", "Terminal", 180, steady(3)), windowServer(9),
+                                   program(kernel, 0, "kernel_task", "", 900, steady(6))}};
     for (int index = 0; index < 6; ++index)
-        compiling.programs.push_back(tool(5120 + index, "/usr/bin/clang", 310, during(20, 1e9, 96)));
+        compiling.programs.push_back(program(commandLine, 5120 + index, "/usr/bin/clang", "", 310, from(20, 96)));
     write(compiling, folder);
 
     // Not quite three minutes on an 8-core Mac without fans. A browser plays video in two tabs from second 30 on, on
@@ -219,10 +191,11 @@ int main(int argumentCount, char** arguments) {
            .warming = 110,
            .idleWatts = 3,
            .fullWatts = 26,
-           .programs = {app(733, "Kestrel", 640, [](double time) { return time < 30 ? 4.0 : 48.0; }),
-                        helper(741, "Kestrel Tab", "Kestrel", 900, during(30, 1e9, 120)),
-                        helper(742, "Kestrel Tab", "Kestrel", 710, during(30, 1e9, 85)),
-                        service(88, "WindowServer", 420, 18), service(0, "kernel_task", 700, 4)}},
+           .programs = {program(userApp, 733, "MacOS/Kestrel", "Kestrel", 640,
+                                [](double time) { return time < 30 ? 4.0 : 48.0; }),
+                        program(helper, 741, "Helpers/Kestrel Tab", "Kestrel", 900, from(30, 120)),
+                        program(helper, 742, "Helpers/Kestrel Tab", "Kestrel", 710, from(30, 85)), windowServer(18),
+                        program(kernel, 0, "kernel_task", "", 700, steady(4))}},
           folder);
 
     // A minute and a half in which an 11-core Mac with fans has next to nothing to do.
@@ -234,8 +207,8 @@ int main(int argumentCount, char** arguments) {
            .warming = 82,
            .idleWatts = 7,
            .fullWatts = 52,
-           .programs = {app(390, "Mail", 260, steady(0.7)), service(88, "WindowServer", 420, 4),
-                        service(0, "kernel_task", 900, 3)}},
+           .programs = {program(userApp, 390, "MacOS/Mail", "Mail", 260, steady(0.7)), windowServer(4),
+                        program(kernel, 0, "kernel_task", "", 900, steady(3))}},
           folder);
     return 0;
 }

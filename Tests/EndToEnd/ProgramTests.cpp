@@ -1,0 +1,181 @@
+// The built program, from its command line to what it prints. VANTORO_WRITE_GOLDEN=1 writes the reports beside the
+// recordings anew.
+#include "Support/ChildProgram.h"
+
+#include <algorithm>
+#include <cctype>
+#include <gtest/gtest.h>
+
+namespace vantoro {
+namespace {
+
+using test::ChildProgram;
+using test::comesTrue;
+using Words = std::vector<std::string>;
+
+class Program : public ::testing::Test {
+protected:
+    /// The user's settings and language play no part.
+    Program() {
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+            ::setenv(name, folder.path().c_str(), 1);
+        for (const char* name : {"VANTORO_TOP", "VANTORO_INTERVAL", "VANTORO_PROCESS_MODE"})
+            ::unsetenv(name);
+        ::setenv("TZ", "UTC", 1);
+        ::setenv("LANG", "C.UTF-8", 1);
+    }
+
+    static Words vantoro(Words arguments) {
+        arguments.insert(arguments.begin(), VANTORO_PROGRAM);
+        return arguments;
+    }
+
+    std::string path(const std::string& name) const { return folder.path() + "/" + name; }
+
+    void expectReadable(const std::string& file) const {
+        ChildProgram replay(vantoro({"--explain", "--replay", file}));
+        EXPECT_EQ(replay.wait(), 0);
+        EXPECT_EQ(replay.errors(), "");
+        EXPECT_NE(replay.output().find("Based on "), std::string::npos);
+    }
+
+    test::TemporaryFolder folder;
+};
+
+/// Who started a process; 0 once it runs no more.
+pid_t parentOf(const std::string& pid) {
+    const std::string stat = testing::fileText("/proc/" + pid + "/stat");
+    const std::size_t name = stat.rfind(") ");
+    return name == std::string::npos || stat[name + 2] == 'Z' ? 0 : std::stoi(stat.substr(name + 4));
+}
+
+Words childrenOf(pid_t parent) {
+    Words children;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc"))
+        if (const std::string name = entry.path().filename(); std::isdigit(name[0]) && parentOf(name) == parent)
+            children.push_back(name);
+    return children;
+}
+
+/// The stream, not one of the programs that are called up for a moment only.
+bool isStream(const std::string& pid) {
+    return testing::fileText("/proc/" + pid + "/cmdline")
+               .find(std::string("\0-l\0"
+                                 "0\0",
+                                 6)) != std::string::npos;
+}
+
+TEST_F(Program, GoldenReportsOnTheRecordings) {
+    for (const std::string name : {"fans-compile", "fanless-browser", "calm"}) {
+        const std::string recording = VANTORO_FIXTURES "/recordings/" + name + ".jsonl";
+        ChildProgram text(vantoro({"--explain", "--replay", recording}));
+        ChildProgram json(vantoro({"--explain", "--json", "--replay=" + recording}));
+        EXPECT_EQ(text.wait(), 0);
+        EXPECT_EQ(json.wait(), 0);
+        EXPECT_EQ(text.errors() + json.errors(), "");
+        testing::expectGolden("recordings/" + name + ".report.txt", text.output());
+        testing::expectGolden("recordings/" + name + ".report.json", json.output());
+    }
+}
+
+TEST_F(Program, FaultsAreOneLineOnStandardErrorAndNothingElse) {
+    const std::string calm = testing::fileText(VANTORO_FIXTURES "/recordings/calm.jsonl");
+    const std::string header = calm.substr(0, calm.find('\n') + 1);
+    const std::string first = calm.substr(header.size(), calm.find('\n', header.size()) + 1 - header.size());
+    std::string later = header;
+    later.replace(later.find("\"version\":1"), 11, "\"version\":2");
+    folder.write("empty", "");
+    folder.write("headless", first);
+    folder.write("later", later);
+    folder.write("blank", header + first + "\n" + first);
+    folder.write("plain.gz", calm);
+    folder.write("cut", header + first + first.substr(0, 99));
+    const auto replay = [&](const std::string& name) { return Words{"--explain", "--replay", path(name)}; };
+    struct Case {
+        Words arguments;
+        std::string fault;
+        int status = 2;
+    };
+    for (const auto& [arguments, fault, status] :
+         {Case{{"--nonsense"}, "unknown argument '--nonsense'; --help lists the switches"},
+          Case{{"--explain", "--seconds", "0"}, "--seconds needs a number above 0, not '0'"},
+          Case{{"--json"}, "--json goes with --explain"},
+          Case{{"--record", "x", "--replay", "y"}, "--record and --replay exclude each other"},
+          Case{replay("missing"), path("missing: No such file or directory")},
+          Case{replay("empty"), path("empty:1: no header: the file is empty")},
+          Case{replay("headless"), path("headless:1: no header: format is not \"vantoro-recording\"")},
+          Case{replay("later"), path("later:1: version 2 is not one that can be read")},
+          Case{replay("blank"), path("blank:3: not a JSON object (broken at byte 1)")},
+          Case{replay("plain.gz"), path("plain.gz:1: the compressed data is damaged")},
+          Case{replay("cut"), path("cut:3: the last line is cut off and left out"), 0}}) {
+        ChildProgram program(vantoro(arguments));
+        EXPECT_EQ(program.wait(), status) << fault;
+        EXPECT_EQ(program.errors(), "vantoro: " + fault + "\n");
+        EXPECT_EQ(program.output().empty(), status != 0) << fault;
+    }
+    for (const std::string what :
+         {"--help", "--version", "--explain --replay " VANTORO_FIXTURES "/recordings/calm.jsonl"}) {
+        ChildProgram full({"/bin/sh", "-c", "exec \"$0\" " + what + " >/dev/full", VANTORO_PROGRAM});
+        EXPECT_EQ(full.wait(), 1) << what;
+        EXPECT_EQ(std::ranges::count(full.errors(), '\n'), 1) << what;
+    }
+}
+
+TEST_F(Program, RecordsWhatItCanReplayAndOverwritesNothing) {
+    const std::string file = path("a.jsonl");
+    ChildProgram recorder(vantoro({"--record", file, "--seconds", "1"}));
+    EXPECT_EQ(recorder.wait(), 0);
+    EXPECT_EQ(recorder.output() + recorder.errors(), "");
+    expectReadable(file);
+    const std::string before = testing::fileText(file);
+    ChildProgram again(vantoro({"--record", file, "--seconds", "1"}));
+    EXPECT_EQ(again.wait(), 1);
+    EXPECT_EQ(again.errors(), "vantoro: " + file + ": the file already exists\n");
+    EXPECT_EQ(testing::fileText(file), before);
+}
+
+TEST_F(Program, AnInterruptedRecordingIsWhole) {
+    ::setenv("VANTORO_INTERVAL", "0.05", 1);
+    for (const int number : {SIGINT, SIGTERM}) {
+        const std::string file = path(std::to_string(number) + ".jsonl.gz");
+        ChildProgram recorder(vantoro({"--record", file}));
+        ASSERT_TRUE(comesTrue([&] { return testing::fileText(file).size() > 500; })) << recorder.errors();
+        recorder.signal(number);
+        EXPECT_EQ(recorder.wait(), 0);
+        EXPECT_EQ(recorder.errors(), "");
+        expectReadable(file);
+    }
+}
+
+TEST_F(Program, NamesWhoIsBusyWithAndWithoutTheStream) {
+    // A copy of the shell under a name that nothing else has.
+    std::filesystem::copy_file("/bin/sh", path("busy-as-a-bee"));
+    const ChildProgram busy({path("busy-as-a-bee"), "-c", "while :; do :; done"});
+    // Much less than the patience with a stream that runs but says nothing.
+    const Words command = vantoro({"--explain", "--seconds", "3", "--json"});
+    ChildProgram withStream(command);
+    ::setenv("VANTORO_TOP", "/nonexistent", 1);
+    ChildProgram without(command);
+    for (ChildProgram* const program : {&withStream, &without}) {
+        EXPECT_EQ(program->wait(), 0);
+        EXPECT_EQ(program->errors(), "");
+        const std::string report = program->output();
+        const std::size_t suspects = report.find("\"suspects\":[");
+        EXPECT_LT(report.find("\"key\":\"busy-as-a-bee\"", suspects), report.find("\"explanation\"")) << report;
+    }
+}
+
+TEST_F(Program, LeavesNoStreamBehindWhenItIsKilled) {
+    ChildProgram program(vantoro({"--explain", "--seconds", "600"}));
+    Words children;
+    ASSERT_TRUE(comesTrue([&] {
+        children = childrenOf(program.pid());
+        return std::ranges::any_of(children, isStream);
+    }));
+    program.signal(SIGKILL);
+    EXPECT_TRUE(comesTrue([&] { return std::ranges::none_of(children, parentOf); }));
+    EXPECT_EQ(program.output() + program.errors(), "");
+}
+
+} // namespace
+} // namespace vantoro
