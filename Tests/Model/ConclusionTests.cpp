@@ -164,10 +164,13 @@ TEST(Conclusions, OnWhoIsToBlame) {
     all.add("steady against bursts", history(75, [](int age) {
                 return fanMachine(0.3, {process(1, "steady", 45), process(2, "bursts", age % 5 == 0 ? 235 : 10)});
             }));
-    for (const auto& [low, high, count] : {std::tuple{12, 28, 1}, {11, 29, 1}, {0, 80, 2}})
-        all.add(fmt::format("between {} and {}, {} of it", low, high, count), history(75, [&](int age) {
-                    return fanMachine(0.3, application(1, "Editor", age % 2 == 0 ? low : high, count));
-                }));
+    const auto wavering = [](double low, double high, int count) {
+        return history(
+            75, [=](int age) { return fanMachine(0.3, application(1, "Editor", age % 2 == 0 ? low : high, count)); });
+    };
+    all.add("between 12 and 28, 1 of it", wavering(12, 28, 1));
+    all.add("between 11 and 29, 1 of it", wavering(11, 29, 1));
+    all.add("between 0 and 80, 2 of it", wavering(0, 80, 2));
     all.add("the cause before the ramp", history(80, [](int age) {
                 return fanMachine(age <= 10 ? 0.5 : 0, age > 14 ? one("cause", 90) : one("effect", 100));
             }));

@@ -65,25 +65,20 @@ TEST(History, WindowsAreHalfOpenAndAlwaysInRange) {
 }
 
 TEST(History, LooksForTheCauseBeforeTheEffectWhenItCan) {
-    const auto history = [](int seconds, int firstAgeWithRows, int lastAgeWithRows) {
-        History built;
-        for (int age = seconds; age >= 0; --age)
-            built.append(at(1000 - age, fanMachine(0, age <= firstAgeWithRows && age >= lastAgeWithRows
-                                                          ? std::vector{process(1, "a", 50)}
-                                                          : std::vector<ProcessSample>{})));
-        return built;
-    };
     struct Case {
-        History history;
+        int seconds;
+        int firstAgeWithRows;
+        int lastAgeWithRows;
         double oldestAge;
         double newestAge;
     };
-    for (const auto& [built, oldestAge, newestAge] : {
-             Case{history(200, 200, 0), 75, 16}, Case{history(200, 40, 40), 75, 16},
-             Case{history(10, 10, 0), 10, 0},   // too short for the window
-             Case{history(200, 15, 0), 75, 0},  // no row in the window
-             Case{history(200, 200, 76), 75, 0} // nor anywhere since
-         }) {
+    for (const auto& [seconds, first, last, oldestAge, newestAge] :
+         {Case{200, 200, 0, 75, 16}, Case{200, 40, 40, 75, 16}, Case{10, 10, 0, 10, 0}, // too short for the window
+          Case{200, 15, 0, 75, 0},                                                      // no row in the window
+          Case{200, 200, 76, 75, 0}}) {                                                 // nor anywhere since
+        History built;
+        for (int age = seconds; age >= 0; --age)
+            built.append(at(1000 - age, fanMachine(0, std::vector<ProcessSample>(age <= first && age >= last))));
         const SnapshotRun window = built.causeWindow(15, 75);
         EXPECT_EQ(1000 - window.front().timestamp, oldestAge);
         EXPECT_EQ(1000 - window.back().timestamp, newestAge);

@@ -78,17 +78,6 @@ TEST(Telemetry, VitalsRoundEachFigureToTheStepAtWhichItIsShown) {
     EXPECT_EQ(Vitals::quantising(unseen), vitals);
 }
 
-TEST(Telemetry, NamesFansAndReadsPressures) {
-    const auto label = [](int index) { return FanReading{.index = index}.label(); };
-    EXPECT_EQ(label(0), "Left");
-    EXPECT_EQ(label(1), "Right");
-    EXPECT_EQ(label(2), "Fan 3");
-    EXPECT_EQ(label(std::numeric_limits<int>::max()), "Fan 2147483648");
-    EXPECT_EQ(thermalPressure(3), ThermalPressure::critical);
-    EXPECT_EQ(thermalPressure(4), std::nullopt);
-    EXPECT_EQ(thermalPressure(-1), std::nullopt);
-}
-
 TEST(Telemetry, SharedIdentitiesBehaveLikeValues) {
     const ProcessSample original = process(7, "make", 50);
     ProcessSample copy = original;

@@ -31,18 +31,15 @@ TEST(VantoroTop, RefusesOtherArguments) {
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_TRUE(std::holds_alternative<BadRequest>(
             parse({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)})));
-    for (const auto& [place, value] : {std::pair{1, "-1"},
-                                       {1, "1x"},
-                                       {1, ""},
-                                       {3, "0"},
-                                       {3, "2.5"},
-                                       {5, "99999999999"},
-                                       {7, "mem"},
-                                       {9, "pid"},
-                                       {0, "-L"},
-                                       {11, "0"}}) {
+    struct Case {
+        std::size_t place;
+        const char* value;
+    };
+    for (const auto& [place, value] :
+         {Case{1, "-1"}, Case{1, "1x"}, Case{1, ""}, Case{3, "0"}, Case{3, "2.5"}, Case{5, "99999999999"},
+          Case{7, "mem"}, Case{9, "pid"}, Case{0, "-L"}, Case{11, "0"}}) {
         std::vector<const char*> bad = good;
-        bad[static_cast<std::size_t>(place)] = value;
+        bad[place] = value;
         EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(bad))) << value;
     }
     std::vector<const char*> more = good;

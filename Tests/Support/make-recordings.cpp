@@ -78,20 +78,20 @@ Program windowServer(double percent) {
 
 struct Machine {
     std::string fileName;
-    RecordingHeader header;
+    std::string name;
     Cooling cooling;
     int cores;
     double seconds;
-    /// °C that a full load adds to the idle chip in the long run.
-    double warming;
-    double idleWatts;
-    double fullWatts;
     std::vector<Program> programs;
+    /// °C that a full load adds to the idle chip in the long run.
+    double warming = 82;
+    double idleWatts = 7;
+    double fullWatts = 52;
 };
 
 void write(const Machine& machine, const std::string& folder) {
     std::ofstream file(folder + "/" + machine.fileName);
-    file << headerLine(machine.header) << '\n';
+    file << headerLine({.machine = machine.name, .created = utcText(start)}) << '\n';
     Noise noise;
     constexpr double idleCelsius = 38;
     constexpr double interval = 2;
@@ -167,48 +167,41 @@ int main(int argumentCount, char** arguments) {
 
     // Not quite two minutes on an 11-core Mac with fans. After 20 seconds a build starts: six compilers, and the fans
     // climb.
-    Machine compiling{.fileName = "fans-compile.jsonl",
-                      .header = {.machine = "MacBook · Apple M3 Pro", .created = utcText(start)},
-                      .cooling = Cooling::fans,
-                      .cores = 11,
-                      .seconds = 110,
-                      .warming = 82,
-                      .idleWatts = 7,
-                      .fullWatts = 52,
-                      .programs = {program(userApp, 412, "MacOS/Terminal", "Terminal", 180, steady(3)), windowServer(9),
-                                   program(kernel, 0, "kernel_task", "", 900, steady(6))}};
+    Machine compiling{"fans-compile.jsonl",
+                      "MacBook · Apple M3 Pro",
+                      Cooling::fans,
+                      11,
+                      110,
+                      {program(userApp, 412, "MacOS/Terminal", "Terminal", 180, steady(3)), windowServer(9),
+                       program(kernel, 0, "kernel_task", "", 900, steady(6))}};
     for (int index = 0; index < 6; ++index)
         compiling.programs.push_back(program(commandLine, 5120 + index, "/usr/bin/clang", "", 310, from(20, 96)));
     write(compiling, folder);
 
     // Not quite three minutes on an 8-core Mac without fans. A browser plays video in two tabs from second 30 on, on
     // battery.
-    write({.fileName = "fanless-browser.jsonl",
-           .header = {.machine = "MacBook · Apple M2", .created = utcText(start)},
-           .cooling = Cooling::passive,
-           .cores = 8,
-           .seconds = 160,
-           .warming = 110,
-           .idleWatts = 3,
-           .fullWatts = 26,
-           .programs = {program(userApp, 733, "MacOS/Kestrel", "Kestrel", 640,
-                                [](double time) { return time < 30 ? 4.0 : 48.0; }),
-                        program(helper, 741, "Helpers/Kestrel Tab", "Kestrel", 900, from(30, 120)),
-                        program(helper, 742, "Helpers/Kestrel Tab", "Kestrel", 710, from(30, 85)), windowServer(18),
-                        program(kernel, 0, "kernel_task", "", 700, steady(4))}},
+    write({"fanless-browser.jsonl",
+           "MacBook · Apple M2",
+           Cooling::passive,
+           8,
+           160,
+           {program(userApp, 733, "MacOS/Kestrel", "Kestrel", 640, [](double time) { return time < 30 ? 4.0 : 48.0; }),
+            program(helper, 741, "Helpers/Kestrel Tab", "Kestrel", 900, from(30, 120)),
+            program(helper, 742, "Helpers/Kestrel Tab", "Kestrel", 710, from(30, 85)), windowServer(18),
+            program(kernel, 0, "kernel_task", "", 700, steady(4))},
+           110,
+           3,
+           26},
           folder);
 
     // A minute and a half in which an 11-core Mac with fans has next to nothing to do.
-    write({.fileName = "calm.jsonl",
-           .header = {.machine = "MacBook · Apple M3 Pro", .created = utcText(start)},
-           .cooling = Cooling::fans,
-           .cores = 11,
-           .seconds = 90,
-           .warming = 82,
-           .idleWatts = 7,
-           .fullWatts = 52,
-           .programs = {program(userApp, 390, "MacOS/Mail", "Mail", 260, steady(0.7)), windowServer(4),
-                        program(kernel, 0, "kernel_task", "", 900, steady(3))}},
+    write({"calm.jsonl",
+           "MacBook · Apple M3 Pro",
+           Cooling::fans,
+           11,
+           90,
+           {program(userApp, 390, "MacOS/Mail", "Mail", 260, steady(0.7)), windowServer(4),
+            program(kernel, 0, "kernel_task", "", 900, steady(3))}},
           folder);
     return 0;
 }
