@@ -21,5 +21,5 @@ int main(int argc, char** argv) {
         ready.push_back(maker.next(History::processesPerSample));
     for (long i = 0; i < appends && i < most; ++i)
         history.append(ready[static_cast<std::size_t>(i)]);
-    return history.snapshots().size() > fullHistory ? EXIT_SUCCESS : EXIT_FAILURE;
+    return history.snapshots().size() >= fullHistory ? EXIT_SUCCESS : EXIT_FAILURE;
 }
