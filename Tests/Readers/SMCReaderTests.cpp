@@ -160,12 +160,6 @@ TEST_F(SMCReaderTest, HonestSensorsFallBackOnlyWhenNoneReads) {
     EXPECT_EQ(reader.readTemperatures().soc, 55);
 }
 
-TEST_F(SMCReaderTest, ReadsPowerAndLeavesTheGraphicsProcessorsToOthers) {
-    smc->setFloat("PSTR", 12.5);
-    smc->setFloat("PPBR", -3);
-    EXPECT_EQ(make().readPower(), (PowerReading{.systemWatts = 12.5, .batteryWatts = -3}));
-}
-
 TEST_F(SMCReaderTest, WithoutAControllerThereIsNothing) {
     smc->setFamily("Tp", {50, 51, 52, 53});
     smc->set("FNum", "ui8 ", {2});

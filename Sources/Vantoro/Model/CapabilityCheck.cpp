@@ -169,7 +169,9 @@ void CapabilityCheck::checkMonitor() {
     };
     monitor.start(intervalSeconds, rows);
     QEventLoop loop;
-    QTimer::singleShot(options_.monitorTime, &loop, &QEventLoop::quit);
+    QTimer end;
+    QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
+    end.start(options_.monitorTime);
     loop.exec();
     const ProcessMonitor::Source source = monitor.source();
     monitor.stop();
