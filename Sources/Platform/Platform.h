@@ -3,9 +3,14 @@
 #pragma once
 
 #include "Platform/AppIdentity.h"
+#include "Platform/EnergyReport.h"
+#include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
+#include "Platform/Processors.h"
 #include "Platform/ProcessStream.h"
 #include "Platform/ProcessTable.h"
+#include "Platform/SMCService.h"
+#include "Platform/StateReport.h"
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
 
@@ -15,6 +20,11 @@ namespace vantoro {
 
 /// A member that is null is a thing this platform cannot tell; its readers then report nothing.
 struct Platform {
+    std::shared_ptr<SMCService> smcService;
+    std::shared_ptr<StateReport> stateReport;
+    std::shared_ptr<EnergyReport> energyReport;
+    std::shared_ptr<FrequencyTables> frequencyTables;
+    std::shared_ptr<Processors> processors;
     std::shared_ptr<ProcessTable> processTable;
     std::shared_ptr<SystemStatistics> systemStatistics;
     std::shared_ptr<AppIdentity> appIdentity;

@@ -1,18 +1,29 @@
 // The program's entry point and its composition root: the only place that names a concrete platform.
 
+#include "CSensors/cpufreq.h"
+#include "CSensors/ioreport.h"
+#include "CSensors/smc.h"
+#include "Model/CapabilityCheck.h"
 #include "Model/CommandLine.h"
+#include "Model/Complaint.h"
+#include "Model/CoreMonitor.h"
 #include "Model/ExplainCommand.h"
+#include "Model/GPUPowerSampler.h"
 #include "Model/RecordCommand.h"
+#include "Model/SensorDump.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
+#include "Model/SMCReader.h"
 #include "Platform/CurrentPlatform.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
 #include <QCoreApplication>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 using namespace vantoro;
@@ -24,8 +35,65 @@ constexpr int usageFault = 2;
 int print(const std::string& text) {
     if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
         return EXIT_SUCCESS;
-    std::fputs("vantoro: the text could not be written\n", stderr);
+    complain("the text could not be written");
     return EXIT_FAILURE;
+}
+
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void pauseFor(int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+/// Line by line, so that a table over time is seen as it grows.
+void printLine(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+/// The platform that the command line and the environment ask for, with the devices' functions told to use it.
+Platform choosePlatform(const CommandLine& /*line*/) {
+    Platform platform = currentPlatform(QCoreApplication::applicationDirPath().toStdString());
+    smc_use(platform.smcService);
+    cpufreq_use(platform.frequencyTables, platform.stateReport);
+    ior_use(platform.energyReport);
+    return platform;
+}
+
+SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
+    return {.simulatesFanless = line.simulateFanless || simulatesFanless({}, std::getenv("VANTORO_SIMULATE_FANLESS")),
+            .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
+            .pause = pauseFor};
+}
+
+/// What the platform cannot tell has no reader.
+SensorSources sensorSources(const CommandLine& line, const Platform& platform) {
+    return {.sensors = platform.smcService ? std::make_shared<SMCReader>(readerOptions(line, platform)) : nullptr,
+            .cores = platform.processors ? std::make_shared<CoreMonitor>(platform.processors) : nullptr,
+            .gpu = platform.energyReport ? std::make_shared<GPUPowerSampler>(monotonicSeconds) : nullptr};
+}
+
+void dumpSensors(const CommandLine& line, const Platform& platform) {
+    constexpr int watchedSamples = 12;
+    constexpr double watchedSeconds = 2.0;
+    if (line.watch)
+        SensorDump::watch(watchedSamples, watchedSeconds, readerOptions(line, platform), printLine);
+    else
+        SensorDump::run(readerOptions(line, platform), printLine);
+}
+
+void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,
+                       const Settings& settings) {
+    CapabilityCheck(
+        platform, {.print = printLine,
+                   .reader = readerOptions(line, platform),
+                   .now = monotonicSeconds,
+                   .mode = [&] { return ProcessMonitor::mode(environment.processMode, settings.processMonitorMode()); },
+                   .timing = environment.processTiming})
+        .run();
 }
 
 int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
@@ -34,7 +102,16 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const Settings settings;
     const HubEnvironment environment = HubEnvironment::ofThisProcess();
-    SensorHub hub(currentPlatform(QCoreApplication::applicationDirPath().toStdString()), {}, settings, environment);
+    const Platform platform = choosePlatform(line);
+    if (line.action == CommandLine::Action::dump) {
+        dumpSensors(line, platform);
+        return EXIT_SUCCESS;
+    }
+    if (line.action == CommandLine::Action::check) {
+        checkCapabilities(line, platform, environment, settings);
+        return EXIT_SUCCESS;
+    }
+    SensorHub hub(platform, sensorSources(line, platform), settings, environment);
     if (line.action == CommandLine::Action::record)
         return recordThisMachine(line, hub, timerInterval(environment.interval, settings.sampleInterval()));
     return explainThisMachine(line, hub);
@@ -47,7 +124,7 @@ int run(const CommandLine& line, int argc, char** argv) {
     case CommandLine::Action::version:
         return print(fmt::format("vantoro {}\n", VANTORO_VERSION));
     case CommandLine::Action::window:
-        fmt::print(stderr, "vantoro: the window is not built yet; --explain answers in the terminal (see --help)\n");
+        complain("the window is not built yet; --explain answers in the terminal (see --help)");
         return usageFault;
     case CommandLine::Action::explain:
         if (line.replayFile) {
@@ -57,6 +134,8 @@ int run(const CommandLine& line, int argc, char** argv) {
         }
         return runOnThisMachine(line, argc, argv);
     case CommandLine::Action::record:
+    case CommandLine::Action::dump:
+    case CommandLine::Action::check:
         return runOnThisMachine(line, argc, argv);
     }
     return usageFault;
@@ -67,7 +146,7 @@ int run(const CommandLine& line, int argc, char** argv) {
 int main(int argc, char** argv) {
     const auto line = parseCommandLine(std::vector<std::string_view>(argv + (argc > 0 ? 1 : 0), argv + argc));
     if (const CommandLineError* error = std::get_if<CommandLineError>(&line)) {
-        fmt::print(stderr, "vantoro: {}\n", error->reason);
+        complain(error->reason);
         return usageFault;
     }
     return run(std::get<CommandLine>(line), argc, argv);

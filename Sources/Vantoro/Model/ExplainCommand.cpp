@@ -1,5 +1,6 @@
 #include "Model/ExplainCommand.h"
 
+#include "Model/Complaint.h"
 #include "Model/Conclusion.h"
 #include "Model/InterruptWatcher.h"
 #include "Model/JsonReport.h"
@@ -11,7 +12,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fmt/format.h>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QTimer>
@@ -43,7 +43,7 @@ int print(const CommandLine& line, const History& history, const Conclusion& con
                                              '\n'
                                        : textReport(conclusion.verdict, conclusion.explanation, lineWidth(), emphasis);
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        std::fputs("vantoro: the report could not be written\n", stderr);
+        complain("the report could not be written");
         return writeFault;
     }
     return EXIT_SUCCESS;
@@ -63,7 +63,7 @@ public:
 
     ~Progress() {
         if (timer_.isActive())
-            fmt::print(stderr, "\r\x1b[K");
+            std::fputs("\r\x1b[K", stderr);
     }
 
     Progress(const Progress&) = delete;
@@ -72,7 +72,7 @@ public:
 private:
     void show() {
         const double left = static_cast<double>(deadline_.remainingTime()) / 1e3;
-        fmt::print(stderr, "\rWatching this machine: {:.0f} of {:.0f} s", std::floor(total_ - left), total_);
+        std::fprintf(stderr, "\rWatching this machine: %.0f of %.0f s", std::floor(total_ - left), total_);
         std::fflush(stderr);
     }
 
@@ -103,11 +103,11 @@ int explainRecording(const CommandLine& line, const Format& format) {
     const RecordingResult result =
         readRecording(*line.replayFile, [&history](Snapshot&& snapshot) { history.append(std::move(snapshot)); });
     if (result.error) {
-        fmt::print(stderr, "vantoro: {}\n", result.error->text(*line.replayFile));
+        complain(result.error->text(*line.replayFile));
         return recordingFault;
     }
     if (result.warning)
-        fmt::print(stderr, "vantoro: {}\n", result.warning->text(*line.replayFile));
+        complain(result.warning->text(*line.replayFile));
     return print(line, history, conclude(history, format));
 }
 

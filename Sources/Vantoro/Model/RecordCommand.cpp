@@ -1,5 +1,6 @@
 #include "Model/RecordCommand.h"
 
+#include "Model/Complaint.h"
 #include "Model/InterruptWatcher.h"
 #include "Model/RecordingFile.h"
 
@@ -54,7 +55,7 @@ int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::mill
         failure = writer.close();
     if (!failure)
         return EXIT_SUCCESS;
-    fmt::print(stderr, "vantoro: {}: {}\n", line.recordFile, *failure);
+    complain(fmt::format("{}: {}", line.recordFile, *failure));
     return writeFault;
 }
 

@@ -1,0 +1,19 @@
+// The graphics processor's energy counters. Free functions with process-wide state; callers serialise.
+#pragma once
+
+#include "Platform/EnergyReport.h"
+
+#include <memory>
+
+namespace vantoro {
+
+/// Where the counters come from; forgets what was subscribed.
+void ior_use(std::shared_ptr<EnergyReport> report);
+
+/// 1 when the counters are there (also when they were before), else 0.
+int ior_init();
+/// 1 and the total energy of all channels of the graphics processor in joules; 0, with `out` untouched, when no such
+/// channel can be read.
+int ior_gpu_energy_joules(double* out);
+
+} // namespace vantoro

@@ -1,0 +1,30 @@
+// The machine's processors, one by one.
+#pragma once
+
+#include "Platform/SystemStatistics.h"
+
+#include <vector>
+
+namespace vantoro {
+
+/// How many logical processors there are; 0 for what cannot be told.
+struct ProcessorCounts {
+    int performance = 0;
+    int efficiency = 0;
+    int all = 0;
+
+    bool operator==(const ProcessorCounts&) const = default;
+};
+
+/// Used from one thread at a time.
+class Processors {
+public:
+    virtual ~Processors() = default;
+
+    virtual ProcessorCounts counts() = 0;
+    /// Fills the cumulative ticks of every processor, efficiency cores first. Gives the system's code, 0 for success;
+    /// leaves `ticks` as it was on failure.
+    virtual int readTicks(std::vector<HostTicks>& ticks) = 0;
+};
+
+} // namespace vantoro

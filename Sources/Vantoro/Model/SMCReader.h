@@ -1,0 +1,71 @@
+// Fans, temperatures and power rails from the system management controller: discovers its sensors once, reads only
+// those, sums each family up in one figure, and falls back to the last good value where a reading is implausible.
+#pragma once
+
+#include "CSensors/smc.h"
+#include "Model/SensorSources.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantoro {
+
+/// Whether a machine is to be treated as fanless: "--simulate-fanless" among the arguments, or exactly "1" in
+/// VANTORO_SIMULATE_FANLESS.
+bool simulatesFanless(const std::vector<std::string_view>& arguments, const char* environment);
+
+/// One owner; not for concurrent use. Opens the connection when made and closes it when destroyed.
+class SMCReader : public SensorReader {
+public:
+    struct Options {
+        bool simulatesFanless = false;
+        SensorTrust trust = SensorTrust::manyAndNoisy;
+        /// Waits this long between tries of the fan count.
+        std::function<void(int milliseconds)> pause;
+    };
+
+    explicit SMCReader(Options options);
+    ~SMCReader() override;
+    SMCReader(const SMCReader&) = delete;
+    SMCReader& operator=(const SMCReader&) = delete;
+
+    bool isOpen() const override { return isAvailable_; }
+    /// `passive` exactly when the controller states that the machine has no fans (or that is simulated).
+    Cooling cooling() const override { return reportsNoFans_ ? Cooling::passive : Cooling::fans; }
+    int fanCount() const override { return fanCount_; }
+    int sensorCount() const override;
+
+    bool isAvailable() const { return isAvailable_; }
+    bool reportsNoFans() const { return reportsNoFans_; }
+    const std::vector<std::string>& socKeys() const { return socKeys_; }
+    const std::vector<std::string>& gpuKeys() const { return gpuKeys_; }
+    const std::vector<std::string>& batteryKeys() const { return batteryKeys_; }
+    const std::vector<std::string>& enclosureKeys() const { return enclosureKeys_; }
+
+    std::vector<FanReading> readFans() override;
+    Temperatures readTemperatures() override;
+    PowerReading readPower() override;
+    std::vector<double> readDieSensors() override { return measuringSensors(socKeys_); }
+    std::vector<double> readGPUSensors() override { return measuringSensors(gpuKeys_); }
+    /// The values of those keys that measure at this moment, ascending, degrees Celsius.
+    std::vector<double> measuringSensors(const std::vector<std::string>& keys);
+
+private:
+    void discoverSensors();
+    void discoverFans();
+
+    Options options_;
+    bool isAvailable_ = false;
+    int fanCount_ = 0;
+    bool reportsNoFans_ = false;
+    std::vector<std::string> socKeys_;
+    std::vector<std::string> gpuKeys_;
+    std::vector<std::string> batteryKeys_;
+    std::vector<std::string> enclosureKeys_;
+    Temperatures lastGood_;
+};
+
+} // namespace vantoro
