@@ -64,6 +64,41 @@ TEST(LinuxProcessTable, ReadsARecordedLaptop) {
     EXPECT_FALSE(table.taskRecord(-5));
 }
 
+TEST(LinuxProcessTable, AQuietProcessIsWatchedByItsScheduleAndSeenToRunAtOnce) {
+    const TemporaryFolder folder;
+    const auto write = [&folder](unsigned long ticks, const char* schedule) {
+        std::string stat = test::processStat(7, "x", 100, ticks);
+        folder.write("proc/7/stat", stat.replace(stat.find(" 20 0 2 "), 8, " 20 0 1 "));
+        folder.write("proc/7/schedstat", schedule);
+    };
+    write(50, "123456 7 8\n");
+    folder.write("proc/stat", "processes 10\n");
+    LinuxProcessTable table(options(folder.path(), 1));
+    const auto ticks = [&table] {
+        pids(table);
+        table.shortRecord(7);
+        return table.taskRecord(7)->userNanoseconds / 10'000'000;
+    };
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(ticks(), 50U);
+    write(90, "123456 7 8\n");
+    EXPECT_EQ(ticks(), 50U) << "its figures are left alone while its time on a processor stands still";
+    write(90, "123999 7 9\n");
+    EXPECT_EQ(ticks(), 90U);
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(ticks(), 90U);
+    write(95, "123999 7 9\n");
+    int readings = 1;
+    while (ticks() != 95U && readings < 100)
+        ++readings;
+    EXPECT_LE(readings, 16) << "and looked at now and then all the same";
+    write(99, "0 0 0\n");
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(ticks(), 99U);
+    write(100, "0 0 0\n");
+    EXPECT_EQ(ticks(), 100U) << "a kernel that does not count says nothing";
+}
+
 TEST(LinuxProcessTable, ListsAnewOnlyWhenSomethingWasStarted) {
     const TemporaryFolder folder;
     writeProcess(folder, 7, "x", 100, 50);

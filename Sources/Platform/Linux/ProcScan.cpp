@@ -36,6 +36,10 @@ std::int32_t pidNamed(const char* name) {
 /// in other ways, as where /proc hides other users' processes and one of them changes its user.
 constexpr int listingsSkippedAtMost = 30;
 
+/// How long a process must have been quiet before its figures are left alone, and for how many readings they are.
+constexpr int quietReadingsBeforeSparing = 3;
+constexpr int mostSparedReadings = 15;
+
 } // namespace
 
 void raiseDescriptorLimit() {
@@ -149,8 +153,50 @@ void ProcScan::forget(ScannedProcess& process) {
     }
 }
 
+/// Whether the process is watched by its schedule alone and has not been on a processor since the last reading.
+bool ProcScan::hasNotRun(ScannedProcess& process) {
+    if (!process.descriptor_ || process.kept_ != ScannedProcess::Kept::schedule)
+        return false;
+    char buffer[64];
+    const ssize_t got = ::pread(process.descriptor_.number(), buffer, sizeof buffer, 0);
+    const bool same = got > 0 && static_cast<std::size_t>(got) == process.scheduleBytes_ &&
+                      std::memcmp(buffer, process.schedule_.data(), process.scheduleBytes_) == 0;
+    if (same && process.sparedReadings_ < mostSparedReadings) {
+        ++process.sparedReadings_;
+        return true;
+    }
+    if (same) {
+        // Time for a full reading; the schedule stays watched.
+        process.sparedReadings_ = 0;
+        return false;
+    }
+    forget(process);
+    process.quietReadings_ = 0;
+    return false;
+}
+
+/// Keeps the schedule open in the place of the figures. Its first reading comes before the figures' last one, so that
+/// nothing is lost in between.
+void ProcScan::watchSchedule(ScannedProcess& process) {
+    if (!process.descriptor_ || process.kept_ != ScannedProcess::Kept::stat || process.hasNoSchedule_ ||
+        process.threads != 1 || process.state == 'R' || process.quietReadings_ < quietReadingsBeforeSparing)
+        return;
+    Descriptor file(
+        ::openat(folder_.number(), ProcPath(process.pid, "schedstat").text, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const ssize_t got = file ? ::pread(file.number(), process.schedule_.data(), process.schedule_.size(), 0) : 0;
+    // "0" is what a kernel without these counts says of every process.
+    if (got <= 0 || static_cast<std::size_t>(got) == process.schedule_.size() || process.schedule_[0] == '0') {
+        process.hasNoSchedule_ = true;
+        return;
+    }
+    process.scheduleBytes_ = static_cast<std::size_t>(got);
+    process.sparedReadings_ = 0;
+    process.descriptor_ = std::move(file);
+    process.kept_ = ScannedProcess::Kept::schedule;
+}
+
 std::ptrdiff_t ProcScan::readStat(ScannedProcess& process, char* buffer, std::size_t size) {
-    if (process.descriptor_) {
+    if (process.descriptor_ && process.kept_ == ScannedProcess::Kept::stat) {
         const ssize_t got = ::pread(process.descriptor_.number(), buffer, size, 0);
         if (got > 0)
             return got;
@@ -167,14 +213,21 @@ std::ptrdiff_t ProcScan::readStat(ScannedProcess& process, char* buffer, std::si
         process.ended = true;
         return 0;
     }
-    if (descriptorsKept_ < descriptorBudget_) {
+    if (!process.descriptor_ && descriptorsKept_ < descriptorBudget_) {
         process.descriptor_ = std::move(file);
+        process.kept_ = ScannedProcess::Kept::stat;
         ++descriptorsKept_;
     }
     return got;
 }
 
 bool ProcScan::read(ScannedProcess& process) {
+    if (hasNotRun(process)) {
+        process.previousTicks = process.totalTicks();
+        ++process.readings;
+        return true;
+    }
+    watchSchedule(process);
     char buffer[2048];
     const std::ptrdiff_t got = readStat(process, buffer, sizeof buffer);
     if (got <= 0)
@@ -185,6 +238,7 @@ bool ProcScan::read(ScannedProcess& process) {
     if (process.parsedBytes_ != 0 && process.parsedBytes_ <= size &&
         std::memcmp(process.parsed_.data(), buffer, process.parsedBytes_) == 0) {
         ++process.readings;
+        ++process.quietReadings_;
         return true;
     }
     const std::optional<ProcessStat> stat = parseProcessStat({buffer, size});
@@ -194,6 +248,7 @@ bool ProcScan::read(ScannedProcess& process) {
     if (isAnother || process.readings == 0) {
         process.readings = 0;
         process.previousTicks = 0;
+        process.hasNoSchedule_ = false;
     }
     if (isAnother || process.name != stat->name) {
         process.name.assign(stat->name);
@@ -201,6 +256,7 @@ bool ProcScan::read(ScannedProcess& process) {
         process.uidSettled = false;
         process.path.reset();
     }
+    process.quietReadings_ = 0;
     process.state = stat->state;
     process.parentPid = stat->parentPid;
     process.flags = stat->flags;

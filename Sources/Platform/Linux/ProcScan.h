@@ -50,7 +50,18 @@ struct ScannedProcess {
 
 private:
     friend class ProcScan;
+    /// What the kept descriptor reads.
+    enum class Kept : std::uint8_t { stat, schedule };
+
     Descriptor descriptor_;
+    Kept kept_ = Kept::stat;
+    /// Readings in a row that found nothing changed, and how many of the last ones were spared.
+    int quietReadings_ = 0;
+    int sparedReadings_ = 0;
+    /// The kernel does not count this process's time on a processor where it is asked for.
+    bool hasNoSchedule_ = false;
+    std::array<char, 64> schedule_;
+    std::size_t scheduleBytes_ = 0;
     /// The bytes the figures were parsed from: as long as they come back unchanged there is nothing to do.
     std::array<char, 224> parsed_;
     std::size_t parsedBytes_ = 0;
@@ -76,6 +87,10 @@ public:
     ScannedProcess& add(std::int32_t pid);
 
     /// Reads /proc/PID/stat. False when the process is gone or cannot be read.
+    ///
+    /// Of a process with one thread that has long done nothing only /proc/PID/schedstat is read, a quarter of the
+    /// kernel's work: while its time on a processor stands still, nothing else of it can have changed by its own doing.
+    /// (What others do to it, such as paging it out, shows a few readings later.)
     bool read(ScannedProcess& process);
     /// The real owner; asked for when the process is new, soon after (a service may have laid down its privileges by
     /// then) and when the command name changes. None when it cannot be read.
@@ -91,6 +106,8 @@ private:
 
     void keepOnly(const std::vector<std::int32_t>& pids);
     void forget(ScannedProcess& process);
+    bool hasNotRun(ScannedProcess& process);
+    void watchSchedule(ScannedProcess& process);
     std::ptrdiff_t readStat(ScannedProcess& process, char* buffer, std::size_t size);
     std::string readPath(std::int32_t pid) const;
 
