@@ -3,8 +3,8 @@
 #include "Model/ProcessMonitorWorker.h"
 
 #include <algorithm>
-#include <QSemaphore>
 #include <QThread>
+#include <semaphore>
 #include <utility>
 
 namespace vantoro {
@@ -47,7 +47,8 @@ private:
     Platform platform_;
     ProcessMonitor::Timing timing_;
     QObject mainThreadReceiver_;
-    QSemaphore isReady_;
+    /// The standard library's, which the thread sanitizer sees through; Qt's own is not built for it.
+    std::binary_semaphore isReady_{0};
     ProcessMonitorWorker* worker_ = nullptr;
 };
 
