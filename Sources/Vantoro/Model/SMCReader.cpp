@@ -4,6 +4,7 @@
 #include "Model/SMCKeys.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <limits>
 #include <optional>
 #include <utility>
