@@ -22,6 +22,12 @@ public:
     virtual ProgramCommand stream(int samples, int intervalSeconds, int rows) const = 0;
     /// Prints one line per process: its pid and its executable's path.
     virtual ProgramCommand pathList() const = 0;
+
+    /// One block of the stream, as short as the program allows: to see whether it runs at all.
+    virtual ProgramCommand trial() const { return stream(1, 1, 1); }
+    /// What people know the two programs by.
+    virtual std::string streamName() const { return trial().program; }
+    virtual std::string pathListName() const { return pathList().program; }
 };
 
 } // namespace vantoro

@@ -21,6 +21,11 @@ TEST(CommandLine, WhatIsAskedFor) {
         {{"--record", "--odd-name", "--seconds=3"},
          {.action = Action::record, .seconds = 3, .recordFile = "--odd-name"}},
         {{"--replay", "x"}, {.action = Action::window, .replayFile = "x"}},
+        {{"--watch"}, {}},
+        {{"--check", "--watch"}, {.action = Action::check}},
+        {{"--check", "--watch", "--dump"}, {.action = Action::dump, .watch = true}},
+        {{"--explain", "--dump"}, {.action = Action::dump}},
+        {{"--simulate", "--simulate-fanless"}, {.simulate = true, .simulateFanless = true}},
         {{"--explain", "--help", "--nonsense"}, {.action = Action::help}},
     };
     for (const auto& [arguments, expected] : cases) {
@@ -50,6 +55,8 @@ TEST(CommandLine, EachFaultHasOneLine) {
         {"--record", "f", "--replay", "g"},
         {"--explain", "--replay", "g", "--seconds", "2"},
         {"--seconds", "3"},
+        {"--dump=yes"},
+        {"--explain", "--simulate", "--replay", "g"},
         {"bad\nname\x1b[31m"},
         {long_},
     };

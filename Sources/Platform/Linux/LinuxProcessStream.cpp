@@ -3,7 +3,10 @@
 namespace vantoro {
 
 LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override)
-    : program_(override && !override->empty() ? *override : programFolder + "/vantoro-top") {}
+    : program_(programFolder + "/vantoro-top"), name_("vantoro-top") {
+    if (override && !override->empty())
+        program_ = name_ = *override;
+}
 
 ProgramCommand LinuxProcessStream::stream(int samples, int intervalSeconds, int rows) const {
     return {.program = program_,

@@ -16,9 +16,13 @@ public:
 
     ProgramCommand stream(int samples, int intervalSeconds, int rows) const override;
     ProgramCommand pathList() const override;
+    std::string streamName() const override { return name_; }
+    std::string pathListName() const override { return name_ + " --paths"; }
 
 private:
     std::string program_;
+    /// Without the folder, where it is this project's own.
+    std::string name_;
 };
 
 } // namespace vantoro

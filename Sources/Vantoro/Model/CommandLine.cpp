@@ -17,12 +17,17 @@ struct Switch {
     std::string_view help;
 };
 
-constexpr std::array<Switch, 7> switches{{
+constexpr std::array<Switch, 12> switches{{
     {"--explain", "", "watch this machine for a while, then say why it is warm or busy"},
     {"--record", "FILE", "write what this machine measures to FILE (.jsonl, or .jsonl.gz) until interrupted"},
     {"--replay", "FILE", "with --explain: read the recording FILE in place of live sensors"},
     {"--seconds", "N", "with --explain or --record: sample for N seconds (--explain: 20)"},
     {"--json", "", "with --explain: print the whole conclusion as JSON"},
+    {"--check", "", "print which sources of data work on this machine"},
+    {"--dump", "", "print what the sensors offer and what is made of it"},
+    {"--watch", "", "with --dump: print a line every 2 seconds, 12 times"},
+    {"--simulate", "", "read simulated sensors in place of this machine's"},
+    {"--simulate-fanless", "", "behave as on a machine without fans"},
     {"--help", "", "print this help and exit"},
     {"--version", "", "print the version and exit"},
 }};
@@ -32,9 +37,12 @@ struct Variable {
     std::string_view help;
 };
 
-constexpr std::array<Variable, 3> variables{{
+constexpr std::array<Variable, 6> variables{{
     {"VANTORO_INTERVAL", "seconds between samples, in place of the setting"},
     {"VANTORO_PROCESS_MODE", "\"auto\" or \"unprivileged\": where the process list comes from"},
+    {"VANTORO_SIMULATE", "\"1\": the same as --simulate"},
+    {"VANTORO_SIMULATE_FANLESS", "\"1\": the same as --simulate-fanless"},
+    {"VANTORO_SYSFS_ROOT", "a folder in place of / when sensors are read, for diagnosis"},
     {"VANTORO_TOP", "a program to run in place of vantoro-top, for diagnosis"},
 }};
 
@@ -59,6 +67,8 @@ std::string combinationFault(const CommandLine& line, bool explains, bool record
         return "--explain and --record exclude each other";
     if (records && line.replayFile)
         return "--record and --replay exclude each other";
+    if (line.simulate && line.replayFile)
+        return "--simulate does not go with --replay: a recording has its own sensors";
     if (line.json && !explains)
         return "--json goes with --explain";
     if (line.seconds && line.replayFile)
@@ -74,6 +84,9 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
     CommandLine line;
     bool explains = false;
     bool records = false;
+    bool dumps = false;
+    bool checks = false;
+    bool watches = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].starts_with("--") ? arguments[i].find('=') : std::string_view::npos;
         const std::string_view name = arguments[i].substr(0, equals);
@@ -103,6 +116,16 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
             line.replayFile = value;
         } else if (name == "--json") {
             line.json = true;
+        } else if (name == "--dump") {
+            dumps = true;
+        } else if (name == "--check") {
+            checks = true;
+        } else if (name == "--watch") {
+            watches = true;
+        } else if (name == "--simulate") {
+            line.simulate = true;
+        } else if (name == "--simulate-fanless") {
+            line.simulateFanless = true;
         } else if (name == "--seconds") {
             line.seconds = parseSeconds(value);
             if (!line.seconds)
@@ -111,7 +134,13 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
     }
     if (std::string fault = combinationFault(line, explains, records); !fault.empty())
         return CommandLineError{std::move(fault)};
-    if (explains)
+    // A dump is asked for when a machine puzzles: whatever else is asked for, it wins, and then the check.
+    line.watch = dumps && watches;
+    if (dumps)
+        line.action = CommandLine::Action::dump;
+    else if (checks)
+        line.action = CommandLine::Action::check;
+    else if (explains)
         line.action = CommandLine::Action::explain;
     else if (records)
         line.action = CommandLine::Action::record;
@@ -121,10 +150,10 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
 std::string helpText() {
     std::string text = "vantoro says why this machine is warm or loud, and what can be done about it.\n\nSwitches:\n";
     for (const Switch& option : switches)
-        text += fmt::format("  {:<16}{}\n", fmt::format("{} {}", option.name, option.value), option.help);
+        text += fmt::format("  {:<20}{}\n", fmt::format("{} {}", option.name, option.value), option.help);
     text += "\nEnvironment:\n";
     for (const Variable& variable : variables)
-        text += fmt::format("  {:<22}{}\n", variable.name, variable.help);
+        text += fmt::format("  {:<26}{}\n", variable.name, variable.help);
     text += "\nExit status: 0 done, 1 the system refused something, 2 bad arguments or a bad recording.\n";
     return text;
 }

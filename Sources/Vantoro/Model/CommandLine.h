@@ -10,7 +10,7 @@
 namespace vantoro {
 
 struct CommandLine {
-    enum class Action { window, explain, record, help, version };
+    enum class Action { window, explain, record, dump, check, help, version };
     Action action = Action::window;
     /// With explain or record: how long to sample.
     std::optional<double> seconds;
@@ -20,6 +20,12 @@ struct CommandLine {
     std::optional<std::string> replayFile;
     /// With explain: machine-readable.
     bool json = false;
+    /// With dump: a table over time in place of everything once.
+    bool watch = false;
+    /// Sensors made of arithmetic in place of this machine's.
+    bool simulate = false;
+    /// As if the machine had no fans.
+    bool simulateFanless = false;
 
     bool operator==(const CommandLine&) const = default;
 };

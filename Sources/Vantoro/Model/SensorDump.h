@@ -1,0 +1,24 @@
+// What the sensors' controller offers on this machine and what the reader makes of it, as text: for a machine whose
+// temperatures or fans look wrong.
+#pragma once
+
+#include "Model/SMCReader.h"
+
+#include <functional>
+#include <string_view>
+
+namespace vantoro {
+
+/// Takes one line of a report, without its end.
+using PrintLine = std::function<void(std::string_view line)>;
+
+struct SensorDump {
+    SensorDump() = delete;
+
+    /// Everything, once. `reader` says how to build the reader.
+    static void run(const SMCReader::Options& reader, const PrintLine& print);
+    /// A table of `samples` rows, one every `intervalSeconds`; the waiting is the options' pause.
+    static void watch(int samples, double intervalSeconds, const SMCReader::Options& reader, const PrintLine& print);
+};
+
+} // namespace vantoro
