@@ -1,7 +1,5 @@
 #include "Platform/Linux/HwmonFan.h"
 
-#include "Platform/Linux/SensorFamilies.h"
-#include "Platform/Linux/SensorFile.h"
 #include "Platform/Linux/SysfsText.h"
 
 #include <algorithm>
@@ -13,19 +11,14 @@ namespace {
 constexpr double fastestCredibleRPM = 50000;
 constexpr double dutyRange = 255;
 
-/// Devices whose sensors wake them when read. Others either cannot sleep or answer without waking.
-bool wakesWhenRead(const HwmonSensor& sensor) {
-    return familyOf(sensor) == SensorFamily::graphics || sensor.driver == "drivetemp";
-}
-
-std::optional<LanedReading<std::int64_t>> optionalReading(const HwmonSensor& sensor, const std::string& path,
-                                                          const std::shared_ptr<SlowLane>& lane) {
+std::optional<HwmonReading> optionalReading(const HwmonSensor& sensor, const std::string& path,
+                                            const std::shared_ptr<SlowLane>& lane) {
     if (path.empty())
         return {};
     return sensorReading(sensor, path, lane);
 }
 
-std::optional<double> positiveRPM(std::optional<LanedReading<std::int64_t>>& reading) {
+std::optional<double> positiveRPM(std::optional<HwmonReading>& reading) {
     const auto number = reading ? reading->read() : std::nullopt;
     const auto rpm = number ? credibleRPM(*number) : std::nullopt;
     return rpm && *rpm > 0 ? rpm : std::nullopt;
@@ -39,15 +32,6 @@ bool isFanDriver(std::string type) {
 }
 
 } // namespace
-
-LanedReading<std::int64_t> sensorReading(const HwmonSensor& sensor, const std::string& path,
-                                         const std::shared_ptr<SlowLane>& lane) {
-    auto file = std::make_shared<SensorFile>(path);
-    if (sensor.statusPath.empty() || !wakesWhenRead(sensor))
-        return {lane, [file] { return file->readNumber(); }};
-    auto sleep = std::make_shared<SleepCheck>(sensor.statusPath);
-    return {lane, [file, sleep] { return sleep->isAsleep() ? std::nullopt : file->readNumber(); }};
-}
 
 std::optional<double> credibleRPM(std::int64_t rpm) {
     const auto speed = static_cast<double>(rpm);

@@ -1,8 +1,8 @@
 // One fan of the hwmon tree, and what its files mean where they do not say it themselves.
 #pragma once
 
+#include "Platform/Linux/HwmonReading.h"
 #include "Platform/Linux/HwmonTree.h"
-#include "Platform/Linux/LanedReading.h"
 
 #include <cstdint>
 #include <memory>
@@ -65,14 +65,11 @@ struct FanEvidence {
     bool operator==(const FanEvidence&) const = default;
 };
 
-/// Whether it may be said that this machine has no fans. Most laptops, towers and servers without a tachometer have fans
-/// that Linux has no driver for; boards, tablets, sticks, mini and embedded machines without a trace of one have none.
+/// Whether it may be said that this machine has no fans. Most laptops, towers and servers without a tachometer have
+/// fans that Linux has no driver for; boards, tablets, sticks, mini and embedded machines without a trace of one have
+/// none.
 bool isFanless(const FanEvidence& evidence);
 
 FanEvidence readFanEvidence(const std::string& root, const std::vector<HwmonSensor>& sensors);
-
-/// A reading of one file of a sensor's; none while the sensor's device sleeps.
-LanedReading<std::int64_t> sensorReading(const HwmonSensor& sensor, const std::string& path,
-                                         const std::shared_ptr<SlowLane>& lane);
 
 } // namespace vantoro

@@ -40,6 +40,8 @@ struct Devices {
             } else if (!rests || !device.lookedAt || now - *device.lookedAt >= nvidiaRestSeconds) {
                 device.last = nvml->open() ? nvml->read(device.address) : std::nullopt;
                 device.lookedAt = now;
+                if (rests && device.last) // a total that is seen rarely would come in bursts; the power does not
+                    device.last->totalMillijoules.reset();
             }
             isNeeded = isNeeded || (device.last && !rests);
             readings.push_back(device.last);

@@ -1,5 +1,5 @@
-// Batteries and power adapters under /sys/class/power_supply. Layout: Documentation/ABI/testing/sysfs-class-power in the
-// kernel's sources.
+// Batteries and power adapters under /sys/class/power_supply. Layout: Documentation/ABI/testing/sysfs-class-power in
+// the kernel's sources.
 #pragma once
 
 #include "Platform/Linux/LanedReading.h"

@@ -22,7 +22,7 @@ bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& l
     return std::ranges::find(list, text) != list.end();
 }
 
-constexpr std::array<std::string_view, 8> processorDrivers = {"coretemp",    "k8temp",   "k10temp", "zenpower",
+constexpr std::array<std::string_view, 8> processorDrivers = {"coretemp",    "k8temp",  "k10temp", "zenpower",
                                                               "via_cputemp", "cputemp", "pvt",     "peci_cputemp"};
 constexpr std::array<std::string_view, 4> graphicsDrivers = {"amdgpu", "radeon", "nouveau", "xe"};
 /// Firmware that speaks for the whole chip, its graphics part included.
@@ -102,8 +102,7 @@ std::optional<std::uint32_t> SensorKeys::next(SensorFamily family) {
     int& used = used_[static_cast<int>(family)];
     while (used < base * base) {
         const auto number = static_cast<std::size_t>(used++);
-        const std::string key =
-            std::string(keyPrefix(family)) + characters[number / base] + characters[number % base];
+        const std::string key = std::string(keyPrefix(family)) + characters[number / base] + characters[number % base];
         if (take(keyCode(key)))
             return keyCode(key);
     }

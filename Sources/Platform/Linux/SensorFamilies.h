@@ -34,8 +34,8 @@ constexpr std::uint32_t keyCode(std::string_view text) {
     return code;
 }
 
-/// Hands out keys: the family's prefix and two characters that count up in base 62 ("00" … "zz"). A key already taken is
-/// passed over. None when a family's 3,844 keys are used up.
+/// Hands out keys: the family's prefix and two characters that count up in base 62 ("00" … "zz"). A key already taken
+/// is passed over. None when a family's 3,844 keys are used up.
 class SensorKeys {
 public:
     bool take(std::uint32_t key) { return taken_.insert(key).second; }

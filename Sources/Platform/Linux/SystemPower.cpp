@@ -1,6 +1,6 @@
 #include "Platform/Linux/SystemPower.h"
 
-#include "Platform/Linux/HwmonFan.h"
+#include "Platform/Linux/HwmonReading.h"
 #include "Platform/Linux/SensorFile.h"
 
 #include <algorithm>
