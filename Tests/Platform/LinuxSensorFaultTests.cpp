@@ -137,7 +137,9 @@ TEST(LinuxSensorFaults, FiveThousandSensorsAreFoundAndStayOpen) {
     }
     HwmonSMCService service(machine.root(), machine.lane(), nullptr);
     ASSERT_NE(service.open("AppleSMC"), 0u);
-    EXPECT_EQ(ask(service, SMCCommand::getKeyAtIndex, "", 2501).key, keyCode("Tp00")); // the last of #KEY, FNum, …
+    EXPECT_EQ(ask(service, SMCCommand::getKeyAtIndex, "", 2).key, keyCode("Tp00")); // after #KEY and FNum
+    EXPECT_EQ(ask(service, SMCCommand::getKeyAtIndex, "", 5001).result, 0);
+    EXPECT_NE(ask(service, SMCCommand::getKeyAtIndex, "", 5002).result, 0);
     const auto readAll = [&service](double expected) {
         int right = 0;
         for (std::uint32_t index = 0; index < 300; ++index) {

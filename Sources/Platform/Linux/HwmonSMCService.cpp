@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+#include <fmt/format.h>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -51,7 +51,7 @@ void writePayload(KeyType type, double value, std::array<std::uint8_t, 32>& byte
 }
 
 std::uint32_t fanKey(std::size_t fan, std::string_view suffix) {
-    return keyCode("F" + std::to_string(fan) + std::string(suffix));
+    return keyCode(fmt::format("F{}{}", fan, suffix));
 }
 
 } // namespace

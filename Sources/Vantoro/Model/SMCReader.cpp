@@ -4,6 +4,7 @@
 #include "Model/SMCKeys.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -16,7 +17,7 @@ namespace {
 constexpr int mostFans = 10;
 
 std::string fanKey(int fan, std::string_view suffix) {
-    return "F" + std::to_string(fan) + std::string(suffix);
+    return fmt::format("F{}{}", fan, suffix);
 }
 
 std::vector<double> readAll(const std::vector<std::string>& keys) {
