@@ -91,15 +91,18 @@ struct HwmonSMCService::Keys {
     void addControllersKeys(const std::vector<HwmonSensor>& sensors, const std::shared_ptr<SlowLane>& lane,
                             SensorKeys& keys) {
         for (const HwmonSensor& sensor : sensors) {
-            const auto code = isMacController(sensor.driver) ? controllerKey(sensor.label) : std::nullopt;
+            if (!isMacController(sensor.driver))
+                continue;
+            const std::optional<std::uint32_t> key = controllerKey(sensor.label);
+            const std::uint32_t code = key.value_or(0);
             const bool isTemperature = sensor.quantity == HwmonQuantity::temperature && sensor.label[0] == 'T';
             const bool isRail = sensor.quantity == HwmonQuantity::power && sensor.label[0] == 'P';
-            if (!code || (!isTemperature && !isRail) || !keys.take(*code))
+            if (!key || (!isTemperature && !isRail) || !keys.take(code))
                 continue;
             if (isRail)
-                addRail(*code, sensor, lane);
+                addRail(code, sensor, lane);
             else
-                addTemperature(*code, sensor, lane);
+                addTemperature(code, sensor, lane);
             const std::string_view family = std::string_view(sensor.label).substr(0, 2);
             hasControllersChip = hasControllersChip || family == "Tp" || family == "Te" || family == "Tf";
         }

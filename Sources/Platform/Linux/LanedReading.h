@@ -39,6 +39,8 @@ public:
         if (!shared_->isPending) {
             shared_->isPending = shared_->wasTried = true;
             lane_->submit([shared = shared_] { shared->run(); });
+        } else {
+            lane_->attend();
         }
         if (isFirst && !lane_->isHeldUp())
             shared_->done.wait_for(lock, std::chrono::duration<double>(slowReadSeconds),

@@ -72,14 +72,21 @@ SlowLane::~SlowLane() {
 }
 
 void SlowLane::submit(std::function<void()> job) {
-    const std::lock_guard lock(state_->mutex);
-    state_->jobs.push_back(std::move(job));
-    if (state_->workers.size() < mostWorkers && state_->allHeld()) {
-        State::Worker& worker = *state_->workers.emplace_back(std::make_unique<State::Worker>());
-        ++state_->running;
-        std::thread([state = state_, &worker] { state->work(worker); }).detach();
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->jobs.push_back(std::move(job));
+        state_->changed.notify_one();
     }
-    state_->changed.notify_one();
+    attend();
+}
+
+void SlowLane::attend() {
+    const std::lock_guard lock(state_->mutex);
+    if (state_->jobs.empty() || state_->workers.size() == mostWorkers || !state_->allHeld())
+        return;
+    State::Worker& worker = *state_->workers.emplace_back(std::make_unique<State::Worker>());
+    ++state_->running;
+    std::thread([state = state_, &worker] { state->work(worker); }).detach();
 }
 
 bool SlowLane::isHeldUp() const {

@@ -23,6 +23,8 @@ public:
     ~SlowLane();
 
     void submit(std::function<void()> job);
+    /// To be called by whoever still waits for a job: gives the jobs another worker once all of them are held.
+    void attend();
     /// Whether a job handed over now would have to wait for one that is slow already.
     bool isHeldUp() const;
     double now() const { return clock_(); }
