@@ -1,10 +1,17 @@
 #include "Platform/CurrentPlatform.h"
 
+#include "Platform/Linux/CpufreqStateReport.h"
+#include "Platform/Linux/CpufreqTables.h"
+#include "Platform/Linux/HwmonSMCService.h"
 #include "Platform/Linux/LinuxAppIdentity.h"
+#include "Platform/Linux/LinuxEnergyReport.h"
 #include "Platform/Linux/LinuxMachine.h"
+#include "Platform/Linux/LinuxProcessors.h"
 #include "Platform/Linux/LinuxProcessStream.h"
 #include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/LinuxSystemStatistics.h"
+#include "Platform/Linux/LinuxThermalState.h"
+#include "Platform/Linux/NvidiaGPUs.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -25,13 +32,24 @@ Platform currentPlatform(const std::string& programFolder) {
     const char* const top = std::getenv("VANTORO_TOP");
     const DesktopFolders folders = desktopFolders(std::getenv("HOME"), std::getenv("XDG_DATA_HOME"),
                                                   std::getenv("XDG_DATA_DIRS"), std::getenv("PATH"));
-    return {.processTable = std::make_shared<LinuxProcessTable>(),
+    // Another machine's sensors: its library for NVIDIA's graphics processors is not here to be asked.
+    const char* const otherRoot = std::getenv("VANTORO_SYSFS_ROOT");
+    const std::string root = otherRoot != nullptr && *otherRoot != '\0' ? otherRoot : "";
+    const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
+    const auto gpus = std::make_shared<NvidiaGPUs>(root, root.empty() ? systemNvml() : nullptr, lane);
+    return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus),
+            .stateReport = std::make_shared<CpufreqStateReport>(root, lane),
+            .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, gpus),
+            .frequencyTables = std::make_shared<CpufreqTables>(root),
+            .processors = std::make_shared<LinuxProcessors>(root),
+            .processTable = std::make_shared<LinuxProcessTable>(),
             .systemStatistics = std::make_shared<LinuxSystemStatistics>(),
             .appIdentity = std::make_shared<LinuxAppIdentity>(
                 LinuxAppIdentity::Options{.root = "/", .folders = folders, .clock = monotonicSeconds}),
             .processStream = std::make_shared<LinuxProcessStream>(
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
-            .machine = std::make_shared<LinuxMachine>()};
+            .machine = std::make_shared<LinuxMachine>(root),
+            .thermalState = std::make_shared<LinuxThermalState>(root, lane)};
 }
 
 } // namespace vantoro

@@ -1,0 +1,39 @@
+// Where readings go that a driver takes its time over, so that the caller never waits for it.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace vantoro {
+
+/// Seconds of a clock that never goes back; callable from any thread.
+using SecondsClock = std::function<double()>;
+
+/// A reading that takes longer is slow.
+constexpr double slowReadSeconds = 0.020;
+
+/// One worker thread that starts with the first job. Only while a job holds it for longer than slowReadSeconds does
+/// another thread take the jobs behind (four at most), so that one stuck driver does not silence the other slow ones.
+class SlowLane {
+public:
+    explicit SlowLane(SecondsClock clock);
+    SlowLane(const SlowLane&) = delete;
+    SlowLane& operator=(const SlowLane&) = delete;
+    /// Jobs not yet begun are dropped. A worker that a driver holds is left behind; jobs must own what they touch.
+    ~SlowLane();
+
+    void submit(std::function<void()> job);
+    /// To be called by whoever still waits for a job: gives the jobs another worker once all of them are held.
+    void attend();
+    /// Whether a job handed over now would have to wait for one that is slow already.
+    bool isHeldUp() const;
+    double now() const { return clock_(); }
+    const SecondsClock& clock() const { return clock_; }
+
+private:
+    struct State;
+    SecondsClock clock_;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace vantoro
