@@ -1,8 +1,8 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test bench core asan tsan fuzz format format-check tidy clean
+.PHONY: build run test bench core asan tsan check-mac fuzz format format-check tidy clean
 
-sources := $(shell git ls-files --cached --others --exclude-standard -- 'Sources/*.h' 'Sources/*.cpp' 'Tests/*.h' \
+sources := $(shell git ls-files --cached --others --exclude-standard -- 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
 
 # configure-and-build PRESET: configures once (CMake itself configures again when its files change), then builds.
@@ -27,6 +27,11 @@ asan tsan core:
 	@Scripts/bootstrap ci
 	$(call configure-and-build,$@)
 	@ctest --preset $@
+
+# Compiles and links what needs no Qt for the Mac, on Linux; nothing of it is run.
+check-mac:
+	@Scripts/bootstrap mac
+	$(call configure-and-build,check-mac)
 
 fuzz:
 	@Scripts/bootstrap ci

@@ -1,7 +1,7 @@
 // A recorded machine's sensors, unpacked into a folder of its own, with a clock that the test moves.
 #pragma once
 
-#include "Platform/Folders.h"
+#include "Support/Folders.h"
 #include "Platform/Linux/SlowLane.h"
 
 #include <atomic>

@@ -1,5 +1,7 @@
 #include "Platform/Linux/LinuxProcessStream.h"
 
+#include "Platform/Posix/TopArguments.h"
+
 namespace vantoro {
 
 LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override)
@@ -9,10 +11,7 @@ LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const s
 }
 
 ProgramCommand LinuxProcessStream::stream(int samples, int intervalSeconds, int rows) const {
-    return {.program = program_,
-            .arguments = {"-l", std::to_string(samples), "-s", std::to_string(intervalSeconds), "-n",
-                          std::to_string(rows), "-o", "cpu", "-stats", "pid,command,cpu,mem,power,user", "-ncols",
-                          "220"}};
+    return {.program = program_, .arguments = topArguments(samples, intervalSeconds, rows)};
 }
 
 ProgramCommand LinuxProcessStream::pathList() const {

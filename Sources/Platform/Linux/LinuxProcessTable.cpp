@@ -1,7 +1,5 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
-#include <cerrno>
-#include <pwd.h>
 #include <unistd.h>
 
 namespace vantoro {
@@ -15,18 +13,6 @@ std::uint64_t nanoseconds(std::uint64_t ticks, std::uint64_t ticksPerSecond) {
 }
 
 } // namespace
-
-std::optional<std::string> accountName(std::uint32_t uid) {
-    passwd record{};
-    passwd* found = nullptr;
-    std::vector<char> texts(1024);
-    int error = 0;
-    while ((error = ::getpwuid_r(uid, &record, texts.data(), texts.size(), &found)) == ERANGE && texts.size() < 1 << 20)
-        texts.resize(texts.size() * 4);
-    if (error != 0 || found == nullptr || found->pw_name == nullptr)
-        return {};
-    return std::string(found->pw_name);
-}
 
 KernelUnits KernelUnits::ofThisMachine() {
     KernelUnits units;

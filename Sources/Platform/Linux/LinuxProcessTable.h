@@ -3,6 +3,7 @@
 
 #include "Platform/Linux/KeptFile.h"
 #include "Platform/Linux/ProcScan.h"
+#include "Platform/Posix/AccountName.h"
 #include "Platform/ProcessTable.h"
 
 #include <cstddef>
@@ -13,9 +14,6 @@
 #include <vector>
 
 namespace vantoro {
-
-/// The account's name from the system's user database (getpwuid_r); none when there is no such account.
-std::optional<std::string> accountName(std::uint32_t uid);
 
 /// What the kernel's figures are counted in.
 struct KernelUnits {

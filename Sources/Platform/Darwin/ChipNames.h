@@ -1,0 +1,22 @@
+// What the report and the registry of real chips call things, turned into what the readers know. Pure functions.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantoro {
+
+/// A core's channel by the name of its cluster first. A chip of several dies writes the die in front
+/// ("DIE_0_PCPU1_CPU0"): it goes to the end ("PCPU1_CPU0_DIE_0"). A third kind of cluster, "MCPU", counts as a
+/// performance cluster ("MCPU0_CPU1" becomes "PCPU0_CPU1_M"; the ending keeps it apart from a true "PCPU0_CPU1"). Any
+/// other name stays as it is.
+std::string coreChannelName(std::string_view name);
+
+/// A table of records of 8 bytes whose first four are a frequency, little-endian: older chips write it in Hz, newer
+/// ones in kHz. A frequency of 100,000,000 or more is Hz (no processor runs at 100 GHz) and is rewritten in kHz, to the
+/// nearest. A record that is cut short stays as it is.
+void rewriteInKilohertz(std::vector<std::uint8_t>& frequencyTable);
+
+} // namespace vantoro

@@ -1,0 +1,36 @@
+#include "Platform/CurrentPlatform.h"
+
+#include "Platform/Darwin/DarwinEnergyReport.h"
+#include "Platform/Darwin/DarwinFrequencyTables.h"
+#include "Platform/Darwin/DarwinMachine.h"
+#include "Platform/Darwin/DarwinProcessors.h"
+#include "Platform/Darwin/DarwinProcessStream.h"
+#include "Platform/Darwin/DarwinProcessTable.h"
+#include "Platform/Darwin/DarwinSMCService.h"
+#include "Platform/Darwin/DarwinStateReport.h"
+#include "Platform/Darwin/DarwinSystemStatistics.h"
+#include "Platform/Darwin/DarwinThermalState.h"
+
+#include <cstdlib>
+
+namespace vantoro {
+
+// The system's own programs lie where they always lie, and bundle paths tell which application a process belongs to.
+Platform currentPlatform(const std::string& /*programFolder*/) {
+    const char* const top = std::getenv("VANTORO_TOP");
+    Platform platform;
+    platform.smcService = std::make_shared<DarwinSMCService>();
+    platform.stateReport = std::make_shared<DarwinStateReport>();
+    platform.energyReport = std::make_shared<DarwinEnergyReport>();
+    platform.frequencyTables = std::make_shared<DarwinFrequencyTables>();
+    platform.processors = std::make_shared<DarwinProcessors>();
+    platform.processTable = std::make_shared<DarwinProcessTable>();
+    platform.systemStatistics = std::make_shared<DarwinSystemStatistics>();
+    platform.processStream =
+        std::make_shared<DarwinProcessStream>(top != nullptr ? std::optional<std::string>(top) : std::nullopt);
+    platform.machine = std::make_shared<DarwinMachine>();
+    platform.thermalState = std::make_shared<DarwinThermalState>();
+    return platform;
+}
+
+} // namespace vantoro

@@ -1,0 +1,17 @@
+// The chip's frequency tables in the I/O registry.
+#pragma once
+
+#include "Platform/FrequencyTables.h"
+
+namespace vantoro {
+
+/// Tables whose frequencies are in Hz are handed over in kHz (see rewriteInKilohertz).
+class DarwinFrequencyTables : public FrequencyTables {
+public:
+    /// IORegistryEntryFromPath.
+    std::unique_ptr<RegistryEntry> entryAtPath(const std::string& path) override;
+    /// IOServiceGetMatchingServices on the name.
+    std::optional<std::vector<std::unique_ptr<RegistryEntry>>> entriesNamed(const std::string& name) override;
+};
+
+} // namespace vantoro

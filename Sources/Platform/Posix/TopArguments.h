@@ -1,0 +1,12 @@
+// The command line that the programs which print the process stream understand.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantoro {
+
+/// `samples` blocks (0: without end), `intervalSeconds` apart, of the `rows` busiest processes each.
+std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows);
+
+} // namespace vantoro

@@ -1,0 +1,19 @@
+// Stands in for the program: one call into every target. The objects themselves are all linked, called or not.
+#include "CSensors/cpufreq.h"
+#include "CSensors/ioreport.h"
+#include "CSensors/smc.h"
+#include "Model/RecordingFile.h"
+#include "Model/SMCReader.h"
+#include "Model/Telemetry.h"
+#include "Platform/CurrentPlatform.h"
+
+int main() {
+    const vantoro::Platform platform = vantoro::currentPlatform("/");
+    vantoro::smc_use(platform.smcService);
+    vantoro::cpufreq_use(platform.frequencyTables, platform.stateReport);
+    vantoro::ior_use(platform.energyReport);
+    const vantoro::SMCReader sensors({});
+    const vantoro::RecordingReader recording("/dev/null");
+    const bool isHot = vantoro::Snapshot::heatLoad(platform.thermalState->rawValue()) > 0;
+    return isHot || recording.error() ? 1 : 0;
+}

@@ -1,0 +1,41 @@
+// What this project uses of Core Foundation, declared so that it compiles where the framework is not.
+#pragma once
+
+#include <MacTypes.h>
+#include <stdint.h>
+
+typedef const void* CFTypeRef;
+typedef unsigned long CFTypeID;
+typedef signed long CFIndex;
+typedef uint32_t CFStringEncoding;
+typedef const struct __CFAllocator* CFAllocatorRef;
+typedef const struct __CFString* CFStringRef;
+typedef const struct __CFData* CFDataRef;
+typedef const struct __CFArray* CFArrayRef;
+typedef const struct __CFDictionary* CFDictionaryRef;
+typedef struct __CFDictionary* CFMutableDictionaryRef;
+
+enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
+
+#define CFSTR(text) (reinterpret_cast<CFStringRef>(__builtin___CFStringMakeConstantString("" text "")))
+
+extern "C" {
+extern const CFAllocatorRef kCFAllocatorDefault;
+
+void CFRelease(CFTypeRef object);
+CFTypeID CFGetTypeID(CFTypeRef object);
+
+CFTypeID CFStringGetTypeID(void);
+CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text, CFStringEncoding encoding);
+Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
+
+CFTypeID CFDataGetTypeID(void);
+CFIndex CFDataGetLength(CFDataRef data);
+const UInt8* CFDataGetBytePtr(CFDataRef data);
+
+CFTypeID CFArrayGetTypeID(void);
+CFIndex CFArrayGetCount(CFArrayRef array);
+const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+}
