@@ -53,6 +53,16 @@ TEST(ThermalModel, TheSameLoadGivesTheSameStateInWhateverPortionsItComes) {
     }
 }
 
+TEST(ThermalModel, LoadsWithinOneStepCountByTheirTime) {
+    const ThermalDesign design = ThermalDesign::withFans();
+    ThermalModelState state = restingState(design);
+    for (int i = 0; i < 1000; ++i) {
+        advance(design, state, 1, thermalStepSeconds / 4);
+        advance(design, state, 0, thermalStepSeconds * 3 / 4);
+    }
+    EXPECT_NEAR(state.chipCelsius, after(design, restingState(design), 0.25, 100).chipCelsius, 0.1);
+}
+
 TEST(ThermalModel, RestStaysRest) {
     for (const ThermalDesign& design : {ThermalDesign::withFans(), ThermalDesign::fanless()}) {
         const ThermalModelState rested = restingState(design);
