@@ -16,7 +16,7 @@ build:
 	$(call configure-and-build,release)
 
 run: build
-	@build/release/bin/vantoro --explain
+	@Scripts/run
 
 test:
 	@Scripts/bootstrap test

@@ -15,6 +15,7 @@
 #include "Model/Settings.h"
 #include "Model/SMCReader.h"
 #include "Platform/CurrentPlatform.h"
+#include "Platform/Simulated/SimulatedPlatform.h"
 
 #include <chrono>
 #include <cstdio>
@@ -54,9 +55,18 @@ void printLine(std::string_view line) {
     std::fflush(stdout);
 }
 
-/// The platform that the command line and the environment ask for, with the devices' functions told to use it.
-Platform choosePlatform(const CommandLine& /*line*/) {
+/// The environment's "1" asks for the same as the switch of that name.
+bool isAsked(bool bySwitch, const char* variable) {
+    const char* const value = std::getenv(variable);
+    return bySwitch || (value != nullptr && std::string_view(value) == "1");
+}
+
+/// The platform that the command line asks for, with the devices' functions told to use it.
+Platform choosePlatform(const CommandLine& line) {
     Platform platform = currentPlatform(QCoreApplication::applicationDirPath().toStdString());
+    constexpr std::uint64_t noiseSeed = 1;
+    if (line.simulate)
+        platform = simulatedPlatform(platform, line.simulateFanless, monotonicSeconds, noiseSeed);
     smc_use(platform.smcService);
     cpufreq_use(platform.frequencyTables, platform.stateReport);
     ior_use(platform.energyReport);
@@ -64,7 +74,7 @@ Platform choosePlatform(const CommandLine& /*line*/) {
 }
 
 SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
-    return {.simulatesFanless = line.simulateFanless || simulatesFanless({}, std::getenv("VANTORO_SIMULATE_FANLESS")),
+    return {.simulatesFanless = line.simulateFanless,
             .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
             .pause = pauseFor};
 }
@@ -103,6 +113,8 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     const Settings settings;
     const HubEnvironment environment = HubEnvironment::ofThisProcess();
     const Platform platform = choosePlatform(line);
+    if (line.simulate && !line.json && line.action != CommandLine::Action::record)
+        printLine("Simulated sensors; processes and load are this machine's own.");
     if (line.action == CommandLine::Action::dump) {
         dumpSensors(line, platform);
         return EXIT_SUCCESS;
@@ -149,5 +161,8 @@ int main(int argc, char** argv) {
         complain(error->reason);
         return usageFault;
     }
-    return run(std::get<CommandLine>(line), argc, argv);
+    CommandLine asked = std::get<CommandLine>(line);
+    asked.simulate = isAsked(asked.simulate, "VANTORO_SIMULATE");
+    asked.simulateFanless = isAsked(asked.simulateFanless, "VANTORO_SIMULATE_FANLESS");
+    return run(asked, argc, argv);
 }

@@ -177,12 +177,5 @@ TEST_F(SMCReaderTest, WithoutAControllerThereIsNothing) {
     EXPECT_EQ(smc->closed, 1);
 }
 
-TEST(SimulatesFanless, ByTheSwitchOrByExactlyOne) {
-    EXPECT_TRUE(simulatesFanless({"--dump", "--simulate-fanless"}, nullptr));
-    EXPECT_TRUE(simulatesFanless({}, "1"));
-    for (const char* const value : {static_cast<const char*>(nullptr), "", "true", "11", "0"})
-        EXPECT_FALSE(simulatesFanless({"--simulate"}, value));
-}
-
 } // namespace
 } // namespace vantoro

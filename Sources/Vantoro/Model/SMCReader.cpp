@@ -53,11 +53,6 @@ std::optional<int> readFanCount() {
 
 } // namespace
 
-bool simulatesFanless(const std::vector<std::string_view>& arguments, const char* environment) {
-    return std::ranges::find(arguments, "--simulate-fanless") != arguments.end() ||
-           (environment != nullptr && std::string_view(environment) == "1");
-}
-
 SMCReader::SMCReader(Options options) : options_(std::move(options)) {
     isAvailable_ = smc_open() != 0;
     if (!isAvailable_)

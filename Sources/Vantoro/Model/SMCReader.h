@@ -13,10 +13,6 @@
 
 namespace vantoro {
 
-/// Whether a machine is to be treated as fanless: "--simulate-fanless" among the arguments, or exactly "1" in
-/// VANTORO_SIMULATE_FANLESS.
-bool simulatesFanless(const std::vector<std::string_view>& arguments, const char* environment);
-
 /// One owner; not for concurrent use. Opens the connection when made and closes it when destroyed.
 class SMCReader : public SensorReader {
 public:
