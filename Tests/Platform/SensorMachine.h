@@ -1,8 +1,8 @@
 // A recorded machine's sensors, unpacked into a folder of its own, with a clock that the test moves.
 #pragma once
 
-#include "Support/Folders.h"
 #include "Platform/Linux/SlowLane.h"
+#include "Support/Folders.h"
 
 #include <atomic>
 #include <cstdlib>
