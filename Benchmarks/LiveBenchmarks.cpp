@@ -2,12 +2,17 @@
 
 #include "FullHistory.h"
 
+#include "Model/CoreMonitor.h"
+#include "Model/GPUPowerSampler.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
+#include "Model/SMCReader.h"
 #include "Model/UnprivilegedProcesses.h"
 #include "Platform/CurrentPlatform.h"
+#include "Platform/Simulated/SimulatedPlatform.h"
 
 #include <benchmark/benchmark.h>
+#include <chrono>
 #include <QTemporaryDir>
 
 namespace vantoro {
@@ -25,19 +30,50 @@ void sampleAllProcesses(benchmark::State& state) {
 }
 BENCHMARK(sampleAllProcesses)->Unit(benchmark::kMicrosecond);
 
-/// With a history as full as it gets at the fastest rate.
-void tickOfTheHub(benchmark::State& state) {
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// Ticks with a history as full as it gets at the fastest rate.
+void tick(benchmark::State& state, const Platform& platform, SensorSources sources) {
     const QTemporaryDir folder;
     const Settings settings(folder.filePath("settings.ini").toStdString());
     HubEnvironment environment = HubEnvironment::ofThisProcess();
     UnixSeconds now = 1e9 + 7200 * 0.25;
     environment.now = [&now] { return now += 0.25; };
-    SensorHub hub(currentPlatform(""), {}, settings, environment);
+    SensorHub hub(platform, std::move(sources), settings, environment);
     benchmarks::fill(hub.history(), 0.25, 7200, History::processesPerSample);
     for (auto _ : state)
         hub.tick();
 }
-BENCHMARK(tickOfTheHub)->Unit(benchmark::kMicrosecond)->Iterations(40);
+
+SensorSources allSources(const Platform& platform) {
+    smc_use(platform.smcService);
+    cpufreq_use(platform.frequencyTables, platform.stateReport);
+    ior_use(platform.energyReport);
+    return {.sensors = std::make_shared<SMCReader>(
+                SMCReader::Options{.trust = platform.smcService->trust(), .pause = [](int /*milliseconds*/) {}}),
+            .cores = std::make_shared<CoreMonitor>(platform.processors),
+            .gpu = std::make_shared<GPUPowerSampler>(monotonicSeconds)};
+}
+
+void tickWithoutSensors(benchmark::State& state) {
+    tick(state, currentPlatform(""), {});
+}
+BENCHMARK(tickWithoutSensors)->Unit(benchmark::kMicrosecond)->Iterations(40);
+
+/// This machine's, or those of the recorded machine that VANTORO_SYSFS_ROOT names.
+void tickWithSensors(benchmark::State& state) {
+    const Platform platform = currentPlatform("");
+    tick(state, platform, allSources(platform));
+}
+BENCHMARK(tickWithSensors)->Unit(benchmark::kMicrosecond)->Iterations(40);
+
+void tickOnSimulatedMac(benchmark::State& state) {
+    const Platform platform = simulatedPlatform(currentPlatform(""), false, monotonicSeconds, 1);
+    tick(state, platform, allSources(platform));
+}
+BENCHMARK(tickOnSimulatedMac)->Unit(benchmark::kMicrosecond)->Iterations(40);
 
 } // namespace
 } // namespace vantoro
