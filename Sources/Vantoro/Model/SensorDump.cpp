@@ -58,6 +58,14 @@ void printFamily(std::string_view prefix, std::vector<KeyValue> pairs, const Pri
     print(hottest);
 }
 
+/// Where the ceiling of a fan comes from whose driver states none; null where it is stated (as on every Mac).
+const char* ceilingSource(int fan) {
+    const std::optional<double> source = readKey(fmt::format("F{}MS", fan));
+    if (source == 1)
+        return "reckoned from the fan's duty";
+    return source == 2 ? "is the highest speed seen, or the least a fan is built for" : nullptr;
+}
+
 void printReader(SMCReader& reader, const PrintLine& print) {
     const Temperatures temperatures = reader.readTemperatures();
     print(fmt::format("SMCReader results → SoC {:.1f}  GPU {:.1f}  battery {:.1f}  enclosure {:.1f}", temperatures.soc,
@@ -65,9 +73,12 @@ void printReader(SMCReader& reader, const PrintLine& print) {
     const std::vector<FanReading> fans = reader.readFans();
     if (fans.empty())
         print("Fans: none reported — Vantoro reads this Mac's condition from the chip's temperature.");
-    for (const FanReading& fan : fans)
+    for (const FanReading& fan : fans) {
         print(fmt::format("Fan {}: {} rpm  min {}  max {}  target {}", fan.index, truncated(fan.rpm),
                           truncated(fan.minRPM), truncated(fan.maxRPM), truncated(fan.targetRPM)));
+        if (const char* const source = ceilingSource(fan.index))
+            print(fmt::format("   max {}", source));
+    }
     const PowerReading power = reader.readPower();
     print(fmt::format("Power: system {:.2f} W  adapter {:.2f} W", power.systemWatts, power.adapterWatts));
 }
