@@ -103,4 +103,34 @@ TEST(Motion, FollowsTheSamplingInterval) {
     EXPECT_EQ(motion.update(), std::nullopt);
 }
 
+TEST(Motion, ASpringIsCriticallyDampedAndKeepsItsSpeed) {
+    const Animation spring = SpringAnimation{.responseSeconds = 0.42};
+    AnimatedValue value(0);
+    value.set(1, 10, spring);
+    EXPECT_DOUBLE_EQ(value.at(10), 0);
+    // (d + (v + w d) t) e^(-w t) with d = -1, v = 0, w = 2 pi / 0.42
+    EXPECT_NEAR(value.at(10.1), 0.4408, 1e-4);
+    EXPECT_GT(value.at(10.44), 0.989);
+    double before = 0;
+    for (int i = 1; i < 100; ++i) {
+        const double now = value.at(10 + i * 0.02);
+        EXPECT_GE(now, before);
+        EXPECT_LE(now, 1) << "never past its target";
+        before = now;
+    }
+    EXPECT_FALSE(value.isAtRest(10.2));
+    EXPECT_TRUE(value.isAtRest(11));
+    const double speed = (value.at(10.1) - value.at(10.0999)) / 1e-4;
+    const double place = value.at(10.1);
+    value.set(0, 10.1, spring);
+    EXPECT_NEAR(value.at(10.1), place, 1e-12);
+    EXPECT_NEAR((value.at(10.1001) - place) / 1e-4, speed, 0.02) << "it turns round without a jolt";
+    value.set(5, 10.2, std::nullopt);
+    EXPECT_EQ(value.at(10.2), 5);
+    EXPECT_TRUE(value.isAtRest(10.2));
+    value.set(7, 20, LinearAnimation{.durationSeconds = 0.5});
+    EXPECT_DOUBLE_EQ(value.at(20.25), 6);
+    EXPECT_TRUE(value.isAtRest(20.5));
+}
+
 } // namespace vantoro

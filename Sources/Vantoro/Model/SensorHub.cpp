@@ -129,11 +129,30 @@ Snapshot SensorHub::measure(UnixSeconds now) {
 }
 
 void SensorHub::tick() {
-    Snapshot snapshot = measure(environment_.now());
+    if (!isReplay_)
+        appendAndPublish(measure(environment_.now()));
+}
+
+void SensorHub::accept(Snapshot snapshot) {
+    isReplay_ = true;
+    cooling_ = snapshot.cooling;
+    const bool hasSensors = !snapshot.fans.empty() || snapshot.temps != Temperatures();
+    if (hasSensors && !sensorsAvailable_) {
+        sensorsAvailable_ = true;
+        emit sensorsAvailableChanged();
+    }
+    if (!processesReady_) {
+        processesReady_ = true;
+        emit processesReadyChanged();
+    }
+    appendAndPublish(std::move(snapshot));
+}
+
+void SensorHub::appendAndPublish(Snapshot snapshot) {
     history_.append(snapshot);
     snapshot_ = std::move(snapshot);
     emit snapshotChanged();
-    publish(false);
+    publishDerived(false);
     ++ticks_;
     verdict_ = DiagnosisEngine::evaluate(history_, format_);
     emit verdictChanged();
@@ -145,9 +164,15 @@ void SensorHub::tick() {
         isReady_ = true;
         emit isReadyChanged();
     }
+    emit refreshed();
 }
 
 void SensorHub::publish(bool force) {
+    publishDerived(force);
+    emit refreshed();
+}
+
+void SensorHub::publishDerived(bool force) {
     if (sources_.cores)
         sources_.cores->sample();
     Vitals vitals = Vitals::quantising(snapshot_);

@@ -89,6 +89,9 @@ public:
     void startProcesses();
     /// One sampling round.
     void tick();
+    /// One round with a snapshot that was measured elsewhere or before, in place of the sensors: for a replay. What it
+    /// holds is taken as it stands; it tells how the machine is cooled and whether it has sensors.
+    void accept(Snapshot snapshot);
     /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
     void publish(bool force);
     /// Reads the sampling interval again and restarts the process monitor and the timer.
@@ -102,6 +105,8 @@ public:
     const std::string& machineName();
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
+    /// Whether the figures come from accept() rather than from this machine.
+    bool isReplay() const { return isReplay_; }
 
 signals:
     void snapshotChanged();
@@ -120,11 +125,15 @@ signals:
     /// Around the assignments of one publishing: they are to be shown together, with animation().
     void transactionBegan();
     void transactionEnded();
+    /// At the end of every tick and every publish() from outside: all that was to be published is.
+    void refreshed();
 
 private:
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
     ThermalPressure readThermalPressure() const;
+    void appendAndPublish(Snapshot snapshot);
+    void publishDerived(bool force);
     void assignSuspects(std::vector<ProcessGroup> suspects);
     void rebuildSeries();
 
@@ -158,6 +167,7 @@ private:
     std::unique_ptr<QTimer> timer_;
     bool windowVisible_ = true;
     bool coresPaneVisible_ = false;
+    bool isReplay_ = false;
     std::uint64_t ticks_ = 0;
     std::vector<ProcessSample> latestProcesses_;
     SystemLine latestSystem_;

@@ -1,0 +1,64 @@
+// The buttons: bordered, default, quiet (no border until the pointer is over it), with a text, an icon, or both.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+
+namespace vantoro {
+
+class Button : public PaintedWidget {
+    Q_OBJECT
+public:
+    enum class Kind {
+        bordered,
+        standard, ///< the default button of a sheet or an alert
+        quiet,
+    };
+
+    /// The widget is 4 points larger than what it draws on every side, for the focus ring.
+    static constexpr int ringMargin = 4;
+
+    Button(Look& look, Kind kind, const QString& text, QWidget* parent = nullptr);
+
+    void setText(const QString& text);
+    const QString& text() const { return text_; }
+    /// An icon's name; with an empty text the button is square.
+    void setIcon(const QString& name, int size = 16);
+    /// What a screen reader says where the text does not; also the tooltip of a button without a text.
+    void setSpokenName(const QString& name);
+    /// The drawn height in points: 32 unless told.
+    void setDrawnHeight(int points);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    Description describe() override;
+
+signals:
+    void clicked();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    QColor fill() const;
+    QColor ink() const;
+
+    Kind kind_;
+    QString text_;
+    QString icon_;
+    int iconSize_ = 16;
+    QString spoken_;
+    int height_ = 32;
+    bool hovered_ = false;
+    bool pressed_ = false;
+    FocusTracker focus_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,127 @@
+#include "Design/PaintedWidget.h"
+
+#include <QAccessibleWidget>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+
+/// Speaks for any widget of ours from its description.
+class DescribedInterface : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit DescribedInterface(PaintedWidget* widget) : QAccessibleWidget(widget) {}
+
+    QAccessible::Role role() const override { return description().role; }
+
+    QString text(QAccessible::Text kind) const override {
+        if (kind == QAccessible::Name)
+            return description().name;
+        if (kind == QAccessible::Value)
+            return description().value;
+        return QAccessibleWidget::text(kind);
+    }
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        const Description what = description();
+        state.selectable = what.isSelectable;
+        state.selected = what.isSelected;
+        state.checkable = what.role == QAccessible::CheckBox;
+        state.checked = state.checkable && what.isSelected;
+        state.expandable = what.isExpandable;
+        state.expanded = what.isExpandable && what.isExpanded;
+        state.collapsed = what.isExpandable && !what.isExpanded;
+        state.invisible = state.invisible || what.isDecoration;
+        state.readOnly = what.actions.empty();
+        return state;
+    }
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type == QAccessible::ValueInterface && description().number)
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QVariant currentValue() const override { return description().number.value_or(0); }
+    QVariant minimumValue() const override { return description().least; }
+    QVariant maximumValue() const override { return description().most; }
+    QVariant minimumStepSize() const override { return {}; }
+    void setCurrentValue(const QVariant&) override {}
+
+    QStringList actionNames() const override {
+        QStringList names;
+        for (const Description::Action& action : description().actions)
+            names.append(action.name);
+        names.append(QAccessibleWidget::actionNames());
+        names.removeDuplicates();
+        return names;
+    }
+
+    void doAction(const QString& name) override {
+        for (const Description::Action& action : description().actions)
+            if (action.name == name) {
+                action.run();
+                return;
+            }
+        QAccessibleWidget::doAction(name);
+    }
+
+private:
+    Description description() const { return static_cast<PaintedWidget*>(object())->describe(); }
+};
+
+QAccessibleInterface* describedInterface(const QString&, QObject* object) {
+    PaintedWidget* const widget = qobject_cast<PaintedWidget*>(object);
+    return widget != nullptr ? new DescribedInterface(widget) : nullptr; // Qt owns it
+}
+
+} // namespace
+
+std::optional<Animation> Look::update() const {
+    return theme.reducesMotion() || clock.isPaused() ? std::nullopt : motion.update();
+}
+
+PaintedWidget::PaintedWidget(Look& look, QWidget* parent) : QWidget(parent), look_(look) {
+    connect(&look.theme, &Theme::changed, this, [this] {
+        themeChanged();
+        updateGeometry();
+        update();
+    });
+}
+
+void PaintedWidget::announceChange(QAccessible::Event change) {
+    if (!QAccessible::isActive())
+        return;
+    if (change == QAccessible::ValueChanged) {
+        QAccessibleValueChangeEvent event(this, describe().value);
+        QAccessible::updateAccessibility(&event);
+    } else {
+        QAccessibleEvent event(this, change);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+void PaintedWidget::drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                             const QString& text, Qt::Alignment alignment, Qt::TextElideMode elide) const {
+    painter.setPen(color);
+    drawLine(painter, rectangle, font(style), text, alignment, elide);
+}
+
+double PaintedWidget::textWidth(const TextStyle& style, const QString& text) const {
+    return tabularWidth(font(style), text);
+}
+
+void installAccessibility() {
+    QAccessible::installFactory(describedInterface);
+}
+
+void drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius, const Theme& theme) {
+    constexpr double width = 2;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(theme.color(Tone::accent), width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(rectangle.adjusted(width / 2, width / 2, -width / 2, -width / 2), radius, radius);
+}
+
+} // namespace vantoro

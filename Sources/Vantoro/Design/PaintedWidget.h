@@ -1,0 +1,106 @@
+// The base of every widget of ours: it paints itself from the theme, says to a screen reader what it is, and shows
+// where the keyboard is.
+#pragma once
+
+#include "Design/AnimationClock.h"
+#include "Design/Icons.h"
+#include "Design/Motion.h"
+#include "Design/Theme.h"
+#include "Design/Typography.h"
+
+#include <functional>
+#include <optional>
+#include <QAccessible>
+#include <QString>
+#include <QWidget>
+#include <vector>
+
+namespace vantoro {
+
+/// What every widget draws with; one for the whole program, made by the shell. All of it outlives the widgets.
+struct Look {
+    Theme& theme;
+    Icons& icons;
+    AnimationClock& clock;
+    const Motion& motion;
+
+    /// How a change of value is to be shown now; none (at once) also where the system asks for stillness.
+    std::optional<Animation> update() const;
+};
+
+/// What a screen reader is told of a widget.
+struct Description {
+    struct Action {
+        QString name;
+        std::function<void()> run;
+    };
+
+    QAccessible::Role role = QAccessible::Grouping;
+    QString name;
+    QString value;
+    /// For meters and sliders: where the value stands in its range.
+    std::optional<double> number;
+    double least = 0;
+    double most = 1;
+    bool isSelected = false;
+    bool isSelectable = false;
+    bool isExpanded = false;
+    bool isExpandable = false;
+    /// Pure decoration: left out of what is read.
+    bool isDecoration = false;
+    /// The first is the default one.
+    std::vector<Action> actions;
+};
+
+class PaintedWidget : public QWidget {
+    Q_OBJECT
+public:
+    explicit PaintedWidget(Look& look, QWidget* parent = nullptr);
+
+    /// What a screen reader is told; a grouping without a name unless a widget says otherwise.
+    virtual Description describe() { return {}; }
+    /// Tells a screen reader that the name, the value or the state has changed.
+    void announceChange(QAccessible::Event change = QAccessible::ValueChanged);
+
+protected:
+    Look& look() const { return look_; }
+    Theme& theme() const { return look_.theme; }
+    QColor color(Tone tone) const { return look_.theme.color(tone); }
+    QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
+    /// One line of text in this style and colour.
+    void drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                  const QString& text, Qt::Alignment alignment = Qt::AlignLeft,
+                  Qt::TextElideMode elide = Qt::ElideRight) const;
+    double textWidth(const TextStyle& style, const QString& text) const;
+    double lineHeight(const TextStyle& style) const { return lineHeightOf(style, look_.theme); }
+
+    /// After the theme changed; the widget is laid out and painted anew anyway.
+    virtual void themeChanged() {}
+
+private:
+    Look& look_;
+};
+
+/// Makes every PaintedWidget known to screen readers by its description. Once, before the first window.
+void installAccessibility();
+
+/// The ring round what has the keyboard: 2 points of accent, `gap` outside the rectangle.
+void drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius, const Theme& theme);
+
+/// A widget's `hasFocus()` reached by keyboard rather than by pointer: only then is a ring shown.
+class FocusTracker {
+public:
+    void focusIn(Qt::FocusReason reason) {
+        shows_ = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+                 reason == Qt::ShortcutFocusReason || reason == Qt::OtherFocusReason;
+    }
+    void focusOut() { shows_ = false; }
+    /// A key was pressed while it had the focus.
+    void keyUsed() { shows_ = true; }
+    bool showsRing() const { return shows_; }
+
+private:
+    bool shows_ = false;
+};
+
+} // namespace vantoro

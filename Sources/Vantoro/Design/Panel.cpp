@@ -1,0 +1,84 @@
+#include "Design/Panel.h"
+
+#include <algorithm>
+#include <QPainter>
+
+namespace vantoro {
+
+Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(new QVBoxLayout(this)) {
+    body_->setSpacing(0);
+    placeBody();
+}
+
+void Panel::placeBody() {
+    const int title = title_.isEmpty() ? Space::panelPadding : qRound(titleHeight * theme().textScale());
+    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, Space::panelPadding);
+}
+
+void Panel::assign(QString& member, const QString& value) {
+    if (member == value)
+        return;
+    member = value;
+    update();
+}
+
+void Panel::setTitle(const QString& title) {
+    assign(title_, title);
+    placeBody();
+}
+
+void Panel::setIcon(const QString& name) {
+    assign(icon_, name);
+}
+
+void Panel::setSubtitle(const QString& subtitle) {
+    assign(subtitle_, subtitle);
+}
+
+void Panel::setCaption(const QString& caption) {
+    assign(caption_, caption);
+}
+
+void Panel::setFigure(const QString& figure) {
+    assign(figure_, figure);
+}
+
+Description Panel::describe() {
+    return {.role = QAccessible::Grouping, .name = title_};
+}
+
+void Panel::themeChanged() {
+    placeBody();
+}
+
+void Panel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color(Tone::panel));
+    painter.drawRoundedRect(rect(), Space::panelRadius, Space::panelRadius);
+    if (title_.isEmpty())
+        return;
+    constexpr int iconSize = 16;
+    constexpr int gap = 12;
+    QRectF line(Space::panelPadding, 0, width() - 2 * Space::panelPadding, titleHeight * theme().textScale());
+    if (!icon_.isEmpty()) {
+        look().icons.draw(painter, QRectF(line.left(), line.top(), iconSize, line.height()), icon_, iconSize,
+                          color(Tone::textSecondary));
+        line.setLeft(line.left() + iconSize + 8);
+    }
+    const double titleWidth = std::min(textWidth(Type::sectionTitle, title_), line.width());
+    drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), title_);
+    line.setLeft(line.left() + titleWidth + gap);
+    if (!figure_.isEmpty()) {
+        drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), figure_, Qt::AlignRight);
+        line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - gap);
+    } else if (!caption_.isEmpty()) {
+        drawText(painter, line, Type::caption, color(Tone::textTertiary), caption_, Qt::AlignRight);
+        line.setRight(line.right() - textWidth(Type::caption, caption_) - gap);
+    }
+    if (!subtitle_.isEmpty() && line.width() > 0)
+        drawText(painter, line, Type::small, color(Tone::textTertiary), subtitle_);
+}
+
+} // namespace vantoro

@@ -1,0 +1,63 @@
+// The rounded surface that groups what belongs together, with its title line.
+#pragma once
+
+#include "Design/TextLabel.h"
+
+#include <QVBoxLayout>
+
+namespace vantoro {
+
+namespace Space {
+inline constexpr int windowMargin = 24;
+inline constexpr int panelGap = 16;
+inline constexpr int panelPadding = 16;
+inline constexpr int heroInset = 40;
+inline constexpr int panelRadius = 12;
+inline constexpr int buttonRadius = 8;
+inline constexpr int iconTileRadius = 7;
+} // namespace Space
+
+/// Draws its icon, title, subtitle and caption itself; what it holds goes into body().
+class Panel : public PaintedWidget {
+    Q_OBJECT
+public:
+    /// The title line is 44 high: 16 above it is the padding, the text 13 semibold.
+    static constexpr int titleHeight = 44;
+
+    explicit Panel(Look& look, QWidget* parent = nullptr);
+
+    /// The layout below the title line, inset by the panel's padding at the left, right and bottom.
+    QVBoxLayout* body() const { return body_; }
+
+    /// An empty title leaves the title line out.
+    void setTitle(const QString& title);
+    const QString& title() const { return title_; }
+    /// An icon's name, before the title.
+    void setIcon(const QString& name);
+    /// Tertiary, after the title.
+    void setSubtitle(const QString& subtitle);
+    /// Tertiary, at the right end; elides before the title does.
+    void setCaption(const QString& caption);
+    const QString& caption() const { return caption_; }
+    /// A figure in place of the caption: primary, semibold.
+    void setFigure(const QString& figure);
+
+    Description describe() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void themeChanged() override;
+
+private:
+    void placeBody();
+    void assign(QString& member, const QString& value);
+
+    QVBoxLayout* body_;
+    QString title_;
+    QString icon_;
+    QString subtitle_;
+    QString caption_;
+    QString figure_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,85 @@
+#include "Design/ScrollPane.h"
+
+#include "Design/Panel.h"
+
+#include <algorithm>
+#include <QApplication>
+#include <QPainter>
+#include <QScrollBar>
+
+namespace vantoro {
+
+namespace {
+
+/// The thumb alone, as wide as it is high-contrast; hidden while there is nothing to scroll.
+class ThinBar : public QScrollBar {
+public:
+    ThinBar(Look& look, QWidget* parent) : QScrollBar(Qt::Vertical, parent), look_(look) {
+        setAttribute(Qt::WA_OpaquePaintEvent, false);
+    }
+
+    QSize sizeHint() const override { return {10, 40}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.fillRect(rect(), look_.theme.color(Tone::window));
+        const int span = maximum() - minimum() + pageStep();
+        if (maximum() <= minimum() || span <= 0)
+            return;
+        constexpr double shortest = 32;
+        const double track = height() - 8;
+        const double length = std::max(shortest, track * pageStep() / span);
+        const double top = 4 + (track - length) * (value() - minimum()) / (maximum() - minimum());
+        QColor thumb = look_.theme.color(Tone::textTertiary);
+        thumb.setAlphaF(0.6F);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(thumb);
+        painter.drawRoundedRect(QRectF(width() - 8, top, 6, length), 3, 3);
+    }
+
+private:
+    Look& look_;
+};
+
+} // namespace
+
+ScrollPane::ScrollPane(Look& look, QWidget* parent)
+    : QScrollArea(parent), look_(look), content_(new QWidget), column_(new QVBoxLayout(content_)) {
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBar(new ThinBar(look, this));
+    setWidgetResizable(true);
+    setFocusPolicy(Qt::NoFocus);
+    column_->setSpacing(Space::panelGap);
+    setWidget(content_);
+    applyTheme();
+    connect(&look.theme, &Theme::changed, this, &ScrollPane::applyTheme);
+}
+
+void ScrollPane::applyTheme() {
+    QPalette colors = palette();
+    colors.setColor(QPalette::Window, look_.theme.color(Tone::window));
+    setPalette(colors);
+    content_->setPalette(colors);
+    content_->setAutoFillBackground(true);
+}
+
+void ScrollPane::resizeEvent(QResizeEvent* event) {
+    // The bar takes its room from the right margin, so that nothing shifts when it comes and goes.
+    const bool scrolls = viewport()->width() < width();
+    const int bar = scrolls ? width() - viewport()->width() : 0;
+    const int side = Space::windowMargin + std::max(0, (width() - 2 * Space::windowMargin - widestContent) / 2);
+    column_->setContentsMargins(side, 8, side - bar, Space::windowMargin);
+    QScrollArea::resizeEvent(event);
+}
+
+bool ScrollPane::focusNextPrevChild(bool next) {
+    const bool moved = QScrollArea::focusNextPrevChild(next);
+    if (QWidget* const focused = QApplication::focusWidget(); moved && focused != nullptr && isAncestorOf(focused))
+        ensureWidgetVisible(focused, 0, Space::windowMargin);
+    return moved;
+}
+
+} // namespace vantoro

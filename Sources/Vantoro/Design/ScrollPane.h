@@ -1,0 +1,35 @@
+// A scrolling column: what it holds keeps the window's margins and grows to 1280 points, then stands in the middle.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace vantoro {
+
+/// Scrolls only down, and only when what it holds is higher than itself; a thin bar lies over the right margin. What
+/// gets the keyboard scrolls into view.
+class ScrollPane : public QScrollArea {
+    Q_OBJECT
+public:
+    static constexpr int widestContent = 1280;
+
+    explicit ScrollPane(Look& look, QWidget* parent = nullptr);
+
+    /// Where the panels go, with the panel gap between them and the window's margins around.
+    QVBoxLayout* column() const { return column_; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void applyTheme();
+
+    Look& look_;
+    QWidget* content_;
+    QVBoxLayout* column_;
+};
+
+} // namespace vantoro

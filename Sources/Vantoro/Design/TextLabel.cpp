@@ -1,0 +1,162 @@
+#include "Design/TextLabel.h"
+
+#include <cmath>
+#include <QPainter>
+
+namespace vantoro {
+
+QStringList brokenLines(const QString& text, const QFont& font, double width) {
+    QStringList lines;
+    for (const QString& paragraph : text.split(u'\n')) {
+        QTextLayout layout(paragraph, font);
+        QTextOption option;
+        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        layout.setTextOption(option);
+        layout.beginLayout();
+        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+            line.setLineWidth(width);
+            lines.append(paragraph.mid(line.textStart(), line.textLength()).trimmed());
+        }
+        layout.endLayout();
+    }
+    return lines;
+}
+
+TextLabel::TextLabel(Look& look, const TextStyle& style, Tone tone, QWidget* parent)
+    : PaintedWidget(look, parent), style_(style), tone_(tone) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void TextLabel::setText(const QString& text) {
+    if (text == text_)
+        return;
+    text_ = text;
+    brokenAt_ = -1;
+    updateGeometry();
+    update();
+    announceChange(QAccessible::NameChanged);
+}
+
+void TextLabel::setStyle(const TextStyle& style) {
+    if (style == style_)
+        return;
+    style_ = style;
+    brokenAt_ = -1;
+    updateGeometry();
+    update();
+}
+
+void TextLabel::setTone(Tone tone) {
+    if (tone == tone_)
+        return;
+    tone_ = tone;
+    update();
+}
+
+void TextLabel::setHeatStop(std::optional<int> stop) {
+    if (stop == heatStop_)
+        return;
+    heatStop_ = stop;
+    update();
+}
+
+void TextLabel::setAlignment(Qt::Alignment alignment) {
+    alignment_ = alignment;
+    update();
+}
+
+void TextLabel::setWraps(bool wraps, int lines) {
+    wraps_ = wraps;
+    mostLines_ = lines;
+    QSizePolicy policy(QSizePolicy::Preferred, wraps ? QSizePolicy::Preferred : QSizePolicy::Fixed);
+    policy.setHeightForWidth(wraps);
+    setSizePolicy(policy);
+    brokenAt_ = -1;
+    updateGeometry();
+    update();
+}
+
+void TextLabel::setElideMode(Qt::TextElideMode mode) {
+    elide_ = mode;
+    update();
+}
+
+void TextLabel::setHeading(bool heading) {
+    heading_ = heading;
+}
+
+std::vector<TextLabel::Line> TextLabel::lines(double width) const {
+    if (brokenAt_ == width)
+        return broken_;
+    const QFont shown = font(style_);
+    QStringList texts = text_.isEmpty() ? QStringList() : brokenLines(text_, shown, width);
+    if (mostLines_ > 0 && texts.size() > mostLines_) {
+        const QString rest = texts.mid(mostLines_ - 1).join(u' ');
+        texts = texts.mid(0, mostLines_ - 1);
+        texts.append(elidedTabular(shown, rest, width, Qt::ElideMiddle));
+    }
+    broken_.clear();
+    for (QString& text : texts)
+        broken_.push_back({std::move(text)});
+    brokenAt_ = width;
+    return broken_;
+}
+
+int TextLabel::heightForWidth(int width) const {
+    if (!wraps_)
+        return sizeHint().height();
+    return static_cast<int>(static_cast<double>(lines(width).size()) * lineHeight(style_));
+}
+
+QSize TextLabel::sizeHint() const {
+    const int line = static_cast<int>(lineHeight(style_));
+    const int width = static_cast<int>(std::ceil(textWidth(style_, text_)));
+    if (!wraps_)
+        return {width, line};
+    constexpr int readable = 640;
+    const int shown = std::min(width, readable);
+    return {shown, heightForWidth(std::max(shown, 1))};
+}
+
+QSize TextLabel::minimumSizeHint() const {
+    return {wraps_ ? 40 : 16, static_cast<int>(lineHeight(style_))};
+}
+
+void TextLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const QColor ink = heatStop_ ? theme().heatText(*heatStop_) : color(tone_);
+    if (!wraps_) {
+        drawText(painter, QRectF(rect()), style_, ink, text_, alignment_, elide_);
+        return;
+    }
+    const double height = lineHeight(style_);
+    double y = 0;
+    for (const Line& line : lines(width())) {
+        // A paragraph is set as it was broken: with its natural digits.
+        const QFont shown = font(style_);
+        const QFontMetricsF metrics(shown);
+        const double natural = metrics.horizontalAdvance(line.text);
+        const double x = alignment_ & Qt::AlignHCenter ? (width() - natural) / 2
+                         : alignment_ & Qt::AlignRight ? width() - natural
+                                                       : 0;
+        painter.setFont(shown);
+        painter.setPen(ink);
+        painter.drawText(QPointF(x, y + (height + metrics.ascent() - metrics.descent()) / 2), line.text);
+        y += height;
+    }
+}
+
+void TextLabel::resizeEvent(QResizeEvent*) {
+    const bool isCut = !wraps_ && textWidth(style_, text_) > width() + 0.5;
+    setToolTip(isCut ? text_ : QString());
+}
+
+void TextLabel::themeChanged() {
+    brokenAt_ = -1;
+}
+
+Description TextLabel::describe() {
+    return {.role = heading_ ? QAccessible::Heading : QAccessible::StaticText, .name = text_};
+}
+
+} // namespace vantoro

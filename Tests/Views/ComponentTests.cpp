@@ -1,0 +1,140 @@
+// The shared components: what they hold, how they are driven, and what a screen reader is told of them.
+#include "Design/Button.h"
+#include "Design/Panel.h"
+#include "Design/SegmentedControl.h"
+#include "Design/Sheet.h"
+
+#include "Views/Stage.h"
+
+#include <cmath>
+#include <QSignalSpy>
+
+namespace vantoro {
+namespace {
+
+using testing::Stage;
+
+double luminance(const QColor& color) {
+    const auto linear = [](float channel) {
+        return channel <= 0.03928F ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+TEST(ThemeTests, EveryTextAndShapeStandsOutAgainstEverySurface) {
+    for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
+        const Theme theme(appearance);
+        for (const Tone surface : {Tone::window, Tone::panel, Tone::raised}) {
+            for (const Tone text : {Tone::textPrimary, Tone::textSecondary, Tone::textTertiary})
+                EXPECT_GE(contrast(theme.color(text), theme.color(surface)), surface == Tone::raised ? 4.2 : 4.5);
+            for (int stop = 0; stop < Theme::heatStops; ++stop) {
+                EXPECT_GE(contrast(theme.heatText(stop), theme.color(surface)), 4.5) << stop;
+                if (surface != Tone::raised) {
+                    EXPECT_GE(contrast(theme.heatFill(stop), theme.color(surface)), 3) << stop;
+                }
+            }
+        }
+        EXPECT_GE(contrast(theme.color(Tone::onAccent), theme.color(Tone::defaultButton)), 4.5);
+    }
+}
+
+TEST(AnimationClockTests, BeatsOnlyWhileSomethingMovesAndSomeoneCanSeeIt) {
+    class Countdown : public Animated {
+    public:
+        bool advance(double) override { return --left > 0; }
+        int left = 3;
+    };
+    double now = 0;
+    AnimationClock clock([&now] { return now; });
+    {
+        Countdown countdown;
+        clock.run(countdown);
+        clock.run(countdown);
+        EXPECT_TRUE(clock.isBeating());
+        clock.setPaused(true);
+        EXPECT_FALSE(clock.isBeating());
+        clock.setPaused(false);
+        for (int i = 0; i < 3; ++i)
+            clock.beat();
+        EXPECT_EQ(countdown.left, 0);
+        EXPECT_FALSE(clock.isBeating());
+        countdown.left = 3;
+        clock.run(countdown);
+        EXPECT_TRUE(clock.isBeating());
+    }
+    clock.beat();
+    EXPECT_FALSE(clock.isBeating()) << "what is gone does not move";
+}
+
+TEST(ButtonTests, IsPressedByPointerKeyboardAndScreenReader) {
+    Stage stage;
+    Button button(stage.look, Button::Kind::bordered, "Quit Xcode");
+    const QSignalSpy clicked(&button, &Button::clicked);
+    button.show();
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::keyClick(&button, Qt::Key_Space);
+    QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&button);
+    ASSERT_NE(spoken, nullptr);
+    EXPECT_EQ(spoken->role(), QAccessible::Button);
+    EXPECT_EQ(spoken->text(QAccessible::Name), "Quit Xcode");
+    spoken->actionInterface()->doAction("Press");
+    EXPECT_EQ(clicked.count(), 3);
+    button.setEnabled(false);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(clicked.count(), 3);
+}
+
+TEST(SegmentedControlTests, MovesByPointerAndArrowsAndSpeaksAsTabs) {
+    Stage stage;
+    SegmentedControl control(stage.look, SegmentedControl::Meaning::tabs, {"Now", "Cores", "Timeline"});
+    control.setSegmentSize({88, 28});
+    const QSignalSpy chosen(&control, &SegmentedControl::chosen);
+    control.resize(control.sizeHint());
+    control.show();
+    QTest::mouseClick(&control, Qt::LeftButton, Qt::NoModifier, {200, 16});
+    EXPECT_EQ(control.current(), 2);
+    QTest::keyClick(&control, Qt::Key_Left);
+    QTest::keyClick(&control, Qt::Key_Left);
+    QTest::keyClick(&control, Qt::Key_Left);
+    EXPECT_EQ(control.current(), 0) << "and no further";
+    EXPECT_EQ(chosen.count(), 3);
+    QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&control);
+    ASSERT_EQ(spoken->childCount(), 3);
+    EXPECT_EQ(spoken->role(), QAccessible::PageTabList);
+    EXPECT_EQ(spoken->child(1)->text(QAccessible::Name), "Cores");
+    EXPECT_TRUE(spoken->child(0)->state().selected);
+    EXPECT_FALSE(spoken->child(1)->state().selected);
+}
+
+TEST(TextLabelTests, WrapsToTheHeightItAsksForAndSaysWhatItHides) {
+    Stage stage;
+    TextLabel label(stage.look, Type::body, Tone::textPrimary);
+    const QString text = "A paragraph that is longer than one line of two hundred points can hold.";
+    label.setText(text);
+    label.resize(80, 18);
+    label.show();
+    EXPECT_EQ(label.toolTip(), text) << "elided";
+    label.setWraps(true);
+    const int height = label.heightForWidth(200);
+    EXPECT_GT(height, 2 * 18);
+    EXPECT_EQ(height % 18, 0);
+    stage.theme.setTextScale(1.5);
+    EXPECT_GT(label.heightForWidth(200), height);
+}
+
+TEST(TypographyTests, FiguresOfOneLengthAreOneWidth) {
+    const Theme theme;
+    const QFont font = fontOf(Type::figure, theme);
+    EXPECT_DOUBLE_EQ(tabularWidth(font, "1,111"), tabularWidth(font, "4,830"));
+    EXPECT_EQ(elidedTabular(font, "4,830", 1000, Qt::ElideRight), "4,830");
+    EXPECT_TRUE(elidedTabular(font, "a rather long name", 60, Qt::ElideRight).endsWith(QChar(0x2026)));
+}
+
+} // namespace
+} // namespace vantoro

@@ -1,0 +1,95 @@
+// Everything a view needs, fed by a recording or by a snapshot, with a clock that the test moves: no sensors, no
+// settings of the user's, no screen.
+#pragma once
+
+#include "Model/RecordingFile.h"
+#include "Views/View.h"
+
+#include <gtest/gtest.h>
+#include <QApplication>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace vantoro::testing {
+
+/// Sensors and cores as a test sets them.
+class StageSensors : public SensorReader, public CoreSource {
+public:
+    bool isOpen() const override { return true; }
+    Cooling cooling() const override { return cools; }
+    int fanCount() const override { return fans; }
+    int sensorCount() const override { return 148; }
+    std::vector<FanReading> readFans() override { return {}; }
+    Temperatures readTemperatures() override { return {}; }
+    PowerReading readPower() override { return {}; }
+    std::vector<double> readDieSensors() override { return dieSensors; }
+    std::vector<double> readGPUSensors() override { return gpuSensors; }
+    void sample() override {}
+    const std::vector<Core>& cores() const override { return coreList; }
+
+    Cooling cools = Cooling::fans;
+    int fans = 2;
+    std::vector<double> dieSensors;
+    std::vector<double> gpuSensors;
+    std::vector<Core> coreList;
+};
+
+class StageMachine : public Machine {
+public:
+    std::optional<std::string> modelIdentifier() const override { return "MacBookPro18,1"; }
+    std::optional<std::string> processorBrand() const override { return "Apple M3 Pro"; }
+};
+
+struct Stage {
+    explicit Stage(Theme::Appearance appearance = Theme::Appearance::dark) : theme(appearance) {}
+
+    /// Feeds a recording from Fixtures/recordings, whole.
+    void play(const std::string& name) {
+        const RecordingResult result = readRecording(std::string(VANTORO_FIXTURES) + "/recordings/" + name,
+                                                     [this](Snapshot&& snapshot) { hub.accept(std::move(snapshot)); });
+        ASSERT_FALSE(result.error.has_value()) << result.error->reason;
+    }
+
+    /// Six performance and six efficiency cores with falling loads.
+    void makeCores() {
+        sensors->coreList.clear();
+        for (int i = 0; i < 12; ++i)
+            sensors->coreList.push_back({.index = i,
+                                         .isPerformance = i < 6,
+                                         .busy = 0.93 - 0.05 * i,
+                                         .megahertz = 3790.0 - 150 * i,
+                                         .clusterIndex = i % 6});
+    }
+
+    /// Shows the widget at this size, lets the events through and gives its picture. The clock stands still, so that
+    /// the same data give the same picture.
+    QImage picture(QWidget& widget, const QSize& size) {
+        widget.resize(size);
+        widget.show();
+        QCoreApplication::processEvents();
+        seconds += 10;
+        clock.beat();
+        QCoreApplication::processEvents();
+        return widget.grab().toImage();
+    }
+
+    QTemporaryDir folder;
+    Settings settings{folder.filePath("settings.ini").toStdString()};
+    SettingsFormatContext formatContext{settings};
+    Motion motion{formatContext};
+    Theme theme;
+    Icons icons;
+    double seconds = 1000;
+    AnimationClock clock{[this] { return seconds; }};
+    Look look{theme, icons, clock, motion};
+    std::vector<std::int32_t> killed;
+    std::shared_ptr<StageSensors> sensors = std::make_shared<StageSensors>();
+    SensorHub hub{Platform{.machine = std::make_shared<StageMachine>()}, SensorSources{sensors, sensors, nullptr},
+                  settings,
+                  HubEnvironment{.now = [] { return 1772357000.0; },
+                                 .killProcess = [this](std::int32_t pid) { killed.push_back(pid); }}};
+    ViewContext context{hub, settings, look};
+};
+
+} // namespace vantoro::testing
