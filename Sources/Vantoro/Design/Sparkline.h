@@ -2,22 +2,9 @@
 #pragma once
 
 #include "Design/PaintedWidget.h"
-#include "Model/ChartSeries.h"
+#include "Design/SparklineLine.h"
 
 namespace vantoro {
-
-/// Points outside `least` to `most` lie at the edge; `from` and `to` are the instants of the two ends (without them
-/// those of the first and the last point). `ramp` is marked by a dashed line.
-struct SparklineLine {
-    std::vector<TimePoint> points;
-    double least = 0;
-    double most = 100;
-    UnixSeconds from = 0;
-    UnixSeconds to = 0;
-    std::optional<UnixSeconds> ramp;
-
-    bool operator==(const SparklineLine&) const = default;
-};
 
 /// Drawn in ink on a panel. Points that are not above 0 are no readings and are left out; fewer than two draw nothing.
 class Sparkline : public PaintedWidget {
