@@ -1,0 +1,280 @@
+// Writes the recordings that the pictures of the interface are made from: `make-scenes FOLDER`. Each is 24 minutes on a
+// made-up machine, sampled every 4 seconds: a build that makes the fans climb, a background job on a fanless machine,
+// and a machine at rest. A fixed generator, so that every run writes the same figures.
+#include "Model/RecordingFile.h"
+
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace vantoro;
+using enum ProcessKind;
+
+constexpr double gibibyte = 1024.0 * 1024 * 1024;
+constexpr double seconds = 1444;
+constexpr double interval = 4;
+
+class Noise {
+public:
+    /// Between -1 and 1.
+    double next() {
+        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<double>(state_ >> 33U) / static_cast<double>(1U << 30U) - 1;
+    }
+
+private:
+    std::uint64_t state_ = 2026;
+};
+
+/// What an application does before and after the ramp: its processes' shares after it, scaled down before.
+struct Application {
+    std::string name;
+    ProcessKind kind = userApp;
+    std::vector<std::pair<std::string, double>> processes; ///< name and per cent
+    double shareBefore = 1;
+};
+
+/// A figure before and after, and how many seconds it takes to get there.
+struct Course {
+    double before = 0;
+    double after = 0;
+    double lag = 0;
+
+    double at(double sinceRamp) const {
+        if (sinceRamp < 0)
+            return before;
+        return lag > 0 ? after + (before - after) * std::exp(-sinceRamp / lag) : after;
+    }
+};
+
+struct Scene {
+    std::string fileName;
+    std::string machine;
+    Cooling cooling = Cooling::fans;
+    double ramp = 0; ///< seconds after the start
+    std::vector<Application> applications;
+    Course rpm, soc, mean, gpu, enclosure, watts, adapter, battery, gpuWatts, user, system, compressed;
+    double load = 0;
+    double totalGibibytes = 36;
+    double wiredGibibytes = 4.2;
+    std::uint64_t swapOuts = 0;
+    ThermalPressure pressureAfter = ThermalPressure::nominal;
+};
+
+ProcessSample processRow(const Application& application, std::size_t index, std::int32_t pid, double percent) {
+    const std::string& name = application.processes[index].first;
+    ProcessIdentity identity{
+        .pid = pid, .rawName = name, .displayName = name, .user = "anna", .kind = application.kind};
+    if (application.kind == userApp) {
+        identity.displayName = application.name;
+        identity.owningAppName = application.name;
+        identity.owningAppPath = "/Applications/" + application.name + ".app";
+        identity.executablePath = *identity.owningAppPath + "/Contents/MacOS/" + name;
+        identity.kind = name == application.name ? userApp : helper;
+    } else if (application.kind != kernel) {
+        identity.executablePath = "/usr/libexec/" + name;
+    }
+    if (application.kind == systemDaemon || application.kind == kernel)
+        identity.user = "root";
+    return {.identity = std::move(identity),
+            .cpuPercent = percent,
+            .memoryBytes = static_cast<std::uint64_t>((60 + 37 * (pid % 11)) * 1024.0 * 1024),
+            .energyImpact = percent};
+}
+
+double tenths(double value) {
+    return std::round(value * 10) / 10;
+}
+
+Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
+    constexpr double start = 1772374440; // 2026-03-01 14:14:00 UTC
+    const double since = time - scene.ramp;
+    Snapshot snapshot{.timestamp = start + time, .cooling = scene.cooling};
+    std::int32_t pid = 300;
+    for (const Application& application : scene.applications)
+        for (std::size_t i = 0; i < application.processes.size(); ++i) {
+            const double share = application.processes[i].second * (since < 0 ? application.shareBefore : 1);
+            const double percent = tenths(share * (1 + 0.03 * noise.next()));
+            pid += 11;
+            if (percent > 0)
+                snapshot.processes.push_back(processRow(application, i, application.kind == kernel ? 0 : pid, percent));
+        }
+    const double soc = scene.soc.at(since) + 0.7 * noise.next();
+    heat += (soc - heat) * (time > 0 ? 1 - std::exp(-interval / 8) : 1);
+    snapshot.chipHeat = heat;
+    snapshot.temps = {.soc = tenths(soc),
+                      .socMean = tenths(scene.mean.at(since) + 0.3 * noise.next()),
+                      .gpu = tenths(scene.gpu.at(since) + 0.4 * noise.next()),
+                      .battery = scene.cooling == Cooling::fans ? 36.0 : 33.0,
+                      .enclosure = tenths(scene.enclosure.at(since))};
+    if (scene.cooling == Cooling::fans)
+        for (int index = 0; index < 2; ++index) {
+            const double floor = 2317;
+            const double rpm = scene.rpm.at(since) + 12 * noise.next();
+            const double climbed = index == 0 ? rpm : floor + (rpm - floor) * 0.9443;
+            snapshot.fans.push_back({.index = index,
+                                     .rpm = std::round(std::max(floor, climbed)),
+                                     .minRPM = floor,
+                                     .maxRPM = 6550,
+                                     .targetRPM = since < 0 ? floor : std::round(climbed) + 90});
+        }
+    snapshot.power = {.systemWatts = tenths(scene.watts.at(since) + 0.7 * noise.next()),
+                      .adapterWatts = tenths(scene.adapter.at(since)),
+                      .batteryWatts = tenths(scene.battery.at(since)),
+                      .gpuWatts = std::max(0.1, tenths(scene.gpuWatts.at(since) + 0.3 * noise.next()))};
+    const double user = std::max(0.0, tenths(scene.user.at(since) + 1.5 * noise.next()));
+    const double system = tenths(scene.system.at(since) + 0.3 * noise.next());
+    snapshot.cpu = {.userPercent = user,
+                    .systemPercent = system,
+                    .idlePercent = tenths(100 - user - system),
+                    .loadAverage = since < 0 ? 1.4 : scene.load};
+    const double compressed = scene.compressed.at(since);
+    snapshot.memory = {.usedBytes = static_cast<std::uint64_t>((scene.wiredGibibytes + compressed + 16.2) * gibibyte),
+                       .totalBytes = static_cast<std::uint64_t>(scene.totalGibibytes * gibibyte),
+                       .wiredBytes = static_cast<std::uint64_t>(scene.wiredGibibytes * gibibyte),
+                       .compressedBytes = static_cast<std::uint64_t>(compressed * gibibyte),
+                       .swapOutEvents = scene.swapOuts};
+    if (since > 60)
+        snapshot.thermalPressure = scene.pressureAfter;
+    return snapshot;
+}
+
+bool write(const Scene& scene, const std::filesystem::path& folder) {
+    const std::filesystem::path path = folder / scene.fileName;
+    std::filesystem::remove(path);
+    RecordingWriter writer;
+    auto failure = writer.open(path.string(), {.machine = scene.machine, .created = "2026-03-01T14:14:00Z"});
+    Noise noise;
+    double heat = 0;
+    for (double time = 0; !failure && time <= seconds; time += interval)
+        failure = writer.append(moment(scene, time, heat, noise));
+    if (!failure)
+        failure = writer.close();
+    if (failure)
+        std::cerr << path << ": " << *failure << '\n';
+    return !failure;
+}
+
+const Application firefox{"Firefox",
+                          userApp,
+                          {{"firefox", 33},
+                           {"plugin-container", 12},
+                           {"plugin-container", 8},
+                           {"Web Content", 5},
+                           {"Web Content", 3},
+                           {"Web Content", 2},
+                           {"rdd", 1}},
+                          0.7};
+
+Scene building() {
+    return {.fileName = "design-fans.jsonl.gz",
+            .machine = "MacBook · Apple M3 Pro",
+            .ramp = 1020,
+            .applications = {{"Xcode",
+                              userApp,
+                              {{"swift-frontend", 94},
+                               {"swift-frontend", 93},
+                               {"swift-frontend", 91},
+                               {"swift-frontend", 88},
+                               {"SourceKitService", 52},
+                               {"clang", 31},
+                               {"ld", 17},
+                               {"XCBBuildService", 9},
+                               {"Xcode", 5},
+                               {"lldb-rpc-server", 4},
+                               {"git", 3}},
+                              0.06},
+                             firefox,
+                             {"WindowServer", systemDaemon, {{"WindowServer", 38}}, 0.4},
+                             {"mds_stores", systemDaemon, {{"mds_stores", 31}}, 0.2},
+                             {"node", commandLine, {{"node", 22}}, 0.5},
+                             {"kernel_task", kernel, {{"kernel_task", 13}}, 0.5}},
+            .rpm = {2325, 4850, 110},
+            .soc = {48, 88.4, 70},
+            .mean = {44.5, 75.4, 70},
+            .gpu = {45, 66, 90},
+            .enclosure = {33, 38.4, 200},
+            .watts = {9, 46, 8},
+            .adapter = {20, 62, 20},
+            .battery = {13, 13.8, 0},
+            .gpuWatts = {2.0, 2.4, 0},
+            .user = {9, 52, 6},
+            .system = {3, 6.4, 6},
+            .compressed = {4, 7, 120},
+            .load = 7.8,
+            .pressureAfter = ThermalPressure::fair};
+}
+
+Scene analysing() {
+    Application browser = firefox;
+    browser.processes = {
+        {"firefox", 21}, {"plugin-container", 9}, {"plugin-container", 6}, {"Web Content", 3}, {"rdd", 2}};
+    return {.fileName = "design-fanless.jsonl.gz",
+            .machine = "MacBook · Apple M3",
+            .cooling = Cooling::passive,
+            .ramp = 850,
+            .applications = {{"photoanalysisd", systemDaemon, {{"photoanalysisd", 318}}, 0.02},
+                             browser,
+                             {"WindowServer", systemDaemon, {{"WindowServer", 24}}, 0.4},
+                             {"kernel_task", kernel, {{"kernel_task", 18}}, 0.3}},
+            .soc = {46, 86, 80},
+            .mean = {42, 71, 80},
+            .gpu = {43, 58, 90},
+            .enclosure = {32, 39, 240},
+            .watts = {5.5, 19.3, 8},
+            .battery = {5.5, 19.3, 8},
+            .gpuWatts = {0, 0, 0},
+            .user = {6, 44, 6},
+            .system = {3, 7, 6},
+            .compressed = {1.8, 2.9, 120},
+            .load = 4.6,
+            .totalGibibytes = 16,
+            .wiredGibibytes = 3,
+            .swapOuts = 5120,
+            .pressureAfter = ThermalPressure::fair};
+}
+
+Scene resting() {
+    Application browser = firefox;
+    for (auto& [name, percent] : browser.processes)
+        percent *= 14.0 / 64;
+    return {.fileName = "design-calm.jsonl.gz",
+            .machine = "MacBook · Apple M3 Pro",
+            .applications = {browser,
+                             {"WindowServer", systemDaemon, {{"WindowServer", 9}}},
+                             {"Music", userApp, {{"Music", 4}}},
+                             {"coreaudiod", systemDaemon, {{"coreaudiod", 2}}},
+                             {"zsh", commandLine, {{"zsh", 1}}}},
+            .rpm = {2317, 2317, 0},
+            .soc = {43, 43, 0},
+            .mean = {40, 40, 0},
+            .gpu = {38, 38, 0},
+            .enclosure = {31, 31, 0},
+            .watts = {6, 6, 0},
+            .adapter = {8, 8, 0},
+            .battery = {0, 0, 0},
+            .gpuWatts = {0, 0, 0},
+            .user = {3, 3, 0},
+            .system = {1, 1, 0},
+            .compressed = {3.7, 3.7, 0},
+            .load = 1.1};
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::cerr << "usage: make-scenes FOLDER\n";
+        return 2;
+    }
+    bool written = true;
+    for (const Scene& scene : {building(), analysing(), resting()})
+        written = write(scene, arguments[1]) && written;
+    return written ? 0 : 1;
+}
