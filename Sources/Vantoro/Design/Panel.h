@@ -39,6 +39,8 @@ public:
     /// Tertiary, at the right end; elides before the title does.
     void setCaption(const QString& caption);
     const QString& caption() const { return caption_; }
+    /// What stands at the title line's right end beside the panel's own texts takes so many points.
+    void setRoomAtRight(int points);
     /// A figure in place of the caption: primary, semibold.
     void setFigure(const QString& figure);
 
@@ -58,6 +60,7 @@ private:
     QString subtitle_;
     QString caption_;
     QString figure_;
+    int roomAtRight_ = 0;
 };
 
 } // namespace vantoro
