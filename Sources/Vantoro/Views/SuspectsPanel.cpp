@@ -25,6 +25,9 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     entry->row = new SuspectRow(look(), icons_, this);
     entry->row->setNarrow(isNarrow_);
     entry->row->hide();
+    // The keyboard comes to it where it is read, not where it was made.
+    setTabOrder(lastMade_ != nullptr ? lastMade_ : static_cast<QWidget*>(all_), entry->row);
+    lastMade_ = entry->row;
     const Entry* const owned = entry.get();
     connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
         owned->row->setExpanded(!owned->row->isExpanded());

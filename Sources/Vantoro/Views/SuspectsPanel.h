@@ -62,6 +62,7 @@ private:
     bool showsAll_ = false;
     bool isNarrow_ = false;
     std::size_t used_ = 0;
+    QWidget* lastMade_ = nullptr;
 };
 
 } // namespace vantoro
