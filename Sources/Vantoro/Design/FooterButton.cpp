@@ -51,7 +51,7 @@ void FooterButton::paintEvent(QPaintEvent*) {
         painter.fillPath(shape, color(isPressed_ ? Tone::buttonPressed : Tone::hover));
     }
     painter.fillRect(QRect(0, 0, width(), 1), color(Tone::line));
-    const QRectF content(0, 1, width(), height() - 1);
+    const QRectF content(0, 2, width(), height() - 2);
     look().icons.draw(painter, QRectF(Space::panelPadding, content.top(), iconSize, content.height()), icon_, iconSize,
                       color(Tone::textSecondary));
     drawText(painter, content.adjusted(textLeft, 0, -2 * chevronInset, 0), Type::body.medium(),

@@ -198,7 +198,7 @@ void FactsPanel::paintEvent(QPaintEvent* event) {
         const int row = static_cast<int>(i) / columns();
         if (column + 1 == columns() || i + 1 == model_.facts.size())
             continue;
-        const int x = static_cast<int>(Space::panelPadding + column * (wide + cellGap) + wide + cellGap / 2.0);
+        const int x = qRound(Space::panelPadding + column * (wide + cellGap) + wide + cellGap / 2.0);
         painter.fillRect(QRect(x, cellsTop() + row * (high + rowGap), 1, high), color(Tone::line));
     }
     if (hasFocus() && focus_.showsRing())

@@ -82,10 +82,10 @@ void SuspectRow::setNarrow(bool narrow) {
     update();
 }
 
-void SuspectRow::setLast(bool last) {
-    if (last == isLast_)
+void SuspectRow::setFirst(bool first) {
+    if (first == isFirst_)
         return;
-    isLast_ = last;
+    isFirst_ = first;
     update();
 }
 
@@ -185,8 +185,8 @@ void SuspectRow::paintEvent(QPaintEvent*) {
         }
         drawText(painter, {textLeft, y, wide, aboutHeight}, Type::caption, color(Tone::textTertiary), model_.details);
     }
-    if (!isLast_)
-        painter.fillRect(QRect(textLeft, height() - 1, width() - textLeft - Space::panelPadding, 1), color(Tone::line));
+    if (!isFirst_)
+        painter.fillRect(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1), color(Tone::line));
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius, theme());
 }

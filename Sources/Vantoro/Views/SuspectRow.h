@@ -23,8 +23,8 @@ public:
     void setExpanded(bool expanded);
     /// A shorter bar.
     void setNarrow(bool narrow);
-    /// No separator below it.
-    void setLast(bool last);
+    /// No separator above it.
+    void setFirst(bool first);
     /// The bar's length at once: the row has come to stand for another application.
     void jump() { bar_->jump(); }
 
@@ -67,7 +67,7 @@ private:
     Button* quit_; // owned by Qt as a child
     bool isExpanded_ = false;
     bool isNarrow_ = false;
-    bool isLast_ = false;
+    bool isFirst_ = false;
     bool isHovered_ = false;
     bool isPressed_ = false;
     FocusTracker focus_;

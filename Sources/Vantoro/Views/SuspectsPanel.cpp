@@ -53,8 +53,7 @@ void SuspectsPanel::show(const SuspectsModel& model) {
     setCaption(model.caption);
     all_->setVisible(!model.showAll.isEmpty());
     all_->setText(showsAll_ ? model.showFewer : model.showAll);
-    const int room = model.showAll.isEmpty() ? 0 : all_->sizeHint().width() - 2 * Button::ringMargin;
-    setRoomAtRight(room);
+    placeButton();
     assignRows();
     placeRows(true);
     if (!sameFrame)
@@ -94,7 +93,7 @@ void SuspectsPanel::assignRows() {
             entry.row->setExpanded(false);
         entry.quitPID = row.quitPID;
         entry.row->show(row, model_);
-        entry.row->setLast(i + 1 == wanted);
+        entry.row->setFirst(i == 0);
         if (isNew) {
             entry.row->jump();
             entry.y.set(y, look().clock.now(), std::nullopt);
@@ -158,7 +157,7 @@ bool SuspectsPanel::advance(double now) {
 void SuspectsPanel::toggleAll() {
     showsAll_ = !showsAll_;
     all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
-    setRoomAtRight(all_->sizeHint().width() - 2 * Button::ringMargin);
+    placeButton();
     assignRows();
     placeRows(false);
     askForHeight();
@@ -204,12 +203,17 @@ void SuspectsPanel::askForHeight() {
         emit heightChanged();
 }
 
-void SuspectsPanel::resizeEvent(QResizeEvent* event) {
-    Panel::resizeEvent(event);
+void SuspectsPanel::placeButton() {
     const QSize button = all_->sizeHint();
     all_->setGeometry(width() - Space::panelPadding + Button::ringMargin - button.width(),
                       (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
                       button.height());
+    setRoomAtRight(model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin);
+}
+
+void SuspectsPanel::resizeEvent(QResizeEvent* event) {
+    Panel::resizeEvent(event);
+    placeButton();
     placeRows(false);
 }
 
@@ -223,6 +227,7 @@ void SuspectsPanel::hideEvent(QHideEvent* event) {
 
 void SuspectsPanel::themeChanged() {
     Panel::themeChanged();
+    placeButton();
     placeRows(false);
 }
 

@@ -47,6 +47,7 @@ private:
     std::size_t shownRows() const;
     void assignRows();
     void placeRows(bool animated);
+    void placeButton();
     void toggleAll();
     void moveFocus(const SuspectRow* from, int rows);
     void setStop(std::size_t index);
