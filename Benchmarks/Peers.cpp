@@ -118,7 +118,9 @@ int main(int argc, char** argv) {
                    cost.pssMegabytes, remark);
     };
     const auto record = [&](const std::string& name) {
-        const Cost cost = measure({argv[2], "--record", folder / "recording.jsonl"}, time);
+        const std::filesystem::path file = folder / "recording.jsonl";
+        const Cost cost = measure({argv[2], "--record", file}, time);
+        std::filesystem::remove(file); // a recording is never written over
         print(name, cost,
               fmt::format("{:.3f} s CPU a minute", cost.cpuSeconds * 60 / static_cast<double>(time.count())));
         return cost;
