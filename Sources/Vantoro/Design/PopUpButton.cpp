@@ -15,7 +15,7 @@ namespace {
 constexpr int drawnHeight = 26;
 constexpr int leftPadding = 10;
 constexpr int chevronSize = 12;
-constexpr int chevronGap = 8;
+constexpr int chevronGap = 10;
 constexpr int rightPadding = 6;
 } // namespace
 

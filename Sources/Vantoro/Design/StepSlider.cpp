@@ -102,7 +102,7 @@ void StepSlider::paintEvent(QPaintEvent*) {
     }
     paintCaptions(painter);
     const QPointF center(x, centerLine);
-    painter.setPen(QPen(color(Tone::rampMark), 1));
+    painter.setPen(QPen(color(Tone::blade), 1));
     painter.setBrush(color(Tone::knob));
     painter.drawEllipse(center, knobRadius - 0.5, knobRadius - 0.5);
     if (hasFocus() && focus_.showsRing()) {
@@ -122,8 +122,7 @@ void StepSlider::paintCaptions(QPainter& painter) const {
         drawText(painter, QRectF(left, captionTop, width + 1, height), Type::caption, color(Tone::textTertiary),
                  caption);
         if (stop > 0 && stop < stops_ - 1) {
-            painter.setPen(QPen(color(Tone::textTertiary), 1.5));
-            painter.drawLine(QPointF(x, captionTop - 7), QPointF(x, captionTop - 2));
+            painter.fillRect(QRectF(x - 1, centerLine + knobRadius + 2, 2, 5), color(Tone::rampMark));
         }
     }
 }
