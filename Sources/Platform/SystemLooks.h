@@ -1,0 +1,30 @@
+// What the desktop asks of every program's looks.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+namespace vantoro {
+
+class SystemLooks {
+public:
+    struct State {
+        /// None where the system does not say.
+        std::optional<bool> isDark;
+        std::optional<bool> reducesMotion;
+        std::optional<bool> increasesContrast;
+
+        bool operator==(const State&) const = default;
+    };
+
+    virtual ~SystemLooks() = default;
+
+    /// As it stands now, for the application as it was told to look.
+    virtual State state() const = 0;
+    /// What the system itself draws of the application (frames, menus) is to be dark or light; none: as the system is.
+    virtual void choose(std::optional<bool> dark) = 0;
+    /// From now on `changed` is called on the main thread after a change that the system tells of; empty ends it.
+    virtual void watch(std::function<void()> changed) = 0;
+};
+
+} // namespace vantoro
