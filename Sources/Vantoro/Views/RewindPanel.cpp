@@ -119,8 +119,8 @@ void RewindPanel::paintParagraph(QPainter& painter, const QStringList& lines, co
 
 void RewindPanel::paintHint(QPainter& painter) const {
     constexpr double side = 40;
-    constexpr int icon = 24;
-    constexpr double gap = 12;
+    constexpr int icon = 28;
+    constexpr double gap = 10;
     const double wide = width() - 2 * side;
     const QStringList lines = brokenLines(model_.notice, font(Type::report), wide);
     const double high = icon + gap + static_cast<double>(lines.size()) * lineHeight(Type::report);
