@@ -5,11 +5,17 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+/// The linker would leave the drawings of a static library out; the macro wants to stand outside any namespace.
+static void takeDrawingsAlong() {
+    Q_INIT_RESOURCE(icons);
+}
+
 namespace vantoro {
 
 namespace {
 
 QPixmap render(const QString& name, int size, const QColor& color, double pixelRatio) {
+    takeDrawingsAlong();
     QFile file(QStringLiteral(":/icons/") + name + QStringLiteral(".svg"));
     if (!file.open(QIODevice::ReadOnly))
         return {};

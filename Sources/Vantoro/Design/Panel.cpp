@@ -12,7 +12,7 @@ Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(n
 
 void Panel::placeBody() {
     const int title = title_.isEmpty() ? Space::panelPadding : qRound(titleHeight * theme().textScale());
-    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, Space::panelPadding);
+    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, bottomPadding_);
 }
 
 void Panel::assign(QString& member, const QString& value) {
@@ -41,6 +41,11 @@ void Panel::setCaption(const QString& caption) {
 
 void Panel::setFigure(const QString& figure) {
     assign(figure_, figure);
+}
+
+void Panel::setBottomPadding(int points) {
+    bottomPadding_ = points;
+    placeBody();
 }
 
 Description Panel::describe() {

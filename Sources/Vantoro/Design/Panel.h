@@ -41,6 +41,8 @@ public:
     const QString& caption() const { return caption_; }
     /// A figure in place of the caption: primary, semibold.
     void setFigure(const QString& figure);
+    /// The room below the body: the panel's padding unless told.
+    void setBottomPadding(int points);
 
     Description describe() override;
 
@@ -58,6 +60,7 @@ private:
     QString subtitle_;
     QString caption_;
     QString figure_;
+    int bottomPadding_ = Space::panelPadding;
 };
 
 } // namespace vantoro
