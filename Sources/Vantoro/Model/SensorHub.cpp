@@ -6,6 +6,7 @@
 #include "Model/Suspects.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
@@ -74,7 +75,7 @@ Cooling SensorHub::foundCooling() const {
 }
 
 void SensorHub::start() {
-    if (timer_)
+    if (timer_ || isReplay_)
         return;
     sensorsAvailable_ = hasOpenSensors();
     emit sensorsAvailableChanged();
@@ -104,6 +105,8 @@ void SensorHub::startProcesses() {
 }
 
 void SensorHub::restartTimer() {
+    if (isReplay_)
+        return;
     processes_.start(processInterval(settings_.sampleInterval()), processRows);
     if (timer_)
         timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
@@ -133,8 +136,12 @@ void SensorHub::tick() {
         appendAndPublish(measure(environment_.now()));
 }
 
-void SensorHub::accept(Snapshot snapshot) {
+void SensorHub::beginReplay(const std::string& machineName) {
     isReplay_ = true;
+    machineName_ = machineName;
+}
+
+void SensorHub::accept(Snapshot snapshot) {
     cooling_ = snapshot.cooling;
     const bool hasSensors = !snapshot.fans.empty() || snapshot.temps != Temperatures();
     if (hasSensors && !sensorsAvailable_) {
@@ -227,6 +234,9 @@ void SensorHub::rebuildSeries() {
 }
 
 void SensorHub::forceQuit(const ProcessGroup& group) {
+    // A recording's process numbers are anybody's by now.
+    if (isReplay_)
+        return;
     for (const ProcessAggregate& member : group.members)
         // To the kernel 0 and below are not processes but whole groups of them, our own included.
         if (member.pid > 0)
@@ -248,6 +258,12 @@ const std::string& SensorHub::machineName() {
 }
 
 std::string SensorHub::sensorSummary() const {
+    if (isReplay_) {
+        const Temperatures& temps = snapshot_.temps;
+        const std::array readings{temps.soc, temps.socMean, temps.gpu, temps.battery, temps.enclosure};
+        const auto recorded = std::ranges::count_if(readings, [](double celsius) { return celsius > 0; });
+        return vantoro::sensorSummary(cooling_, static_cast<int>(snapshot_.fans.size()), static_cast<int>(recorded));
+    }
     return vantoro::sensorSummary(cooling_, hasOpenSensors() ? sources_.sensors->fanCount() : 0,
                                   hasOpenSensors() ? sources_.sensors->sensorCount() : 0);
 }

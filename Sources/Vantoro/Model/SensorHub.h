@@ -99,8 +99,11 @@ public:
     void startProcesses();
     /// One sampling round.
     void tick();
-    /// One round with a snapshot that was measured elsewhere or before, in place of the sensors: for a replay. What it
-    /// holds is taken as it stands; it tells how the machine is cooled and whether it has sensors.
+    /// From now on the figures are another time's, of the machine called this: nothing is measured, and nobody's
+    /// processes are ended.
+    void beginReplay(const std::string& machineName);
+    /// One round with a snapshot that was measured elsewhere or before, in place of the sensors. What it holds is taken
+    /// as it stands; it tells how the machine is cooled and whether it has sensors.
     void accept(Snapshot snapshot);
     /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
     void publish(bool force);
@@ -115,7 +118,7 @@ public:
     const std::string& machineName();
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
-    /// Whether the figures come from accept() rather than from this machine.
+    /// Whether the figures are a recording's rather than this machine's.
     bool isReplay() const { return isReplay_; }
 
 signals:

@@ -118,6 +118,22 @@ void Settings::setAppearance(const std::string& name) {
     store_->setValue("appearance", toQString(name));
 }
 
+std::string Settings::windowGeometry() const {
+    return storedText("windowGeometry").value_or("");
+}
+
+void Settings::setWindowGeometry(const std::string& geometry) {
+    store_->setValue("windowGeometry", toQString(geometry));
+}
+
+bool Settings::toldOfMissingTray() const {
+    return storedFlag("toldOfMissingTray").value_or(false);
+}
+
+void Settings::setToldOfMissingTray(bool told) {
+    store_->setValue("toldOfMissingTray", told);
+}
+
 std::optional<std::string> SettingsFormatContext::grouped(std::int64_t number) const {
     return userLocale().toString(static_cast<qlonglong>(number)).toStdString();
 }

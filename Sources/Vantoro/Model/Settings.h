@@ -42,6 +42,12 @@ public:
     /// "light", "dark", or anything else for the system's.
     std::string appearance() const;
     void setAppearance(const std::string& name);
+    /// Where the main window stood last, as the window system writes it; empty until it was closed once.
+    std::string windowGeometry() const;
+    void setWindowGeometry(const std::string& geometry);
+    /// The user has been told that this desktop shows no menu-bar item.
+    bool toldOfMissingTray() const;
+    void setToldOfMissingTray(bool told);
 
     /// What is stored under a key, if it reads as that type.
     std::optional<std::string> storedText(std::string_view key) const;

@@ -1,0 +1,134 @@
+#include "Views/SystemLooks.h"
+
+#include "Design/Theme.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QEvent>
+#include <QFontInfo>
+#include <QPalette>
+
+namespace vantoro {
+
+namespace {
+
+constexpr auto portalService = "org.freedesktop.portal.Desktop";
+constexpr auto portalPath = "/org/freedesktop/portal/desktop";
+constexpr auto settingsInterface = "org.freedesktop.portal.Settings";
+constexpr auto appearanceSpace = "org.freedesktop.appearance";
+constexpr auto interfaceSpace = "org.gnome.desktop.interface";
+
+struct PortalKey {
+    const char* space;
+    const char* key;
+};
+
+constexpr PortalKey portalKeys[]{
+    {appearanceSpace, "color-scheme"}, {appearanceSpace, "contrast"}, {interfaceSpace, "enable-animations"}};
+
+/// Portals wrap a value once or twice.
+QVariant unwrapped(QVariant value) {
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+void take(SystemLooks::State& state, const QString& key, const QVariant& value) {
+    constexpr unsigned prefersDark = 1;
+    constexpr unsigned prefersLight = 2;
+    if (key == "color-scheme") {
+        const unsigned scheme = value.toUInt();
+        state.isDark = scheme == prefersDark    ? std::optional(true)
+                       : scheme == prefersLight ? std::optional(false)
+                                                : std::nullopt;
+    } else if (key == "contrast") {
+        state.increasesContrast = value.toUInt() == 1;
+    } else if (key == "enable-animations") {
+        state.reducesMotion = !value.toBool();
+    }
+}
+
+bool isDarkPalette() {
+    const QPalette palette = QGuiApplication::palette();
+    return palette.color(QPalette::Window).lightnessF() < palette.color(QPalette::WindowText).lightnessF();
+}
+
+/// The desktop's font size against the size that the interface is drawn for.
+double systemTextScale() {
+    constexpr double nominalPixels = 13.34; // 10 points at 96 per inch
+    return QFontInfo(QApplication::font()).pixelSize() / nominalPixels;
+}
+
+} // namespace
+
+LooksFollower::LooksFollower(Theme& theme, std::shared_ptr<SystemLooks> source, QObject* parent)
+    : QObject(parent), theme_(theme), source_(std::move(source)) {
+    qApp->installEventFilter(this);
+    if (source_)
+        source_->onChange = [this] { follow(); };
+    else
+        askPortal();
+    follow();
+}
+
+LooksFollower::~LooksFollower() {
+    if (source_)
+        source_->onChange = nullptr;
+}
+
+// Asked without waiting: a portal that has to be started first takes longer than the first frame may.
+void LooksFollower::askPortal() {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.connect(portalService, portalPath, settingsInterface, "SettingChanged", this,
+                SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
+    for (const PortalKey& wanted : portalKeys) {
+        QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, "Read");
+        call << QString(wanted.space) << QString(wanted.key);
+        auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this); // owned by Qt as a child
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, key = QString(wanted.key)] {
+            const QDBusPendingReply<QVariant> reply = *watcher;
+            if (!reply.isError()) {
+                take(portal_, key, unwrapped(reply.argumentAt<0>()));
+                follow();
+            }
+            watcher->deleteLater();
+        });
+    }
+}
+
+void LooksFollower::portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value) {
+    if (space != appearanceSpace && space != interfaceSpace)
+        return;
+    take(portal_, key, unwrapped(value.variant()));
+    follow();
+}
+
+void LooksFollower::applyAppearance(const QString& name) {
+    chosen_ = name;
+    follow();
+}
+
+bool LooksFollower::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == qApp && (event->type() == QEvent::ApplicationPaletteChange ||
+                            event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::ThemeChange))
+        follow();
+    return QObject::eventFilter(watched, event);
+}
+
+void LooksFollower::follow() {
+    const SystemLooks::State state = source_ ? source_->state() : portal_;
+    const bool dark = chosen_ == "dark" || (chosen_ != "light" && state.isDark.value_or(isDarkPalette()));
+    theme_.setAppearance(dark ? Theme::Appearance::dark : Theme::Appearance::light);
+    theme_.setReducesMotion(state.reducesMotion.value_or(false));
+    theme_.setIncreasesContrast(state.increasesContrast.value_or(false));
+    theme_.setTextScale(systemTextScale());
+}
+
+} // namespace vantoro
