@@ -12,7 +12,7 @@ Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(n
 
 void Panel::placeBody() {
     const int title = title_.isEmpty() ? Space::panelPadding : qRound(titleHeight * theme().textScale());
-    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, bottomPadding_);
+    body_->setContentsMargins(sidePadding_, title, sidePadding_, bottomPadding_);
 }
 
 void Panel::assign(QString& member, const QString& value) {
@@ -45,6 +45,11 @@ void Panel::setFigure(const QString& figure) {
 
 void Panel::setBottomPadding(int points) {
     bottomPadding_ = points;
+    placeBody();
+}
+
+void Panel::setSidePadding(int points) {
+    sidePadding_ = points;
     placeBody();
 }
 

@@ -43,6 +43,9 @@ public:
     void setFigure(const QString& figure);
     /// The room below the body: the panel's padding unless told.
     void setBottomPadding(int points);
+    /// The room at both sides of the body: less than the panel's padding for rows that bring their own, so that a
+    /// focus ring stands clear of what it surrounds.
+    void setSidePadding(int points);
 
     Description describe() override;
 
@@ -60,6 +63,7 @@ private:
     QString subtitle_;
     QString caption_;
     QString figure_;
+    int sidePadding_ = Space::panelPadding;
     int bottomPadding_ = Space::panelPadding;
 };
 

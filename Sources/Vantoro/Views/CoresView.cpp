@@ -131,12 +131,12 @@ CoresView::CoresView(ViewContext& context, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll_);
     scroll_->setFocusPolicy(Qt::TabFocus);
-    cores_->setTitle(tr("Cores"));
+    cores_->setTitle(vantoro::tr("Cores"));
     cores_->setIcon("cpu");
     cores_->setBottomPadding(coresBottom);
     scroll_->column()->addWidget(cores_);
-    die_ = addSpreadPanel(tr("Die temperature"), "thermometer.medium");
-    gpu_ = addSpreadPanel(tr("GPU temperature"), "cube.transparent");
+    die_ = addSpreadPanel(vantoro::tr("Die temperature"), "thermometer.medium");
+    gpu_ = addSpreadPanel(vantoro::tr("GPU temperature"), "cube.transparent");
     scroll_->column()->addStretch();
 }
 
