@@ -73,7 +73,9 @@ struct Stage {
     QImage picture(QWidget& widget, const QSize& size) {
         widget.resize(size);
         widget.show();
-        QCoreApplication::processEvents();
+        // A height that follows from a width takes some rounds to reach the outermost layout.
+        for (int round = 0; round < 5; ++round)
+            QCoreApplication::processEvents();
         seconds += 10;
         clock.beat();
         QCoreApplication::processEvents();

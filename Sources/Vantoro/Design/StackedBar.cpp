@@ -22,22 +22,41 @@ constexpr double valueGap = 12;
 } // namespace
 
 StackedBar::StackedBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 double StackedBar::rowHeight() const {
     return entryHeight - Type::body.lineHeight + lineHeight(Type::body);
 }
 
+std::size_t StackedBar::columnCount(double width) const {
+    const double column = (width - columnGap) / 2;
+    const bool fits = std::all_of(legend_.entries.begin(), legend_.entries.end(), [&](const LegendEntry& entry) {
+        const double marker = entry.share ? square + squareGap : 0;
+        const double texts = textWidth(Type::body, entry.label) + textWidth(Type::body.semibold(), entry.value);
+        return marker + texts + valueGap <= column;
+    });
+    return fits ? 2 : 1;
+}
+
+int StackedBar::heightForWidth(int width) const {
+    const std::size_t columns = columnCount(width);
+    const std::size_t rows = (legend_.entries.size() + columns - 1) / columns;
+    return static_cast<int>(std::ceil(legendTop + static_cast<double>(rows) * rowHeight()));
+}
+
 QSize StackedBar::sizeHint() const {
-    const double rows = std::ceil(static_cast<double>(legend_.entries.size()) / 2);
-    return {456, static_cast<int>(std::ceil(legendTop + rows * rowHeight()))};
+    constexpr int usual = 456;
+    return {usual, heightForWidth(width() > 0 ? width() : usual)};
 }
 
 void StackedBar::show(const LegendModel& legend, const std::optional<Animation>& animation) {
     if (legend == legend_)
         return;
     const bool isFirst = legend.entries.size() != legend_.entries.size();
+    const int height = heightForWidth(width());
     const std::optional<Animation> shown = isVisible() && !isFirst ? animation : std::nullopt;
     const double now = look().clock.now();
     parts_ = 0;
@@ -45,7 +64,7 @@ void StackedBar::show(const LegendModel& legend, const std::optional<Animation>&
         if (entry.share && parts_ < mostParts)
             lengths_[parts_++].set(*entry.share, now, shown);
     legend_ = legend;
-    if (isFirst)
+    if (isFirst || heightForWidth(width()) != height)
         updateGeometry();
     update();
     if (shown)
@@ -80,12 +99,13 @@ void StackedBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     paintBar(painter);
-    const double column = (width() - columnGap) / 2;
+    const std::size_t columns = columnCount(width());
+    const double column = columns == 2 ? (width() - columnGap) / 2 : width();
     std::size_t part = 0;
     for (std::size_t i = 0; i < legend_.entries.size(); ++i) {
         const LegendEntry& entry = legend_.entries[i];
-        const QRectF cell(i % 2 == 0 ? 0 : column + columnGap, legendTop + static_cast<double>(i / 2) * rowHeight(),
-                          column, rowHeight());
+        const QRectF cell(static_cast<double>(i % columns) * (column + columnGap),
+                          legendTop + static_cast<double>(i / columns) * rowHeight(), column, rowHeight());
         paintEntry(painter, cell, entry, part);
         if (entry.share)
             ++part;
@@ -115,7 +135,8 @@ void StackedBar::paintEntry(QPainter& painter, const QRectF& cell, const LegendE
         painter.setPen(isOutlined ? QPen(color(Tone::textTertiary), 1) : QPen(Qt::NoPen));
         painter.setBrush(shade(part));
         const double inset = isOutlined ? 0.5 : 0;
-        painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), partRadius, partRadius);
+        const double radius = partRadius - inset;
+        painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius, radius);
         line.setLeft(box.right() + squareGap);
     }
     drawText(painter, line, Type::body.semibold(), color(Tone::textPrimary), entry.value, Qt::AlignRight,

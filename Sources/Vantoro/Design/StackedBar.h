@@ -1,4 +1,4 @@
-// A whole and its parts as one bar, and below it what each part is, in two columns.
+// A whole and its parts as one bar, and below it what each part is, in two columns (one where type is too large).
 #pragma once
 
 #include "Design/PaintedWidget.h"
@@ -17,8 +17,10 @@ public:
     void show(const LegendModel& legend, const std::optional<Animation>& animation);
     using QWidget::show;
 
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return {240, sizeHint().height()}; }
+    QSize minimumSizeHint() const override { return {240, 40}; }
     Description describe() override;
 
 protected:
@@ -30,6 +32,7 @@ private:
 
     bool advance(double now) override;
     double rowHeight() const;
+    std::size_t columnCount(double width) const;
     QColor shade(std::size_t part) const;
     bool isRemainder(std::size_t part) const;
     void paintBar(QPainter& painter) const;

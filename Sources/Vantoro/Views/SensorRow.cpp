@@ -15,6 +15,8 @@ namespace vantoro {
 namespace {
 
 constexpr int lineWidth = 128;
+constexpr int lineWidthLarge = 88;
+constexpr double largeFrom = 1.25;
 constexpr int lineHeightInRow = 28;
 /// From the right end of the sparkline to that of the figure.
 constexpr int valueWidth = 99;
@@ -40,12 +42,14 @@ void SensorRow::show(const SensorRowModel& model) {
     if (model == model_)
         return;
     line_->show(model.line);
-    const bool otherShape = model.source != model_.source || model.isExpanded != model_.isExpanded ||
-                            model.sensors.size() != model_.sensors.size();
+    const double headBefore = headHeight(width());
+    const bool otherList = model.source != model_.source || model.isExpanded != model_.isExpanded ||
+                           model.sensors.size() != model_.sensors.size();
     const bool otherState = model.isExpanded != model_.isExpanded;
     const bool otherTexts = model.value != model_.value || model.range != model_.range || model.label != model_.label ||
                             model.sensors != model_.sensors || model.sensorsTitle != model_.sensorsTitle;
     model_ = model;
+    const bool otherShape = otherList || headHeight(width()) != headBefore;
     setToolTip(model.toolTip);
     setFocusPolicy(model.isExpandable ? Qt::StrongFocus : Qt::NoFocus);
     setCursor(model.isExpandable ? Qt::PointingHandCursor : Qt::ArrowCursor);
@@ -61,18 +65,39 @@ void SensorRow::show(const SensorRowModel& model) {
         announceChange();
 }
 
-double SensorRow::nameWidth(double width) const {
-    return std::max(40.0, width - 2 * sideMargin - lineWidth - valueWidth * theme().textScale() - nameGap);
+int SensorRow::lineWidthNow() const {
+    return theme().textScale() < largeFrom ? lineWidth : lineWidthLarge;
 }
 
-QStringList SensorRow::sourceLines(double width) const {
-    return model_.source.isEmpty() ? QStringList() : brokenLines(model_.source, font(Type::caption), nameWidth(width));
+/// The figure grows with the type, the room beside it does not.
+int SensorRow::valueWidthNow() const {
+    constexpr double figure = 56;
+    return valueWidth + qRound(figure * (theme().textScale() - 1));
+}
+
+double SensorRow::nameWidth(double width) const {
+    return std::max(40.0, width - 2 * sideMargin - lineWidthNow() - valueWidthNow() - nameGap);
+}
+
+bool SensorRow::rangeFitsBesideName(double width) const {
+    const double chevronRoom = model_.isExpandable ? rangeGap + chevron : 0;
+    return textWidth(Type::body, model_.label) + rangeGap + textWidth(Type::caption, model_.range) + chevronRoom <=
+           nameWidth(width);
+}
+
+QStringList SensorRow::captionLines(double width) const {
+    QStringList lines;
+    if (!model_.range.isEmpty() && !rangeFitsBesideName(width))
+        lines.append(model_.range);
+    if (!model_.source.isEmpty())
+        lines += brokenLines(model_.source, font(Type::caption), nameWidth(width));
+    return lines;
 }
 
 double SensorRow::headHeight(double width) const {
     const double oneSourceLine = Type::body.lineHeight + Type::caption.lineHeight;
     const double names =
-        lineHeight(Type::body) + static_cast<double>(sourceLines(width).size()) * lineHeight(Type::caption);
+        lineHeight(Type::body) + static_cast<double>(captionLines(width).size()) * lineHeight(Type::caption);
     return std::max<double>(leastHeight_, names + leastHeight_ - oneSourceLine);
 }
 
@@ -105,9 +130,9 @@ QSize SensorRow::minimumSizeHint() const {
 }
 
 void SensorRow::placeLine() {
-    const int right = width() - sideMargin - qRound(valueWidth * theme().textScale());
+    const int right = width() - sideMargin - valueWidthNow();
     const int top = qRound((headHeight(width()) - lineHeightInRow) / 2);
-    line_->setGeometry(right - lineWidth, top, lineWidth, lineHeightInRow);
+    line_->setGeometry(right - lineWidthNow(), top, lineWidthNow(), lineHeightInRow);
 }
 
 void SensorRow::resizeEvent(QResizeEvent*) {
@@ -134,15 +159,15 @@ void SensorRow::paintEvent(QPaintEvent*) {
 }
 
 void SensorRow::paintNames(QPainter& painter, const QRectF& head) const {
-    const QStringList sources = sourceLines(width());
+    const QStringList captions = captionLines(width());
     const double body = lineHeight(Type::body);
     const double caption = lineHeight(Type::caption);
-    const double names = body + static_cast<double>(sources.size()) * caption;
+    const double names = body + static_cast<double>(captions.size()) * caption;
     QRectF line(head.left(), head.top() + (head.height() - names) / 2, nameWidth(width()), body);
     QRectF rest = line;
     drawText(painter, line, Type::body, color(Tone::textPrimary), model_.label);
     rest.setLeft(line.left() + std::min(textWidth(Type::body, model_.label), line.width()) + rangeGap);
-    if (!model_.range.isEmpty() && rest.width() > 0) {
+    if (!model_.range.isEmpty() && rangeFitsBesideName(width())) {
         drawText(painter, rest, Type::caption, color(Tone::textTertiary), model_.range);
         rest.setLeft(rest.left() + textWidth(Type::caption, model_.range) + rangeGap);
     }
@@ -151,8 +176,8 @@ void SensorRow::paintNames(QPainter& painter, const QRectF& head) const {
         look().icons.draw(painter, QRectF(rest.left(), rest.top(), chevron, rest.height()),
                           model_.isExpanded ? "chevron.down" : "chevron.right", chevron, color(Tone::textTertiary));
     line = QRectF(line.left(), line.bottom(), line.width(), caption);
-    for (const QString& source : sources) {
-        drawText(painter, line, Type::caption, color(Tone::textTertiary), source);
+    for (const QString& text : captions) {
+        drawText(painter, line, Type::caption, color(Tone::textTertiary), text);
         line.translate(0, caption);
     }
 }

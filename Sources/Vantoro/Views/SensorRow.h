@@ -49,7 +49,10 @@ private:
     };
 
     double nameWidth(double width) const;
-    QStringList sourceLines(double width) const;
+    int lineWidthNow() const;
+    int valueWidthNow() const;
+    bool rangeFitsBesideName(double width) const;
+    QStringList captionLines(double width) const;
     double headHeight(double width) const;
     SensorGrid grid(double width) const;
     void placeLine();

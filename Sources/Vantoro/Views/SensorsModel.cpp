@@ -214,8 +214,9 @@ LegendModel memoryLegend(const SensorHub& hub) {
         return LegendEntry{label, bytes(count), std::clamp(share, 0.0, 1.0)};
     };
     const std::uint64_t named = memory.wiredBytes + memory.compressedBytes;
-    const std::uint64_t other = memory.usedBytes > named ? memory.usedBytes - named : 0;
-    const std::uint64_t used = std::max(memory.usedBytes, named);
+    // The figures come from several counters, read one after the other: they need not add up.
+    const std::uint64_t used = std::max(std::min(memory.usedBytes, memory.totalBytes), named);
+    const std::uint64_t other = used - named;
     const std::uint64_t unused = memory.totalBytes > used ? memory.totalBytes - used : 0;
     LegendModel legend;
     if (isKnown)

@@ -26,7 +26,8 @@ constexpr int temperatureHeight = 48;
 constexpr int powerHeight = 52;
 constexpr int fansBottom = 12;
 constexpr int powerBottom = 6;
-constexpr int legendBottom = 20;
+constexpr int processorBottom = 20;
+constexpr int memoryBottom = 22;
 constexpr int narrowBelow = 940;
 /// The machine line stands where the texts of the panels do.
 constexpr int textInset = Space::heroInset - Space::windowMargin;
@@ -222,10 +223,10 @@ void SensorsView::build() {
     memoryPanel_ = addPanel(right, vantoro::tr("Memory"), "memorychip");
     memory_ = new StackedBar(look());
     memory_->setSpokenName(vantoro::tr("Memory"));
-    for (const auto& [panel, bar] : {std::pair(processorPanel_, processor_), std::pair(memoryPanel_, memory_)}) {
-        panel->setBottomPadding(legendBottom);
-        panel->body()->addWidget(bar);
-    }
+    processorPanel_->setBottomPadding(processorBottom);
+    processorPanel_->body()->addWidget(processor_);
+    memoryPanel_->setBottomPadding(memoryBottom);
+    memoryPanel_->body()->addWidget(memory_);
     right->addStretch();
     copy_ = new Button(look(), Button::Kind::quiet, vantoro::tr("Copy all"));
     connect(copy_, &Button::clicked, this, &SensorsView::copyAll);
