@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <QApplication>
+#include <QFocusEvent>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -20,6 +21,8 @@ public:
 
     QSize sizeHint() const override { return {10, 40}; }
 
+    bool hasKeyboard = false;
+
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
@@ -32,8 +35,8 @@ protected:
         const double track = height() - 8;
         const double length = std::max(shortest, track * pageStep() / span);
         const double top = 4 + (track - length) * (value() - minimum()) / (maximum() - minimum());
-        QColor thumb = look_.theme.color(Tone::textTertiary);
-        thumb.setAlphaF(0.6F);
+        QColor thumb = look_.theme.color(hasKeyboard ? Tone::accent : Tone::textTertiary);
+        thumb.setAlphaF(hasKeyboard ? 1 : 0.6F);
         painter.setPen(Qt::NoPen);
         painter.setBrush(thumb);
         painter.drawRoundedRect(QRectF(width() - 8, top, 6, length), 3, 3);
@@ -69,6 +72,19 @@ void ScrollPane::applyTheme() {
 void ScrollPane::setSurface(Tone surface) {
     surface_ = surface;
     applyTheme();
+}
+
+void ScrollPane::focusInEvent(QFocusEvent* event) {
+    QScrollArea::focusInEvent(event);
+    static_cast<ThinBar*>(verticalScrollBar())->hasKeyboard =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    verticalScrollBar()->update();
+}
+
+void ScrollPane::focusOutEvent(QFocusEvent* event) {
+    QScrollArea::focusOutEvent(event);
+    static_cast<ThinBar*>(verticalScrollBar())->hasKeyboard = false;
+    verticalScrollBar()->update();
 }
 
 void ScrollPane::resizeEvent(QResizeEvent* event) {

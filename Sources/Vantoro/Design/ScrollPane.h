@@ -9,7 +9,8 @@
 namespace vantoro {
 
 /// Scrolls only down, and only when what it holds is higher than itself; a thin bar lies over the right margin. What
-/// gets the keyboard scrolls into view.
+/// gets the keyboard scrolls into view. A pane that holds nothing to reach by keyboard takes the focus itself
+/// (setFocusPolicy): arrows and page keys scroll it, and its bar is in the accent's colour meanwhile.
 class ScrollPane : public QScrollArea {
     Q_OBJECT
 public:
@@ -27,6 +28,8 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override;
     bool focusNextPrevChild(bool next) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     void applyTheme();
