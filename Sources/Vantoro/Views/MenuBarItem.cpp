@@ -83,8 +83,12 @@ void MenuBarItem::waitForTray() {
 void MenuBarItem::create() {
     const bool isTimedOut = trayWatcher_ != nullptr && sender() == &patience_;
     // Only X11 knows another kind of tray; elsewhere the bar may still come.
-    if (item_ != nullptr || (isTimedOut && QGuiApplication::platformName() == QStringLiteral("wayland")))
+    if (item_ != nullptr)
         return;
+    if (isTimedOut && QGuiApplication::platformName() == QStringLiteral("wayland")) {
+        emit availabilityKnown(false);
+        return;
+    }
     patience_.stop();
     item_ = std::make_unique<QSystemTrayIcon>();
     connect(item_.get(), &QSystemTrayIcon::activated, this, &MenuBarItem::activated);
@@ -94,6 +98,9 @@ void MenuBarItem::create() {
     item_->show();
     if (model_.variant == MenuBarVariant::fan && item_->isVisible())
         context_.look.clock.run(*this);
+    // Queued: who made the item hears of it from the event loop in every case.
+    QMetaObject::invokeMethod(
+        this, [this] { emit availabilityKnown(QSystemTrayIcon::isSystemTrayAvailable()); }, Qt::QueuedConnection);
 }
 
 QRect MenuBarItem::geometry() const {

@@ -31,6 +31,9 @@ public:
     /// What it shows.
     const MenuBarModel& model() const { return model_; }
 
+    /// Shows what the hub and the settings say now.
+    void refresh();
+
     bool advance(double now) override;
 
 signals:
@@ -38,12 +41,13 @@ signals:
     void panelRequested(const QPoint& globalAnchor);
     /// It was double-clicked or clicked with the middle button.
     void openRequested();
+    /// Once: whether this desktop has a bar for it.
+    void availabilityKnown(bool available);
 
 private:
     void askForTray();
     void waitForTray();
     void create();
-    void refresh();
     void showPicture();
     void activated(QSystemTrayIcon::ActivationReason reason);
 
