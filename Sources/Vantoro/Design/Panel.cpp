@@ -12,7 +12,7 @@ Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(n
 
 void Panel::placeBody() {
     const int title = title_.isEmpty() ? Space::panelPadding : qRound(titleHeight * theme().textScale());
-    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, Space::panelPadding);
+    body_->setContentsMargins(sidePadding_, title, sidePadding_, bottomPadding_);
 }
 
 void Panel::assign(QString& member, const QString& value) {
@@ -39,8 +39,25 @@ void Panel::setCaption(const QString& caption) {
     assign(caption_, caption);
 }
 
+void Panel::setRoomAtRight(int points) {
+    if (points == roomAtRight_)
+        return;
+    roomAtRight_ = points;
+    update();
+}
+
 void Panel::setFigure(const QString& figure) {
     assign(figure_, figure);
+}
+
+void Panel::setBottomPadding(int points) {
+    bottomPadding_ = points;
+    placeBody();
+}
+
+void Panel::setSidePadding(int points) {
+    sidePadding_ = points;
+    placeBody();
 }
 
 Description Panel::describe() {
@@ -62,6 +79,8 @@ void Panel::paintEvent(QPaintEvent*) {
     constexpr int iconSize = 16;
     constexpr int gap = 12;
     QRectF line(Space::panelPadding, 0, width() - 2 * Space::panelPadding, titleHeight * theme().textScale());
+    if (roomAtRight_ > 0)
+        line.setRight(line.right() - roomAtRight_);
     if (!icon_.isEmpty()) {
         look().icons.draw(painter, QRectF(line.left(), line.top(), iconSize, line.height()), icon_, iconSize,
                           color(Tone::textSecondary));

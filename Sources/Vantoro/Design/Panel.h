@@ -39,8 +39,15 @@ public:
     /// Tertiary, at the right end; elides before the title does.
     void setCaption(const QString& caption);
     const QString& caption() const { return caption_; }
+    /// What stands at the title line's right end beside the panel's own texts takes so many points.
+    void setRoomAtRight(int points);
     /// A figure in place of the caption: primary, semibold.
     void setFigure(const QString& figure);
+    /// The room below the body: the panel's padding unless told.
+    void setBottomPadding(int points);
+    /// The room at both sides of the body: less than the panel's padding for rows that bring their own, so that a
+    /// focus ring stands clear of what it surrounds.
+    void setSidePadding(int points);
 
     Description describe() override;
 
@@ -58,6 +65,9 @@ private:
     QString subtitle_;
     QString caption_;
     QString figure_;
+    int roomAtRight_ = 0;
+    int sidePadding_ = Space::panelPadding;
+    int bottomPadding_ = Space::panelPadding;
 };
 
 } // namespace vantoro

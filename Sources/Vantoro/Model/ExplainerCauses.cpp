@@ -24,22 +24,6 @@ constexpr double leastTriggerGrowth = 15.0;
 constexpr double leastShownChange = 4.0;
 constexpr std::size_t mostTriggerRows = 4;
 
-const char* kindPhrase(ProcessKind kind) {
-    switch (kind) {
-    case ProcessKind::userApp:
-        return "an app you opened";
-    case ProcessKind::helper:
-        return "a helper of an app you opened";
-    case ProcessKind::commandLine:
-        return "command-line work";
-    case ProcessKind::systemDaemon:
-        return "a macOS background service";
-    case ProcessKind::kernel:
-        break;
-    }
-    return "the kernel";
-}
-
 std::string drivingBody(const std::vector<ProcessGroup>& groups, const Snapshot& now) {
     double total = 0;
     for (const ProcessGroup& group : groups)
@@ -61,7 +45,7 @@ std::string drivingBody(const std::vector<ProcessGroup>& groups, const Snapshot&
 }
 
 Explanation::Row contributorRow(const ProcessGroup& group, const Verdict& verdict) {
-    std::string detail = kindPhrase(group.kind);
+    std::string detail(kindPhrase(group.kind));
     if (group.members.size() >= 2)
         detail += fmt::format(" · {} processes", group.members.size());
     if (group.sustained > 0.6)

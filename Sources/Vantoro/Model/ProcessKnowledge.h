@@ -2,6 +2,8 @@
 // them.
 #pragma once
 
+#include "Model/ProcessIdentity.h"
+
 #include <functional>
 #include <map>
 #include <optional>
@@ -40,5 +42,8 @@ struct ProcessKnowledge {
 
 /// What a group is called in every sentence: its note's friendly name, else its display name.
 std::string friendlyName(std::string_view displayName);
+
+/// What a kind of process is in plain words, "an app you opened".
+std::string_view kindPhrase(ProcessKind kind);
 
 } // namespace vantoro

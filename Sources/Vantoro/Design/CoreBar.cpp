@@ -1,0 +1,94 @@
+#include "Design/CoreBar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr double gap = 2;
+constexpr double radius = 2;
+/// What works at all is to be seen.
+constexpr double leastFill = 1.5;
+} // namespace
+
+CoreBar::CoreBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+double CoreBar::fullPercent() const {
+    return 100.0 * std::max(cores_, 1);
+}
+
+void CoreBar::show(double percent, int cores, std::optional<int> heatStop) {
+    if (cores != cores_ || heatStop != heatStop_) {
+        cores_ = cores;
+        heatStop_ = heatStop;
+        update();
+    }
+    if (percent == percent_.target())
+        return;
+    const bool isSeen = isVisible();
+    percent_.set(percent, look().clock.now(), isSeen ? look().update() : std::nullopt);
+    if (isSeen)
+        look().clock.run(*this);
+    advance(look().clock.now());
+}
+
+void CoreBar::jump() {
+    look().clock.stop(*this);
+    percent_.set(percent_.target(), look().clock.now(), std::nullopt);
+    advance(look().clock.now());
+}
+
+void CoreBar::setBarHeight(int points) {
+    height_ = points;
+    updateGeometry();
+    update();
+}
+
+bool CoreBar::advance(double now) {
+    constexpr double visible = 0.25;
+    const double shown = percent_.at(now);
+    const bool isMoving = !percent_.isAtRest(now);
+    if (std::abs(shown - painted_) / fullPercent() * width() >= visible || (!isMoving && shown != painted_)) {
+        painted_ = shown;
+        update();
+    }
+    return isMoving;
+}
+
+void CoreBar::hideEvent(QHideEvent* event) {
+    jump();
+    PaintedWidget::hideEvent(event);
+}
+
+void CoreBar::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int cells = cores_ >= 1 && cores_ <= mostCells ? cores_ : 1;
+    const double share = fullPercent() / cells;
+    const double cell = (width() - gap * (cells - 1)) / cells;
+    const double top = (height() - height_) / 2.0;
+    const QPen outline = theme().increasesContrast() ? QPen(color(Tone::line), 1) : QPen(Qt::NoPen);
+    const QColor fill = heatStop_ ? theme().heatFill(*heatStop_) : color(Tone::bar);
+    for (int i = 0; i < cells; ++i) {
+        const QRectF box(i * (cell + gap), top, cell, height_);
+        painter.setPen(outline);
+        painter.setBrush(color(Tone::cell));
+        painter.drawRoundedRect(box, radius, radius);
+        const double part = std::clamp((painted_ - i * share) / share, 0.0, 1.0);
+        if (part <= 0)
+            continue;
+        QRectF filled = box;
+        filled.setWidth(std::max(part * cell, i == 0 ? leastFill : 0));
+        const double corner = std::min(radius, filled.width() / 2);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRoundedRect(filled, corner, corner);
+    }
+}
+
+} // namespace vantoro

@@ -1,0 +1,46 @@
+// Work measured in cores: one cell of the bar is one core, so 486 % is seen as almost five of twelve.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+
+namespace vantoro {
+
+/// With more cores than cells can be told apart, or with none known, one continuous bar. Pure decoration for a screen
+/// reader: the figure beside it says the same.
+class CoreBar : public PaintedWidget, public Animated {
+    Q_OBJECT
+public:
+    static constexpr int mostCells = 24;
+
+    explicit CoreBar(Look& look, QWidget* parent = nullptr);
+
+    /// `percent` of one core, on a machine of so many; filled in a heat stop's colour, neutral without one. The length
+    /// glides to it while the bar is on screen.
+    void show(double percent, int cores, std::optional<int> heatStop);
+    using QWidget::show;
+    /// At once: the bar has come to stand for something else.
+    void jump();
+    /// In points: 8 unless told.
+    void setBarHeight(int points);
+
+    QSize sizeHint() const override { return {220, height_}; }
+    QSize minimumSizeHint() const override { return {40, height_}; }
+    Description describe() override { return {.isDecoration = true}; }
+    bool advance(double now) override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    /// What the whole length stands for.
+    double fullPercent() const;
+
+    AnimatedValue percent_;
+    double painted_ = 0;
+    int cores_ = 0;
+    std::optional<int> heatStop_;
+    int height_ = 8;
+};
+
+} // namespace vantoro

@@ -1,0 +1,126 @@
+#include "Views/SuspectsModel.h"
+
+#include "Model/Diagnosis.h"
+#include "Model/ProcessKnowledge.h"
+#include "Views/Words.h"
+
+#include <QStringList>
+
+namespace vantoro {
+
+namespace {
+
+/// Busy for this share of the window counts as sustained.
+constexpr double leastSustained = 0.6;
+
+const QString& separator() {
+    static const QString dot = QStringLiteral(" · ");
+    return dot;
+}
+
+QString symbol(ProcessKind kind) {
+    switch (kind) {
+    case ProcessKind::userApp:
+    case ProcessKind::helper:
+        return "window";
+    case ProcessKind::commandLine:
+        return "terminal";
+    case ProcessKind::systemDaemon:
+        return "gearshape";
+    case ProcessKind::kernel:
+        break;
+    }
+    return "cpu";
+}
+
+bool offersQuit(const ProcessGroup& group, const ProcessNote* note) {
+    const bool isTheUsers = group.kind == ProcessKind::userApp || group.kind == ProcessKind::helper ||
+                            group.kind == ProcessKind::commandLine;
+    return isTheUsers && (note == nullptr || note->quittable) && !group.members.empty();
+}
+
+QString about(const ProcessGroup& group, const QString& name) {
+    QStringList parts{toQString(kindPhrase(group.kind))};
+    if (group.members.size() >= 2)
+        parts += tr("%1 processes").arg(group.members.size());
+    if (const QString own = toQString(group.displayName); own != name)
+        parts += own;
+    return parts.join(separator());
+}
+
+QString details(const ProcessGroup& group) {
+    QStringList parts{tr("peak %1").arg(toQString(DiagnosisEngine::pct(group.peakCPU)))};
+    if (group.totalMemory > 0)
+        parts += toQString(Format::bytes(group.totalMemory));
+    if (group.members.size() == 1)
+        parts += tr("pid %1").arg(group.members.front().pid);
+    if (group.sustained > leastSustained)
+        parts += tr("sustained");
+    return parts.join(separator());
+}
+
+SuspectRowModel row(const ProcessGroup& group, const Verdict& verdict) {
+    const ProcessNote* const note = ProcessKnowledge::note(group.displayName);
+    SuspectRowModel row;
+    row.key = toQString(group.key);
+    row.name = toQString(friendlyName(group.displayName));
+    row.about = about(group, row.name);
+    row.appPath = toQString(group.owningAppPath.value_or(std::string()));
+    row.symbol = symbol(group.kind);
+    row.percent = group.stressScore;
+    row.figure = toQString(DiagnosisEngine::pct(group.stressScore));
+    row.spokenFigure = tr("%1 percent of a core").arg(qRound(group.stressScore));
+    if (!isAtRest(verdict.state) && verdict.suspect && verdict.suspect->key == group.key)
+        row.heatStop = heatStop(verdict);
+    row.offersQuit = offersQuit(group, note);
+    row.quitPID = group.members.empty() ? 0 : group.members.front().pid;
+    if (note != nullptr)
+        row.explanation = tr("It's %1").arg(toQString(note->what));
+    row.details = details(group);
+    return row;
+}
+
+QString footer(const SensorHub& hub) {
+    const ProcessMonitor::Source source = hub.processSource();
+    if (source.kind != ProcessMonitor::Source::Kind::ownProcessesOnly)
+        return {};
+    QString text =
+        source.byChoice ? tr("Syscalls — your processes only") : tr("Syscalls — top was blocked on this Mac");
+    if (hub.unreadableProcessCount() > 0)
+        text += separator() + tr("%1 without figures").arg(hub.unreadableProcessCount());
+    return text;
+}
+
+} // namespace
+
+int heatStop(const Verdict& verdict) {
+    return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : verdict.state);
+}
+
+SuspectsModel suspectsModel(const SensorHub& hub) {
+    SuspectsModel model;
+    model.title = isAtRest(hub.verdict().state) ? tr("Busiest right now") : tr("Suspects");
+    model.cores = static_cast<int>(hub.cores().size());
+    model.expandAction = tr("Expand");
+    model.quitAction = tr("Quit…");
+    model.footer = footer(hub);
+    if (!hub.processesReady()) {
+        model.isPending = true;
+        model.caption = tr("first list pending");
+        return model;
+    }
+    for (const ProcessGroup& group : hub.suspects())
+        model.rows.push_back(row(group, hub.verdict()));
+    if (model.rows.empty())
+        model.emptyText = tr("Nothing is working the machine hard right now.");
+    else
+        model.caption = model.cores >= 1 && model.cores <= 24 ? tr("last 20 seconds · one cell is one core")
+                                                              : tr("last 20 seconds");
+    if (model.rows.size() > SuspectsModel::rowsAtFirst) {
+        model.showAll = tr("Show all %1").arg(model.rows.size());
+        model.showFewer = tr("Show fewer");
+    }
+    return model;
+}
+
+} // namespace vantoro
