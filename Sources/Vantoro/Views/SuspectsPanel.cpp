@@ -31,7 +31,7 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     const Entry* const owned = entry.get();
     connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
         owned->row->setExpanded(!owned->row->isExpanded());
-        placeRows(true);
+        placeRows(false);
         askForHeight();
     });
     connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
@@ -204,11 +204,13 @@ void SuspectsPanel::askForHeight() {
 }
 
 void SuspectsPanel::placeButton() {
+    // Its text, not its edge, stands in line with what is below.
     const QSize button = all_->sizeHint();
-    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin - button.width(),
+    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin + Button::smallSidePadding - button.width(),
                       (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
                       button.height());
-    setRoomAtRight(model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin);
+    setRoomAtRight(
+        model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 4);
 }
 
 void SuspectsPanel::resizeEvent(QResizeEvent* event) {
