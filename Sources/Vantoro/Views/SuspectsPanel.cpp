@@ -210,7 +210,7 @@ void SuspectsPanel::placeButton() {
                       (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
                       button.height());
     setRoomAtRight(
-        model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 4);
+        model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 12);
 }
 
 void SuspectsPanel::resizeEvent(QResizeEvent* event) {
