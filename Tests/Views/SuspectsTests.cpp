@@ -223,5 +223,22 @@ TEST(SuspectsPanelTests, WaitsIsEmptyAndSaysWhereItsListComesFrom) {
     save(panel, "suspects-large");
 }
 
+TEST(AppIconsTests, AnEntrysOwnIconIsFoundAndNothingIsMadeUp) {
+    const QTemporaryDir folder;
+    const QString icon = folder.filePath("app.png");
+    QPixmap drawing(64, 64);
+    drawing.fill(Qt::red);
+    ASSERT_TRUE(drawing.save(icon));
+    QFile entry(folder.filePath("app.desktop"));
+    ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
+    entry.write("[Desktop Action new]\nIcon=/nowhere.png\n[Desktop Entry]\nIcon=" + icon.toUtf8() + "\n");
+    entry.close();
+    AppIcons icons;
+    EXPECT_EQ(icons.pixmap(entry.fileName(), 28, 1).width(), 28);
+    EXPECT_TRUE(icons.pixmap(folder.filePath("gone.desktop"), 28, 1).isNull());
+    EXPECT_TRUE(icons.pixmap("/Applications/Nowhere.app", 28, 1).isNull());
+    EXPECT_TRUE(icons.pixmap({}, 28, 1).isNull());
+}
+
 } // namespace
 } // namespace vantoro

@@ -25,9 +25,6 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     entry->row = new SuspectRow(look(), icons_, this);
     entry->row->setNarrow(isNarrow_);
     entry->row->hide();
-    // The keyboard comes to it where it is read, not where it was made.
-    setTabOrder(lastMade_ != nullptr ? lastMade_ : static_cast<QWidget*>(all_), entry->row);
-    lastMade_ = entry->row;
     const Entry* const owned = entry.get();
     connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
         owned->row->setExpanded(!owned->row->isExpanded());
@@ -171,6 +168,7 @@ void SuspectsPanel::moveFocus(const SuspectRow* from, int rows) {
         const auto to = static_cast<std::size_t>(std::clamp(static_cast<int>(i) + rows, 0, last));
         setStop(to);
         entries_[to]->row->setFocus(Qt::OtherFocusReason);
+        emit rowReached(entries_[to]->row);
         return;
     }
 }
@@ -199,8 +197,11 @@ int SuspectsPanel::heightFor(int width) const {
 }
 
 void SuspectsPanel::askForHeight() {
-    if (heightFor(width()) != height())
-        emit heightChanged();
+    const int height = heightFor(width());
+    if (height == askedHeight_)
+        return;
+    askedHeight_ = height;
+    emit heightChanged();
 }
 
 void SuspectsPanel::placeButton() {
@@ -215,6 +216,7 @@ void SuspectsPanel::placeButton() {
 
 void SuspectsPanel::resizeEvent(QResizeEvent* event) {
     Panel::resizeEvent(event);
+    askedHeight_ = heightFor(width());
     placeButton();
     placeRows(false);
 }
