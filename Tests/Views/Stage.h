@@ -20,6 +20,9 @@ public:
     Cooling cooling() const override { return cools; }
     int fanCount() const override { return fans; }
     int sensorCount() const override { return 148; }
+    bool hasGPUSensors() const override { return hasGPU; }
+    double maxPerformanceMHz() const override { return performanceMHz; }
+    double maxEfficiencyMHz() const override { return efficiencyMHz; }
     std::vector<FanReading> readFans() override { return {}; }
     Temperatures readTemperatures() override { return {}; }
     PowerReading readPower() override { return {}; }
@@ -33,6 +36,9 @@ public:
     std::vector<double> dieSensors;
     std::vector<double> gpuSensors;
     std::vector<Core> coreList;
+    bool hasGPU = true;
+    double performanceMHz = 4056;
+    double efficiencyMHz = 2748;
 };
 
 class StageMachine : public Machine {
@@ -67,11 +73,18 @@ struct Stage {
     QImage picture(QWidget& widget, const QSize& size) {
         widget.resize(size);
         widget.show();
-        QCoreApplication::processEvents();
+        settle();
+        return widget.grab().toImage();
+    }
+
+    /// Lets the events through and everything that moves arrive.
+    void settle() {
+        // A height that follows from a width takes some rounds to reach the outermost layout.
+        for (int round = 0; round < 5; ++round)
+            QCoreApplication::processEvents();
         seconds += 10;
         clock.beat();
         QCoreApplication::processEvents();
-        return widget.grab().toImage();
     }
 
     QTemporaryDir folder;

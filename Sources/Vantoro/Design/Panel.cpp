@@ -13,7 +13,7 @@ Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(n
 
 void Panel::placeBody() {
     const int title = title_.isEmpty() ? Space::panelPadding : qRound(titleHeight * theme().textScale());
-    body_->setContentsMargins(Space::panelPadding, title, Space::panelPadding, Space::panelPadding);
+    body_->setContentsMargins(sidePadding_, title, sidePadding_, bottomPadding_);
 }
 
 void Panel::assign(QString& member, const QString& value) {
@@ -49,6 +49,16 @@ void Panel::setRoomAtRight(int points) {
 
 void Panel::setFigure(const QString& figure) {
     assign(figure_, figure);
+}
+
+void Panel::setBottomPadding(int points) {
+    bottomPadding_ = points;
+    placeBody();
+}
+
+void Panel::setSidePadding(int points) {
+    sidePadding_ = points;
+    placeBody();
 }
 
 Description Panel::describe() {

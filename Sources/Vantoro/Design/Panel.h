@@ -43,6 +43,11 @@ public:
     void setRoomAtRight(int points);
     /// A figure in place of the caption: primary, semibold.
     void setFigure(const QString& figure);
+    /// The room below the body: the panel's padding unless told.
+    void setBottomPadding(int points);
+    /// The room at both sides of the body: less than the panel's padding for rows that bring their own, so that a
+    /// focus ring stands clear of what it surrounds.
+    void setSidePadding(int points);
 
     Description describe() override;
 
@@ -61,6 +66,8 @@ private:
     QString caption_;
     QString figure_;
     int roomAtRight_ = 0;
+    int sidePadding_ = Space::panelPadding;
+    int bottomPadding_ = Space::panelPadding;
 };
 
 } // namespace vantoro

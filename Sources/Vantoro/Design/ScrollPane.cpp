@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <QApplication>
+#include <QFocusEvent>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -20,11 +21,13 @@ public:
 
     QSize sizeHint() const override { return {10, 40}; }
 
+    bool hasKeyboard = false;
+
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.fillRect(rect(), look_.theme.color(Tone::window));
+        painter.fillRect(rect(), palette().color(QPalette::Window));
         const int span = maximum() - minimum() + pageStep();
         if (maximum() <= minimum() || span <= 0)
             return;
@@ -32,8 +35,8 @@ protected:
         const double track = height() - 8;
         const double length = std::max(shortest, track * pageStep() / span);
         const double top = 4 + (track - length) * (value() - minimum()) / (maximum() - minimum());
-        QColor thumb = look_.theme.color(Tone::textTertiary);
-        thumb.setAlphaF(0.6F);
+        QColor thumb = look_.theme.color(hasKeyboard ? Tone::accent : Tone::textTertiary);
+        thumb.setAlphaF(hasKeyboard ? 1 : 0.6F);
         painter.setPen(Qt::NoPen);
         painter.setBrush(thumb);
         painter.drawRoundedRect(QRectF(width() - 8, top, 6, length), 3, 3);
@@ -60,10 +63,28 @@ ScrollPane::ScrollPane(Look& look, QWidget* parent)
 
 void ScrollPane::applyTheme() {
     QPalette colors = palette();
-    colors.setColor(QPalette::Window, look_.theme.color(Tone::window));
+    colors.setColor(QPalette::Window, look_.theme.color(surface_));
     setPalette(colors);
     content_->setPalette(colors);
     content_->setAutoFillBackground(true);
+}
+
+void ScrollPane::setSurface(Tone surface) {
+    surface_ = surface;
+    applyTheme();
+}
+
+void ScrollPane::focusInEvent(QFocusEvent* event) {
+    QScrollArea::focusInEvent(event);
+    static_cast<ThinBar*>(verticalScrollBar())->hasKeyboard =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    verticalScrollBar()->update();
+}
+
+void ScrollPane::focusOutEvent(QFocusEvent* event) {
+    QScrollArea::focusOutEvent(event);
+    static_cast<ThinBar*>(verticalScrollBar())->hasKeyboard = false;
+    verticalScrollBar()->update();
 }
 
 void ScrollPane::resizeEvent(QResizeEvent* event) {
@@ -71,7 +92,8 @@ void ScrollPane::resizeEvent(QResizeEvent* event) {
     const bool scrolls = viewport()->width() < width();
     const int bar = scrolls ? width() - viewport()->width() : 0;
     const int side = Space::windowMargin + std::max(0, (width() - 2 * Space::windowMargin - widestContent) / 2);
-    column_->setContentsMargins(side, 8, side - bar, Space::windowMargin);
+    const QMargins margins = margins_.value_or(QMargins(side, 8, side, Space::windowMargin));
+    column_->setContentsMargins(margins - QMargins(0, 0, bar, 0));
     QScrollArea::resizeEvent(event);
 }
 

@@ -24,9 +24,8 @@ public:
 
     int performanceCount() const { return performanceCount_; }
     int efficiencyCount() const { return efficiencyCount_; }
-    /// 0 when not known.
-    double maxPerformanceMHz() const { return maxPerformanceMHz_; }
-    double maxEfficiencyMHz() const { return maxEfficiencyMHz_; }
+    double maxPerformanceMHz() const override { return maxPerformanceMHz_; }
+    double maxEfficiencyMHz() const override { return maxEfficiencyMHz_; }
     bool frequencyAvailable() const { return frequencyAvailable_; }
 
 private:

@@ -33,6 +33,7 @@ public:
     Cooling cooling() const override { return reportsNoFans_ ? Cooling::passive : Cooling::fans; }
     int fanCount() const override { return fanCount_; }
     int sensorCount() const override;
+    bool hasGPUSensors() const override { return !gpuKeys_.empty(); }
 
     bool isAvailable() const { return isAvailable_; }
     bool reportsNoFans() const { return reportsNoFans_; }

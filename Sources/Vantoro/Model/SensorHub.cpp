@@ -157,6 +157,7 @@ void SensorHub::accept(Snapshot snapshot) {
 
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     history_.append(snapshot);
+    extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     emit snapshotChanged();
     publishDerived(false);
@@ -187,7 +188,7 @@ void SensorHub::publishDerived(bool force) {
     std::vector<ProcessGroup> suspects = rankedSuspects(history_);
     std::vector<double> dieSensors;
     std::vector<double> gpuSensors;
-    if (coresPaneVisible_ && hasOpenSensors()) {
+    if (readsSingleSensors() && hasOpenSensors()) {
         dieSensors = sources_.sensors->readDieSensors();
         gpuSensors = sources_.sensors->readGPUSensors();
     }
@@ -206,11 +207,11 @@ void SensorHub::publishDerived(bool force) {
     // A shorter list is a partial reading: the one before stays, so that the pane does not flicker.
     constexpr std::size_t fewestDieSensors = 8;
     constexpr std::size_t fewestGPUSensors = 4;
-    if (coresPaneVisible_ && dieSensors.size() >= fewestDieSensors) {
+    if (readsSingleSensors() && dieSensors.size() >= fewestDieSensors) {
         dieSensors_ = std::move(dieSensors);
         emit dieSensorsChanged();
     }
-    if (coresPaneVisible_ && gpuSensors.size() >= fewestGPUSensors) {
+    if (readsSingleSensors() && gpuSensors.size() >= fewestGPUSensors) {
         gpuSensors_ = std::move(gpuSensors);
         emit gpuSensorsChanged();
     }
@@ -241,6 +242,12 @@ void SensorHub::forceQuit(const ProcessGroup& group) {
         if (member.pid > 0)
             environment_.killProcess(member.pid);
     QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tick);
+}
+
+double SensorHub::coreCeilingMHz(bool isPerformance) const {
+    if (!sources_.cores)
+        return 0;
+    return isPerformance ? sources_.cores->maxPerformanceMHz() : sources_.cores->maxEfficiencyMHz();
 }
 
 const std::string& SensorHub::machineName() {

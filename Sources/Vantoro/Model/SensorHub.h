@@ -6,6 +6,7 @@
 #include "Design/Motion.h"
 #include "Model/ChartSeries.h"
 #include "Model/Core.h"
+#include "Model/Extremes.h"
 #include "Model/HeatSmoothing.h"
 #include "Model/History.h"
 #include "Model/ProcessMonitor.h"
@@ -72,6 +73,12 @@ public:
     const std::vector<double>& dieSensors() const { return dieSensors_; }
     const std::vector<double>& gpuSensors() const { return gpuSensors_; }
     const ChartSeries& series() const { return series_; }
+    /// The lowest and the highest that every figure has been since launch.
+    const Extremes& extremes() const { return extremes_; }
+    /// The highest frequency of a kind of core in MHz; 0 when not known.
+    double coreCeilingMHz(bool isPerformance) const;
+    /// Whether the graphics processor has sensors at all, measuring or not.
+    bool hasGPUSensors() const { return hasOpenSensors() && sources_.sensors->hasGPUSensors(); }
 
     const History& history() const { return history_; }
     History& history() { return history_; }
@@ -80,8 +87,11 @@ public:
     /// How what was published last is to be shown; none means at once.
     const std::optional<Animation>& animation() const { return animation_; }
 
-    /// The cores pane sets this while it is on screen; only then are single sensors read.
+    /// The cores pane sets this while it is on screen; only then, or while a list of them is unfolded, are single
+    /// sensors read.
     void setCoresPaneVisible(bool visible) { coresPaneVisible_ = visible; }
+    /// The sensors pane sets this while it is on screen with a row unfolded into its single sensors.
+    void setSensorListVisible(bool visible) { sensorListVisible_ = visible; }
 
     /// Starts sampling: the process monitor, one tick at once, then the timer. Does nothing the second time.
     void start();
@@ -132,6 +142,7 @@ signals:
     void refreshed();
 
 private:
+    bool readsSingleSensors() const { return coresPaneVisible_ || sensorListVisible_; }
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
     ThermalPressure readThermalPressure() const;
@@ -162,6 +173,7 @@ private:
     std::vector<double> dieSensors_;
     std::vector<double> gpuSensors_;
     ChartSeries series_;
+    Extremes extremes_;
     std::optional<Animation> animation_;
 
     History history_;
@@ -170,6 +182,7 @@ private:
     std::unique_ptr<QTimer> timer_;
     bool windowVisible_ = true;
     bool coresPaneVisible_ = false;
+    bool sensorListVisible_ = false;
     bool isReplay_ = false;
     std::uint64_t ticks_ = 0;
     std::vector<ProcessSample> latestProcesses_;

@@ -22,6 +22,8 @@ public:
     virtual int fanCount() const = 0;
     /// How many sensors were found in all families together.
     virtual int sensorCount() const = 0;
+    /// Whether any sensor of the graphics processor was found, measuring or not.
+    virtual bool hasGPUSensors() const { return true; }
 
     virtual std::vector<FanReading> readFans() = 0;
     virtual Temperatures readTemperatures() = 0;
@@ -40,6 +42,9 @@ public:
     /// Measures the time since the call before.
     virtual void sample() = 0;
     virtual const std::vector<Core>& cores() const = 0;
+    /// The highest frequency of each kind of core; 0 when not known.
+    virtual double maxPerformanceMHz() const { return 0; }
+    virtual double maxEfficiencyMHz() const { return 0; }
 };
 
 class GPUPowerSource {
