@@ -9,7 +9,6 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
-class QDBusPendingCallWatcher;
 class QDBusServiceWatcher;
 
 namespace vantoro {
@@ -39,10 +38,12 @@ signals:
     /// It was double-clicked or clicked with the middle button.
     void openRequested();
 
+private slots:
+    void create();
+
 private:
     void askForTray();
     void waitForTray();
-    void create();
     void refresh();
     void showPicture();
     void activated(QSystemTrayIcon::ActivationReason reason);
