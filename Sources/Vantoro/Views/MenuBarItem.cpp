@@ -42,7 +42,9 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
     patience_.setSingleShot(true);
     connect(&patience_, &QTimer::timeout, this, [this] {
         // Only X11 knows another kind of tray; elsewhere the bar may still come.
-        if (QGuiApplication::platformName() != QStringLiteral("wayland"))
+        if (QGuiApplication::platformName() == QStringLiteral("wayland"))
+            emit availabilityKnown(false);
+        else
             create();
     });
     connect(&context.hub, &SensorHub::refreshed, this, &MenuBarItem::refresh);
@@ -104,6 +106,9 @@ void MenuBarItem::create() {
     item_->show();
     if (model_.variant == MenuBarVariant::fan && item_->isVisible())
         context_.look.clock.run(*this);
+    // Queued: who made the item hears of it from the event loop in every case.
+    QMetaObject::invokeMethod(
+        this, [this] { emit availabilityKnown(QSystemTrayIcon::isSystemTrayAvailable()); }, Qt::QueuedConnection);
 }
 
 QRect MenuBarItem::geometry() const {

@@ -30,6 +30,9 @@ public:
     /// What it shows.
     const MenuBarModel& model() const { return model_; }
 
+    /// Shows what the hub and the settings say now.
+    void refresh();
+
     bool advance(double now) override;
 
 signals:
@@ -37,6 +40,8 @@ signals:
     void panelRequested(const QPoint& globalAnchor);
     /// It was double-clicked or clicked with the middle button.
     void openRequested();
+    /// Whether this desktop has a bar for it; again should one come later.
+    void availabilityKnown(bool available);
 
 private slots:
     void create();
@@ -44,7 +49,6 @@ private slots:
 private:
     void askForTray();
     void waitForTray();
-    void refresh();
     void showPicture();
     void activated(QSystemTrayIcon::ActivationReason reason);
 

@@ -13,7 +13,7 @@ namespace vantoro {
 namespace {
 
 constexpr double titleCentre = 17.5; // from the top
-constexpr int aboveRule = 4;       // the rule and the ramp mark begin above the plot
+constexpr int aboveRule = 4;         // the rule and the ramp mark begin above the plot
 constexpr double ringRadius = 4;
 constexpr int ringReach = 6; // with its stroke
 constexpr double captionGap = 8;
