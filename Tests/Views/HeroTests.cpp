@@ -6,6 +6,7 @@
 #include "Views/Stage.h"
 
 #include <algorithm>
+#include <QPaintEvent>
 
 namespace vantoro {
 namespace {
@@ -172,6 +173,32 @@ TEST(FanRotorTests, TurnsAsTheFanDoesButOnlyWhereItMay) {
     EXPECT_FALSE(stage.clock.isBeating()) << "at rest nothing beats";
 }
 
+TEST(FanRotorTests, PaintsOnlyItsWheelWhileItTurns) {
+    class Painted : public QObject {
+    public:
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint)
+                regions.push_back(static_cast<QPaintEvent*>(event)->region().boundingRect());
+            return false;
+        }
+        std::vector<QRect> regions;
+    };
+    Stage stage;
+    FanRotor rotor(stage.look, 148, FanRotor::Captions::full);
+    rotor.show(FanRotorFigures{.figure = "1,250", .unit = "rpm", .position = 0.1, .turnsPerSecond = 1});
+    stage.picture(rotor, rotor.sizeHint());
+    Painted painted;
+    rotor.installEventFilter(&painted);
+    for (int beat = 0; beat < 30; ++beat) {
+        stage.seconds += 0.033;
+        stage.clock.beat();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_GT(painted.regions.size(), 20U);
+    for (const QRect& region : painted.regions)
+        EXPECT_LE(region.width() * region.height(), 106 * 106);
+}
+
 TEST(HeroTests, GrowsWithItsTextAndStaysWithinItself) {
     Stage stage;
     stage.hub.accept(machineWithFans(2, 3360));
@@ -187,12 +214,44 @@ TEST(HeroTests, GrowsWithItsTextAndStaysWithinItself) {
             model.detail = model.detail.repeated(8);
             hero.show(model);
             const int after = hero.heightForWidth(width);
-            EXPECT_GE(before, 236);
+            EXPECT_GE(before, 228);
             EXPECT_GT(after, before);
             hero.resize(width, after);
             for (const QWidget* child : hero.findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
                 EXPECT_TRUE(hero.rect().contains(child->geometry())) << child->metaObject()->className() << width;
         }
+    }
+}
+
+TEST(HeroPictures, OfRareStatesAreSavedOnRequest) {
+    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
+    struct Case {
+        const char* name;
+        Snapshot snapshot;
+        double scale;
+        int width;
+    };
+    Snapshot slowed = machineWithFans(2, 4900);
+    slowed.thermalPressure = ThermalPressure::serious;
+    Snapshot parked;
+    parked.cooling = Cooling::passive;
+    for (const Case& one :
+         {Case{"none", machineWithFans(0, 0), 1, 1040}, Case{"five", machineWithFans(5, 2480), 1, 1040},
+          Case{"critical", slowed, 1, 1040}, Case{"large", slowed, 1.5, 820}, Case{"parked", parked, 1, 1040}}) {
+        Stage stage;
+        stage.theme.setTextScale(one.scale);
+        stage.hub.accept(one.snapshot);
+        QWidget window;
+        QPalette colors;
+        colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
+        window.setPalette(colors);
+        Hero hero(stage.look, &window);
+        hero.show(heroModel(stage.hub, stage.settings));
+        const int width = one.width - 48;
+        hero.setGeometry(24, 8, width, hero.heightForWidth(width));
+        stage.picture(window, {one.width, hero.height() + 16}).save(folder + "/rare-" + one.name + ".png");
     }
 }
 

@@ -53,9 +53,13 @@ Description Eyebrow::describe() {
     return {.role = QAccessible::StaticText, .name = tr("Stress level"), .value = model_.spokenValue};
 }
 
+int Eyebrow::scaledTriangle() const {
+    return qRound(triangleSize * theme().textScale());
+}
+
 void Eyebrow::placePips() {
     const QSize size = pips_->sizeHint();
-    const int left = model_.isCritical ? triangleSize + gap() : 0;
+    const int left = model_.isCritical ? scaledTriangle() + gap() : 0;
     pips_->setGeometry(left, (height() - size.height()) / 2, size.width(), size.height());
 }
 
@@ -65,8 +69,8 @@ void Eyebrow::paintEvent(QPaintEvent*) {
     const QColor word =
         model_.level || model_.isCritical ? theme().heatText(model_.heatStop) : color(Tone::textSecondary);
     if (model_.isCritical)
-        look().icons.draw(painter, QRectF(0, 0, triangleSize, line.height()),
-                          QStringLiteral("exclamationmark.triangle.fill"), triangleSize,
+        look().icons.draw(painter, QRectF(0, 0, scaledTriangle(), line.height()),
+                          QStringLiteral("exclamationmark.triangle.fill"), scaledTriangle(),
                           theme().heatFill(model_.heatStop));
     const double left = textLeft();
     const double labelWidth = textWidth(labelStyle(), model_.label);

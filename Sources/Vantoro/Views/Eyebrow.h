@@ -29,6 +29,7 @@ protected:
     void themeChanged() override;
 
 private:
+    int scaledTriangle() const;
     void placePips();
     double textLeft() const;
 

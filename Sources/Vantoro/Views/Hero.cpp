@@ -22,9 +22,9 @@ constexpr int narrowBelow = 940 - 2 * Space::windowMargin;
 
 // The hero's middle and its height while its text is short; then what is kept above and below the text.
 constexpr int leastMiddle = 118;
-constexpr int leastHeight = 236;
+constexpr int leastHeight = 228;
 constexpr int roomAbove = 14;
-constexpr int roomBelow = 24;
+constexpr int roomBelow = 16;
 
 /// Says it without interrupting.
 void announce(QWidget& widget, const QString& text) {

@@ -102,8 +102,9 @@ QPixmap MenuBarImage::picture(const MenuBarModel& model, int frame, const QColor
     constexpr qsizetype most = 100;
     if (turned_.size() > most)
         turned_.clear();
-    return arrangement_ == MenuBarArrangement::sideBySide ? sideBySide(model, frame, color, height, pixelRatio)
-                                                          : withinSquare(model, frame, color, height, pixelRatio);
+    const int shown = model.variant == MenuBarVariant::fan ? frame : 0;
+    return arrangement_ == MenuBarArrangement::sideBySide ? sideBySide(model, shown, color, height, pixelRatio)
+                                                          : withinSquare(model, shown, color, height, pixelRatio);
 }
 
 QIcon MenuBarImage::icon(const MenuBarModel& model, int frame, const QColor& color) {

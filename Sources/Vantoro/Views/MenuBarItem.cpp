@@ -6,6 +6,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPalette>
 
@@ -14,6 +15,7 @@ namespace vantoro {
 namespace {
 
 constexpr char trayService[] = "org.kde.StatusNotifierWatcher";
+constexpr char trayPath[] = "/StatusNotifierWatcher";
 constexpr int patienceMilliseconds = 3000;
 
 /// Where every picture is sent to another process they are rationed.
@@ -38,7 +40,13 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
     , image_(arrangement, context.look.icons)
     , spin_(picturesPerSecond(arrangement)) {
     patience_.setSingleShot(true);
-    connect(&patience_, &QTimer::timeout, this, &MenuBarItem::create);
+    connect(&patience_, &QTimer::timeout, this, [this] {
+        // Only X11 knows another kind of tray; elsewhere the bar may still come.
+        if (QGuiApplication::platformName() == QStringLiteral("wayland"))
+            emit availabilityKnown(false);
+        else
+            create();
+    });
     connect(&context.hub, &SensorHub::refreshed, this, &MenuBarItem::refresh);
     connect(&context.look.theme, &Theme::changed, this, [this] {
         refresh();
@@ -52,44 +60,44 @@ void MenuBarItem::appear() {
     if (item_ != nullptr || patience_.isActive())
         return;
     // Qt settles on its kind of tray when the first icon is made: made before the bar is there, it would never show.
-    if (arrangement_ == MenuBarArrangement::sideBySide || !QDBusConnection::sessionBus().isConnected())
+    if (arrangement_ == MenuBarArrangement::sideBySide || !QDBusConnection::sessionBus().isConnected()) {
         create();
-    else
-        askForTray();
+        return;
+    }
+    waitForTray();
+    askForTray();
 }
 
 void MenuBarItem::askForTray() {
-    waitForTray();
-    QDBusMessage question = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                           "org.freedesktop.DBus", "NameHasOwner");
-    question << QString(trayService);
+    // The service may be up before the bar that it speaks for.
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(trayService, trayPath, "org.freedesktop.DBus.Properties", "Get");
+    question << QString(trayService) << QString("IsStatusNotifierHostRegistered");
+    question.setAutoStartService(false);
     auto* const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question),
                                                      this); // owned by Qt as a child
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* call) {
-        const QDBusPendingReply<bool> reply = *call;
+        const QDBusPendingReply<QDBusVariant> reply = *call;
         call->deleteLater();
-        if (reply.isValid() && reply.value())
+        if (reply.isValid() && reply.value().variant().toBool())
             create();
     });
 }
 
 void MenuBarItem::waitForTray() {
-    trayWatcher_ = std::make_unique<QDBusServiceWatcher>(QString(trayService), QDBusConnection::sessionBus(),
-                                                         QDBusServiceWatcher::WatchForRegistration);
-    connect(trayWatcher_.get(), &QDBusServiceWatcher::serviceRegistered, this, &MenuBarItem::create);
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    trayWatcher_ =
+        std::make_unique<QDBusServiceWatcher>(QString(trayService), bus, QDBusServiceWatcher::WatchForRegistration);
+    connect(trayWatcher_.get(), &QDBusServiceWatcher::serviceRegistered, this, &MenuBarItem::askForTray);
+    bus.connect(QString(), trayPath, trayService, "StatusNotifierHostRegistered", this, SLOT(create()));
     patience_.start(patienceMilliseconds);
 }
 
 void MenuBarItem::create() {
-    const bool isTimedOut = trayWatcher_ != nullptr && sender() == &patience_;
-    // Only X11 knows another kind of tray; elsewhere the bar may still come.
     if (item_ != nullptr)
         return;
-    if (isTimedOut && QGuiApplication::platformName() == QStringLiteral("wayland")) {
-        emit availabilityKnown(false);
-        return;
-    }
     patience_.stop();
+    trayWatcher_.reset();
     item_ = std::make_unique<QSystemTrayIcon>();
     connect(item_.get(), &QSystemTrayIcon::activated, this, &MenuBarItem::activated);
     spin_.appear(context_.look.clock.now());
@@ -126,8 +134,7 @@ void MenuBarItem::refresh() {
 
 void MenuBarItem::showPicture() {
     if (item_ != nullptr)
-        item_->setIcon(
-            image_.icon(model_, model_.variant == MenuBarVariant::fan ? spin_.frame() : 0, ink(arrangement_)));
+        item_->setIcon(image_.icon(model_, spin_.frame(), ink(arrangement_)));
 }
 
 bool MenuBarItem::advance(double now) {

@@ -9,7 +9,6 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 
-class QDBusPendingCallWatcher;
 class QDBusServiceWatcher;
 
 namespace vantoro {
@@ -41,13 +40,15 @@ signals:
     void panelRequested(const QPoint& globalAnchor);
     /// It was double-clicked or clicked with the middle button.
     void openRequested();
-    /// Once: whether this desktop has a bar for it.
+    /// Whether this desktop has a bar for it; again should one come later.
     void availabilityKnown(bool available);
+
+private slots:
+    void create();
 
 private:
     void askForTray();
     void waitForTray();
-    void create();
     void showPicture();
     void activated(QSystemTrayIcon::ActivationReason reason);
 

@@ -268,7 +268,7 @@ int MenuBarPanel::layOut() {
     };
     separate(figuresPadding);
     figures_->setGeometry(left, y, contentWidth, figures_->neededHeight());
-    y += figures_->neededHeight() + figuresPadding + 2;
+    y += figures_->neededHeight() + figuresPadding + 3;
     separate(suspectsPadding);
     const int line = qRound(rowHeight * theme().textScale());
     for (std::size_t i = 0; i < suspects_.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include "Model/Diagnosis.h"
 #include "Model/ProcessKnowledge.h"
+#include "Views/EyebrowModel.h"
 #include "Views/Words.h"
 
 #include <QStringList>
@@ -71,7 +72,7 @@ SuspectRowModel row(const ProcessGroup& group, const Verdict& verdict) {
     row.figure = toQString(DiagnosisEngine::pct(group.stressScore));
     row.spokenFigure = tr("%1 percent of a core").arg(qRound(group.stressScore));
     if (!isAtRest(verdict.state) && verdict.suspect && verdict.suspect->key == group.key)
-        row.heatStop = heatStop(verdict);
+        row.heatStop = verdictHeatStop(verdict);
     row.offersQuit = offersQuit(group, note);
     row.quitPID = group.members.empty() ? 0 : group.members.front().pid;
     if (note != nullptr)
@@ -92,10 +93,6 @@ QString footer(const SensorHub& hub) {
 }
 
 } // namespace
-
-int heatStop(const Verdict& verdict) {
-    return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : verdict.state);
-}
 
 SuspectsModel suspectsModel(const SensorHub& hub) {
     SuspectsModel model;

@@ -57,7 +57,4 @@ struct SuspectsModel {
 
 SuspectsModel suspectsModel(const SensorHub& hub);
 
-/// The stop of the heat ramp that shows a verdict.
-int heatStop(const Verdict& verdict);
-
 } // namespace vantoro
