@@ -1,7 +1,10 @@
-// vantoro_peers SECONDS VANTORO: the CPU time and memory of `VANTORO --record` over some time, its stream program
-// included, beside other monitors of the kind on a terminal of their own, all at 2 s. One after the other, whole
-// processes, start-up included; CPU time as the kernel accounts it for a process and the children it waited for.
+// vantoro_peers SECONDS VANTORO MACHINE: the CPU time and memory of `VANTORO --record` over some time, its stream
+// program included, beside other monitors of the kind on a terminal of their own, all at 2 s. It records twice: with
+// the sensors that this machine has, and with those of the unpacked recorded MACHINE; the dearer of the two is
+// compared. One after the other, whole processes, start-up included; CPU time as the kernel accounts it for a process
+// and the children it waited for.
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -98,8 +101,8 @@ Cost measure(const std::vector<std::string>& command, std::chrono::seconds time)
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fputs("usage: vantoro_peers SECONDS VANTORO\n", stderr);
+    if (argc != 4) {
+        std::fputs("usage: vantoro_peers SECONDS VANTORO MACHINE\n", stderr);
         return 2;
     }
     const std::chrono::seconds time(std::strtol(argv[1], nullptr, 10));
@@ -110,23 +113,35 @@ int main(int argc, char** argv) {
     ::setenv("TERM", "xterm-256color", 1);
     ::setenv("LANG", "C.UTF-8", 1);
 
-    const Cost own = measure({argv[2], "--record", folder / "recording.jsonl"}, time);
-    fmt::print("{:<18}{:>8.3f} s CPU in {} s{:>9.1f} MB PSS\n", "vantoro --record", own.cpuSeconds, time.count(),
-               own.pssMegabytes);
+    const auto print = [time](const std::string& name, const Cost& cost, const std::string& remark) {
+        fmt::print("{:<18}{:>8.3f} s CPU in {} s{:>9.1f} MB PSS   {}\n", name, cost.cpuSeconds, time.count(),
+                   cost.pssMegabytes, remark);
+    };
+    const auto record = [&](const std::string& name) {
+        const std::filesystem::path file = folder / "recording.jsonl";
+        const Cost cost = measure({argv[2], "--record", file}, time);
+        std::filesystem::remove(file); // a recording is never written over
+        print(name, cost,
+              fmt::format("{:.3f} s CPU a minute", cost.cpuSeconds * 60 / static_cast<double>(time.count())));
+        return cost;
+    };
+    const Cost plain = record("vantoro --record");
+    ::setenv("VANTORO_SYSFS_ROOT", argv[3], 1);
+    const Cost withSensors = record("  with sensors");
+    const double own = std::max(plain.cpuSeconds, withSensors.cpuSeconds);
     struct Peer {
         std::vector<std::string> command;
         double limit;
     };
     const std::vector<Peer> peers{
         {{"top", "-d", "2"}, 0.55}, {{"htop", "-d", "20"}, 0.25}, {{"btop", "--utf-force"}, 0.55}};
-    bool good = own.ran;
+    bool good = plain.ran && withSensors.ran;
     for (const Peer& peer : peers) {
         const Cost cost = measure(peer.command, time);
-        const double ratio = cost.cpuSeconds > 0 ? own.cpuSeconds / cost.cpuSeconds : 0;
+        const double ratio = cost.cpuSeconds > 0 ? own / cost.cpuSeconds : 0;
         good = good && cost.ran && ratio <= peer.limit;
-        fmt::print("{:<18}{:>8.3f} s CPU in {} s{:>9.1f} MB PSS   vantoro/{}: {:.2f} (at most {:.2f})\n",
-                   peer.command[0], cost.cpuSeconds, time.count(), cost.pssMegabytes, peer.command[0], ratio,
-                   peer.limit);
+        print(peer.command[0], cost,
+              fmt::format("vantoro/{}: {:.2f} (at most {:.2f})", peer.command[0], ratio, peer.limit));
     }
     std::filesystem::remove_all(folder);
     return good ? EXIT_SUCCESS : EXIT_FAILURE;

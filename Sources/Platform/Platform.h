@@ -11,6 +11,7 @@
 #include "Platform/ProcessTable.h"
 #include "Platform/SMCService.h"
 #include "Platform/StateReport.h"
+#include "Platform/SystemLooks.h"
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
 
@@ -31,6 +32,7 @@ struct Platform {
     std::shared_ptr<ProcessStream> processStream;
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
+    std::shared_ptr<SystemLooks> systemLooks;
 };
 
 } // namespace vantoro

@@ -19,11 +19,12 @@ public:
 
     virtual ~SystemLooks() = default;
 
-    /// As it stands now.
+    /// As it stands now, for the application as it was told to look.
     virtual State state() const = 0;
-
-    /// Called on the main thread after a change, where the system tells of one.
-    std::function<void()> onChange;
+    /// What the system itself draws of the application (frames, menus) is to be dark or light; none: as the system is.
+    virtual void choose(std::optional<bool> dark) = 0;
+    /// From now on `changed` is called on the main thread after a change that the system tells of; empty ends it.
+    virtual void watch(std::function<void()> changed) = 0;
 };
 
 } // namespace vantoro

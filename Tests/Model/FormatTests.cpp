@@ -75,6 +75,8 @@ TEST(Format, SpeedsAndAges) {
 TEST(Format, TimesOfDayInEnglishAndUTC) {
     const DefaultFormatContext context;
     EXPECT_EQ(context.timeOfDay(1772356440), "9:14 AM");
+    EXPECT_EQ(context.timeWithSeconds(1772356447.9), "9:14:07 AM");
+    EXPECT_EQ(context.clockFace(1772356440 + 12 * 3600), "9:14");
     EXPECT_EQ(context.timeOfDay(0), "12:00 AM");
     EXPECT_EQ(context.timeOfDay(12 * 3600), "12:00 PM");
     EXPECT_EQ(context.timeOfDay(86399.9), "11:59 PM");

@@ -106,6 +106,23 @@ TEST(History, FindsWhereTheUnbrokenRampBegan) {
     EXPECT_EQ(rampOf({fanlessMachine(66)}), 0);
 }
 
+TEST(History, KnowsTheRampWithoutLookingBackAtAllOfIt) {
+    History history;
+    history.setRetention(20);
+    const std::vector<Snapshot> kinds{fanMachine(0.5), fanlessMachine(60), fanMachine(0.2), fanlessMachine(90)};
+    for (int i = 0; i < 400; ++i) {
+        // Long ramps that outlast the retention, short ones, and changes of the threshold in between.
+        const bool isMixed = i % 100 < 40;
+        history.append(at(i, isMixed ? kinds[static_cast<std::size_t>(i * 7 / 3 % 4)] : kinds[i < 200 ? 0 : 3]));
+        if (i == 190)
+            history.setRetention(5);
+        const double threshold = history.snapshots().back().cooling == Cooling::passive ? 0.22 : 0.18;
+        ASSERT_EQ(history.lastRampStart({}), history.lastRampStart(threshold)) << i;
+    }
+    history.append(at(1000, fanMachine(0.5)));
+    EXPECT_EQ(history.lastRampStart({}), 1000) << "what came before was dropped";
+}
+
 TEST(ProcessAggregation, SumsUpOneProcessOverTheWindow) {
     History history;
     for (int i = 0; i < 10; ++i) {

@@ -36,7 +36,12 @@ TEST(SingleInstanceTests, TheSecondLaunchRaisesTheFirst) {
 class ScriptedLooks : public SystemLooks {
 public:
     State state() const override { return now; }
+    void choose(std::optional<bool> dark) override { chosen = dark; }
+    void watch(std::function<void()> changed) override { onChange = std::move(changed); }
+
     State now;
+    std::optional<bool> chosen;
+    std::function<void()> onChange;
 };
 
 TEST(LooksFollowerTests, TheUsersChoiceWinsOverTheSystemsAndBothApplyLive) {
@@ -50,8 +55,10 @@ TEST(LooksFollowerTests, TheUsersChoiceWinsOverTheSystemsAndBothApplyLive) {
     EXPECT_TRUE(theme.reducesMotion());
     follower.applyAppearance("light");
     EXPECT_FALSE(isDark());
+    EXPECT_EQ(looks->chosen, false) << "the frame too";
     follower.applyAppearance("Dark");
     EXPECT_TRUE(isDark()) << "not a word it knows: the system's again";
+    EXPECT_EQ(looks->chosen, std::nullopt);
     looks->now.isDark = false;
     looks->onChange();
     EXPECT_FALSE(isDark());

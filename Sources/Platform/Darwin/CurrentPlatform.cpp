@@ -8,6 +8,7 @@
 #include "Platform/Darwin/DarwinProcessTable.h"
 #include "Platform/Darwin/DarwinSMCService.h"
 #include "Platform/Darwin/DarwinStateReport.h"
+#include "Platform/Darwin/DarwinSystemLooks.h"
 #include "Platform/Darwin/DarwinSystemStatistics.h"
 #include "Platform/Darwin/DarwinThermalState.h"
 
@@ -30,6 +31,7 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
         std::make_shared<DarwinProcessStream>(top != nullptr ? std::optional<std::string>(top) : std::nullopt);
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
+    platform.systemLooks = std::make_shared<DarwinSystemLooks>();
     return platform;
 }
 

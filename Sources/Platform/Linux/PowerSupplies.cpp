@@ -28,6 +28,8 @@ struct SupplyFiles {
     SensorFile power;
     SensorFile voltage;
     SensorFile current;
+    /// It gave voltage and current in place of the power, which it then has no file for: none is looked for.
+    bool givesCurrent = false;
 };
 
 std::optional<BatteryReading> readBattery(SupplyFiles& files) {
@@ -35,16 +37,21 @@ std::optional<BatteryReading> readBattery(SupplyFiles& files) {
     const auto status = files.status.readText(room, sizeof room);
     if (!status)
         return {};
-    const auto power = files.power.readNumber();
-    if (power)
-        return deriveBattery(*status, power, {}, {});
-    return deriveBattery(*status, {}, files.voltage.readNumber(), files.current.readNumber());
+    if (!files.givesCurrent)
+        if (const auto power = files.power.readNumber())
+            return deriveBattery(*status, power, {}, {});
+    const auto voltage = files.voltage.readNumber();
+    const auto current = files.current.readNumber();
+    files.givesCurrent = voltage && current;
+    return deriveBattery(*status, {}, voltage, current);
 }
 
 std::optional<AdapterReading> readAdapter(SupplyFiles& files) {
     const auto online = files.online.readNumber();
     if (!online)
         return {};
+    if (*online <= 0) // what an idle port says is not used, and many have no files for it
+        return deriveAdapter(online, {}, {});
     return deriveAdapter(online, files.voltage.readNumber(), files.current.readNumber());
 }
 

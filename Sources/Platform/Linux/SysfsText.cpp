@@ -53,6 +53,7 @@ std::optional<std::int64_t> parseWholeNumber(std::string_view text) {
 
 std::vector<std::int64_t> parseWholeNumbers(std::string_view text) {
     std::vector<std::int64_t> numbers;
+    numbers.reserve(12); // a processor's line of /proc/stat has ten
     while (!(text = trimmedText(text)).empty()) {
         const std::string_view word = text.substr(0, text.find_first_of(" \t\n"));
         if (const auto number = parseWholeNumber(word))

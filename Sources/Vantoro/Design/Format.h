@@ -29,6 +29,10 @@ public:
     static std::string relative(UnixSeconds moment, UnixSeconds now);
     /// The local time of day in the locale's short form.
     std::string timeOfDay(UnixSeconds instant) const { return context_.timeOfDay(instant); }
+    /// The same with the seconds.
+    std::string timeWithSeconds(UnixSeconds instant) const { return context_.timeWithSeconds(instant); }
+    /// The short form without what tells morning from afternoon, for a row of times.
+    std::string clockFace(UnixSeconds instant) const { return context_.clockFace(instant); }
 
 private:
     const FormatContext& context_;

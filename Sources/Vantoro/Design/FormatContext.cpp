@@ -27,14 +27,39 @@ std::optional<std::string> DefaultFormatContext::grouped(std::int64_t number) co
     return digits;
 }
 
-std::string DefaultFormatContext::timeOfDay(UnixSeconds instant) const {
+namespace {
+
+struct TimeOfDay {
+    std::int64_t hour = 0; ///< 0 to 23
+    std::int64_t minute = 0;
+    std::int64_t second = 0;
+
+    std::int64_t hourOnFace() const { return hour % 12 == 0 ? 12 : hour % 12; }
+    const char* period() const { return hour < 12 ? "AM" : "PM"; }
+};
+
+TimeOfDay inUTC(UnixSeconds instant) {
     constexpr double secondsPerDay = 86400;
     double secondOfDay = std::fmod(instant, secondsPerDay);
     if (secondOfDay < 0)
         secondOfDay += secondsPerDay;
-    const std::int64_t minutes = truncated(secondOfDay / 60);
-    const std::int64_t hour = minutes / 60 % 24;
-    return fmt::format("{}:{:02} {}", hour % 12 == 0 ? 12 : hour % 12, minutes % 60, hour < 12 ? "AM" : "PM");
+    const std::int64_t seconds = truncated(secondOfDay);
+    return {.hour = seconds / 3600 % 24, .minute = seconds / 60 % 60, .second = seconds % 60};
+}
+
+} // namespace
+
+std::string DefaultFormatContext::timeOfDay(UnixSeconds instant) const {
+    return fmt::format("{} {}", clockFace(instant), inUTC(instant).period());
+}
+
+std::string DefaultFormatContext::timeWithSeconds(UnixSeconds instant) const {
+    return fmt::format("{}:{:02} {}", clockFace(instant), inUTC(instant).second, inUTC(instant).period());
+}
+
+std::string DefaultFormatContext::clockFace(UnixSeconds instant) const {
+    const TimeOfDay time = inUTC(instant);
+    return fmt::format("{}:{:02}", time.hourOnFace(), time.minute);
 }
 
 } // namespace vantoro

@@ -24,9 +24,13 @@ public:
     virtual std::optional<std::string> grouped(std::int64_t number) const = 0;
     /// The local time of day in the locale's short form, without the date.
     virtual std::string timeOfDay(UnixSeconds instant) const = 0;
+    /// The same with the seconds.
+    virtual std::string timeWithSeconds(UnixSeconds instant) const = 0;
+    /// The short form without what tells morning from afternoon: enough where the times beside it tell.
+    virtual std::string clockFace(UnixSeconds instant) const = 0;
 };
 
-/// No stored setting, English conventions, UTC ("1,234", "9:14 AM").
+/// No stored setting, English conventions, UTC ("1,234", "9:14 AM", "9:14:07 AM", "9:14").
 class DefaultFormatContext : public FormatContext {
 public:
     std::optional<std::string> text(std::string_view key) const override;
@@ -34,6 +38,8 @@ public:
     std::optional<bool> flag(std::string_view key) const override;
     std::optional<std::string> grouped(std::int64_t number) const override;
     std::string timeOfDay(UnixSeconds instant) const override;
+    std::string timeWithSeconds(UnixSeconds instant) const override;
+    std::string clockFace(UnixSeconds instant) const override;
 };
 
 } // namespace vantoro

@@ -47,7 +47,10 @@ public:
     QVariant minimumValue() const override { return description().least; }
     QVariant maximumValue() const override { return description().most; }
     QVariant minimumStepSize() const override { return {}; }
-    void setCurrentValue(const QVariant&) override {}
+    void setCurrentValue(const QVariant& value) override {
+        if (const Description what = description(); what.setNumber)
+            what.setNumber(value.toDouble());
+    }
 
     QStringList actionNames() const override {
         QStringList names;

@@ -42,6 +42,8 @@ struct Description {
     std::optional<double> number;
     double least = 0;
     double most = 1;
+    /// Sets it, where a screen reader may.
+    std::function<void(double)> setNumber;
     bool isSelected = false;
     bool isSelectable = false;
     bool isExpanded = false;

@@ -39,6 +39,13 @@ void Panel::setCaption(const QString& caption) {
     assign(caption_, caption);
 }
 
+void Panel::setRoomAtRight(int points) {
+    if (points == roomAtRight_)
+        return;
+    roomAtRight_ = points;
+    update();
+}
+
 void Panel::setFigure(const QString& figure) {
     assign(figure_, figure);
 }
@@ -72,6 +79,8 @@ void Panel::paintEvent(QPaintEvent*) {
     constexpr int iconSize = 16;
     constexpr int gap = 12;
     QRectF line(Space::panelPadding, 0, width() - 2 * Space::panelPadding, titleHeight * theme().textScale());
+    if (roomAtRight_ > 0)
+        line.setRight(line.right() - roomAtRight_);
     if (!icon_.isEmpty()) {
         look().icons.draw(painter, QRectF(line.left(), line.top(), iconSize, line.height()), icon_, iconSize,
                           color(Tone::textSecondary));

@@ -39,6 +39,8 @@ public:
     /// Tertiary, at the right end; elides before the title does.
     void setCaption(const QString& caption);
     const QString& caption() const { return caption_; }
+    /// What stands at the title line's right end beside the panel's own texts takes so many points.
+    void setRoomAtRight(int points);
     /// A figure in place of the caption: primary, semibold.
     void setFigure(const QString& figure);
     /// The room below the body: the panel's padding unless told.
@@ -65,6 +67,7 @@ private:
     QString figure_;
     int sidePadding_ = Space::panelPadding;
     int bottomPadding_ = Space::panelPadding;
+    int roomAtRight_ = 0;
 };
 
 } // namespace vantoro

@@ -22,7 +22,7 @@ constexpr double valueGap = 12;
 } // namespace
 
 StackedBar::StackedBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 }
@@ -49,7 +49,7 @@ int StackedBar::heightForWidth(int width) const {
 
 QSize StackedBar::sizeHint() const {
     constexpr int usual = 456;
-    return {usual, heightForWidth(width() > 0 ? width() : usual)};
+    return {usual, heightForWidth(usual)};
 }
 
 void StackedBar::show(const LegendModel& legend, const std::optional<Animation>& animation) {

@@ -57,7 +57,10 @@ QString interfaceFamily() {
 }
 
 QFont fontOf(const TextStyle& style, const Theme& theme) {
-    QFont font(interfaceFamily());
+    // Inter has a cut of its own for large type, with tighter letters.
+    constexpr double smallestDisplay = 26;
+    static const bool hasDisplay = interfaceFamily() == "Inter" && QFontDatabase::hasFamily("Inter Display");
+    QFont font(hasDisplay && style.size >= smallestDisplay ? QString("Inter Display") : interfaceFamily());
     const double size = style.size * theme.textScale();
     font.setPixelSize(std::max(1, qRound(size)));
     font.setWeight(style.weight);

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <numeric>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace vantoro {
 
@@ -20,6 +19,7 @@ bool inPlausibleBand(double celsius) {
 
 std::vector<double> accepted(const std::vector<double>& readings) {
     std::vector<double> values;
+    values.reserve(readings.size());
     std::ranges::copy_if(readings, std::back_inserter(values), inPlausibleBand);
     return values;
 }
@@ -42,6 +42,13 @@ std::vector<double> withoutPlaceholders(const std::vector<double>& values, int k
     std::ranges::copy_if(values, std::back_inserter(kept),
                          [&](double value) { return counts[hundredths(value)] < placeholderThreshold(keyCount); });
     return kept;
+}
+
+int distinctTenths(const std::vector<double>& values) {
+    std::vector<int> tenths(values.size());
+    std::ranges::transform(values, tenths.begin(), [](double value) { return static_cast<int>(value * 10); });
+    std::ranges::sort(tenths);
+    return static_cast<int>(std::unique(tenths.begin(), tenths.end()) - tenths.begin());
 }
 
 double meanOf(const std::vector<double>& values) {
@@ -68,15 +75,12 @@ FamilyReading summarise(const std::vector<double>& readings, int keyCount, Senso
     std::vector<double> kept = trust == SensorTrust::manyAndNoisy ? withoutPlaceholders(all, keyCount) : all;
     if (kept.empty())
         kept = all;
-    std::unordered_set<int> tenths;
-    for (const double value : all)
-        tenths.insert(static_cast<int>(value * 10));
     const auto [coolest, hottest] = std::ranges::minmax_element(kept);
     return {.hottest = *hottest,
             .coolest = *coolest,
             .mean = meanOf(kept),
             .readable = static_cast<int>(all.size()),
-            .distinct = static_cast<int>(tenths.size()),
+            .distinct = distinctTenths(all),
             .keyCount = keyCount};
 }
 

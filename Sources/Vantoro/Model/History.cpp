@@ -23,6 +23,10 @@ double load(const Snapshot& snapshot) {
     return snapshot.cooling == Cooling::passive ? Snapshot::heatLoad(snapshot.chipHeat) : snapshot.fanLoad();
 }
 
+double rampThreshold(Cooling cooling) {
+    return cooling == Cooling::passive ? 0.22 : 0.18;
+}
+
 } // namespace
 
 void History::keepBusiest(std::vector<ProcessSample>& processes) {
@@ -38,6 +42,11 @@ void History::append(Snapshot snapshot) {
     snapshot.fans.shrink_to_fit();
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
+    const double threshold = rampThreshold(snapshots_.back().cooling);
+    if (threshold != std::exchange(rampThreshold_, threshold))
+        rampLength_ = countAbove(threshold);
+    else
+        rampLength_ = load(snapshots_.back()) > threshold ? rampLength_ + 1 : 0;
     if (snapshots_.front().timestamp < cutoff)
         dropBefore(cutoff);
 }
@@ -51,6 +60,13 @@ void History::setRetention(double seconds) {
 void History::dropBefore(UnixSeconds cutoff) {
     while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff)
         snapshots_.pop_front();
+    rampLength_ = std::min(rampLength_, snapshots_.size());
+}
+
+std::size_t History::countAbove(double threshold) const {
+    const auto end = std::find_if(snapshots_.rbegin(), snapshots_.rend(),
+                                  [threshold](const Snapshot& snapshot) { return !(load(snapshot) > threshold); });
+    return static_cast<std::size_t>(end - snapshots_.rbegin());
 }
 
 std::size_t History::firstIndex(UnixSeconds atOrAfter) const {
@@ -86,13 +102,8 @@ SnapshotRun History::causeWindow(double lag, double span) const {
 }
 
 std::optional<UnixSeconds> History::lastRampStart(std::optional<double> threshold) const {
-    if (snapshots_.empty())
-        return std::nullopt;
-    const double bar = threshold.value_or(snapshots_.back().cooling == Cooling::passive ? 0.22 : 0.18);
-    std::optional<UnixSeconds> start;
-    for (auto snapshot = snapshots_.rbegin(); snapshot != snapshots_.rend() && load(*snapshot) > bar; ++snapshot)
-        start = snapshot->timestamp;
-    return start;
+    const std::size_t length = threshold ? countAbove(*threshold) : rampLength_;
+    return length > 0 ? std::optional(snapshots_[snapshots_.size() - length].timestamp) : std::nullopt;
 }
 
 std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {

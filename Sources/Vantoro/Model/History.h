@@ -76,9 +76,15 @@ private:
     std::size_t firstIndex(UnixSeconds atOrAfter) const;
     void dropBefore(UnixSeconds cutoff);
     SnapshotRun run(std::size_t from, std::size_t to) const;
+    std::size_t countAbove(double threshold) const;
 
     std::deque<Snapshot> snapshots_;
     double retentionSeconds_ = defaultRetentionSeconds;
+    /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,
+    /// since every evaluation asks and a machine that stays warm would have all of the history walked through each
+    /// time.
+    std::size_t rampLength_ = 0;
+    double rampThreshold_ = 0;
 };
 
 } // namespace vantoro

@@ -4,7 +4,6 @@
 #include "Model/SMCKeys.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -17,7 +16,7 @@ namespace {
 constexpr int mostFans = 10;
 
 std::string fanKey(int fan, std::string_view suffix) {
-    return fmt::format("F{}{}", fan, suffix);
+    return std::string{'F', static_cast<char>('0' + fan)}.append(suffix);
 }
 
 std::vector<double> readAll(const std::vector<std::string>& keys) {

@@ -22,6 +22,47 @@ QLocale userLocale() {
     return system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system;
 }
 
+QTime localTime(UnixSeconds instant) {
+    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(instant * 1000))).time();
+}
+
+/// The format with each letter outside its quoted texts as `replace(letter, following)` gives it.
+template <class Replace>
+QString rewritten(const QString& format, Replace replace) {
+    QString result;
+    bool isQuoted = false;
+    for (qsizetype i = 0; i < format.size(); ++i) {
+        const QChar letter = format[i];
+        isQuoted = isQuoted != (letter == u'\'');
+        result += isQuoted ? QString(letter) : replace(letter, i + 1 < format.size() ? format[i + 1] : QChar());
+    }
+    return result;
+}
+
+/// The locale's long form is its standard one with the time zone added.
+QString withoutZone(const QString& format) {
+    QString result = rewritten(
+        format, [](QChar letter, QChar) { return letter == u't' || letter == u'z' ? QString() : QString(letter); });
+    return result.remove("()").remove("[]").trimmed();
+}
+
+constexpr QChar periodMark(u'\x1');
+
+/// The format with a mark before and after its "AP" or "A".
+QString withPeriodMarked(const QString& format) {
+    return rewritten(format, [](QChar letter, QChar following) {
+        QString marked(letter);
+        if (letter.toLower() == u'a') {
+            marked.prepend(periodMark);
+            if (following.toLower() != u'p')
+                marked.append(periodMark);
+        } else if (letter.toLower() == u'p') {
+            marked.append(periodMark);
+        }
+        return marked;
+    });
+}
+
 } // namespace
 
 Settings::Settings() : store_(std::make_unique<QSettings>("Brisel", "Vantoro")) {}
@@ -139,8 +180,23 @@ std::optional<std::string> SettingsFormatContext::grouped(std::int64_t number) c
 }
 
 std::string SettingsFormatContext::timeOfDay(UnixSeconds instant) const {
-    const QDateTime local = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(instant * 1000)));
-    return userLocale().toString(local.time(), QLocale::ShortFormat).toStdString();
+    return userLocale().toString(localTime(instant), QLocale::ShortFormat).toStdString();
+}
+
+std::string SettingsFormatContext::timeWithSeconds(UnixSeconds instant) const {
+    const QLocale locale = userLocale();
+    return locale.toString(localTime(instant), withoutZone(locale.timeFormat(QLocale::LongFormat))).toStdString();
+}
+
+std::string SettingsFormatContext::clockFace(UnixSeconds instant) const {
+    const QLocale locale = userLocale();
+    const QString format = locale.timeFormat(QLocale::ShortFormat);
+    // The period stays in the format, since without it the hours would be those of a 24-hour clock, and is cut out of
+    // what was written.
+    const QString written = locale.toString(localTime(instant), withPeriodMarked(format));
+    const qsizetype begin = written.indexOf(periodMark);
+    const qsizetype end = written.lastIndexOf(periodMark);
+    return (begin < 0 ? written : written.left(begin) + written.mid(end + 1)).trimmed().toStdString();
 }
 
 } // namespace vantoro

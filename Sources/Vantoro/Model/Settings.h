@@ -69,6 +69,8 @@ public:
     std::optional<bool> flag(std::string_view key) const override { return settings_.storedFlag(key); }
     std::optional<std::string> grouped(std::int64_t number) const override;
     std::string timeOfDay(UnixSeconds instant) const override;
+    std::string timeWithSeconds(UnixSeconds instant) const override;
+    std::string clockFace(UnixSeconds instant) const override;
 
 private:
     const Settings& settings_;

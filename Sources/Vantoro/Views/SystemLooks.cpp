@@ -70,7 +70,7 @@ LooksFollower::LooksFollower(Theme& theme, std::shared_ptr<SystemLooks> source, 
     : QObject(parent), theme_(theme), source_(std::move(source)) {
     qApp->installEventFilter(this);
     if (source_)
-        source_->onChange = [this] { follow(); };
+        source_->watch([this] { follow(); });
     else
         askPortal();
     follow();
@@ -78,7 +78,7 @@ LooksFollower::LooksFollower(Theme& theme, std::shared_ptr<SystemLooks> source, 
 
 LooksFollower::~LooksFollower() {
     if (source_)
-        source_->onChange = nullptr;
+        source_->watch({});
 }
 
 // Asked without waiting: a portal that has to be started first takes longer than the first frame may.
@@ -112,6 +112,8 @@ void LooksFollower::portalSettingChanged(const QString& space, const QString& ke
 
 void LooksFollower::applyAppearance(const QString& name) {
     chosen_ = name;
+    if (source_)
+        source_->choose(name == "dark" ? std::optional(true) : name == "light" ? std::optional(false) : std::nullopt);
     follow();
 }
 

@@ -1,0 +1,28 @@
+// The Mac's appearance and the accessibility preferences that concern drawing.
+#pragma once
+
+#include "Platform/SystemLooks.h"
+
+#include <memory>
+
+namespace vantoro {
+
+/// Touches the application object only when asked, so that terminal commands never make one.
+class DarwinSystemLooks : public SystemLooks {
+public:
+    DarwinSystemLooks();
+    ~DarwinSystemLooks() override;
+
+    /// -[NSApplication effectiveAppearance] and the display options of NSWorkspace.
+    State state() const override;
+    /// -[NSApplication setAppearance:].
+    void choose(std::optional<bool> dark) override;
+    /// NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification.
+    void watch(std::function<void()> changed) override;
+
+private:
+    class Observer;
+    std::unique_ptr<Observer> observer_;
+};
+
+} // namespace vantoro

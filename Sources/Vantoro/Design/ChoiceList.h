@@ -1,0 +1,47 @@
+// The list that a pop-up button opens: a window of its own that goes as soon as something else is wanted.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+
+#include <QStringList>
+
+namespace vantoro {
+
+/// Deletes itself once it has closed. Up, down, Home and End move, Return and Space choose, Escape closes.
+class ChoiceList : public PaintedWidget {
+    Q_OBJECT
+public:
+    ChoiceList(Look& look, const QStringList& choices, int current, QWidget* parent);
+
+    /// Under the anchor, at least as wide as it, or above where the screen ends.
+    void openAt(const QWidget& anchor, const QRect& drawn);
+    int highlighted() const { return highlighted_; }
+
+    QSize sizeHint() const override;
+    Description describe() override;
+
+signals:
+    void chosen(int index);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    class Row;
+    double rowHeight() const;
+    QRectF rowRect(int index) const;
+    int rowAt(const QPointF& point) const;
+    void highlight(int index);
+    void choose(int index);
+
+    QStringList choices_;
+    int current_;
+    int highlighted_;
+    std::vector<Row*> rows_; // owned by Qt as children
+};
+
+} // namespace vantoro

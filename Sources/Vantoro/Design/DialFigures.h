@@ -1,0 +1,47 @@
+// What a rotor and a thermal dial show, as texts and shares ready to paint.
+#pragma once
+
+#include <optional>
+#include <QString>
+
+namespace vantoro {
+
+struct FanRotorFigures {
+    /// The speed and its unit, "4,830" and "rpm"; "—" and nothing without a fan.
+    QString figure;
+    QString unit;
+    /// Below them: "Left · 59%".
+    QString caption;
+    /// The fan's name alone, for rotors too small for the rest.
+    QString label;
+    /// Where the fan stands between its limits, 0 to 1; none where they are not known.
+    std::optional<double> position;
+    int heatStop = 0;
+    double turnsPerSecond = 0;
+    QString spokenName;
+    QString spokenValue;
+
+    bool operator==(const FanRotorFigures&) const = default;
+};
+
+struct ThermalDialFigures {
+    /// The whole chip: "71" and "°C"; "—" and nothing without a reading.
+    QString figure;
+    QString unit;
+    /// "whole chip"
+    QString caption;
+    /// The figure as it stands in a dial too small for the rest, "71°".
+    QString smallFigure;
+    /// In the gap below: "hottest core" and "86°C"; empty without a reading.
+    QString gapCaption;
+    QString gapFigure;
+    /// The heat load, 0 to 1.
+    std::optional<double> position;
+    int heatStop = 0;
+    QString spokenName;
+    QString spokenValue;
+
+    bool operator==(const ThermalDialFigures&) const = default;
+};
+
+} // namespace vantoro

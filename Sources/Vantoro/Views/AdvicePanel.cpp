@@ -1,0 +1,125 @@
+#include "Views/AdvicePanel.h"
+
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int sentenceGap = 10;
+constexpr int buttonGap = 16;
+constexpr int noteGap = 10;
+constexpr int lowestGap = 16;
+constexpr int sealSize = 32;
+} // namespace
+
+AdvicePanel::AdvicePanel(Look& look, QWidget* parent)
+    : Panel(look, parent), explain_(new FooterButton(look, "list.bullet.indent", this)) {
+    connect(explain_, &FooterButton::clicked, this, &AdvicePanel::explainRequested);
+}
+
+AdvicePanel::Item AdvicePanel::newItem(std::size_t index) {
+    const Item item{new TextLabel(look(), Type::advice, Tone::textPrimary, this),
+                    new Button(look(), Button::Kind::bordered, {}, this)};
+    item.text->setWraps(true);
+    setTabOrder(item.quit, explain_);
+    connect(item.quit, &Button::clicked, this, [this, index] {
+        if (index < model_.items.size() && model_.items[index].quitPID)
+            emit quitRequested(*model_.items[index].quitPID);
+    });
+    return item;
+}
+
+void AdvicePanel::show(const AdviceModel& model) {
+    if (model == model_)
+        return;
+    const bool wasEmpty = model_.items.empty();
+    model_ = model;
+    setTitle(model.title);
+    explain_->setText(model.explain);
+    for (std::size_t i = 0; i < std::max(items_.size(), model.items.size()); ++i) {
+        if (i >= items_.size())
+            items_.push_back(newItem(i));
+        const Item& item = items_[i];
+        const bool isUsed = i < model.items.size();
+        const bool isQuit = isUsed && model.items[i].quitPID.has_value();
+        item.quit->setVisible(isQuit);
+        item.text->setVisible(isUsed && !(isQuit && model.items[i].note.isEmpty()));
+        if (!isUsed)
+            continue;
+        const AdviceItemModel& shown = model.items[i];
+        if (isQuit)
+            item.quit->setText(shown.text);
+        item.text->setStyle(isQuit ? Type::caption : Type::advice);
+        item.text->setTone(isQuit ? Tone::textTertiary : Tone::textPrimary);
+        item.text->setText(isQuit ? shown.note : shown.text);
+    }
+    stack(width(), true);
+    if (wasEmpty != model.items.empty() || model.items.empty())
+        update();
+    if (heightFor(width()) > height())
+        emit heightChanged();
+}
+
+int AdvicePanel::stack(int width, bool place) const {
+    const int left = Space::panelPadding;
+    const int wide = width - 2 * Space::panelPadding;
+    int y = qRound(titleHeight * theme().textScale());
+    for (std::size_t i = 0; i < model_.items.size(); ++i) {
+        const Item& item = items_[i];
+        const bool isQuit = model_.items[i].quitPID.has_value();
+        if (i > 0)
+            y += isQuit ? buttonGap : model_.items[i - 1].quitPID ? buttonGap : sentenceGap;
+        if (isQuit) {
+            constexpr int ring = Button::ringMargin;
+            const int height = item.quit->sizeHint().height();
+            if (place)
+                item.quit->setGeometry(left - ring, y - ring, wide + 2 * ring, height);
+            y += height - 2 * ring;
+            if (model_.items[i].note.isEmpty())
+                continue;
+            y += noteGap;
+        }
+        const int height = item.text->heightForWidth(wide);
+        if (place)
+            item.text->setGeometry(left, y, wide, height);
+        y += height;
+    }
+    return y;
+}
+
+int AdvicePanel::heightFor(int width) const {
+    int body = stack(width, false);
+    if (model_.items.empty())
+        body += sealSize + 10 + static_cast<int>(lineHeight(Type::body));
+    return body + lowestGap + explain_->sizeHint().height();
+}
+
+void AdvicePanel::resizeEvent(QResizeEvent* event) {
+    Panel::resizeEvent(event);
+    const int footer = explain_->sizeHint().height();
+    explain_->setGeometry(0, height() - footer, width(), footer);
+    stack(width(), true);
+}
+
+void AdvicePanel::themeChanged() {
+    Panel::themeChanged();
+    stack(width(), true);
+}
+
+void AdvicePanel::paintEvent(QPaintEvent* event) {
+    Panel::paintEvent(event);
+    if (!model_.items.empty())
+        return;
+    constexpr int gap = 10;
+    QPainter painter(this);
+    const double top = titleHeight * theme().textScale();
+    const double line = lineHeight(Type::body);
+    const double y = top + (explain_->y() - top - sealSize - gap - line) / 2;
+    const QRectF inner = QRectF(rect()).adjusted(Space::panelPadding, 0, -Space::panelPadding, 0);
+    look().icons.draw(painter, QRectF(inner.left(), y, inner.width(), sealSize), "checkmark.seal", sealSize,
+                      color(Tone::textTertiary));
+    drawText(painter, QRectF(inner.left(), y + sealSize + gap, inner.width(), line), Type::body,
+             color(Tone::textSecondary), model_.emptyText, Qt::AlignHCenter);
+}
+
+} // namespace vantoro

@@ -1,0 +1,35 @@
+// The dials beside the verdict: the fans of a machine, or the temperature of one without.
+#pragma once
+
+#include "Design/DialFigures.h"
+#include "Model/SensorHub.h"
+
+#include <vector>
+
+namespace vantoro {
+
+struct DialsModel {
+    /// One or two fans, or one that stands for none; from three on they are shown small.
+    std::vector<FanRotorFigures> rotors;
+    /// On a machine without fans, in place of the rotors.
+    std::optional<ThermalDialFigures> dial;
+    /// Below three or more rotors: "1,480" and "rpm peak".
+    QString peakFigure;
+    QString peakUnit;
+
+    bool showsSmallRotors() const { return rotors.size() >= 3; }
+
+    bool operator==(const DialsModel&) const = default;
+};
+
+DialsModel dialsModel(const SensorHub& hub);
+
+/// A fan's figures, coloured in this heat stop.
+FanRotorFigures rotorFigures(const FanReading& fan, int heatStop, const Format& format);
+/// The figures of a machine whose fans cannot be read: a wheel that stands still, and no speed.
+FanRotorFigures absentRotorFigures();
+/// Where a fan stands between its limits, 0 to 1; none where they lie no more than 1 rpm apart.
+std::optional<double> fanPosition(const FanReading& fan);
+ThermalDialFigures thermalDialFigures(const SensorHub& hub);
+
+} // namespace vantoro

@@ -1,0 +1,89 @@
+#include "Views/Eyebrow.h"
+
+#include "Design/LevelPips.h"
+#include "Views/Words.h"
+
+#include <cmath>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int drawnHeight = 20;
+constexpr int gap = 10;
+constexpr int triangleSize = 16;
+constexpr TextStyle labelStyle = Type::sectionTitle;
+} // namespace
+
+Eyebrow::Eyebrow(Look& look, QWidget* parent)
+    : PaintedWidget(look, parent), pips_(new LevelPips(look, LevelPips::Height::regular, this)) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void Eyebrow::show(const EyebrowModel& model) {
+    if (model == model_)
+        return;
+    const bool speaksAnew = model.spokenValue != model_.spokenValue;
+    model_ = model;
+    pips_->show(model.level, model.heatStop);
+    placePips();
+    updateGeometry();
+    update();
+    if (speaksAnew)
+        announceChange();
+}
+
+double Eyebrow::textLeft() const {
+    return pips_->geometry().right() + 1 + gap;
+}
+
+QSize Eyebrow::sizeHint() const {
+    double width = textLeft() + textWidth(labelStyle, model_.label);
+    if (!model_.duration.isEmpty())
+        width += gap + textWidth(Type::body, model_.duration);
+    return {static_cast<int>(std::ceil(width)), minimumSizeHint().height()};
+}
+
+QSize Eyebrow::minimumSizeHint() const {
+    return {80, qRound(drawnHeight * theme().textScale())};
+}
+
+Description Eyebrow::describe() {
+    return {.role = QAccessible::StaticText, .name = tr("Stress level"), .value = model_.spokenValue};
+}
+
+void Eyebrow::placePips() {
+    const QSize size = pips_->sizeHint();
+    const int left = model_.isCritical ? triangleSize + gap : 0;
+    pips_->setGeometry(left, (height() - size.height()) / 2, size.width(), size.height());
+}
+
+void Eyebrow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const QRectF line(rect());
+    const QColor word =
+        model_.level || model_.isCritical ? theme().heatText(model_.heatStop) : color(Tone::textSecondary);
+    if (model_.isCritical)
+        look().icons.draw(painter, QRectF(0, 0, triangleSize, line.height()),
+                          QStringLiteral("exclamationmark.triangle.fill"), triangleSize,
+                          theme().heatFill(model_.heatStop));
+    const double left = textLeft();
+    const double labelWidth = textWidth(labelStyle, model_.label);
+    drawText(painter, QRectF(left, 0, std::max(0.0, line.width() - left), line.height()), labelStyle, word,
+             model_.label);
+    const double durationLeft = left + labelWidth + gap;
+    if (!model_.duration.isEmpty() && durationLeft < line.width())
+        drawText(painter, QRectF(durationLeft, 0, line.width() - durationLeft, line.height()), Type::body,
+                 color(Tone::textSecondary), model_.duration);
+}
+
+void Eyebrow::resizeEvent(QResizeEvent* event) {
+    placePips();
+    PaintedWidget::resizeEvent(event);
+}
+
+void Eyebrow::themeChanged() {
+    placePips();
+}
+
+} // namespace vantoro

@@ -1,0 +1,52 @@
+// The answer at the top of the Now pane: eyebrow, headline and detail at the left, the dials at the right.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+#include "Views/HeroModel.h"
+
+namespace vantoro {
+
+class BalancedLabel;
+class Dials;
+class Eyebrow;
+
+/// Stands in a column with the window's margins, 8 points below the control bar; grows with its text.
+class Hero : public PaintedWidget {
+    Q_OBJECT
+public:
+    explicit Hero(Look& look, QWidget* parent = nullptr);
+
+    void show(const HeroModel& model);
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    using PaintedWidget::show;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    struct Measures {
+        int textWidth = 0;
+        int headlineHeight = 0;
+        int detailHeight = 0;
+        int textHeight = 0;
+        int middle = 0;
+        int height = 0;
+    };
+    Measures measure(int width) const;
+    void place();
+
+    HeroModel model_;
+    Eyebrow* eyebrow_; // owned by Qt as children
+    BalancedLabel* headline_;
+    BalancedLabel* detail_;
+    Dials* dials_;
+    HeadlineAnnouncer announcer_;
+};
+
+} // namespace vantoro

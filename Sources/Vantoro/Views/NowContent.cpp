@@ -1,0 +1,76 @@
+#include "Views/NowContent.h"
+
+#include <algorithm>
+#include <QEvent>
+
+namespace vantoro {
+
+namespace {
+constexpr int belowHero = 8;
+constexpr int adviceShare = 360;
+constexpr int shares = 616 + adviceShare;
+constexpr int leastAdvice = 284;
+} // namespace
+
+NowContent::NowContent(Look& look, QWidget* parent)
+    : QWidget(parent)
+    , suspects_(new SuspectsPanel(look, this))
+    , advice_(new AdvicePanel(look, this))
+    , facts_(new FactsPanel(look, this)) {
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+    connect(suspects_, &SuspectsPanel::heightChanged, this, &NowContent::placeAnew);
+    connect(advice_, &AdvicePanel::heightChanged, this, &NowContent::placeAnew);
+    connect(facts_, &FactsPanel::heightChanged, this, &NowContent::placeAnew);
+    connect(&look.theme, &Theme::changed, this, &NowContent::placeAnew);
+}
+
+void NowContent::setNarrow(bool narrow) {
+    suspects_->setNarrow(narrow);
+    facts_->setNarrow(narrow);
+}
+
+NowContent::Frame NowContent::frame(int width) const {
+    Frame frame;
+    frame.hero = QRect(0, 0, width, 236);
+    const int top = frame.hero.height() + belowHero;
+    const int shared = width - Space::panelGap;
+    const int advice = std::max(leastAdvice, qRound(static_cast<double>(shared) * adviceShare / shares));
+    const int suspects = shared - advice;
+    const int height = std::max(suspects_->heightFor(suspects), advice_->heightFor(advice));
+    frame.suspects = QRect(0, top, suspects, height);
+    frame.advice = QRect(suspects + Space::panelGap, top, advice, height);
+    frame.facts = QRect(0, top + height + Space::panelGap, width, facts_->heightFor(width));
+    return frame;
+}
+
+int NowContent::heightForWidth(int width) const {
+    const QRect last = frame(width).facts;
+    return last.y() + last.height();
+}
+
+void NowContent::place() {
+    const Frame frame = this->frame(width());
+    suspects_->setGeometry(frame.suspects);
+    advice_->setGeometry(frame.advice);
+    facts_->setGeometry(frame.facts);
+}
+
+void NowContent::placeAnew() {
+    place();
+    updateGeometry();
+}
+
+bool NowContent::event(QEvent* event) {
+    // A part of it asks for another height.
+    if (event->type() == QEvent::LayoutRequest)
+        placeAnew();
+    return QWidget::event(event);
+}
+
+void NowContent::resizeEvent(QResizeEvent*) {
+    place();
+}
+
+} // namespace vantoro

@@ -1,0 +1,46 @@
+// What the Now pane scrolls: the hero, two panels side by side, and the facts below.
+#pragma once
+
+#include "Views/AdvicePanel.h"
+#include "Views/FactsPanel.h"
+#include "Views/SuspectsPanel.h"
+
+namespace vantoro {
+
+/// Places its parts itself: the two panels share their height, and their widths keep a ratio.
+class NowContent : public QWidget {
+    Q_OBJECT
+public:
+    explicit NowContent(Look& look, QWidget* parent = nullptr);
+
+    SuspectsPanel* suspects() const { return suspects_; }
+    AdvicePanel* advice() const { return advice_; }
+    FactsPanel* facts() const { return facts_; }
+    void setNarrow(bool narrow);
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override { return {992, heightForWidth(992)}; }
+    QSize minimumSizeHint() const override { return {400, 200}; }
+
+protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    struct Frame {
+        QRect hero;
+        QRect suspects;
+        QRect advice;
+        QRect facts;
+    };
+    Frame frame(int width) const;
+    void place();
+    void placeAnew();
+
+    SuspectsPanel* suspects_; // owned by Qt as children
+    AdvicePanel* advice_;
+    FactsPanel* facts_;
+};
+
+} // namespace vantoro

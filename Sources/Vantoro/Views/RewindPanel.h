@@ -1,0 +1,42 @@
+// The panel beside the charts: the picked moment's readings and processes, or how to pick one.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+#include "Views/RewindModel.h"
+
+namespace vantoro {
+
+/// Repaints only the rows that say something else than before. Processes that find no room are counted in a last row.
+class RewindPanel : public PaintedWidget {
+    Q_OBJECT
+public:
+    explicit RewindPanel(Look& look, QWidget* parent = nullptr);
+
+    void setModel(const RewindModel& model);
+
+    QSize minimumSizeHint() const override;
+    Description describe() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QRectF titleRect() const;
+    QRectF readingRect(std::size_t row) const;
+    QRectF processRect(std::size_t row) const;
+    double belowReadings() const;
+    double scaled(double points) const { return points * theme().textScale(); }
+    /// How many processes are named, so that all fit or a last row says how many do not.
+    std::size_t namedProcesses() const;
+    void paintHint(QPainter& painter) const;
+    void paintReadings(QPainter& painter) const;
+    void paintProcesses(QPainter& painter) const;
+    void paintProcess(QPainter& painter, const QRectF& row, const RewindModel::Process& process) const;
+    void paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from, Qt::Alignment alignment) const;
+    Qt::Alignment leading() const { return isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft; }
+    Qt::Alignment trailing() const { return isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight; }
+
+    RewindModel model_;
+};
+
+} // namespace vantoro

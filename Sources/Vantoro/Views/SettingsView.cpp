@@ -1,0 +1,199 @@
+#include "Views/SettingsView.h"
+
+#include "Design/PopUpButton.h"
+#include "Design/SegmentedControl.h"
+#include "Design/StepSlider.h"
+#include "Design/Switch.h"
+#include "Views/Words.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr QSize windowSize(600, 784);
+constexpr int lowestWindow = 360;
+constexpr double secondsPerMinute = 60;
+} // namespace
+
+SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* parent)
+    : View(context, parent), names_(std::move(names)), form_(new SettingsForm(context.look, this)) {
+    setWindowFlag(Qt::Window);
+    setWindowTitle(vantoro::tr("Settings"));
+    auto* const layout = new QVBoxLayout(this); // owned by Qt as a child
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(form_);
+    addSampleRate();
+    addMenuBar();
+    addGeneral();
+    addProcesses();
+    addAbout();
+    form_->setLastWord(privacyNote());
+    SettingsView::themeChanged();
+    resize(width(), windowSize.height());
+    // What is said of the process list is to be true at once, not after the next sample.
+    connect(&hub(), &SensorHub::processSourceChanged, this, [this] {
+        if (isVisible())
+            refresh();
+    });
+    present(settingsModel(hub(), context.settings, names_));
+}
+
+void SettingsView::addSampleRate() {
+    SettingsGroup& group = form_->addGroup(vantoro::tr("Sample rate"));
+    rateRow_ = &group.addRow({});
+    rateRow_->setTitleStyle(Type::body.medium());
+    rate_ = new StepSlider(look(), static_cast<int>(sampleRates.size()), rateRow_);
+    rate_->setSpokenName(vantoro::tr("Sample rate"));
+    rate_->setCaption(0, vantoro::tr("Slowest"));
+    rate_->setCaption(defaultRateIndex, vantoro::tr("Default"));
+    rate_->setCaption(static_cast<int>(sampleRates.size()) - 1, vantoro::tr("Fastest"));
+    rateRow_->setWideControl(*rate_, StepSlider::ringMargin);
+    connect(rate_, &StepSlider::moved, this, [this](int index) {
+        context().settings.setSampleInterval(sampleRates.at(static_cast<std::size_t>(index)));
+        hub().restartTimer();
+        refresh();
+    });
+
+    motionRow_ = &group.addRow(vantoro::tr("Motion of readings"));
+    motion_ = new SegmentedControl(look(), SegmentedControl::Meaning::choices, motionChoiceTexts(), motionRow_);
+    motion_->setSpokenName(motionRow_->title());
+    motionRow_->setControl(*motion_, SegmentedControl::ringMargin);
+    connect(motion_, &SegmentedControl::chosen, this, [this](int index) {
+        context().settings.setSmoothUpdates(index == 0);
+        refresh();
+    });
+
+    rotorRow_ = &group.addRow(vantoro::tr("Spin the fan rotors"));
+    rotors_ = new Switch(look(), rotorRow_);
+    rotors_->setSpokenName(rotorRow_->title());
+    rotorRow_->setControl(*rotors_, Switch::ringMargin);
+    connect(rotors_, &Switch::toggled, this, [this](bool on) {
+        context().settings.setSpinRotors(on);
+        refresh();
+        emit rotorSettingChanged();
+    });
+}
+
+void SettingsView::addMenuBar() {
+    menuBarRow_ = &form_->addGroup(vantoro::tr("Menu bar")).addRow({});
+    menuBar_ = new Switch(look(), menuBarRow_);
+    menuBarRow_->setControl(*menuBar_, Switch::ringMargin);
+    connect(menuBar_, &Switch::toggled, this, [this](bool on) {
+        context().settings.setMenuBarShowsRPM(on);
+        refresh();
+        emit menuBarSettingChanged();
+    });
+}
+
+void SettingsView::addGeneral() {
+    SettingsGroup& group = form_->addGroup(vantoro::tr("General"));
+    SettingsRow& historyRow = group.addRow(vantoro::tr("Keep history for"));
+    history_ = new PopUpButton(look(), historyChoiceTexts(), &historyRow);
+    history_->setSpokenName(historyRow.title());
+    historyRow.setControl(*history_, PopUpButton::ringMargin);
+    connect(history_, &PopUpButton::chosen, this, [this](int index) {
+        const double minutes = historyChoicesMinutes.at(static_cast<std::size_t>(index));
+        context().settings.setHistoryMinutes(minutes);
+        hub().history().setRetention(minutes * secondsPerMinute);
+        refresh();
+    });
+
+    SettingsRow& appearanceRow = group.addRow(vantoro::tr("Appearance"));
+    appearance_ =
+        new SegmentedControl(look(), SegmentedControl::Meaning::choices, appearanceChoiceTexts(), &appearanceRow);
+    appearance_->setSpokenName(appearanceRow.title());
+    appearanceRow.setControl(*appearance_, SegmentedControl::ringMargin);
+    connect(appearance_, &SegmentedControl::chosen, this, [this](int index) {
+        const char* const name = appearanceChoices.at(static_cast<std::size_t>(index));
+        context().settings.setAppearance(name);
+        refresh();
+        emit appearanceChanged(name);
+    });
+
+    SettingsRow& unitRow = group.addRow(vantoro::tr("Temperature"));
+    unit_ = new SegmentedControl(look(), SegmentedControl::Meaning::choices, unitChoiceTexts(), &unitRow);
+    unit_->setSpokenName(unitRow.title());
+    unitRow.setControl(*unit_, SegmentedControl::ringMargin);
+    connect(unit_, &SegmentedControl::chosen, this, [this](int index) {
+        context().settings.setTemperatureUnit(unitChoices.at(static_cast<std::size_t>(index)));
+        // The verdict and the facts have the unit in their words.
+        hub().publish(true);
+        refresh();
+    });
+}
+
+void SettingsView::addProcesses() {
+    SettingsGroup& group = form_->addGroup(vantoro::tr("Processes"));
+    processListRow_ = &group.addRow(vantoro::tr("Process list"));
+    processList_ = new PopUpButton(look(), processListChoiceTexts(), processListRow_);
+    processList_->setSpokenName(processListRow_->title());
+    processListRow_->setControl(*processList_, PopUpButton::ringMargin);
+    connect(processList_, &PopUpButton::chosen, this, [this](int index) {
+        context().settings.setProcessMonitorMode(processListChoices.at(static_cast<std::size_t>(index)));
+        hub().restartTimer();
+        refresh();
+    });
+    readingRow_ = &group.addRow(vantoro::tr("Currently reading"));
+}
+
+void SettingsView::addAbout() {
+    SettingsGroup& group = form_->addGroup(vantoro::tr("About this Mac"));
+    machineRow_ = &group.addRow(vantoro::tr("Machine"));
+    coresRow_ = &group.addRow(vantoro::tr("Cores"));
+    sensorsRow_ = &group.addRow(vantoro::tr("Sensors found"));
+    sourcesRow_ = &group.addRow(vantoro::tr("Data sources"));
+}
+
+void SettingsView::refresh() {
+    SettingsModel model = settingsModel(hub(), context().settings, names_);
+    if (model == shown_)
+        return;
+    present(model);
+}
+
+void SettingsView::present(const SettingsModel& model) {
+    shown_ = model;
+    rateRow_->setTitle(model.rateLabel);
+    rateRow_->setValue(model.rateName);
+    rateRow_->setNote(model.rateNote);
+    rate_->setValue(model.rateIndex);
+    rate_->setSpokenValue(model.rateLabel + ", " + model.rateName);
+    motion_->setCurrent(model.isSmooth ? 0 : 1);
+    motionRow_->setNote(model.motionNote);
+    rotors_->setOn(model.spinsRotors);
+    rotorRow_->setNote(model.rotorNote);
+    menuBarRow_->setTitle(model.menuBarLabel);
+    menuBarRow_->setNote(model.menuBarNote);
+    menuBar_->setSpokenName(model.menuBarLabel);
+    menuBar_->setOn(model.showsFigureAlways);
+    history_->setCurrent(model.historyIndex);
+    appearance_->setCurrent(model.appearanceIndex);
+    unit_->setCurrent(model.unitIndex);
+    processList_->setCurrent(model.processListIndex);
+    processListRow_->setNote(model.processListNote);
+    readingRow_->setValue(model.currentlyReading);
+    machineRow_->setValue(model.machine);
+    coresRow_->setValue(model.cores);
+    sensorsRow_->setValue(model.sensorsFound);
+    sourcesRow_->setValue(model.dataSources);
+}
+
+void SettingsView::themeChanged() {
+    setFixedWidth(qRound(windowSize.width() * theme().textScale()));
+    setMinimumHeight(lowestWindow);
+}
+
+void SettingsView::paintEvent(QPaintEvent*) {
+    QPainter(this).fillRect(rect(), color(Tone::window));
+}
+
+void SettingsView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Close))
+        close();
+    else
+        View::keyPressEvent(event);
+}
+
+} // namespace vantoro

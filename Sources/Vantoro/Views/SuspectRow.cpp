@@ -1,0 +1,286 @@
+#include "Views/SuspectRow.h"
+
+#include "Design/Panel.h"
+
+#include <algorithm>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+
+constexpr int tileSize = 28;
+constexpr int textLeft = Space::panelPadding + tileSize + 12;
+constexpr int figureWidth = 52;
+constexpr int barGap = 12;
+constexpr int quitHeight = 24;
+constexpr int explanationGap = 2;
+constexpr int detailsGap = 6;
+constexpr int expandedBottom = 12;
+/// From this text scale on the bar has a line of its own.
+constexpr double stackedScale = 1.25;
+constexpr int stackedBar = 14;
+
+int plainTextHeight(const Theme& theme) {
+    const double lines = lineHeightOf(Type::body, theme) + lineHeightOf(Type::caption, theme);
+    return std::max(48, static_cast<int>(lines) + 12);
+}
+
+} // namespace
+
+SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
+    : PaintedWidget(look, parent)
+    , icons_(icons)
+    , bar_(new CoreBar(look, this))
+    , quit_(new Button(look, Button::Kind::bordered, {}, this)) {
+    setFocusPolicy(Qt::ClickFocus);
+    quit_->setDrawnHeight(quitHeight);
+    quit_->setFocusPolicy(Qt::NoFocus);
+    quit_->hide();
+    connect(quit_, &Button::clicked, this, &SuspectRow::quitAsked);
+}
+
+void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) {
+    expandAction_ = words.expandAction;
+    quitAction_ = words.quitAction;
+    bar_->show(model.percent, words.cores, model.heatStop);
+    if (model == model_)
+        return;
+    SuspectRowModel before = model_;
+    model_ = model;
+    before.percent = model.percent;
+    before.figure = model.figure;
+    before.spokenFigure = model.spokenFigure;
+    if (!isExpanded_)
+        before.details = model.details;
+    if (before == model) {
+        update(figureRect());
+    } else {
+        quit_->setText(quitAction_);
+        setToolTip(QString());
+        place();
+        update();
+    }
+    announceChange();
+}
+
+void SuspectRow::setExpanded(bool expanded) {
+    if (expanded == isExpanded_)
+        return;
+    isExpanded_ = expanded;
+    update();
+    announceChange(QAccessible::StateChanged);
+}
+
+void SuspectRow::setNarrow(bool narrow) {
+    if (narrow == isNarrow_)
+        return;
+    isNarrow_ = narrow;
+    place();
+    update();
+}
+
+void SuspectRow::setFirst(bool first) {
+    if (first == isFirst_)
+        return;
+    isFirst_ = first;
+    update();
+}
+
+bool SuspectRow::isStacked() const {
+    return theme().textScale() >= stackedScale;
+}
+
+int SuspectRow::plainHeight(const Theme& theme) {
+    return plainTextHeight(theme) + (theme.textScale() >= stackedScale ? stackedBar : 0);
+}
+
+int SuspectRow::heightFor(int width) const {
+    int height = plainHeight(theme());
+    if (!isExpanded_)
+        return height;
+    if (!model_.explanation.isEmpty()) {
+        const auto lines =
+            brokenLines(model_.explanation, font(Type::note), width - textLeft - Space::panelPadding).size();
+        height += static_cast<int>(static_cast<double>(lines) * lineHeight(Type::note)) + detailsGap;
+    }
+    return height - explanationGap + static_cast<int>(lineHeight(Type::caption)) + expandedBottom;
+}
+
+int SuspectRow::barWidth() const {
+    if (isStacked())
+        return width() - textLeft - Space::panelPadding - figureWidth - barGap;
+    return isNarrow_ ? 128 : 220;
+}
+
+QRect SuspectRow::figureRect() const {
+    const int wide = qRound(figureWidth * theme().textScale());
+    return {width() - Space::panelPadding - wide, 0, wide, plainTextHeight(theme())};
+}
+
+void SuspectRow::place() {
+    const QRect figure = figureRect();
+    const int height = bar_->sizeHint().height();
+    if (isStacked())
+        bar_->setGeometry(textLeft, plainTextHeight(theme()), width() - textLeft - Space::panelPadding, height);
+    else
+        bar_->setGeometry(figure.left() - barGap - barWidth(), (figure.height() - height) / 2, barWidth(), height);
+    const QSize button = quit_->sizeHint();
+    const int drawn = std::max(button.width(), figureWidth + 2 * Button::ringMargin);
+    quit_->setGeometry(width() - Space::panelPadding + Button::ringMargin - drawn,
+                       (figure.height() - button.height()) / 2, drawn, button.height());
+}
+
+void SuspectRow::resizeEvent(QResizeEvent*) {
+    place();
+}
+
+void SuspectRow::themeChanged() {
+    place();
+}
+
+void SuspectRow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (isHovered_)
+        painter.fillRect(rect(), color(Tone::hover));
+    const double plain = plainTextHeight(theme());
+
+    const QRectF tile(Space::panelPadding, (plain - tileSize) / 2, tileSize, tileSize);
+    if (const QPixmap& icon = icons_.pixmap(model_.appPath, tileSize, devicePixelRatioF()); !icon.isNull()) {
+        painter.drawPixmap(tile.toRect(), icon);
+    } else {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color(Tone::well));
+        painter.drawRoundedRect(tile, Space::iconTileRadius, Space::iconTileRadius);
+        look().icons.draw(painter, tile, model_.symbol, 16, color(Tone::textSecondary));
+    }
+
+    const bool isSuspect = model_.heatStop.has_value();
+    const double nameHeight = lineHeight(Type::body);
+    const double aboutHeight = lineHeight(Type::caption);
+    const double top = (plain - nameHeight - aboutHeight - 1) / 2 + 1;
+    const double right = isStacked() ? figureRect().left() - barGap : bar_->geometry().left() - barGap;
+    const double textWidth = std::max(0.0, right - textLeft);
+    drawText(painter, {textLeft, top, textWidth, nameHeight}, isSuspect ? Type::body.semibold() : Type::body.medium(),
+             color(Tone::textPrimary), model_.name);
+    drawText(painter, {textLeft, top + nameHeight, textWidth, aboutHeight}, Type::caption, color(Tone::textTertiary),
+             model_.about);
+    if (!quit_->isVisible())
+        drawText(painter, figureRect(), isSuspect ? Type::body.semibold() : Type::body.medium(),
+                 color(Tone::textPrimary), model_.figure, Qt::AlignRight, Qt::ElideNone);
+
+    if (isExpanded_) {
+        const double wide = width() - textLeft - Space::panelPadding;
+        double y = plainHeight(theme()) - explanationGap;
+        if (!model_.explanation.isEmpty()) {
+            for (const QString& line : brokenLines(model_.explanation, font(Type::note), wide)) {
+                drawText(painter, {textLeft, y, wide, lineHeight(Type::note)}, Type::note, color(Tone::textSecondary),
+                         line);
+                y += lineHeight(Type::note);
+            }
+            y += detailsGap;
+        }
+        drawText(painter, {textLeft, y, wide, aboutHeight}, Type::caption, color(Tone::textTertiary), model_.details);
+    }
+    if (!isFirst_)
+        painter.fillRect(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1), color(Tone::line));
+    if (hasFocus() && focus_.showsRing())
+        drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius, theme());
+}
+
+Description SuspectRow::describe() {
+    Description what{.role = QAccessible::ListItem,
+                     .name = model_.name + QStringLiteral(", ") + model_.about,
+                     .value = model_.spokenFigure,
+                     .isExpanded = isExpanded_,
+                     .isExpandable = true};
+    if (isExpanded_)
+        what.name += QStringLiteral(". ") + model_.explanation + u' ' + model_.details;
+    what.actions.push_back({expandAction_, [this] { emit toggled(); }});
+    if (model_.offersQuit)
+        what.actions.push_back({quitAction_, [this] { emit quitAsked(); }});
+    return what;
+}
+
+void SuspectRow::showHover(bool hovered) {
+    isHovered_ = hovered;
+    quit_->setVisible(hovered && model_.offersQuit);
+    const double room = std::max(0, (isStacked() ? figureRect().left() : bar_->x()) - barGap - textLeft);
+    const bool isCut =
+        textWidth(Type::body.semibold(), model_.name) > room || textWidth(Type::caption, model_.about) > room;
+    setToolTip(hovered && isCut ? model_.name + u'\n' + model_.about : QString());
+    update();
+}
+
+void SuspectRow::enterEvent(QEnterEvent*) {
+    showHover(true);
+}
+
+void SuspectRow::leaveEvent(QEvent*) {
+    showHover(false);
+}
+
+void SuspectRow::hideEvent(QHideEvent* event) {
+    showHover(false);
+    PaintedWidget::hideEvent(event);
+}
+
+void SuspectRow::mousePressEvent(QMouseEvent* event) {
+    isPressed_ = event->button() == Qt::LeftButton;
+}
+
+void SuspectRow::mouseReleaseEvent(QMouseEvent* event) {
+    const bool isClick = isPressed_ && rect().contains(event->position().toPoint());
+    isPressed_ = false;
+    if (isClick)
+        emit toggled();
+}
+
+void SuspectRow::keyPressEvent(QKeyEvent* event) {
+    focus_.keyUsed();
+    update();
+    constexpr int toTheEnd = 10'000;
+    switch (event->key()) {
+    case Qt::Key_Up:
+        emit moved(-1);
+        break;
+    case Qt::Key_Down:
+        emit moved(1);
+        break;
+    case Qt::Key_Home:
+        emit moved(-toTheEnd);
+        break;
+    case Qt::Key_End:
+        emit moved(toTheEnd);
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        emit toggled();
+        break;
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        if (model_.offersQuit)
+            emit quitAsked();
+        break;
+    default:
+        PaintedWidget::keyPressEvent(event);
+    }
+}
+
+void SuspectRow::focusInEvent(QFocusEvent* event) {
+    focus_.focusIn(event->reason());
+    PaintedWidget::focusInEvent(event);
+    update();
+}
+
+void SuspectRow::focusOutEvent(QFocusEvent* event) {
+    focus_.focusOut();
+    PaintedWidget::focusOutEvent(event);
+    update();
+}
+
+} // namespace vantoro

@@ -1,0 +1,76 @@
+// One application in the list: what it is, how many cores it keeps busy, and on request what is known of it.
+#pragma once
+
+#include "Design/Button.h"
+#include "Design/CoreBar.h"
+#include "Views/AppIcons.h"
+#include "Views/SuspectsModel.h"
+
+namespace vantoro {
+
+/// As wide as its panel, so that what marks the whole row reaches the panel's edges. Asked for its height by the panel,
+/// which places it.
+class SuspectRow : public PaintedWidget {
+    Q_OBJECT
+public:
+    SuspectRow(Look& look, AppIcons& icons, QWidget* parent = nullptr);
+
+    const QString& key() const { return model_.key; }
+    /// `words` names the actions; the bar has `cores` cells.
+    void show(const SuspectRowModel& model, const SuspectsModel& words);
+    using QWidget::show;
+    bool isExpanded() const { return isExpanded_; }
+    void setExpanded(bool expanded);
+    /// A shorter bar.
+    void setNarrow(bool narrow);
+    /// No separator above it.
+    void setFirst(bool first);
+    /// The bar's length at once: the row has come to stand for another application.
+    void jump() { bar_->jump(); }
+
+    int heightFor(int width) const;
+    /// The height of a row that is not expanded.
+    static int plainHeight(const Theme& theme);
+    Description describe() override;
+
+signals:
+    void toggled();
+    void quitAsked();
+    /// The keyboard goes to another row: so many further, or to the first or last.
+    void moved(int rows);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void themeChanged() override;
+
+private:
+    bool isStacked() const;
+    int barWidth() const;
+    QRect figureRect() const;
+    void place();
+    void showHover(bool hovered);
+
+    AppIcons& icons_;
+    SuspectRowModel model_;
+    QString expandAction_;
+    QString quitAction_;
+    CoreBar* bar_; // owned by Qt as a child
+    Button* quit_; // owned by Qt as a child
+    bool isExpanded_ = false;
+    bool isNarrow_ = false;
+    bool isFirst_ = false;
+    bool isHovered_ = false;
+    bool isPressed_ = false;
+    FocusTracker focus_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,294 @@
+#include "Views/SuspectsPanel.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int bottomPadding = 12;
+constexpr int footerPadding = 12;
+constexpr int placeholders = 3;
+} // namespace
+
+SuspectsPanel::SuspectsPanel(Look& look, QWidget* parent)
+    : Panel(look, parent), all_(new Button(look, Button::Kind::quiet, {}, this)) {
+    all_->setDrawnHeight(24);
+    all_->hide();
+    connect(all_, &Button::clicked, this, &SuspectsPanel::toggleAll);
+}
+
+std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
+    auto entry = std::make_unique<Entry>();
+    entry->row = new SuspectRow(look(), icons_, this);
+    entry->row->setNarrow(isNarrow_);
+    entry->row->hide();
+    // The keyboard comes to it where it is read, not where it was made.
+    setTabOrder(lastMade_ != nullptr ? lastMade_ : static_cast<QWidget*>(all_), entry->row);
+    lastMade_ = entry->row;
+    const Entry* const owned = entry.get();
+    connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
+        owned->row->setExpanded(!owned->row->isExpanded());
+        placeRows(true);
+        askForHeight();
+    });
+    connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
+    connect(entry->row, &SuspectRow::moved, this, [this, owned](int rows) { moveFocus(owned->row, rows); });
+    return entry;
+}
+
+std::size_t SuspectsPanel::shownRows() const {
+    return showsAll_ ? model_.rows.size() : std::min<std::size_t>(model_.rows.size(), SuspectsModel::rowsAtFirst);
+}
+
+void SuspectsPanel::show(const SuspectsModel& model) {
+    if (model == model_)
+        return;
+    const bool sameFrame =
+        model.isPending == model_.isPending && model.emptyText == model_.emptyText && model.footer == model_.footer;
+    model_ = model;
+    setTitle(model.title);
+    setCaption(model.caption);
+    all_->setVisible(!model.showAll.isEmpty());
+    all_->setText(showsAll_ ? model.showFewer : model.showAll);
+    placeButton();
+    assignRows();
+    placeRows(true);
+    if (!sameFrame)
+        update();
+    askForHeight();
+}
+
+void SuspectsPanel::assignRows() {
+    const std::size_t wanted = shownRows();
+    // A row's widget stays with its application; the others take over the applications that are new.
+    std::vector<std::unique_ptr<Entry>> spare;
+    std::vector<std::unique_ptr<Entry>> order(wanted);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        std::unique_ptr<Entry>& entry = entries_[i];
+        const auto place =
+            i >= used_ ? model_.rows.begin() + static_cast<std::ptrdiff_t>(wanted)
+                       : std::find_if(model_.rows.begin(), model_.rows.begin() + static_cast<std::ptrdiff_t>(wanted),
+                                      [&](const SuspectRowModel& row) { return row.key == entry->row->key(); });
+        const auto index = static_cast<std::size_t>(place - model_.rows.begin());
+        if (index < wanted && order[index] == nullptr)
+            order[index] = std::move(entry);
+        else
+            spare.push_back(std::move(entry));
+    }
+    int y = qRound(titleHeight * theme().textScale());
+    for (std::size_t i = 0; i < wanted; ++i) {
+        const SuspectRowModel& row = model_.rows[i];
+        const bool isNew = order[i] == nullptr;
+        if (isNew && !spare.empty()) {
+            order[i] = std::move(spare.back());
+            spare.pop_back();
+        } else if (isNew) {
+            order[i] = newEntry();
+        }
+        Entry& entry = *order[i];
+        if (isNew)
+            entry.row->setExpanded(false);
+        entry.quitPID = row.quitPID;
+        entry.row->show(row, model_);
+        entry.row->setFirst(i == 0);
+        if (isNew) {
+            entry.row->jump();
+            entry.y.set(y, look().clock.now(), std::nullopt);
+        }
+        entry.row->setVisible(true);
+        y += entry.row->heightFor(width());
+    }
+    used_ = wanted;
+    for (std::unique_ptr<Entry>& entry : spare) {
+        entry->row->hide();
+        order.push_back(std::move(entry));
+    }
+    entries_ = std::move(order);
+    std::size_t stop = 0;
+    for (std::size_t i = 0; i < used_; ++i)
+        if (entries_[i]->row->focusPolicy() == Qt::StrongFocus)
+            stop = i;
+    setStop(stop);
+}
+
+void SuspectsPanel::setStop(std::size_t index) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        const Qt::FocusPolicy policy = i == index && i < used_ ? Qt::StrongFocus : Qt::ClickFocus;
+        if (entries_[i]->row->focusPolicy() != policy)
+            entries_[i]->row->setFocusPolicy(policy);
+    }
+}
+
+void SuspectsPanel::placeRows(bool animated) {
+    const double now = look().clock.now();
+    const std::optional<Animation> animation = animated && isVisible() ? look().update() : std::nullopt;
+    int y = qRound(titleHeight * theme().textScale());
+    bool isMoving = false;
+    for (std::size_t i = 0; i < used_; ++i) {
+        Entry& entry = *entries_[i];
+        const int height = entry.row->heightFor(width());
+        if (entry.y.target() != y)
+            entry.y.set(y, now, animation);
+        if (entry.row->size() != QSize(width(), height))
+            entry.row->resize(width(), height);
+        isMoving = isMoving || !entry.y.isAtRest(now);
+        y += height;
+    }
+    if (isMoving)
+        look().clock.run(*this);
+    advance(now);
+}
+
+bool SuspectsPanel::advance(double now) {
+    bool isMoving = false;
+    for (std::size_t i = 0; i < used_; ++i) {
+        const Entry& entry = *entries_[i];
+        const int y = qRound(entry.y.at(now));
+        if (entry.row->pos() != QPoint(0, y))
+            entry.row->move(0, y);
+        isMoving = isMoving || !entry.y.isAtRest(now);
+    }
+    return isMoving;
+}
+
+void SuspectsPanel::toggleAll() {
+    showsAll_ = !showsAll_;
+    all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
+    placeButton();
+    assignRows();
+    placeRows(false);
+    askForHeight();
+}
+
+void SuspectsPanel::moveFocus(const SuspectRow* from, int rows) {
+    for (std::size_t i = 0; i < used_; ++i) {
+        if (entries_[i]->row != from)
+            continue;
+        const int last = static_cast<int>(used_) - 1;
+        const auto to = static_cast<std::size_t>(std::clamp(static_cast<int>(i) + rows, 0, last));
+        setStop(to);
+        entries_[to]->row->setFocus(Qt::OtherFocusReason);
+        return;
+    }
+}
+
+void SuspectsPanel::setNarrow(bool narrow) {
+    if (narrow == isNarrow_)
+        return;
+    isNarrow_ = narrow;
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->row->setNarrow(narrow);
+}
+
+int SuspectsPanel::footerHeight(int width) const {
+    if (model_.footer.isEmpty())
+        return 0;
+    const auto lines = brokenLines(model_.footer, font(Type::caption), width - 2 * Space::panelPadding).size();
+    return static_cast<int>(static_cast<double>(lines) * lineHeight(Type::caption)) + 2 * footerPadding;
+}
+
+int SuspectsPanel::heightFor(int width) const {
+    int rows = 0;
+    for (std::size_t i = 0; i < used_; ++i)
+        rows += entries_[i]->row->heightFor(width);
+    rows = std::max(rows, SuspectsModel::rowsAtFirst * SuspectRow::plainHeight(theme()));
+    return qRound(titleHeight * theme().textScale()) + rows + bottomPadding + footerHeight(width);
+}
+
+void SuspectsPanel::askForHeight() {
+    if (heightFor(width()) != height())
+        emit heightChanged();
+}
+
+void SuspectsPanel::placeButton() {
+    const QSize button = all_->sizeHint();
+    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin - button.width(),
+                      (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
+                      button.height());
+    setRoomAtRight(model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin);
+}
+
+void SuspectsPanel::resizeEvent(QResizeEvent* event) {
+    Panel::resizeEvent(event);
+    placeButton();
+    placeRows(false);
+}
+
+void SuspectsPanel::hideEvent(QHideEvent* event) {
+    look().clock.stop(*this);
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->y.set(entry->y.target(), look().clock.now(), std::nullopt);
+    advance(look().clock.now());
+    Panel::hideEvent(event);
+}
+
+void SuspectsPanel::themeChanged() {
+    Panel::themeChanged();
+    placeButton();
+    placeRows(false);
+}
+
+Description SuspectsPanel::describe() {
+    QString name = model_.title;
+    if (!model_.emptyText.isEmpty())
+        name += QStringLiteral(": ") + model_.emptyText;
+    return {.role = QAccessible::List, .name = name, .value = model_.footer};
+}
+
+void SuspectsPanel::paintEvent(QPaintEvent* event) {
+    Panel::paintEvent(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double title = titleHeight * theme().textScale();
+    const int footer = footerHeight(width());
+    if (model_.isPending) {
+        struct Widths {
+            int name;
+            int about;
+        };
+        constexpr std::array<Widths, placeholders> widths{{{120, 80}, {90, 110}, {140, 70}}};
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color(Tone::cell));
+        double y = title;
+        for (const Widths& width : widths) {
+            const double row = SuspectRow::plainHeight(theme());
+            const double middle = y + row / 2;
+            painter.drawRoundedRect(QRectF(Space::panelPadding, middle - 14, 28, 28), Space::iconTileRadius,
+                                    Space::iconTileRadius);
+            painter.drawRoundedRect(QRectF(Space::panelPadding + 40, middle - 12, width.name, 10), 5, 5);
+            painter.drawRoundedRect(QRectF(Space::panelPadding + 40, middle + 4, width.about, 8), 4, 4);
+            y += row;
+        }
+    } else if (!model_.emptyText.isEmpty()) {
+        constexpr int icon = 24;
+        constexpr int gap = 12;
+        const double wide = width() - 2 * Space::panelPadding;
+        const QStringList lines = brokenLines(model_.emptyText, font(Type::body), wide);
+        const double line = lineHeight(Type::body);
+        double y = title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
+        look().icons.draw(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
+                          color(Tone::textTertiary));
+        y += icon + gap;
+        for (const QString& text : lines) {
+            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, line}, Type::body,
+                     color(Tone::textSecondary), text, Qt::AlignHCenter);
+            y += line;
+        }
+    }
+    if (footer > 0) {
+        const double wide = width() - 2 * Space::panelPadding;
+        const int top = height() - footer;
+        painter.fillRect(QRectF(Space::panelPadding, top, wide, 1), color(Tone::line));
+        double y = top + footerPadding;
+        for (const QString& text : brokenLines(model_.footer, font(Type::caption), wide)) {
+            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, lineHeight(Type::caption)},
+                     Type::caption, color(Tone::textTertiary), text);
+            y += lineHeight(Type::caption);
+        }
+    }
+}
+
+} // namespace vantoro
