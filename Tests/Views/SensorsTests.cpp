@@ -30,7 +30,7 @@ Snapshot warm(double seconds) {
 }
 
 SensorsModel modelOf(Stage& stage, const UnfoldedRows& unfolded = {}) {
-    return SensorsModel::of(stage.hub, macDataSources({}), unfolded);
+    return SensorsModel::of(stage.hub, SourceNames(), unfolded);
 }
 
 TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing) {
@@ -41,7 +41,6 @@ TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing)
     EXPECT_EQ(model.machineName, "MacBook · Apple M3 Pro");
     EXPECT_EQ(model.summary, "2 fans · 148 sensors");
     EXPECT_EQ(model.dataSources, "SMC · IOReport · syscalls");
-    EXPECT_EQ(macDataSources({.kind = ProcessMonitor::Source::Kind::system}), "SMC · IOReport · top");
     EXPECT_EQ(model.complaint, "");
 
     struct Row {

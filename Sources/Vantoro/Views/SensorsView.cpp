@@ -179,8 +179,8 @@ private:
     FourStepMeter* meter_; // owned by Qt as a child
 };
 
-SensorsView::SensorsView(ViewContext& context, DataSourcesText dataSources, QWidget* parent)
-    : View(context, parent), dataSources_(std::move(dataSources)), scroll_(new ScrollPane(context.look)) {
+SensorsView::SensorsView(ViewContext& context, SourceNames names, QWidget* parent)
+    : View(context, parent), names_(std::move(names)), scroll_(new ScrollPane(context.look)) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll_);
@@ -323,7 +323,7 @@ void SensorsView::showFans(const SensorsModel& model) {
 }
 
 void SensorsView::refresh() {
-    SensorsModel model = SensorsModel::of(hub(), dataSources_(hub().processSource()), unfolded_);
+    SensorsModel model = SensorsModel::of(hub(), names_, unfolded_);
     copy_->setText(vantoro::tr("Copy all"));
     if (model == model_)
         return;
