@@ -2,6 +2,7 @@
 #include "Views/SensorsModel.h"
 #include "Views/SensorsView.h"
 
+#include "Design/TextLabel.h"
 #include "Views/SensorRow.h"
 #include "Views/Stage.h"
 
@@ -149,6 +150,20 @@ TEST(SensorsViewTests, UnfoldsARowIntoItsSensorsAndReadsThemOnlyThen) {
     stage.sensors->dieSensors.push_back(91);
     stage.hub.publish(true);
     EXPECT_EQ(stage.hub.dieSensors().size(), 39U) << "folded again";
+}
+
+TEST(SensorsViewTests, SaysSoWhereNoSensorCanBeRead) {
+    Stage stage;
+    SensorsView view(stage.context);
+    const QImage picture = stage.picture(view, {1040, 778});
+    if (const char* const folder = std::getenv("VANTORO_PICTURES")) {
+        picture.save(QString("%1/sensors-none.png").arg(folder));
+    }
+    const auto labels = view.findChildren<TextLabel*>();
+    ASSERT_EQ(labels.size(), 1);
+    EXPECT_TRUE(labels.front()->isVisible());
+    stage.hub.accept(warm(0));
+    EXPECT_FALSE(labels.front()->isVisible());
 }
 
 TEST(SensorsViewTests, CopiesTheTableAndComesToRest) {

@@ -28,6 +28,7 @@ constexpr int fansBottom = 12;
 constexpr int powerBottom = 6;
 constexpr int processorBottom = 20;
 constexpr int memoryBottom = 22;
+constexpr int complaintGap = 16;
 constexpr int narrowBelow = 940;
 /// The machine line stands where the texts of the panels do.
 constexpr int textInset = Space::heroInset - Space::windowMargin;
@@ -202,7 +203,6 @@ void SensorsView::build() {
     all->setSpacing(0);
     machine_ = new MachineLine(look());
     complaint_ = new TextLabel(look(), Type::body, Tone::textSecondary);
-    complaint_->setContentsMargins(textInset, 0, textInset, 0);
     complaint_->setWraps(true);
     columns_ = new QBoxLayout(QBoxLayout::LeftToRight);
     columns_->setSpacing(Space::panelGap);
@@ -234,7 +234,10 @@ void SensorsView::build() {
     end->addStretch();
     end->addWidget(copy_);
     all->addWidget(machine_);
-    all->addWidget(complaint_);
+    auto* const complaint = new QHBoxLayout;
+    complaint->setContentsMargins(textInset, 0, textInset, complaintGap);
+    complaint->addWidget(complaint_);
+    all->addLayout(complaint);
     all->addLayout(columns_);
     all->addSpacing(Space::panelGap - Button::ringMargin);
     all->addLayout(end);
