@@ -1,6 +1,6 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test bench core asan tsan check-mac fuzz format format-check tidy clean
+.PHONY: build run test screenshots bench bench-window core asan tsan check-mac fuzz format format-check tidy clean
 
 sources := $(shell git ls-files --cached --others --exclude-standard -- 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
@@ -22,6 +22,12 @@ test:
 	@Scripts/bootstrap test
 	$(call configure-and-build,dev)
 	@ctest --preset dev
+
+# Every screen of the interface, from recordings, without a screen.
+screenshots:
+	@Scripts/bootstrap test
+	$(call configure-and-build,dev)
+	@build/dev/bin/vantoro-screenshots Documentation/screenshots
 
 asan tsan core:
 	@Scripts/bootstrap ci
@@ -54,6 +60,12 @@ tidy:
 	@test -f build/dev/compile_commands.json || cmake --preset dev
 	@printf '%s\n' Sources/Vantoro/Model/*.cpp Sources/Vantoro/Design/*.cpp | xargs -P $(shell nproc 2>/dev/null || sysctl -n hw.ncpu) -n 1 \
 		clang-tidy --quiet -p build/dev
+
+# What the window costs, on a screen of its own.
+bench-window:
+	@Scripts/bootstrap bench
+	$(call configure-and-build,bench)
+	@Benchmarks/window
 
 clean:
 	@rm -rf build

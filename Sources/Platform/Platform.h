@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Platform/AppIdentity.h"
+#include "Platform/DataSourceNames.h"
 #include "Platform/EnergyReport.h"
 #include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
@@ -33,6 +34,9 @@ struct Platform {
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;
+    DataSourceNames sources;
+    /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
+    bool hasWideMenuBar = false;
 };
 
 } // namespace vantoro

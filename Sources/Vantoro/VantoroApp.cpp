@@ -9,19 +9,27 @@
 #include "Model/CoreMonitor.h"
 #include "Model/ExplainCommand.h"
 #include "Model/GPUPowerSampler.h"
+#include "Model/InterruptWatcher.h"
 #include "Model/RecordCommand.h"
+#include "Model/Replay.h"
 #include "Model/SensorDump.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
 #include "Model/SMCReader.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
+#include "Views/Shell.h"
+#include "Views/SingleInstance.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
-#include <QCoreApplication>
+#include <QApplication>
+#include <QEvent>
+#include <QIcon>
+#include <QTimer>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -129,6 +137,92 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     return explainThisMachine(line, hub);
 }
 
+/// The desktop's own complaints, in our words and without the abort that Qt makes of them.
+void reportFatally(QtMsgType type, const QMessageLogContext& /*where*/, const QString& text) {
+    if (type == QtFatalMsg) {
+        complain(fmt::format("no window can be opened here ({}); --explain answers in the terminal",
+                             text.section(u'\n', 0, 0).simplified().toStdString()));
+        std::_Exit(EXIT_FAILURE);
+    }
+    if (type == QtCriticalMsg)
+        complain(text.simplified().toStdString());
+}
+
+/// Says on standard error when the window was first painted, for who measures how long that takes.
+class FirstFrameReport : public QObject {
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            watched->removeEventFilter(this);
+            // What was painted reaches the screen at the end of the event.
+            QTimer::singleShot(0, this, [] {
+                const auto now = std::chrono::system_clock::now().time_since_epoch();
+                std::fprintf(stderr, "first frame %.4f\n", std::chrono::duration<double>(now).count());
+            });
+        }
+        return false;
+    }
+};
+
+SourceNames sourceNames(const Platform& platform) {
+    SourceNames names{.streamIsSetuidRoot = platform.sources.streamIsSetuidRoot,
+                      .sensors = QString::fromStdString(platform.sources.sensors),
+                      .reports = QString::fromStdString(platform.sources.reports)};
+    if (platform.processStream) {
+        names.stream = QString::fromStdString(platform.processStream->streamName());
+        names.streamForShort = names.stream.section(u'/', -1);
+    }
+    return names;
+}
+
+int runOnDesktop(const CommandLine& line, int argc, char** argv) {
+    qInstallMessageHandler(reportFatally);
+    // What Qt would take of the command line for itself is not ours to offer.
+    int own = std::min(argc, 1);
+    const QApplication application(own, argv);
+    QApplication::setApplicationName("Vantoro");
+    QApplication::setDesktopFileName("vantoro");
+    QApplication::setWindowIcon(QIcon(":/icons/app.svg"));
+    installAccessibility();
+
+    Settings settings;
+    const SettingsFormatContext formatContext(settings);
+    const Motion motion(formatContext);
+    const bool replays = line.replayFile.has_value();
+    const bool simulates = !replays && (line.simulate || line.simulateFanless);
+    // A replay is another thing to look at, beside the program that watches this machine.
+    SingleInstance instance(simulates ? "vantoro-simulated" : "vantoro");
+    if (!replays && instance.isSecond())
+        return EXIT_SUCCESS;
+
+    const Platform platform = replays ? Platform() : choosePlatform(line);
+    SensorHub hub(platform, replays ? SensorSources() : sensorSources(line, platform), settings,
+                  HubEnvironment::ofThisProcess());
+    std::optional<Replay> replay;
+    if (replays) {
+        replay.emplace(hub, *line.replayFile);
+        if (replay->error()) {
+            complain(replay->error()->text(*line.replayFile));
+            return usageFault;
+        }
+        if (replay->warning())
+            complain(replay->warning()->text(*line.replayFile));
+    }
+    Shell shell(hub, settings, motion,
+                {.simulates = simulates,
+                 .sources = sourceNames(platform),
+                 .looks = platform.systemLooks,
+                 .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
+                 .start = [&] { replay ? replay->start() : hub.start(); }});
+    QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);
+    const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+    shell.open();
+    FirstFrameReport firstFrame;
+    if (isAsked(false, "VANTORO_FIRST_FRAME"))
+        shell.window()->installEventFilter(&firstFrame);
+    return QApplication::exec();
+}
+
 int run(const CommandLine& line, int argc, char** argv) {
     switch (line.action) {
     case CommandLine::Action::help:
@@ -136,8 +230,7 @@ int run(const CommandLine& line, int argc, char** argv) {
     case CommandLine::Action::version:
         return print(fmt::format("vantoro {}\n", VANTORO_VERSION));
     case CommandLine::Action::window:
-        complain("the window is not built yet; --explain answers in the terminal (see --help)");
-        return usageFault;
+        return runOnDesktop(line, argc, argv);
     case CommandLine::Action::explain:
         if (line.replayFile) {
             const Settings settings;

@@ -73,13 +73,18 @@ struct Stage {
     QImage picture(QWidget& widget, const QSize& size) {
         widget.resize(size);
         widget.show();
+        settle();
+        return widget.grab().toImage();
+    }
+
+    /// Lets the events through and everything that moves arrive.
+    void settle() {
         // A height that follows from a width takes some rounds to reach the outermost layout.
         for (int round = 0; round < 5; ++round)
             QCoreApplication::processEvents();
         seconds += 10;
         clock.beat();
         QCoreApplication::processEvents();
-        return widget.grab().toImage();
     }
 
     QTemporaryDir folder;

@@ -32,6 +32,8 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
+    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
+    platform.hasWideMenuBar = true;
     return platform;
 }
 

@@ -49,7 +49,8 @@ Platform currentPlatform(const std::string& programFolder) {
             .processStream = std::make_shared<LinuxProcessStream>(
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
             .machine = std::make_shared<LinuxMachine>(root),
-            .thermalState = std::make_shared<LinuxThermalState>(root, lane)};
+            .thermalState = std::make_shared<LinuxThermalState>(root, lane),
+            .sources = {.sensors = "hwmon", .reports = "cpufreq"}};
 }
 
 } // namespace vantoro

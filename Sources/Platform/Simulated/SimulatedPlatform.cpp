@@ -55,6 +55,8 @@ Platform simulatedPlatform(const Platform& host, bool fanless, std::function<dou
     platform.frequencyTables = std::make_shared<SimulatedFrequencyTables>(mac);
     platform.thermalState = std::make_shared<SimulatedThermalState>(mac);
     platform.machine = std::make_shared<SimulatedMachine>();
+    platform.sources.sensors = "simulated sensors";
+    platform.sources.reports = "simulated reports";
     return platform;
 }
 

@@ -19,6 +19,9 @@ public:
     /// Draws it centred in the rectangle.
     void draw(QPainter& painter, const QRectF& rectangle, const QString& name, int size, const QColor& color);
 
+    /// Forgets what it has rendered.
+    void clear() { rendered_.clear(); }
+
 private:
     QHash<QString, QPixmap> rendered_;
 };

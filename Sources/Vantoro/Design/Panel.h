@@ -65,9 +65,9 @@ private:
     QString subtitle_;
     QString caption_;
     QString figure_;
+    int roomAtRight_ = 0;
     int sidePadding_ = Space::panelPadding;
     int bottomPadding_ = Space::panelPadding;
-    int roomAtRight_ = 0;
 };
 
 } // namespace vantoro

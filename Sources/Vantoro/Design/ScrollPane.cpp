@@ -27,7 +27,7 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.fillRect(rect(), look_.theme.color(Tone::window));
+        painter.fillRect(rect(), palette().color(QPalette::Window));
         const int span = maximum() - minimum() + pageStep();
         if (maximum() <= minimum() || span <= 0)
             return;
@@ -63,10 +63,15 @@ ScrollPane::ScrollPane(Look& look, QWidget* parent)
 
 void ScrollPane::applyTheme() {
     QPalette colors = palette();
-    colors.setColor(QPalette::Window, look_.theme.color(Tone::window));
+    colors.setColor(QPalette::Window, look_.theme.color(surface_));
     setPalette(colors);
     content_->setPalette(colors);
     content_->setAutoFillBackground(true);
+}
+
+void ScrollPane::setSurface(Tone surface) {
+    surface_ = surface;
+    applyTheme();
 }
 
 void ScrollPane::focusInEvent(QFocusEvent* event) {
@@ -87,7 +92,8 @@ void ScrollPane::resizeEvent(QResizeEvent* event) {
     const bool scrolls = viewport()->width() < width();
     const int bar = scrolls ? width() - viewport()->width() : 0;
     const int side = Space::windowMargin + std::max(0, (width() - 2 * Space::windowMargin - widestContent) / 2);
-    column_->setContentsMargins(side, 8, side - bar, Space::windowMargin);
+    const QMargins margins = margins_.value_or(QMargins(side, 8, side, Space::windowMargin));
+    column_->setContentsMargins(margins - QMargins(0, 0, bar, 0));
     QScrollArea::resizeEvent(event);
 }
 

@@ -21,6 +21,10 @@ public:
     /// Where the panels go, with the panel gap between them and the window's margins around.
     QVBoxLayout* column() const { return column_; }
 
+    /// Lies on something else than a window, with other margins round what it holds.
+    void setSurface(Tone surface);
+    void setContentMargins(const QMargins& margins) { margins_ = margins; }
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
     bool focusNextPrevChild(bool next) override;
@@ -33,6 +37,8 @@ private:
     Look& look_;
     QWidget* content_;
     QVBoxLayout* column_;
+    Tone surface_ = Tone::window;
+    std::optional<QMargins> margins_;
 };
 
 } // namespace vantoro

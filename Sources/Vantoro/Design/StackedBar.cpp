@@ -139,8 +139,8 @@ void StackedBar::paintEntry(QPainter& painter, const QRectF& cell, const LegendE
         painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius, radius);
         line.setLeft(box.right() + squareGap);
     }
-    drawText(painter, line, Type::body.semibold(), color(Tone::textPrimary), entry.value, Qt::AlignRight,
-             Qt::ElideNone);
+    drawText(painter, line, Type::body.semibold(), color(entry.isMissing ? Tone::textTertiary : Tone::textPrimary),
+             entry.value, Qt::AlignRight, Qt::ElideNone);
     line.setRight(line.right() - textWidth(Type::body.semibold(), entry.value) - valueGap);
     drawText(painter, line, Type::body, color(Tone::textSecondary), entry.label);
 }

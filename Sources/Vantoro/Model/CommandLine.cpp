@@ -20,7 +20,7 @@ struct Switch {
 constexpr std::array<Switch, 12> switches{{
     {"--explain", "", "watch this machine for a while, then say why it is warm or busy"},
     {"--record", "FILE", "write what this machine measures to FILE (.jsonl, or .jsonl.gz) until interrupted"},
-    {"--replay", "FILE", "with --explain: read the recording FILE in place of live sensors"},
+    {"--replay", "FILE", "show the recording FILE in place of this machine; with --explain: conclude from it"},
     {"--seconds", "N", "with --explain or --record: sample for N seconds (--explain: 20)"},
     {"--json", "", "with --explain: print the whole conclusion as JSON"},
     {"--check", "", "print which sources of data work on this machine"},
@@ -37,7 +37,8 @@ struct Variable {
     std::string_view help;
 };
 
-constexpr std::array<Variable, 6> variables{{
+constexpr std::array<Variable, 7> variables{{
+    {"VANTORO_FIRST_FRAME", "\"1\": say when the window was first painted, for measuring"},
     {"VANTORO_INTERVAL", "seconds between samples, in place of the setting"},
     {"VANTORO_PROCESS_MODE", "\"auto\" or \"unprivileged\": where the process list comes from"},
     {"VANTORO_SIMULATE", "\"1\": the same as --simulate"},

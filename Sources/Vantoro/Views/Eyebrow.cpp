@@ -9,14 +9,15 @@
 namespace vantoro {
 
 namespace {
-constexpr int drawnHeight = 20;
-constexpr int gap = 10;
+constexpr int regularHeight = 20;
+constexpr int smallHeight = 16;
 constexpr int triangleSize = 16;
-constexpr TextStyle labelStyle = Type::sectionTitle;
 } // namespace
 
-Eyebrow::Eyebrow(Look& look, QWidget* parent)
-    : PaintedWidget(look, parent), pips_(new LevelPips(look, LevelPips::Height::regular, this)) {
+Eyebrow::Eyebrow(Look& look, Size size, QWidget* parent)
+    : PaintedWidget(look, parent)
+    , size_(size)
+    , pips_(new LevelPips(look, size == Size::small ? LevelPips::Height::small : LevelPips::Height::regular, this)) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -34,18 +35,18 @@ void Eyebrow::show(const EyebrowModel& model) {
 }
 
 double Eyebrow::textLeft() const {
-    return pips_->geometry().right() + 1 + gap;
+    return pips_->geometry().right() + 1 + gap();
 }
 
 QSize Eyebrow::sizeHint() const {
-    double width = textLeft() + textWidth(labelStyle, model_.label);
+    double width = textLeft() + textWidth(labelStyle(), model_.label);
     if (!model_.duration.isEmpty())
-        width += gap + textWidth(Type::body, model_.duration);
+        width += gap() + textWidth(durationStyle(), model_.duration);
     return {static_cast<int>(std::ceil(width)), minimumSizeHint().height()};
 }
 
 QSize Eyebrow::minimumSizeHint() const {
-    return {80, qRound(drawnHeight * theme().textScale())};
+    return {80, qRound((size_ == Size::small ? smallHeight : regularHeight) * theme().textScale())};
 }
 
 Description Eyebrow::describe() {
@@ -54,7 +55,7 @@ Description Eyebrow::describe() {
 
 void Eyebrow::placePips() {
     const QSize size = pips_->sizeHint();
-    const int left = model_.isCritical ? triangleSize + gap : 0;
+    const int left = model_.isCritical ? triangleSize + gap() : 0;
     pips_->setGeometry(left, (height() - size.height()) / 2, size.width(), size.height());
 }
 
@@ -68,12 +69,12 @@ void Eyebrow::paintEvent(QPaintEvent*) {
                           QStringLiteral("exclamationmark.triangle.fill"), triangleSize,
                           theme().heatFill(model_.heatStop));
     const double left = textLeft();
-    const double labelWidth = textWidth(labelStyle, model_.label);
-    drawText(painter, QRectF(left, 0, std::max(0.0, line.width() - left), line.height()), labelStyle, word,
+    const double labelWidth = textWidth(labelStyle(), model_.label);
+    drawText(painter, QRectF(left, 0, std::max(0.0, line.width() - left), line.height()), labelStyle(), word,
              model_.label);
-    const double durationLeft = left + labelWidth + gap;
+    const double durationLeft = left + labelWidth + gap();
     if (!model_.duration.isEmpty() && durationLeft < line.width())
-        drawText(painter, QRectF(durationLeft, 0, line.width() - durationLeft, line.height()), Type::body,
+        drawText(painter, QRectF(durationLeft, 0, line.width() - durationLeft, line.height()), durationStyle(),
                  color(Tone::textSecondary), model_.duration);
 }
 

@@ -11,7 +11,9 @@ class LevelPips;
 class Eyebrow : public PaintedWidget {
     Q_OBJECT
 public:
-    explicit Eyebrow(Look& look, QWidget* parent = nullptr);
+    enum class Size : std::uint8_t { regular, small };
+
+    explicit Eyebrow(Look& look, Size size = Size::regular, QWidget* parent = nullptr);
 
     void show(const EyebrowModel& model);
 
@@ -30,6 +32,11 @@ private:
     void placePips();
     double textLeft() const;
 
+    int gap() const { return size_ == Size::small ? 8 : 10; }
+    TextStyle labelStyle() const { return size_ == Size::small ? Type::small.semibold() : Type::sectionTitle; }
+    TextStyle durationStyle() const { return size_ == Size::small ? Type::small : Type::body; }
+
+    Size size_;
     EyebrowModel model_;
     LevelPips* pips_; // owned by Qt as a child
 };

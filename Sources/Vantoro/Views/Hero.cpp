@@ -22,9 +22,9 @@ constexpr int narrowBelow = 940 - 2 * Space::windowMargin;
 
 // The hero's middle and its height while its text is short; then what is kept above and below the text.
 constexpr int leastMiddle = 118;
-constexpr int leastHeight = 228;
+constexpr int leastHeight = 236;
 constexpr int roomAbove = 14;
-constexpr int roomBelow = 16;
+constexpr int roomBelow = 24;
 
 /// Says it without interrupting.
 void announce(QWidget& widget, const QString& text) {
@@ -43,7 +43,7 @@ void announce(QWidget& widget, const QString& text) {
 
 Hero::Hero(Look& look, QWidget* parent)
     : PaintedWidget(look, parent)
-    , eyebrow_(new Eyebrow(look, this))
+    , eyebrow_(new Eyebrow(look, Eyebrow::Size::regular, this))
     , headline_(new BalancedLabel(look, {{Type::display40, 2}, {Type::display32, 2}, {Type::display26, 3}},
                                   Tone::textPrimary, this))
     , detail_(new BalancedLabel(look, {{Type::lead, 0}}, Tone::textSecondary, this))

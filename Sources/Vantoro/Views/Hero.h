@@ -10,7 +10,7 @@ class BalancedLabel;
 class Dials;
 class Eyebrow;
 
-/// Stands in a column with the window's margins, 8 points below the control bar; grows with its text.
+/// Stands within the window's margins, 8 points below the control bar and 8 above what follows; grows with its text.
 class Hero : public PaintedWidget {
     Q_OBJECT
 public:

@@ -6,7 +6,7 @@
 namespace vantoro {
 
 namespace {
-constexpr int belowHero = 8;
+constexpr int belowHero = Space::panelGap;
 constexpr int adviceShare = 360;
 constexpr int shares = 616 + adviceShare;
 constexpr int leastAdvice = 284;
@@ -14,6 +14,7 @@ constexpr int leastAdvice = 284;
 
 NowContent::NowContent(Look& look, QWidget* parent)
     : QWidget(parent)
+    , hero_(new Hero(look, this))
     , suspects_(new SuspectsPanel(look, this))
     , advice_(new AdvicePanel(look, this))
     , facts_(new FactsPanel(look, this)) {
@@ -33,7 +34,7 @@ void NowContent::setNarrow(bool narrow) {
 
 NowContent::Frame NowContent::frame(int width) const {
     Frame frame;
-    frame.hero = QRect(0, 0, width, 236);
+    frame.hero = QRect(0, 0, width, hero_->heightForWidth(width));
     const int top = frame.hero.height() + belowHero;
     const int shared = width - Space::panelGap;
     const int advice = std::max(leastAdvice, qRound(static_cast<double>(shared) * adviceShare / shares));
@@ -52,6 +53,7 @@ int NowContent::heightForWidth(int width) const {
 
 void NowContent::place() {
     const Frame frame = this->frame(width());
+    hero_->setGeometry(frame.hero);
     suspects_->setGeometry(frame.suspects);
     advice_->setGeometry(frame.advice);
     facts_->setGeometry(frame.facts);

@@ -3,6 +3,7 @@
 
 #include "Views/AdvicePanel.h"
 #include "Views/FactsPanel.h"
+#include "Views/Hero.h"
 #include "Views/SuspectsPanel.h"
 
 namespace vantoro {
@@ -13,6 +14,7 @@ class NowContent : public QWidget {
 public:
     explicit NowContent(Look& look, QWidget* parent = nullptr);
 
+    Hero* hero() const { return hero_; }
     SuspectsPanel* suspects() const { return suspects_; }
     AdvicePanel* advice() const { return advice_; }
     FactsPanel* facts() const { return facts_; }
@@ -38,7 +40,8 @@ private:
     void place();
     void placeAnew();
 
-    SuspectsPanel* suspects_; // owned by Qt as children
+    Hero* hero_; // owned by Qt as children
+    SuspectsPanel* suspects_;
     AdvicePanel* advice_;
     FactsPanel* facts_;
 };

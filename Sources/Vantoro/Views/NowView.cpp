@@ -16,6 +16,7 @@ NowView::NowView(ViewContext& context, QWidget* parent)
 }
 
 void NowView::refresh() {
+    content_->hero()->show(heroModel(hub(), context().settings));
     content_->suspects()->show(suspectsModel(hub()));
     content_->advice()->show(adviceModel(hub()));
     content_->facts()->show(factsModel(hub()));

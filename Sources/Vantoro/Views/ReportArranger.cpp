@@ -14,17 +14,17 @@ constexpr double pipsHeight = 12;
 constexpr double pipsGap = 10;
 constexpr double headerGap = 29;
 constexpr double columnGap = 48;
-constexpr double sectionGap = 24;
+constexpr double sectionGap = 25;
 constexpr double iconSize = 16;
 constexpr double titleInset = 24;
-constexpr double titleGap = 6;
+constexpr double titleGap = 7;
 constexpr double rowsGap = 8;
 constexpr double rowHeight = 32;
 constexpr double detailGap = 8;
 constexpr double valueGap = 16;
 constexpr double barWidth = 3;
 constexpr double barInset = 8;
-constexpr double bottomPadding = 16;
+constexpr double bottomPadding = 8;
 
 class Arranger {
 public:
@@ -59,12 +59,14 @@ private:
         TextStyle style;
         Tone tone = Tone::textPrimary;
         bool isHeat = false;
+        /// Stands in one line, however little room there is.
+        bool isOneLine = false;
     };
 
     double scale() const { return theme_.textScale(); }
 
     double naturalWidth(const TextStyle& style, const QString& text) const {
-        return std::ceil(QFontMetricsF(fontOf(style, theme_)).horizontalAdvance(text)) + 1;
+        return QFontMetricsF(fontOf(style, theme_)).horizontalAdvance(text);
     }
 
     /// Sets a text of this width at most; gives the height it takes.
@@ -76,7 +78,7 @@ private:
         lines.replace(u'\n', QChar::LineSeparator);
         run.layout = std::make_unique<QTextLayout>(lines, fontOf(look.style, theme_));
         QTextOption option;
-        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        option.setWrapMode(look.isOneLine ? QTextOption::NoWrap : QTextOption::WrapAtWordBoundaryOrAnywhere);
         run.layout->setTextOption(option);
         const double lineHeight = lineHeightOf(look.style, theme_);
         double y = 0;
@@ -108,7 +110,7 @@ private:
         double x = left + pipsWidth * scale() + pipsGap;
         place(model_.stateLabel, "\n", {Type::sectionTitle, Tone::textSecondary, model_.level.has_value()}, {x, y},
               width);
-        x += naturalWidth(Type::sectionTitle, model_.stateLabel) + pipsGap - 1;
+        x += naturalWidth(Type::sectionTitle, model_.stateLabel) + pipsGap;
         const double subhead =
             place(model_.subhead, " ", {Type::body, Tone::textSecondary}, {x, y}, std::max(left + width - x, 80.0));
         speak(left, y, width, y + std::max(line, subhead));
@@ -117,9 +119,10 @@ private:
 
     double placeSection(const ReportSection& section, double left, double y, double width) {
         const double line = lineHeightOf(Type::sectionTitle, theme_);
-        page_.icons.push_back({{left, y + (line - iconSize) / 2, iconSize, iconSize}, section.symbol});
-        const double title =
-            place(section.title, "\n\n", {Type::sectionTitle}, {left + titleInset, y}, width - titleInset);
+        const double icon = std::round(iconSize * scale());
+        const double inset = titleInset * scale();
+        page_.icons.push_back({{left, y + (line - icon) / 2, icon, icon}, section.symbol});
+        const double title = place(section.title, "\n\n", {Type::sectionTitle}, {left + inset, y}, width - inset);
         speak(left, y, width, y + title);
         y += title + titleGap;
         const double body = place(section.body, "\n", {Type::report}, {left, y}, width);
@@ -151,12 +154,13 @@ private:
         if (isBeside) {
             // On one base line with the label.
             const double lift = (line - lineHeightOf(Type::caption, theme_)) / 2 + 1;
-            place(row.detail, "  ", {Type::caption, Tone::textTertiary}, {left + labelWidth + detailGap - 1, top + lift},
-                  detailWidth);
+            place(row.detail, "  ", {.style = Type::caption, .tone = Tone::textTertiary, .isOneLine = true},
+                  {left + labelWidth + detailGap, top + lift}, detailWidth);
         } else {
             bottom += place(row.detail, "\n", {Type::caption, Tone::textTertiary}, {left, bottom}, room);
         }
-        place(row.value, "  ", {Type::sectionTitle}, {left + width - valueWidth + 1, top}, valueWidth);
+        place(row.value, "  ", {.style = Type::sectionTitle, .isOneLine = true}, {left + width - valueWidth, top},
+              valueWidth);
         bottom += padding;
         if (row.isEmphasised)
             page_.bars.emplace_back(left - reportGutter, y + barInset, barWidth, bottom - y - 2 * barInset);

@@ -2,6 +2,7 @@
 
 #include "Model/LocalExplainer.h"
 #include "Model/TextReport.h"
+#include "Views/EyebrowModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -29,10 +30,9 @@ ReportModel reportModel(const Verdict& verdict, const Explanation& explanation) 
     ReportModel model{.headline = toQString(explanation.headline),
                       .stateLabel = toQString(verdict.stateLabel()),
                       .subhead = toQString(explanation.subhead)};
-    const int level = static_cast<int>(verdict.state);
     if (!verdict.awaitingReading)
-        model.level = level;
-    model.heatStop = verdict.severity == Severity::critical ? static_cast<int>(StressLevel::extreme) : level;
+        model.level = static_cast<int>(verdict.state);
+    model.heatStop = verdictHeatStop(verdict);
     for (const Explanation::Section& section : explanation.sections)
         model.sections.push_back(shown(section));
     model.leftSections = std::min(model.sections.size(), sectionsAtTheLeft);
@@ -41,8 +41,8 @@ ReportModel reportModel(const Verdict& verdict, const Explanation& explanation) 
 }
 
 ReportModel reportModel(SensorHub& hub) {
-    ReportModel model = reportModel(
-        hub.verdict(), LocalExplainer::explain(hub.history(), hub.verdict(), hub.snapshot(), hub.format()));
+    ReportModel model =
+        reportModel(hub.verdict(), LocalExplainer::explain(hub.history(), hub.verdict(), hub.snapshot(), hub.format()));
     model.machineName = toQString(hub.machineName());
     model.sensorSummary = toQString(hub.sensorSummary());
     return model;

@@ -6,7 +6,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QTextLayout>
+#include <QResizeEvent>
 
 namespace vantoro {
 
@@ -24,8 +24,9 @@ private:
 };
 
 ReportPage::ReportPage(Look& look, ReportModel model, QWidget* parent)
-    : PaintedWidget(look, parent), model_(std::move(model)),
-      pips_(new LevelPips(look, LevelPips::Height::small, this)) {
+    : PaintedWidget(look, parent)
+    , model_(std::move(model))
+    , pips_(new LevelPips(look, LevelPips::Height::small, this)) {
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::IBeamCursor);
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -42,9 +43,7 @@ void ReportPage::setOneColumn(bool one) {
     if (one == isOneColumn_)
         return;
     isOneColumn_ = one;
-    arrangement_.reset();
-    updateGeometry();
-    update();
+    arrangeAnew();
 }
 
 const ReportArrangement& ReportPage::arranged(int width) const {
@@ -53,11 +52,11 @@ const ReportArrangement& ReportPage::arranged(int width) const {
     return *arrangement_;
 }
 
-int ReportPage::heightForWidth(int width) const {
-    // Asked for another width than is shown, the arrangement on screen stays.
-    if (arrangement_ != nullptr && arrangement_->width == width)
-        return static_cast<int>(arrangement_->height);
-    return static_cast<int>(arrangeReport(model_, theme(), width, isOneColumn_).height);
+int ReportPage::heightFor(int width, bool oneColumn) const {
+    const auto [found, isNew] = heights_.try_emplace({width, oneColumn}, 0);
+    if (isNew)
+        found->second = static_cast<int>(arrangeReport(model_, theme(), width, oneColumn).height);
+    return found->second;
 }
 
 QSize ReportPage::sizeHint() const {
@@ -104,16 +103,24 @@ void ReportPage::paintEvent(QPaintEvent* event) {
         drawFocusRing(painter, QRectF(visibleRegion().boundingRect()), 4, theme());
 }
 
-void ReportPage::resizeEvent(QResizeEvent*) {
+void ReportPage::arrangeAnew() {
+    arrangement_.reset();
     const ReportArrangement& page = arranged(width());
     pips_->move(page.pips.toPoint());
     for (std::size_t i = 0; i < voices_.size() && i < page.voices.size(); ++i)
         voices_[i]->setGeometry(page.voices[i].toAlignedRect());
-    caret_ = std::min(caret_, Place{page.runs.size(), 0});
+    updateGeometry();
+    update();
+}
+
+void ReportPage::resizeEvent(QResizeEvent* event) {
+    if (event->size().width() != event->oldSize().width())
+        arrangeAnew();
 }
 
 void ReportPage::themeChanged() {
-    arrangement_.reset();
+    heights_.clear();
+    arrangeAnew();
 }
 
 ReportPage::Place ReportPage::placeAt(const QPointF& point) const {
@@ -127,8 +134,8 @@ ReportPage::Place ReportPage::placeAt(const QPointF& point) const {
     double leastDistance = -1;
     for (std::size_t i = 0; i < page.runs.size(); ++i) {
         const QRectF box(page.runs[i].origin, page.runs[i].size);
-        const double distance = verticalWeight * outside(point.y(), box.top(), box.bottom()) +
-                                outside(point.x(), box.left(), box.right());
+        const double distance =
+            verticalWeight * outside(point.y(), box.top(), box.bottom()) + outside(point.x(), box.left(), box.right());
         if (leastDistance < 0 || distance < leastDistance) {
             leastDistance = distance;
             nearest = i;

@@ -5,7 +5,9 @@
 #include "Views/ReportArranger.h"
 
 #include <compare>
+#include <map>
 #include <memory>
+#include <utility>
 
 namespace vantoro {
 
@@ -22,7 +24,9 @@ public:
     void selectAll();
 
     bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override;
+    int heightForWidth(int width) const override { return heightFor(width, isOneColumn_); }
+    /// How high the page is at this width; kept, since it is asked for while the sheet rises.
+    int heightFor(int width, bool oneColumn) const;
     QSize sizeHint() const override;
     Description describe() override;
 
@@ -52,6 +56,7 @@ private:
         auto operator<=>(const Place&) const = default;
     };
 
+    void arrangeAnew();
     const ReportArrangement& arranged(int width) const;
     Place placeAt(const QPointF& point) const;
     void select(Place anchor, Place caret);
@@ -60,6 +65,7 @@ private:
     ReportModel model_;
     bool isOneColumn_ = false;
     mutable std::unique_ptr<ReportArrangement> arrangement_;
+    mutable std::map<std::pair<int, bool>, int> heights_;
     LevelPips* pips_;            // owned by Qt as a child
     std::vector<Voice*> voices_; // owned by Qt as children
     Place anchor_;

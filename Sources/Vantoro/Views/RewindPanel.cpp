@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <QPainter>
+#include <QPaintEvent>
 
 namespace vantoro {
 
@@ -119,8 +120,8 @@ void RewindPanel::paintParagraph(QPainter& painter, const QStringList& lines, co
 
 void RewindPanel::paintHint(QPainter& painter) const {
     constexpr double side = 40;
-    constexpr int icon = 24;
-    constexpr double gap = 12;
+    constexpr int icon = 28;
+    constexpr double gap = 10;
     const double wide = width() - 2 * side;
     const QStringList lines = brokenLines(model_.notice, font(Type::report), wide);
     const double high = icon + gap + static_cast<double>(lines.size()) * lineHeight(Type::report);
@@ -130,10 +131,12 @@ void RewindPanel::paintHint(QPainter& painter) const {
     paintParagraph(painter, lines, QRectF(side, top + icon + gap, wide, 0), Qt::AlignHCenter);
 }
 
-void RewindPanel::paintReadings(QPainter& painter) const {
+void RewindPanel::paintReadings(QPainter& painter, const QRegion& dirty) const {
     for (std::size_t i = 0; i < model_.readings.size(); ++i) {
         const RewindModel::Reading& reading = model_.readings[i];
         QRectF row = readingRect(i);
+        if (!dirty.intersects(row.toAlignedRect()))
+            continue;
         const double wide = textWidth(Type::sectionTitle, reading.value) + 1;
         drawText(painter, cutTrailing(row, wide, isRightToLeft()), Type::sectionTitle, color(Tone::textPrimary),
                  reading.value, trailing(), Qt::ElideNone);
@@ -160,7 +163,7 @@ void RewindPanel::paintProcess(QPainter& painter, const QRectF& row, const Rewin
         drawText(painter, rest, Type::small, color(Tone::textTertiary), process.rawName, leading());
 }
 
-void RewindPanel::paintProcesses(QPainter& painter) const {
+void RewindPanel::paintProcesses(QPainter& painter, const QRegion& dirty) const {
     if (model_.processes.empty()) {
         const QRectF title = titleRect();
         const QRectF from(title.left(), belowReadings() + lineBelowReadings, title.width(), 0);
@@ -173,13 +176,14 @@ void RewindPanel::paintProcesses(QPainter& painter) const {
     drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("CPU"), trailing());
     const std::size_t named = namedProcesses();
     for (std::size_t i = 0; i < named; ++i)
-        paintProcess(painter, processRect(i), model_.processes[i]);
+        if (const QRectF row = processRect(i); dirty.intersects(row.toAlignedRect()))
+            paintProcess(painter, row, model_.processes[i]);
     if (const std::size_t unnamed = model_.processes.size() - named; unnamed > 0)
         drawText(painter, processRect(named), Type::caption, color(Tone::textTertiary), tr("%1 more").arg(unnamed),
                  leading());
 }
 
-void RewindPanel::paintEvent(QPaintEvent*) {
+void RewindPanel::paintEvent(QPaintEvent* event) {
     constexpr int icon = 16;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -195,8 +199,8 @@ void RewindPanel::paintEvent(QPaintEvent*) {
         paintHint(painter);
         return;
     }
-    paintReadings(painter);
-    paintProcesses(painter);
+    paintReadings(painter, event->region());
+    paintProcesses(painter, event->region());
 }
 
 } // namespace vantoro

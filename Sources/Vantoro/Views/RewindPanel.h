@@ -29,8 +29,9 @@ private:
     /// How many processes are named, so that all fit or a last row says how many do not.
     std::size_t namedProcesses() const;
     void paintHint(QPainter& painter) const;
-    void paintReadings(QPainter& painter) const;
-    void paintProcesses(QPainter& painter) const;
+    /// Only the rows that lie in what is to be painted.
+    void paintReadings(QPainter& painter, const QRegion& dirty) const;
+    void paintProcesses(QPainter& painter, const QRegion& dirty) const;
     void paintProcess(QPainter& painter, const QRectF& row, const RewindModel::Process& process) const;
     void paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from, Qt::Alignment alignment) const;
     Qt::Alignment leading() const { return isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft; }

@@ -179,10 +179,12 @@ std::vector<FanRowModel> fanRows(const SensorHub& hub) {
     return rows;
 }
 
-void speak(LegendModel& legend) {
+void finish(LegendModel& legend) {
     QStringList spoken;
-    for (const LegendEntry& entry : legend.entries)
+    for (LegendEntry& entry : legend.entries) {
+        entry.isMissing = entry.value == dash();
         spoken.append(entry.label + u' ' + entry.value);
+    }
     legend.spokenValue = spoken.join(", ");
 }
 
@@ -201,7 +203,7 @@ LegendModel processorLegend(const SensorHub& hub) {
                       part(tr("System"), cpu.systemPercent),
                       part(tr("Idle"), cpu.idlePercent),
                       {tr("Load average"), isKnown ? QString::number(cpu.loadAverage, 'f', 1) : dash(), std::nullopt}};
-    speak(legend);
+    finish(legend);
     return legend;
 }
 
@@ -229,7 +231,7 @@ LegendModel memoryLegend(const SensorHub& hub) {
                       part(tr("Unused"), unused),
                       {tr("Total"), bytes(memory.totalBytes), std::nullopt},
                       {tr("Pages swapped out"), isKnown ? swapped : dash(), std::nullopt}};
-    speak(legend);
+    finish(legend);
     return legend;
 }
 

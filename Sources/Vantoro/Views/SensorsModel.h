@@ -56,6 +56,7 @@ struct LegendEntry {
     QString label;
     QString value;
     std::optional<double> share;
+    bool isMissing = false;
 
     bool operator==(const LegendEntry&) const = default;
 };

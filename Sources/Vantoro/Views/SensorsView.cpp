@@ -180,8 +180,8 @@ private:
     FourStepMeter* meter_; // owned by Qt as a child
 };
 
-SensorsView::SensorsView(ViewContext& context, SourceNames names, QWidget* parent)
-    : View(context, parent), names_(std::move(names)), scroll_(new ScrollPane(context.look)) {
+SensorsView::SensorsView(ViewContext& context, QWidget* parent)
+    : View(context, parent), scroll_(new ScrollPane(context.look)) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll_);
@@ -326,7 +326,7 @@ void SensorsView::showFans(const SensorsModel& model) {
 }
 
 void SensorsView::refresh() {
-    SensorsModel model = SensorsModel::of(hub(), names_, unfolded_);
+    SensorsModel model = SensorsModel::of(hub(), context().sources, unfolded_);
     copy_->setText(vantoro::tr("Copy all"));
     if (model == model_)
         return;

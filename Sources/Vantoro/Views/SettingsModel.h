@@ -3,26 +3,13 @@
 
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
+#include "Views/SourceNames.h"
 
 #include <array>
 #include <QString>
 #include <QStringList>
 
 namespace vantoro {
-
-/// What the readings come from on this system, as people know it there. The defaults are the Mac's.
-struct SourceNames {
-    /// The program that prints the process list, as it is run and for short.
-    QString stream = "/usr/bin/top";
-    QString streamForShort = "top";
-    /// It sees other users' processes because it runs with the rights of root; otherwise because anybody may see them.
-    bool streamIsSetuidRoot = true;
-    /// Where fans, temperatures and power come from, and where loads and frequencies.
-    QString sensors = "SMC";
-    QString reports = "IOReport";
-
-    bool operator==(const SourceNames&) const = default;
-};
 
 /// Everything the window shows, ready to paint.
 struct SettingsModel {

@@ -12,8 +12,8 @@ namespace vantoro {
 
 namespace {
 
-constexpr double titleCentre = 18; // from the top
-constexpr int aboveRule = 4;       // the rule and the ramp mark begin above the plot
+constexpr double titleCentre = 17.5; // from the top
+constexpr int aboveRule = 4;         // the rule and the ramp mark begin above the plot
 constexpr double ringRadius = 4;
 constexpr int ringReach = 6; // with its stroke
 constexpr double captionGap = 8;
@@ -143,8 +143,10 @@ void TimelineChart::paintLines(QPainter& painter) const {
         if (line.fillsArea)
             fillPlotArea(painter, plot, line.points, theme());
     paintRamp(painter, plot);
+    painter.setClipRect(plot.area.adjusted(0, -aboveRule, 0, aboveRule));
     for (const ChartLine& line : model_.lines)
         drawPlotLine(painter, plot, {line.points, line.bands, line.stroke == ChartLine::Stroke::dashed}, theme());
+    painter.setClipping(false);
 }
 
 void TimelineChart::paintRamp(QPainter& painter, const PlotFrame& plot) const {

@@ -4,6 +4,7 @@
 #include "Design/PaintedWidget.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
+#include "Views/SourceNames.h"
 
 namespace vantoro {
 
@@ -12,6 +13,7 @@ struct ViewContext {
     SensorHub& hub;
     Settings& settings;
     Look& look;
+    SourceNames sources = {};
 };
 
 class View : public PaintedWidget {

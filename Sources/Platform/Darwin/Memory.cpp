@@ -1,0 +1,11 @@
+#include "Platform/Memory.h"
+
+#include <malloc/malloc.h>
+
+namespace vantoro {
+
+void releaseUnusedMemory() {
+    ::malloc_zone_pressure_relief(nullptr, 0);
+}
+
+} // namespace vantoro

@@ -1,0 +1,78 @@
+// The panel that opens from the menu bar.
+#pragma once
+
+#include "Views/MenuBarPanelModel.h"
+#include "Views/View.h"
+
+namespace vantoro {
+
+class BalancedLabel;
+class Button;
+class Eyebrow;
+class FanRotor;
+class ThermalDial;
+
+/// A small window of its own. Closes on Escape and when it loses the keyboard.
+class MenuBarPanel : public View {
+    Q_OBJECT
+public:
+    static constexpr int panelWidth = 340;
+    /// Room around the card for its shadow.
+    static constexpr int shadowMargin = 40;
+
+    explicit MenuBarPanel(ViewContext& context, QWidget* parent = nullptr);
+    ~MenuBarPanel() override;
+
+    /// Opens at the menu-bar item's place or, where that is not known, at the pointer; closes when it is open.
+    void toggle(const QRect& item, const std::optional<QPoint>& pointer);
+    /// A row between the suspects and the buttons, shown while it is not hidden; the panel becomes its parent.
+    void setExtraRow(QWidget* row);
+
+    void refresh() override;
+    QSize sizeHint() const override;
+    Description describe() override;
+
+signals:
+    void openRequested();
+    void settingsRequested();
+    void quitRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    class Figures;
+    class SuspectLine;
+
+    void showModel(const MenuBarPanelModel& model);
+    /// Puts everything in its place from top to bottom; the height that it takes.
+    int layOut();
+    int layOutHead(int y);
+    void moveIntoPlace();
+
+    MenuBarPanelModel model_;
+    Eyebrow* eyebrow_; // owned by Qt as children, as are all below
+    BalancedLabel* title_;
+    BalancedLabel* cause_;
+    FanRotor* rotor_;
+    ThermalDial* dial_;
+    Figures* figures_;
+    std::vector<SuspectLine*> suspects_;
+    BalancedLabel* noSuspects_;
+    QWidget* extraRow_ = nullptr;
+    Button* open_;
+    Button* settings_;
+    Button* quit_;
+    std::vector<int> separators_;
+    int laidOutHeight_ = 0;
+    QRect item_;
+    std::optional<QPoint> pointer_;
+    double hiddenAt_ = -1;
+};
+
+} // namespace vantoro

@@ -1,0 +1,117 @@
+#include "Views/Shell.h"
+
+#include "Platform/Memory.h"
+#include "Views/MenuBarItem.h"
+#include "Views/MenuBarPanel.h"
+#include "Views/NoticeAlert.h"
+#include "Views/NoticeModel.h"
+#include "Views/SettingsView.h"
+
+#include <QApplication>
+
+namespace vantoro {
+
+Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
+    : options_(std::move(options))
+    , look_{theme_, icons_, clock_, motion}
+    , menuBarLook_{theme_, icons_, menuBarClock_, motion}
+    , context_{hub, settings, look_, options_.sources}
+    , menuBarContext_{hub, settings, menuBarLook_}
+    , follower_(theme_, options_.looks) {
+    follower_.applyAppearance(QString::fromStdString(settings.appearance()));
+    // With nothing to be seen there is nothing to draw; the first window starts the clock.
+    clock_.setPaused(true);
+}
+
+Shell::~Shell() {
+    // The windows refer to the hub and to what this shell holds.
+    delete settingsWindow_;
+    delete window_;
+}
+
+void Shell::open() {
+    QApplication::setQuitOnLastWindowClosed(false);
+    raiseWindow();
+    item_ = std::make_unique<MenuBarItem>(menuBarContext_, options_.menuBar);
+    connect(item_.get(), &MenuBarItem::panelRequested, this, &Shell::togglePanel);
+    connect(item_.get(), &MenuBarItem::openRequested, this, &Shell::raiseWindow);
+    connect(item_.get(), &MenuBarItem::availabilityKnown, this, [this](bool available) {
+        if (available)
+            return;
+        // Without the item a closed window could not be reached again.
+        QApplication::setQuitOnLastWindowClosed(true);
+        if (!window_)
+            QApplication::quit();
+        else
+            noteMissingMenuBar();
+    });
+    item_->appear();
+}
+
+void Shell::raiseWindow() {
+    if (panel_)
+        panel_->close();
+    if (!window_) {
+        window_ = new MainWindow(context_, options_.simulates, std::exchange(options_.start, nullptr));
+        window_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(window_, &MainWindow::settingsRequested, this, &Shell::openSettings);
+        connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);
+        connect(window_, &MainWindow::canBeSeenChanged, this, &Shell::updateClock);
+        connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
+    }
+    window_->raiseToFront();
+}
+
+void Shell::windowClosed() {
+    updateClock();
+    icons_.clear();
+    releaseUnusedMemory();
+}
+
+void Shell::openSettings() {
+    if (panel_)
+        panel_->close();
+    if (!settingsWindow_) {
+        settingsWindow_ = new SettingsView(context_, context_.sources);
+        settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(settingsWindow_, &SettingsView::appearanceChanged, &follower_, &LooksFollower::applyAppearance);
+        connect(settingsWindow_, &SettingsView::menuBarSettingChanged, this, [this] {
+            if (item_)
+                item_->refresh();
+        });
+        connect(settingsWindow_, &QObject::destroyed, this, &Shell::updateClock);
+    }
+    settingsWindow_->show();
+    settingsWindow_->raise();
+    settingsWindow_->activateWindow();
+    updateClock();
+}
+
+void Shell::togglePanel(const QPoint& anchor) {
+    if (!panel_) {
+        panel_ = std::make_unique<MenuBarPanel>(context_);
+        connect(panel_.get(), &MenuBarPanel::openRequested, this, &Shell::raiseWindow);
+        connect(panel_.get(), &MenuBarPanel::settingsRequested, this, &Shell::openSettings);
+        connect(panel_.get(), &MenuBarPanel::quitRequested, qApp, &QApplication::quit);
+    }
+    // The panel is a popup: it moves only while it is open, and then it is in front.
+    panel_->toggle(item_->geometry(), anchor);
+    updateClock();
+}
+
+void Shell::noteMissingMenuBar() {
+    if (context_.settings.toldOfMissingTray() || !window_)
+        return;
+    context_.settings.setToldOfMissingTray(true);
+    const Notice words = missingMenuBarNotice();
+    // Deletes itself once closed.
+    (new NoticeAlert(look_, *window_, words.title, words.text, words.answer))->open();
+}
+
+void Shell::updateClock() {
+    const bool seen = (window_ && window_->canBeSeen()) || (panel_ && panel_->isVisible()) ||
+                      (settingsWindow_ && settingsWindow_->isVisible());
+    clock_.setPaused(!seen);
+}
+
+} // namespace vantoro

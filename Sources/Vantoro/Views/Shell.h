@@ -1,0 +1,74 @@
+// What holds the desktop application together: the theme, the clock, the windows and the menu-bar item, and who opens
+// whom.
+#pragma once
+
+#include "Views/MainWindow.h"
+#include "Views/MenuBarImage.h"
+#include "Views/SourceNames.h"
+#include "Views/SystemLooks.h"
+#include "Views/View.h"
+
+#include <functional>
+#include <memory>
+#include <QPointer>
+
+namespace vantoro {
+
+class MenuBarItem;
+class MenuBarPanel;
+class SettingsView;
+
+/// What differs from run to run and from system to system.
+struct ShellOptions {
+    /// The sensors, or the lack of fans, are made up.
+    bool simulates = false;
+    /// What the data comes from.
+    SourceNames sources;
+    /// The system's account of how programs are to look; null: the desktop's portal is asked.
+    std::shared_ptr<SystemLooks> looks;
+    /// What room the menu bar has for the item.
+    MenuBarArrangement menuBar = MenuBarArrangement::withinSquare;
+    /// Starts what feeds the hub, once, when the window is first shown.
+    std::function<void()> start;
+};
+
+class Shell : public QObject {
+    Q_OBJECT
+public:
+    /// The hub, the settings and the motion must outlive the shell.
+    Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options);
+    ~Shell() override;
+
+    /// Opens the main window, then puts the item into the menu bar.
+    void open();
+    /// The window in front, opened anew when it was closed.
+    void raiseWindow();
+    void openSettings();
+
+    /// The main window while it is open.
+    MainWindow* window() const { return window_; }
+
+private:
+    void windowClosed();
+    void noteMissingMenuBar();
+    void togglePanel(const QPoint& anchor);
+    void updateClock();
+
+    ShellOptions options_;
+    Theme theme_;
+    Icons icons_;
+    AnimationClock clock_;
+    /// The menu bar is seen while every window is hidden: what turns there has a clock of its own.
+    AnimationClock menuBarClock_;
+    Look look_;
+    Look menuBarLook_;
+    ViewContext context_;
+    ViewContext menuBarContext_;
+    LooksFollower follower_;
+    QPointer<MainWindow> window_; // the windows delete themselves once closed
+    QPointer<SettingsView> settingsWindow_;
+    std::unique_ptr<MenuBarPanel> panel_;
+    std::unique_ptr<MenuBarItem> item_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,166 @@
+// Renders every screen of the interface from the recordings in the repository, without a screen: `vantoro-screenshots
+// FOLDER`. The same data and the same fonts give the same pictures.
+#include "Views/MainWindow.h"
+#include "Views/MenuBarPanel.h"
+#include "Views/SettingsView.h"
+
+#include "Views/Stage.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <QDir>
+
+namespace {
+
+using namespace vantoro;
+using Appearance = Theme::Appearance;
+using vantoro::testing::Stage;
+
+/// The die's single sensors as they lie between two temperatures, more in the middle.
+std::vector<double> spread(double coolest, double hottest, int count) {
+    std::vector<double> values;
+    for (int i = 0; i < count; ++i) {
+        const double even = static_cast<double>(i) / (count - 1);
+        const double wave = 0.06 * std::sin(i * 2.7) * even * (1 - even) * 4;
+        values.push_back(std::round((coolest + (hottest - coolest) * (even + wave)) * 10) / 10);
+    }
+    std::sort(values.begin(), values.end());
+    return values;
+}
+
+class Album {
+public:
+    explicit Album(const QString& folder) : folder_(folder) {}
+
+    void keep(const QString& name, const QPixmap& picture) {
+        const QString path = folder_.filePath(name + ".png");
+        if (picture.save(path))
+            return;
+        std::cerr << "screenshots: " << path.toStdString() << " could not be written\n";
+        isComplete_ = false;
+    }
+
+    bool isComplete() const { return isComplete_; }
+
+private:
+    QDir folder_;
+    bool isComplete_ = true;
+};
+
+struct Screen {
+    QString name;
+    /// A recording; empty for a program that has only just been started.
+    std::string recording;
+    Appearance appearance = Appearance::dark;
+    Pane pane = Pane::now;
+    QSize size = MainWindow::usualSize;
+    bool simulates = false;
+    bool showsReport = false;
+    /// Where the pointer rests on the window.
+    std::optional<QPoint> pointer;
+};
+
+void play(Stage& stage, const std::string& recording) {
+    stage.makeCores();
+    stage.sensors->dieSensors = spread(61, 88.4, 38);
+    stage.sensors->gpuSensors = spread(57, 66, 14);
+    if (recording.empty()) {
+        stage.hub.tick();
+        return;
+    }
+    stage.play(recording);
+    stage.settle();
+}
+
+void take(Album& album, const Screen& screen) {
+    Stage stage(screen.appearance);
+    if (screen.recording.find("fanless") != std::string::npos) {
+        stage.sensors->cools = Cooling::passive;
+        stage.sensors->coreList.resize(8);
+    }
+    play(stage, screen.recording);
+    MainWindow window(stage.context, screen.simulates, [] {});
+    window.resize(screen.size);
+    window.show();
+    window.showPane(screen.pane);
+    stage.settle();
+    if (screen.showsReport)
+        window.openReport();
+    if (screen.pointer) {
+        QWidget* const under = window.childAt(*screen.pointer);
+        QTest::mouseMove(under, under->mapFrom(&window, *screen.pointer));
+    }
+    stage.settle();
+    album.keep(screen.name, window.grab());
+}
+
+void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance) {
+    Stage stage(appearance);
+    play(stage, recording);
+    MenuBarPanel panel(stage.context);
+    panel.toggle({}, QPoint(400, 30));
+    stage.settle();
+    album.keep(name, panel.grab());
+}
+
+void takeSettings(Album& album, const QString& name, Appearance appearance) {
+    Stage stage(appearance);
+    play(stage, "design-fans.jsonl.gz");
+    SettingsView settings(stage.context, {});
+    settings.resize(600, 1240);
+    settings.show();
+    stage.settle();
+    album.keep(name, settings.grab());
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::cerr << "usage: vantoro-screenshots FOLDER\n";
+        return 2;
+    }
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ::setenv("TZ", "UTC", 1);
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+    int own = 1;
+    const QApplication application(own, arguments);
+    installAccessibility();
+    const QString folder = arguments[1];
+    QDir().mkpath(folder);
+    Album album(folder);
+    const std::string fans = "design-fans.jsonl.gz";
+    const std::string fanless = "design-fanless.jsonl.gz";
+    const std::string calm = "design-calm.jsonl.gz";
+    const QSize narrow(MainWindow::smallestSize.width(), MainWindow::usualSize.height());
+    const Screen screens[]{
+        {.name = "now-dark", .recording = fans},
+        {.name = "now-light", .recording = fans, .appearance = Appearance::light},
+        {.name = "now-fanless-dark", .recording = fanless},
+        {.name = "now-fanless-light", .recording = fanless, .appearance = Appearance::light},
+        {.name = "now-calm-light", .recording = calm, .appearance = Appearance::light},
+        {.name = "now-calm-dark", .recording = calm},
+        {.name = "now-narrow-dark", .recording = fans, .size = narrow},
+        {.name = "now-starting-light", .appearance = Appearance::light},
+        {.name = "now-simulated-dark", .recording = fans, .simulates = true},
+        {.name = "cores-dark", .recording = fans, .pane = Pane::cores},
+        {.name = "cores-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::cores},
+        {.name = "timeline-dark", .recording = fans, .pane = Pane::timeline, .pointer = QPoint(556, 300)},
+        {.name = "timeline-fanless-light",
+         .recording = fanless,
+         .appearance = Appearance::light,
+         .pane = Pane::timeline},
+        {.name = "timeline-gathering-light", .appearance = Appearance::light, .pane = Pane::timeline},
+        {.name = "sensors-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::sensors},
+        {.name = "sensors-fanless-dark", .recording = fanless, .pane = Pane::sensors},
+        {.name = "report-sheet-dark", .recording = fans, .showsReport = true},
+        {.name = "report-sheet-light", .recording = fanless, .appearance = Appearance::light, .showsReport = true},
+    };
+    for (const Screen& screen : screens)
+        take(album, screen);
+    takePanel(album, "menubar-panel-dark", fans, Appearance::dark);
+    takePanel(album, "menubar-panel-fanless-light", fanless, Appearance::light);
+    takeSettings(album, "settings-light", Appearance::light);
+    takeSettings(album, "settings-dark", Appearance::dark);
+    return album.isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
