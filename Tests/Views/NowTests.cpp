@@ -1,7 +1,9 @@
 // The Now pane: where its parts stand, and that it reaches the shell.
+#include "Design/FooterButton.h"
 #include "Views/NowContent.h"
 #include "Views/NowView.h"
 
+#include "Support/HistoryBuilder.h"
 #include "Views/Stage.h"
 
 #include <cstdlib>
@@ -15,6 +17,7 @@ using testing::Stage;
 /// The pane under an empty control bar, as the window shows it.
 struct Window {
     explicit Window(Stage& stage, const QSize& size) : now(stage.context, &window) {
+        bar.setFocusPolicy(Qt::StrongFocus);
         QPalette colors;
         colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
         window.setPalette(colors);
@@ -32,6 +35,7 @@ struct Window {
     }
 
     QWidget window;
+    QWidget bar{&window};
     NowView now;
     QImage picture;
     NowContent* content = nullptr;
@@ -73,6 +77,48 @@ TEST(NowTests, PartsStandWhereTheyBelongAtEverySize) {
             EXPECT_EQ(suspects.y(), 304);
         }
     }
+}
+
+TEST(NowTests, TheKeyboardGoesThroughItAsItIsRead) {
+    Stage stage;
+    stage.makeCores();
+    stage.play("fans-compile.jsonl");
+    Window window(stage, {1040, 830});
+    QStringList stops;
+    for (QWidget* at = window.bar.nextInFocusChain(); at != &window.bar; at = at->nextInFocusChain())
+        if ((at->focusPolicy() & Qt::TabFocus) != 0 && at->isVisible())
+            stops += QString(at->metaObject()->className()).section("::", -1);
+    EXPECT_EQ(stops.join(' ').toStdString(), "FanRotor FanRotor SuspectRow Button FooterButton FactsPanel");
+
+    const QSignalSpy explain(&window.now, &NowView::explainRequested);
+    QTest::keyClick(window.now.findChild<FooterButton*>(), Qt::Key_Return);
+    EXPECT_EQ(explain.count(), 1);
+}
+
+TEST(NowTests, APartThatGrowsPushesWhatFollows) {
+    Stage stage;
+    stage.makeCores();
+    std::vector<ProcessSample> rows;
+    for (int i = 0; i < 5; ++i)
+        rows.push_back(testing::process(100 + i, "app" + std::to_string(i), 90.0 - i));
+    stage.hub.accept(testing::fanMachine(0.6, rows));
+    Window window(stage, {1040, 830});
+    const int facts = window.content->facts()->y();
+    const int advice = window.content->advice()->height();
+    QTest::mouseClick(window.content->suspects()->findChild<SuspectRow*>(), Qt::LeftButton);
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    const int grown = window.content->suspects()->height();
+    EXPECT_GT(grown, advice);
+    EXPECT_EQ(window.content->advice()->height(), grown) << "they share their height";
+    EXPECT_EQ(window.content->facts()->y(), facts + grown - advice);
+    EXPECT_GE(window.content->height(), window.content->facts()->geometry().bottom());
+    stage.theme.setTextScale(1.5);
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    EXPECT_GT(window.content->facts()->y(), facts);
+    for (const QWidget* const part : window.content->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        EXPECT_TRUE(window.content->rect().contains(part->geometry())) << part->metaObject()->className();
 }
 
 } // namespace

@@ -10,9 +10,7 @@
 namespace vantoro {
 
 namespace {
-constexpr int sidePadding = 12;
 constexpr int iconGap = 8;
-constexpr TextStyle buttonText = Type::body.semibold();
 } // namespace
 
 Button::Button(Look& look, Kind kind, const QString& text, QWidget* parent)
@@ -48,11 +46,15 @@ void Button::setDrawnHeight(int points) {
     updateGeometry();
 }
 
+TextStyle Button::textStyle() const {
+    return (isSmall() ? Type::small : Type::body).semibold();
+}
+
 QSize Button::sizeHint() const {
     const int height = static_cast<int>(std::round(height_ * theme().textScale())) + 2 * ringMargin;
     if (text_.isEmpty())
         return {height, height};
-    double width = textWidth(buttonText, text_) + 2 * sidePadding + 2 * ringMargin;
+    double width = textWidth(textStyle(), text_) + 2 * (isSmall() ? smallSidePadding : sidePadding) + 2 * ringMargin;
     if (!icon_.isEmpty())
         width += iconSize_ + iconGap;
     return {static_cast<int>(std::ceil(width)), height};
@@ -108,14 +110,14 @@ void Button::paintEvent(QPaintEvent*) {
         look().icons.draw(painter, drawn, icon_, iconSize_, ink());
     } else {
         if (!icon_.isEmpty()) {
-            const double width = std::min(textWidth(buttonText, text_) + iconSize_ + iconGap, drawn.width());
+            const double width = std::min(textWidth(textStyle(), text_) + iconSize_ + iconGap, drawn.width());
             content.setLeft(drawn.center().x() - width / 2);
             look().icons.draw(painter, QRectF(content.left(), drawn.top(), iconSize_, drawn.height()), icon_, iconSize_,
                               ink());
             content.setLeft(content.left() + iconSize_ + iconGap);
-            drawText(painter, content, buttonText, ink(), text_);
+            drawText(painter, content, textStyle(), ink(), text_);
         } else {
-            drawText(painter, content.adjusted(6, 0, -6, 0), buttonText, ink(), text_, Qt::AlignHCenter);
+            drawText(painter, content.adjusted(6, 0, -6, 0), textStyle(), ink(), text_, Qt::AlignHCenter);
         }
     }
     if (hasFocus() && focus_.showsRing())

@@ -16,6 +16,9 @@ public:
 
     /// The widget is 4 points larger than what it draws on every side, for the focus ring.
     static constexpr int ringMargin = 4;
+    /// From the drawn edge to a text at least; the second in a button of 24 and less, whose text is smaller too.
+    static constexpr int sidePadding = 12;
+    static constexpr int smallSidePadding = 9;
 
     Button(Look& look, Kind kind, const QString& text, QWidget* parent = nullptr);
 
@@ -47,6 +50,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    bool isSmall() const { return height_ <= 24; }
+    TextStyle textStyle() const;
     QColor fill() const;
     QColor ink() const;
 

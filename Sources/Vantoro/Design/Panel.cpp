@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <QPainter>
+#include <QPaintEvent>
 
 namespace vantoro {
 
@@ -68,13 +69,19 @@ void Panel::themeChanged() {
     placeBody();
 }
 
-void Panel::paintEvent(QPaintEvent*) {
+void Panel::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color(Tone::panel));
-    painter.drawRoundedRect(rect(), Space::panelRadius, Space::panelRadius);
-    if (title_.isEmpty())
+    // Mostly a figure in the middle has changed: no corner and no title needs to be drawn for it.
+    const QRect asked = event->rect();
+    if (rect().adjusted(0, Space::panelRadius, 0, -Space::panelRadius).contains(asked)) {
+        painter.fillRect(asked, color(Tone::panel));
+    } else {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color(Tone::panel));
+        painter.drawRoundedRect(rect(), Space::panelRadius, Space::panelRadius);
+    }
+    if (title_.isEmpty() || asked.top() >= titleHeight * theme().textScale())
         return;
     constexpr int iconSize = 16;
     constexpr int gap = 12;

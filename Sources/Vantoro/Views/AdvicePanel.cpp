@@ -21,7 +21,6 @@ AdvicePanel::Item AdvicePanel::newItem(std::size_t index) {
     const Item item{new TextLabel(look(), Type::advice, Tone::textPrimary, this),
                     new Button(look(), Button::Kind::bordered, {}, this)};
     item.text->setWraps(true);
-    setTabOrder(item.quit, explain_);
     connect(item.quit, &Button::clicked, this, [this, index] {
         if (index < model_.items.size() && model_.items[index].quitPID)
             emit quitRequested(*model_.items[index].quitPID);
@@ -56,8 +55,11 @@ void AdvicePanel::show(const AdviceModel& model) {
     stack(width(), true);
     if (wasEmpty != model.items.empty() || model.items.empty())
         update();
-    if (heightFor(width()) > height())
-        emit heightChanged();
+    const int height = heightFor(width());
+    if (height == askedHeight_)
+        return;
+    askedHeight_ = height;
+    emit heightChanged();
 }
 
 int AdvicePanel::stack(int width, bool place) const {
@@ -96,6 +98,7 @@ int AdvicePanel::heightFor(int width) const {
 
 void AdvicePanel::resizeEvent(QResizeEvent* event) {
     Panel::resizeEvent(event);
+    askedHeight_ = heightFor(width());
     const int footer = explain_->sizeHint().height();
     explain_->setGeometry(0, height() - footer, width(), footer);
     stack(width(), true);

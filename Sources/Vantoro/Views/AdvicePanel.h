@@ -42,6 +42,7 @@ private:
 
     AdviceModel model_;
     std::vector<Item> items_;
+    int askedHeight_ = 0;
     FooterButton* explain_; // owned by Qt as a child
 };
 

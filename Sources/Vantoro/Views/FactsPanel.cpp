@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <QPainter>
+#include <QPaintEvent>
 
 namespace vantoro {
 
@@ -72,7 +73,9 @@ void FactCell::themeChanged() {
     place();
 }
 
-void FactCell::paintEvent(QPaintEvent*) {
+void FactCell::paintEvent(QPaintEvent* event) {
+    if (event->rect().top() >= line_->y())
+        return;
     QPainter painter(this);
     const double wide = width();
     double line = lineHeight(Type::small);

@@ -1,6 +1,7 @@
 #include "Views/NowContent.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <QEvent>
 
 namespace vantoro {
@@ -30,6 +31,34 @@ NowContent::NowContent(Look& look, QWidget* parent)
 void NowContent::setNarrow(bool narrow) {
     suspects_->setNarrow(narrow);
     facts_->setNarrow(narrow);
+}
+
+void NowContent::orderStops() {
+    const qsizetype count = findChildren<QWidget*>().size();
+    if (count == ordered_)
+        return;
+    ordered_ = count;
+    QWidget* before = nullptr;
+    const auto append = [&before](QWidget* stop) {
+        if (before != nullptr)
+            setTabOrder(before, stop);
+        before = stop;
+    };
+    for (QWidget* const part : std::initializer_list<QWidget*>{hero_, suspects_, advice_, facts_}) {
+        if (part->focusPolicy() != Qt::NoFocus)
+            append(part);
+        QList<QWidget*> stops;
+        for (QWidget* const inner : part->findChildren<QWidget*>())
+            if (inner->focusPolicy() != Qt::NoFocus)
+                stops.append(inner);
+        std::stable_sort(stops.begin(), stops.end(), [part](const QWidget* a, const QWidget* b) {
+            const QPoint one = a->mapTo(part, QPoint());
+            const QPoint other = b->mapTo(part, QPoint());
+            return one.y() != other.y() ? one.y() < other.y() : one.x() < other.x();
+        });
+        for (QWidget* const stop : stops)
+            append(stop);
+    }
 }
 
 NowContent::Frame NowContent::frame(int width) const {

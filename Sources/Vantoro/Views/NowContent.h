@@ -19,6 +19,8 @@ public:
     AdvicePanel* advice() const { return advice_; }
     FactsPanel* facts() const { return facts_; }
     void setNarrow(bool narrow);
+    /// Lets the keyboard go through it as it is read, wherever parts have made new widgets.
+    void orderStops();
 
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
@@ -44,6 +46,7 @@ private:
     SuspectsPanel* suspects_;
     AdvicePanel* advice_;
     FactsPanel* facts_;
+    qsizetype ordered_ = 0;
 };
 
 } // namespace vantoro

@@ -11,6 +11,8 @@ NowView::NowView(ViewContext& context, QWidget* parent)
     pane_->column()->addStretch(1);
     const auto ask = [this](std::int32_t pid) { QuitAlert::ask(this->context(), *this, pid); };
     connect(content_->suspects(), &SuspectsPanel::quitRequested, this, ask);
+    connect(content_->suspects(), &SuspectsPanel::rowReached, this,
+            [this](QWidget* row) { pane_->ensureWidgetVisible(row, 0, Space::windowMargin); });
     connect(content_->advice(), &AdvicePanel::quitRequested, this, ask);
     connect(content_->advice(), &AdvicePanel::explainRequested, this, &NowView::explainRequested);
 }
@@ -20,6 +22,7 @@ void NowView::refresh() {
     content_->suspects()->show(suspectsModel(hub()));
     content_->advice()->show(adviceModel(hub()));
     content_->facts()->show(factsModel(hub()));
+    content_->orderStops();
 }
 
 void NowView::resizeEvent(QResizeEvent* event) {

@@ -8,13 +8,17 @@ constexpr int padding = 20;
 constexpr int titleGap = 6;
 constexpr int buttonsGap = 16;
 constexpr int betweenButtons = 8;
-constexpr TextStyle titleStyle{14, 20, QFont::DemiBold};
+constexpr TextStyle titleStyle{15, 20, QFont::DemiBold};
 } // namespace
 
 void QuitAlert::ask(ViewContext& context, QWidget& view, std::int32_t pid) {
     const std::optional<QuitModel> model = quitModel(context.hub, pid);
     if (!model)
         return;
+    // A screen reader reaches what lies below a question; it is not asked twice.
+    for (const QuitAlert* const open : view.window()->findChildren<QuitAlert*>())
+        if (open->isVisible())
+            return;
     auto* const alert = new QuitAlert(context, *view.window(), *model); // deletes itself once it has closed
     alert->open(alert->cancel());
 }

@@ -45,6 +45,8 @@ public:
     void raiseWindow();
     void openSettings();
 
+    /// Whether anything in a window is being animated at this moment.
+    bool isMoving() const { return clock_.isBeating(); }
     /// The main window while it is open.
     MainWindow* window() const { return window_; }
 

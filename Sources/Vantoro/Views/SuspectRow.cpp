@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPaintEvent>
 
 namespace vantoro {
 
@@ -141,11 +142,13 @@ void SuspectRow::themeChanged() {
     place();
 }
 
-void SuspectRow::paintEvent(QPaintEvent*) {
+void SuspectRow::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (isHovered_)
         painter.fillRect(rect(), color(Tone::hover));
+    if (bar_->geometry().contains(event->rect()))
+        return;
     const double plain = plainTextHeight(theme());
 
     const QRectF tile(Space::panelPadding, (plain - tileSize) / 2, tileSize, tileSize);

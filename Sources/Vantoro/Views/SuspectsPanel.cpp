@@ -25,13 +25,10 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     entry->row = new SuspectRow(look(), icons_, this);
     entry->row->setNarrow(isNarrow_);
     entry->row->hide();
-    // The keyboard comes to it where it is read, not where it was made.
-    setTabOrder(lastMade_ != nullptr ? lastMade_ : static_cast<QWidget*>(all_), entry->row);
-    lastMade_ = entry->row;
     const Entry* const owned = entry.get();
     connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
         owned->row->setExpanded(!owned->row->isExpanded());
-        placeRows(true);
+        placeRows(false);
         askForHeight();
     });
     connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
@@ -171,6 +168,7 @@ void SuspectsPanel::moveFocus(const SuspectRow* from, int rows) {
         const auto to = static_cast<std::size_t>(std::clamp(static_cast<int>(i) + rows, 0, last));
         setStop(to);
         entries_[to]->row->setFocus(Qt::OtherFocusReason);
+        emit rowReached(entries_[to]->row);
         return;
     }
 }
@@ -199,20 +197,26 @@ int SuspectsPanel::heightFor(int width) const {
 }
 
 void SuspectsPanel::askForHeight() {
-    if (heightFor(width()) != height())
-        emit heightChanged();
+    const int height = heightFor(width());
+    if (height == askedHeight_)
+        return;
+    askedHeight_ = height;
+    emit heightChanged();
 }
 
 void SuspectsPanel::placeButton() {
+    // Its text, not its edge, stands in line with what is below.
     const QSize button = all_->sizeHint();
-    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin - button.width(),
+    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin + Button::smallSidePadding - button.width(),
                       (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
                       button.height());
-    setRoomAtRight(model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin);
+    setRoomAtRight(
+        model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 12);
 }
 
 void SuspectsPanel::resizeEvent(QResizeEvent* event) {
     Panel::resizeEvent(event);
+    askedHeight_ = heightFor(width());
     placeButton();
     placeRows(false);
 }

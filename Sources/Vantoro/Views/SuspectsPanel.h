@@ -29,6 +29,8 @@ signals:
     void heightChanged();
     /// To end the group of this process; nothing has been asked yet.
     void quitRequested(std::int32_t pid);
+    /// The keyboard went to this row, which may be out of sight.
+    void rowReached(QWidget* row);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -63,7 +65,7 @@ private:
     bool showsAll_ = false;
     bool isNarrow_ = false;
     std::size_t used_ = 0;
-    QWidget* lastMade_ = nullptr;
+    int askedHeight_ = 0;
 };
 
 } // namespace vantoro

@@ -1,0 +1,97 @@
+// The window as a whole: its panes by pointer and by keyboard, the sheet over it, and what happens without it.
+#include "Views/MainWindow.h"
+#include "Views/ReportSheet.h"
+#include "Views/Shell.h"
+#include "Views/TimelineView.h"
+
+#include "Support/EventLoop.h"
+#include "Views/Stage.h"
+
+#include <QSignalSpy>
+
+namespace vantoro {
+namespace {
+
+using testing::Stage;
+using testing::waitUntil;
+
+TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
+    Stage stage;
+    int starts = 0;
+    MainWindow window(stage.context, false, [&] {
+        ++starts;
+        stage.play("design-fans.jsonl.gz");
+    });
+    EXPECT_EQ(starts, 0);
+    window.show();
+    stage.settle();
+    EXPECT_EQ(starts, 1) << "the first showing starts the hub";
+    EXPECT_EQ(window.size(), MainWindow::usualSize);
+    QWidget* const switcher = window.childAt(564, 26);
+    QTest::mouseClick(switcher, Qt::LeftButton, Qt::NoModifier, switcher->mapFrom(&window, QPoint(564, 26)));
+    EXPECT_EQ(window.pane(), Pane::timeline);
+    stage.settle();
+    ASSERT_NE(window.findChild<TimelineView*>(), nullptr);
+    EXPECT_TRUE(window.findChild<TimelineView*>()->isVisible());
+    QTest::keyClick(&window, Qt::Key_4, Qt::ControlModifier);
+    EXPECT_EQ(window.pane(), Pane::sensors);
+    EXPECT_FALSE(window.findChild<TimelineView*>()->isVisible()) << "and is drawn no more";
+    QTest::keyClick(&window, Qt::Key_E, Qt::ControlModifier);
+    QTest::keyClick(&window, Qt::Key_E, Qt::ControlModifier);
+    stage.settle();
+    ASSERT_EQ(window.findChildren<ReportSheet*>().size(), 1) << "one report at a time";
+    QTest::keyClick(window.findChild<ReportSheet*>(), Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([&] { return window.findChild<ReportSheet*>() == nullptr; }));
+
+    const QSignalSpy settings(&window, &MainWindow::settingsRequested);
+    const QSignalSpy quit(&window, &MainWindow::quitRequested);
+    QTest::keyClick(&window, Qt::Key_Comma, Qt::ControlModifier);
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(settings.count(), 1);
+    EXPECT_EQ(quit.count(), 1);
+}
+
+TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace) {
+    Stage stage;
+    {
+        MainWindow window(stage.context, true, [] {});
+        window.show();
+        stage.settle();
+        EXPECT_EQ(window.findChild<TimelineView*>(), nullptr);
+        window.showPane(Pane::timeline);
+        stage.hub.tick();
+        EXPECT_NE(window.findChild<TimelineView*>(), nullptr) << "the pane that was asked for meanwhile";
+        EXPECT_EQ(static_cast<QWidget&>(window).windowTitle(), "Vantoro — Simulated");
+        window.resize(900, 700);
+        stage.settle();
+        QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier);
+        EXPECT_FALSE(window.isVisible());
+    }
+    const MainWindow again(stage.context, true, [] {});
+    EXPECT_EQ(again.size(), QSize(900, 700));
+}
+
+TEST(ShellTests, TheSamplingOutlivesTheWindowAndNothingMovesWithoutOne) {
+    Stage stage;
+    int starts = 0;
+    Shell shell(stage.hub, stage.settings, stage.motion, {.start = [&] {
+                    ++starts;
+                    stage.play("design-fans.jsonl.gz");
+                }});
+    shell.raiseWindow();
+    ASSERT_NE(shell.window(), nullptr);
+    EXPECT_TRUE(waitUntil([&] { return shell.window()->canBeSeen(); }));
+    EXPECT_TRUE(shell.isMoving()) << "the rotors turn";
+    shell.window()->close();
+    EXPECT_TRUE(waitUntil([&] { return shell.window() == nullptr; }));
+    EXPECT_FALSE(shell.isMoving());
+    const std::size_t samples = stage.hub.history().snapshots().size();
+    stage.hub.accept(stage.hub.snapshot());
+    EXPECT_EQ(stage.hub.history().snapshots().size(), samples + 1);
+    shell.raiseWindow();
+    EXPECT_TRUE(shell.window()->isVisible());
+    EXPECT_EQ(starts, 1) << "opened again, not started again";
+}
+
+} // namespace
+} // namespace vantoro
