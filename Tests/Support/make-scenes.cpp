@@ -136,11 +136,12 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
                     .idlePercent = tenths(100 - user - system),
                     .loadAverage = since < 0 ? 1.4 : scene.load};
     const double compressed = scene.compressed.at(since);
-    snapshot.memory = {.usedBytes = static_cast<std::uint64_t>((scene.wiredGibibytes + compressed + scene.otherGibibytes) * gibibyte),
-                       .totalBytes = static_cast<std::uint64_t>(scene.totalGibibytes * gibibyte),
-                       .wiredBytes = static_cast<std::uint64_t>(scene.wiredGibibytes * gibibyte),
-                       .compressedBytes = static_cast<std::uint64_t>(compressed * gibibyte),
-                       .swapOutEvents = scene.swapOuts};
+    snapshot.memory = {
+        .usedBytes = static_cast<std::uint64_t>((scene.wiredGibibytes + compressed + scene.otherGibibytes) * gibibyte),
+        .totalBytes = static_cast<std::uint64_t>(scene.totalGibibytes * gibibyte),
+        .wiredBytes = static_cast<std::uint64_t>(scene.wiredGibibytes * gibibyte),
+        .compressedBytes = static_cast<std::uint64_t>(compressed * gibibyte),
+        .swapOutEvents = scene.swapOuts};
     if (since > 60)
         snapshot.thermalPressure = scene.pressureAfter;
     return snapshot;
@@ -164,7 +165,7 @@ bool write(const Scene& scene, const std::filesystem::path& folder) {
 
 const Application firefox{"Firefox",
                           userApp,
-                          {{"firefox", 33},
+                          {{"Firefox", 33},
                            {"plugin-container", 12},
                            {"plugin-container", 8},
                            {"Web Content", 5},

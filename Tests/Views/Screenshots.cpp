@@ -62,6 +62,10 @@ struct Screen {
 
 void play(Stage& stage, const std::string& recording) {
     stage.makeCores();
+    if (recording.find("fanless") != std::string::npos) {
+        stage.sensors->cools = Cooling::passive;
+        stage.sensors->coreList.resize(8);
+    }
     stage.sensors->dieSensors = spread(61, 88.4, 38);
     stage.sensors->gpuSensors = spread(57, 66, 14);
     if (recording.empty()) {
@@ -74,10 +78,6 @@ void play(Stage& stage, const std::string& recording) {
 
 void take(Album& album, const Screen& screen) {
     Stage stage(screen.appearance);
-    if (screen.recording.find("fanless") != std::string::npos) {
-        stage.sensors->cools = Cooling::passive;
-        stage.sensors->coreList.resize(8);
-    }
     play(stage, screen.recording);
     MainWindow window(stage.context, screen.simulates, [] {});
     window.resize(screen.size);
@@ -86,10 +86,10 @@ void take(Album& album, const Screen& screen) {
     stage.settle();
     if (screen.showsReport)
         window.openReport();
-    if (screen.pointer) {
-        QWidget* const under = window.childAt(*screen.pointer);
-        QTest::mouseMove(under, under->mapFrom(&window, *screen.pointer));
-    }
+    // Without a place of its own the pointer rests where nothing minds it.
+    const QPoint pointer = screen.pointer.value_or(QPoint(2, 2));
+    QWidget* const under = window.childAt(pointer);
+    QTest::mouseMove(under, under->mapFrom(&window, pointer));
     stage.settle();
     album.keep(screen.name, window.grab());
 }

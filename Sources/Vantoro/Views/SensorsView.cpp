@@ -237,6 +237,7 @@ void SensorsView::build() {
     auto* const complaint = new QHBoxLayout;
     complaint->setContentsMargins(textInset, 0, textInset, complaintGap);
     complaint->addWidget(complaint_);
+    complaint_->hide();
     all->addLayout(complaint);
     all->addLayout(columns_);
     all->addSpacing(Space::panelGap - Button::ringMargin);

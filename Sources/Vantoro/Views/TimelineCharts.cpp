@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <QPainter>
 
 namespace vantoro {
 
@@ -12,6 +13,8 @@ constexpr int leastFooter = 36;
 constexpr int designHeight = 746;
 constexpr int leastWidth = 360;
 constexpr int noticeWidth = 360;
+constexpr int noticeIcon = 28;
+constexpr int noticeGap = 10;
 // From the panel's edge to the charts, which keep room for their focus ring.
 constexpr int chartInset = Space::panelPadding - TimelineChart::sideInset;
 // What a chart's height in the design holds beside its plot.
@@ -55,6 +58,7 @@ void TimelineCharts::setModel(const TimelineModel& model) {
     matchCharts(model.charts.size());
     if (isPlacedAnew) {
         notice_->setText(model.notice);
+        setTitle(model.noticeTitle);
         notice_->setVisible(!model.notice.isEmpty());
         axis_->setVisible(model.span.has_value());
         updateGeometry();
@@ -106,7 +110,7 @@ QSize TimelineCharts::minimumSizeHint() const {
 void TimelineCharts::place() {
     const int wide = std::min(noticeWidth, width() - 2 * Space::panelPadding);
     const int high = notice_->heightForWidth(wide);
-    notice_->setGeometry((width() - wide) / 2, (height() - high) / 2, wide, high);
+    notice_->setGeometry((width() - wide) / 2, (height() - high + noticeIcon + noticeGap) / 2, wide, high);
     double plots = 0;
     for (const ChartModel& chart : model_.charts)
         plots += chart.height - aroundPlot;
@@ -128,6 +132,15 @@ void TimelineCharts::place() {
     const int rise = TimelineAxis::riseAboveFooter(theme());
     axis_->setGeometry(chartInset, qRound(y) - rise, width() - 2 * chartInset, footerHeight() + rise);
     axis_->raise();
+}
+
+void TimelineCharts::paintEvent(QPaintEvent* event) {
+    Panel::paintEvent(event);
+    if (model_.notice.isEmpty())
+        return;
+    QPainter painter(this);
+    const QRectF above(0, notice_->y() - noticeGap - noticeIcon, width(), noticeIcon);
+    look().icons.draw(painter, above, "clock.rewind", noticeIcon, color(Tone::textTertiary));
 }
 
 void TimelineCharts::resizeEvent(QResizeEvent* event) {

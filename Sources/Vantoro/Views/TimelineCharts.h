@@ -31,6 +31,7 @@ signals:
     void stepped(int points);
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void themeChanged() override;
 

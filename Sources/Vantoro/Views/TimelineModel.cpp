@@ -230,7 +230,8 @@ TimelineModel timelineModel(const SensorHub& hub) {
     const ChartSeries& series = hub.series();
     const std::optional<TimeSpan> shown = span(series.cpu);
     if (!shown || shown->seconds() < gatheringSeconds)
-        return {.notice = tr("Gathering history. The first minute or so is needed before trends mean anything.")};
+        return {.notice = tr("Gathering history. The first minute or so is needed before trends mean anything."),
+                .noticeTitle = tr("Timeline")};
     TimelineModel model{.span = shown, .times = timeMarks(*shown, hub.format())};
     const std::optional<RampMark> ramp = rampMark(hub, *shown);
     for (const ChartKind kind : chartsOf(hub.cooling())) {

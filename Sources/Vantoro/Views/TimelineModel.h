@@ -75,6 +75,8 @@ struct ChartModel {
 struct TimelineModel {
     /// Set while there is too little to draw, in place of the charts.
     QString notice;
+    /// The title above that.
+    QString noticeTitle;
     std::optional<TimeSpan> span;
     std::vector<ChartModel> charts;
     std::vector<TimeMark> times;
