@@ -63,6 +63,7 @@ struct Scene {
     double load = 0;
     double totalGibibytes = 36;
     double wiredGibibytes = 4.2;
+    double otherGibibytes = 16.2; ///< in use beside wired and compressed memory
     std::uint64_t swapOuts = 0;
     ThermalPressure pressureAfter = ThermalPressure::nominal;
 };
@@ -135,7 +136,7 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
                     .idlePercent = tenths(100 - user - system),
                     .loadAverage = since < 0 ? 1.4 : scene.load};
     const double compressed = scene.compressed.at(since);
-    snapshot.memory = {.usedBytes = static_cast<std::uint64_t>((scene.wiredGibibytes + compressed + 16.2) * gibibyte),
+    snapshot.memory = {.usedBytes = static_cast<std::uint64_t>((scene.wiredGibibytes + compressed + scene.otherGibibytes) * gibibyte),
                        .totalBytes = static_cast<std::uint64_t>(scene.totalGibibytes * gibibyte),
                        .wiredBytes = static_cast<std::uint64_t>(scene.wiredGibibytes * gibibyte),
                        .compressedBytes = static_cast<std::uint64_t>(compressed * gibibyte),
@@ -236,6 +237,7 @@ Scene analysing() {
             .load = 4.6,
             .totalGibibytes = 16,
             .wiredGibibytes = 3,
+            .otherGibibytes = 7.4,
             .swapOuts = 5120,
             .pressureAfter = ThermalPressure::fair};
 }

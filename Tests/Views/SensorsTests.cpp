@@ -2,6 +2,7 @@
 #include "Views/SensorsModel.h"
 #include "Views/SensorsView.h"
 
+#include "Design/TextLabel.h"
 #include "Views/SensorRow.h"
 #include "Views/Stage.h"
 
@@ -30,7 +31,7 @@ Snapshot warm(double seconds) {
 }
 
 SensorsModel modelOf(Stage& stage, const UnfoldedRows& unfolded = {}) {
-    return SensorsModel::of(stage.hub, macDataSources({}), unfolded);
+    return SensorsModel::of(stage.hub, SourceNames(), unfolded);
 }
 
 TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing) {
@@ -41,7 +42,6 @@ TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing)
     EXPECT_EQ(model.machineName, "MacBook · Apple M3 Pro");
     EXPECT_EQ(model.summary, "2 fans · 148 sensors");
     EXPECT_EQ(model.dataSources, "SMC · IOReport · syscalls");
-    EXPECT_EQ(macDataSources({.kind = ProcessMonitor::Source::Kind::system}), "SMC · IOReport · top");
     EXPECT_EQ(model.complaint, "");
 
     struct Row {
@@ -150,6 +150,20 @@ TEST(SensorsViewTests, UnfoldsARowIntoItsSensorsAndReadsThemOnlyThen) {
     stage.sensors->dieSensors.push_back(91);
     stage.hub.publish(true);
     EXPECT_EQ(stage.hub.dieSensors().size(), 39U) << "folded again";
+}
+
+TEST(SensorsViewTests, SaysSoWhereNoSensorCanBeRead) {
+    Stage stage;
+    SensorsView view(stage.context);
+    const QImage picture = stage.picture(view, {1040, 778});
+    if (const char* const folder = std::getenv("VANTORO_PICTURES")) {
+        picture.save(QString("%1/sensors-none.png").arg(folder));
+    }
+    const auto labels = view.findChildren<TextLabel*>();
+    ASSERT_EQ(labels.size(), 1);
+    EXPECT_TRUE(labels.front()->isVisible());
+    stage.hub.accept(warm(0));
+    EXPECT_FALSE(labels.front()->isVisible());
 }
 
 TEST(SensorsViewTests, CopiesTheTableAndComesToRest) {

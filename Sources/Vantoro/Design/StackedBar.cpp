@@ -22,7 +22,7 @@ constexpr double valueGap = 12;
 } // namespace
 
 StackedBar::StackedBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 }
@@ -49,7 +49,7 @@ int StackedBar::heightForWidth(int width) const {
 
 QSize StackedBar::sizeHint() const {
     constexpr int usual = 456;
-    return {usual, heightForWidth(width() > 0 ? width() : usual)};
+    return {usual, heightForWidth(usual)};
 }
 
 void StackedBar::show(const LegendModel& legend, const std::optional<Animation>& animation) {
@@ -139,8 +139,8 @@ void StackedBar::paintEntry(QPainter& painter, const QRectF& cell, const LegendE
         painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius, radius);
         line.setLeft(box.right() + squareGap);
     }
-    drawText(painter, line, Type::body.semibold(), color(Tone::textPrimary), entry.value, Qt::AlignRight,
-             Qt::ElideNone);
+    drawText(painter, line, Type::body.semibold(), color(entry.isMissing ? Tone::textTertiary : Tone::textPrimary),
+             entry.value, Qt::AlignRight, Qt::ElideNone);
     line.setRight(line.right() - textWidth(Type::body.semibold(), entry.value) - valueGap);
     drawText(painter, line, Type::body, color(Tone::textSecondary), entry.label);
 }

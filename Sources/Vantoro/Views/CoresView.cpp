@@ -63,7 +63,7 @@ private:
 class CoresView::TileGrid : public QWidget {
 public:
     explicit TileGrid(Look& look) : look_(look) {
-        QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+        QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
         policy.setHeightForWidth(true);
         setSizePolicy(policy);
         connect(&look.theme, &Theme::changed, this, [this] { relayout(); });

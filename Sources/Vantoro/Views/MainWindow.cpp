@@ -79,9 +79,7 @@ QWidget* MainWindow::view(Pane pane) {
         view = new TimelineView(context_, content_);
         break;
     case Pane::sensors:
-        view = new SensorsView(
-            context_, [this](ProcessMonitor::Source source) { return dataSources(source, context_.sources); },
-            content_);
+        view = new SensorsView(context_, content_);
         break;
     }
     stack_->addWidget(view);

@@ -33,7 +33,7 @@ SensorRow::SensorRow(Look& look, int leastHeight, bool isFirst, QWidget* parent)
     : PaintedWidget(look, parent), leastHeight_(leastHeight), isFirst_(isFirst), line_(new Sparkline(look, this)) {
     line_->setLineHeight(lineHeightInRow);
     line_->setAreaShown(false);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 }
@@ -122,7 +122,8 @@ int SensorRow::heightForWidth(int width) const {
 }
 
 QSize SensorRow::sizeHint() const {
-    return {472, heightForWidth(width() > 0 ? width() : 472)};
+    constexpr int usual = 472;
+    return {usual, heightForWidth(usual)};
 }
 
 QSize SensorRow::minimumSizeHint() const {

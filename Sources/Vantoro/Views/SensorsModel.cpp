@@ -2,6 +2,7 @@
 
 #include "Model/Diagnosis.h"
 #include "Views/FactsModel.h"
+#include "Views/TimelineModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -40,12 +41,12 @@ QString powerRange(const std::optional<Span>& span) {
     return span ? rangeText(watts(span->lowest), watts(span->highest), tr(" W")) : QString();
 }
 
-/// The power scale of the charts: a fifth of headroom above the peak in whole tens, at least this much.
-double ceilingAbove(const std::vector<TimePoint>& points, double least, double headroom) {
+/// To the peak in whole tens of watts, and never less than 10.
+double graphicsCeiling(const std::vector<TimePoint>& points) {
     double peak = 0;
     for (const TimePoint& point : points)
         peak = std::max(peak, point.value);
-    return std::max(least, std::ceil(peak * headroom / 10) * 10);
+    return std::max(10.0, std::ceil(peak / 10) * 10);
 }
 
 template <class Figure>
@@ -119,16 +120,15 @@ struct PowerKind {
     const char* source;
     double PowerReading::*figure;
     std::optional<Span> Extremes::*span;
-    double leastCeiling;
-    double headroom;
+    double (*ceiling)(const std::vector<TimePoint>&);
 };
 
 constexpr PowerKind powerKinds[] = {
-    {"System", "whole-machine draw", &PowerReading::systemWatts, &Extremes::systemWatts, 20, 1.2},
-    {"Adapter", "coming in from the charger", &PowerReading::adapterWatts, &Extremes::adapterWatts, 20, 1.2},
-    {"Battery", "charge or discharge", &PowerReading::batteryWatts, &Extremes::batteryWatts, 20, 1.2},
+    {"System", "whole-machine draw", &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
+    {"Adapter", "coming in from the charger", &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
+    {"Battery", "charge or discharge", &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
     {"GPU", "IOReport's cumulative energy counter, differentiated over time.", &PowerReading::gpuWatts,
-     &Extremes::gpuWatts, 10, 1},
+     &Extremes::gpuWatts, graphicsCeiling},
 };
 
 SensorRowModel powerRow(const SensorHub& hub, const PowerKind& kind) {
@@ -140,7 +140,7 @@ SensorRowModel powerRow(const SensorHub& hub, const PowerKind& kind) {
     // A small draw may be rounded to 0.0 and is a reading all the same.
     row.isMissing = hub.snapshot().power.*kind.figure == 0;
     row.line = course(hub, 0, 0, [&kind](const Snapshot& snapshot) { return snapshot.power.*kind.figure; });
-    row.line.most = ceilingAbove(row.line.points, kind.leastCeiling, kind.headroom);
+    row.line.most = kind.ceiling(row.line.points);
     finish(row, {});
     return row;
 }
@@ -179,10 +179,12 @@ std::vector<FanRowModel> fanRows(const SensorHub& hub) {
     return rows;
 }
 
-void speak(LegendModel& legend) {
+void finish(LegendModel& legend) {
     QStringList spoken;
-    for (const LegendEntry& entry : legend.entries)
+    for (LegendEntry& entry : legend.entries) {
+        entry.isMissing = entry.value == dash();
         spoken.append(entry.label + u' ' + entry.value);
+    }
     legend.spokenValue = spoken.join(", ");
 }
 
@@ -201,7 +203,7 @@ LegendModel processorLegend(const SensorHub& hub) {
                       part(tr("System"), cpu.systemPercent),
                       part(tr("Idle"), cpu.idlePercent),
                       {tr("Load average"), isKnown ? QString::number(cpu.loadAverage, 'f', 1) : dash(), std::nullopt}};
-    speak(legend);
+    finish(legend);
     return legend;
 }
 
@@ -229,7 +231,7 @@ LegendModel memoryLegend(const SensorHub& hub) {
                       part(tr("Unused"), unused),
                       {tr("Total"), bytes(memory.totalBytes), std::nullopt},
                       {tr("Pages swapped out"), isKnown ? swapped : dash(), std::nullopt}};
-    speak(legend);
+    finish(legend);
     return legend;
 }
 
@@ -247,16 +249,11 @@ bool& UnfoldedRows::operator[](SensorFamily family) {
     return graphics;
 }
 
-QString macDataSources(ProcessMonitor::Source source) {
-    return source.kind == ProcessMonitor::Source::Kind::system ? tr("SMC · IOReport · top")
-                                                               : tr("SMC · IOReport · syscalls");
-}
-
-SensorsModel SensorsModel::of(SensorHub& hub, const QString& dataSources, const UnfoldedRows& unfolded) {
+SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
     SensorsModel model;
     model.machineName = toQString(hub.machineName());
     model.summary = toQString(hub.sensorSummary());
-    model.dataSources = dataSources;
+    model.dataSources = vantoro::dataSources(hub.processSource(), names);
     if (!hub.sensorsAvailable())
         model.complaint = tr("The sensors could not be read.");
     if (hub.cooling() == Cooling::fans)

@@ -3,8 +3,8 @@
 
 #include "Design/SparklineLine.h"
 #include "Model/SensorHub.h"
+#include "Views/SettingsModel.h"
 
-#include <functional>
 #include <QString>
 #include <vector>
 
@@ -56,6 +56,7 @@ struct LegendEntry {
     QString label;
     QString value;
     std::optional<double> share;
+    bool isMissing = false;
 
     bool operator==(const LegendEntry&) const = default;
 };
@@ -97,15 +98,11 @@ struct SensorsModel {
     LegendModel processor;
     LegendModel memory;
 
-    static SensorsModel of(SensorHub& hub, const QString& dataSources, const UnfoldedRows& unfolded);
+    static SensorsModel of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
     /// All of it as a table of plain text, for the clipboard.
     QString plainText() const;
 
     bool operator==(const SensorsModel&) const = default;
 };
-
-/// Names the sources that the figures come from, by what the process list is read with.
-using DataSourcesText = std::function<QString(ProcessMonitor::Source)>;
-QString macDataSources(ProcessMonitor::Source source);
 
 } // namespace vantoro

@@ -28,6 +28,7 @@ constexpr int fansBottom = 12;
 constexpr int powerBottom = 6;
 constexpr int processorBottom = 20;
 constexpr int memoryBottom = 22;
+constexpr int complaintGap = 16;
 constexpr int narrowBelow = 940;
 /// The machine line stands where the texts of the panels do.
 constexpr int textInset = Space::heroInset - Space::windowMargin;
@@ -179,8 +180,8 @@ private:
     FourStepMeter* meter_; // owned by Qt as a child
 };
 
-SensorsView::SensorsView(ViewContext& context, DataSourcesText dataSources, QWidget* parent)
-    : View(context, parent), dataSources_(std::move(dataSources)), scroll_(new ScrollPane(context.look)) {
+SensorsView::SensorsView(ViewContext& context, QWidget* parent)
+    : View(context, parent), scroll_(new ScrollPane(context.look)) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll_);
@@ -202,7 +203,6 @@ void SensorsView::build() {
     all->setSpacing(0);
     machine_ = new MachineLine(look());
     complaint_ = new TextLabel(look(), Type::body, Tone::textSecondary);
-    complaint_->setContentsMargins(textInset, 0, textInset, 0);
     complaint_->setWraps(true);
     columns_ = new QBoxLayout(QBoxLayout::LeftToRight);
     columns_->setSpacing(Space::panelGap);
@@ -234,7 +234,10 @@ void SensorsView::build() {
     end->addStretch();
     end->addWidget(copy_);
     all->addWidget(machine_);
-    all->addWidget(complaint_);
+    auto* const complaint = new QHBoxLayout;
+    complaint->setContentsMargins(textInset, 0, textInset, complaintGap);
+    complaint->addWidget(complaint_);
+    all->addLayout(complaint);
     all->addLayout(columns_);
     all->addSpacing(Space::panelGap - Button::ringMargin);
     all->addLayout(end);
@@ -323,7 +326,7 @@ void SensorsView::showFans(const SensorsModel& model) {
 }
 
 void SensorsView::refresh() {
-    SensorsModel model = SensorsModel::of(hub(), dataSources_(hub().processSource()), unfolded_);
+    SensorsModel model = SensorsModel::of(hub(), context().sources, unfolded_);
     copy_->setText(vantoro::tr("Copy all"));
     if (model == model_)
         return;

@@ -22,7 +22,7 @@ class TextLabel;
 class SensorsView : public View {
     Q_OBJECT
 public:
-    explicit SensorsView(ViewContext& context, DataSourcesText dataSources = macDataSources, QWidget* parent = nullptr);
+    explicit SensorsView(ViewContext& context, QWidget* parent = nullptr);
     ~SensorsView() override;
 
     void refresh() override;
@@ -47,7 +47,6 @@ private:
     void unfold(SensorFamily family, bool unfolded);
     void readSensorsIfSeen(bool isSeen);
 
-    DataSourcesText dataSources_;
     UnfoldedRows unfolded_;
     SensorsModel model_;
     // All owned by Qt as children.
