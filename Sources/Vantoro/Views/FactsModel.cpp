@@ -1,6 +1,7 @@
 #include "Views/FactsModel.h"
 
 #include "Model/Diagnosis.h"
+#include "Views/TimelineModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -17,11 +18,6 @@ double peak(const std::vector<TimePoint>& points) {
     for (const TimePoint& point : points)
         highest = std::max(highest, point.value);
     return highest;
-}
-
-/// A fifth of headroom above the peak, in whole tens of watts, and never less than 20.
-double powerCeiling(const std::vector<TimePoint>& points) {
-    return std::max(20.0, std::ceil(1.2 * peak(points) / 10) * 10);
 }
 
 /// What is drawn below a figure; nothing for a fact that has no course.

@@ -19,7 +19,7 @@ NowView::NowView(ViewContext& context, QWidget* parent)
 
 void NowView::refresh() {
     content_->hero()->show(heroModel(hub(), context().settings));
-    content_->suspects()->show(suspectsModel(hub()));
+    content_->suspects()->show(suspectsModel(hub(), context().sources));
     content_->advice()->show(adviceModel(hub()));
     content_->facts()->show(factsModel(hub()));
     content_->orderStops();

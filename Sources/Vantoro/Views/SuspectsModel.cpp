@@ -3,6 +3,7 @@
 #include "Model/Diagnosis.h"
 #include "Model/ProcessKnowledge.h"
 #include "Views/EyebrowModel.h"
+#include "Views/SettingsModel.h"
 #include "Views/Words.h"
 
 #include <QStringList>
@@ -81,12 +82,11 @@ SuspectRowModel row(const ProcessGroup& group, const Verdict& verdict) {
     return row;
 }
 
-QString footer(const SensorHub& hub) {
+QString footer(const SensorHub& hub, const SourceNames& names) {
     const ProcessMonitor::Source source = hub.processSource();
     if (source.kind != ProcessMonitor::Source::Kind::ownProcessesOnly)
         return {};
-    QString text =
-        source.byChoice ? tr("Syscalls — your processes only") : tr("Syscalls — top was blocked on this Mac");
+    QString text = currentlyReading(source, names);
     if (hub.unreadableProcessCount() > 0)
         text += separator() + tr("%1 without figures").arg(hub.unreadableProcessCount());
     return text;
@@ -94,13 +94,13 @@ QString footer(const SensorHub& hub) {
 
 } // namespace
 
-SuspectsModel suspectsModel(const SensorHub& hub) {
+SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
     SuspectsModel model;
     model.title = isAtRest(hub.verdict().state) ? tr("Busiest right now") : tr("Suspects");
     model.cores = static_cast<int>(hub.cores().size());
     model.expandAction = tr("Expand");
     model.quitAction = tr("Quit…");
-    model.footer = footer(hub);
+    model.footer = footer(hub, names);
     if (!hub.processesReady()) {
         model.isPending = true;
         model.caption = tr("first list pending");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Model/SensorHub.h"
+#include "Views/SourceNames.h"
 
 #include <QString>
 #include <vector>
@@ -55,6 +56,6 @@ struct SuspectsModel {
     bool operator==(const SuspectsModel&) const = default;
 };
 
-SuspectsModel suspectsModel(const SensorHub& hub);
+SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names = {});
 
 } // namespace vantoro
