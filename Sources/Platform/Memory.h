@@ -3,8 +3,8 @@
 
 namespace vantoro {
 
-/// Worth calling after much was freed at once, as when a window has closed. Linux: malloc_trim; Mac:
-/// malloc_zone_pressure_relief.
+/// Worth calling after much was freed at once, as when a window has closed. Linux: malloc_trim, and madvise for the
+/// instructions that only the window needed; Mac: malloc_zone_pressure_relief.
 void releaseUnusedMemory();
 
 } // namespace vantoro
