@@ -120,6 +120,7 @@ TEST(MenuBarImageTests, IsAsWideAsItsTextOrASquareWithBoth) {
     EXPECT_GT(inked({0, 20, 32, 12}), 60) << "the figure below";
     EXPECT_NE(square.picture(bare, 2, Qt::white, 22, 1).toImage(), square.picture(bare, 0, Qt::white, 22, 1).toImage());
     EXPECT_GT(trayInk(false, "ubuntu:GNOME").lightness(), 200);
+    EXPECT_GT(trayInk(false, "XFCE").lightness(), 200);
     EXPECT_LT(trayInk(false, "KDE").lightness(), 60);
     EXPECT_GT(trayInk(true, "KDE").lightness(), 200);
 }

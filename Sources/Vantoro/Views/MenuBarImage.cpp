@@ -123,7 +123,7 @@ QIcon MenuBarImage::icon(const MenuBarModel& model, int frame, const QColor& col
 }
 
 QColor trayInk(bool isDarkDesktop, const QString& desktopName) {
-    const QStringList alwaysDark{"GNOME", "Unity", "Budgie", "Pantheon"};
+    const QStringList alwaysDark{"GNOME", "Unity", "Budgie", "Pantheon", "XFCE", "X-Cinnamon"};
     const QStringList names = desktopName.split(u':');
     const bool isDark = isDarkDesktop || std::any_of(names.begin(), names.end(), [&alwaysDark](const QString& name) {
                             return alwaysDark.contains(name, Qt::CaseInsensitive);
