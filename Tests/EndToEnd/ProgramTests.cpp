@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace vantoro {
@@ -175,6 +176,47 @@ TEST_F(Program, LeavesNoStreamBehindWhenItIsKilled) {
     program.signal(SIGKILL);
     EXPECT_TRUE(comesTrue([&] { return std::ranges::none_of(children, parentOf); }));
     EXPECT_EQ(program.output() + program.errors(), "");
+}
+
+TEST_F(Program, OpensItsWindowOnceAndEndsWhenAsked) {
+    const test::TemporaryFolder runtime;
+    ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ::setenv("VANTORO_FIRST_FRAME", "1", 1);
+    const auto hasPainted = [](const ChildProgram& program) {
+        return comesTrue([&program] { return program.errors().find("first frame ") != std::string::npos; });
+    };
+    ChildProgram first(vantoro({}));
+    EXPECT_TRUE(hasPainted(first));
+    ChildProgram second(vantoro({}));
+    EXPECT_EQ(second.wait(), 0) << "it has raised the first one's window";
+    EXPECT_EQ(second.errors(), "");
+    ChildProgram replay(vantoro({"--replay", VANTORO_FIXTURES "/recordings/fans-compile.jsonl"}));
+    EXPECT_TRUE(hasPainted(replay)) << "a recording is looked at beside the program that watches";
+    for (ChildProgram* const program : {&first, &replay}) {
+        program->signal(SIGTERM);
+        EXPECT_EQ(program->wait(), 0);
+    }
+    for (const char* name : {"QT_QPA_PLATFORM", "VANTORO_FIRST_FRAME", "XDG_RUNTIME_DIR"})
+        ::unsetenv(name);
+}
+
+TEST_F(Program, SaysInOneLineWhyThereIsNoWindow) {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"})
+        ::unsetenv(name);
+    std::ofstream(path("broken.jsonl")) << "no recording\n";
+    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+    ChildProgram withoutDesktop(vantoro({}));
+    EXPECT_EQ(withoutDesktop.wait(), 1);
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ChildProgram withoutRecording(vantoro({"--replay", path("broken.jsonl")}));
+    EXPECT_EQ(withoutRecording.wait(), 2);
+    ::unsetenv("QT_QPA_PLATFORM");
+    for (const ChildProgram* const program : {&withoutDesktop, &withoutRecording}) {
+        const std::string errors = program->errors();
+        EXPECT_EQ(errors.find("vantoro: "), 0U) << errors;
+        EXPECT_EQ(std::ranges::count(errors, '\n'), 1) << errors;
+    }
 }
 
 } // namespace

@@ -79,6 +79,8 @@ void Shell::openSettings() {
             if (item_)
                 item_->refresh();
         });
+        // What turns or stands is decided when a view refreshes.
+        connect(settingsWindow_, &SettingsView::rotorSettingChanged, this, [this] { context_.hub.publish(true); });
         connect(settingsWindow_, &QObject::destroyed, this, &Shell::updateClock);
     }
     settingsWindow_->show();
