@@ -44,7 +44,10 @@ QList<QLineF> dashesOf(const QList<QLineF>& segments, double& along) {
     QList<QLineF> dashes;
     for (const QLineF& segment : segments) {
         const double length = segment.length();
-        for (double at = -std::fmod(along, pitch); at < length; at += pitch) {
+        const double first = -std::fmod(along, pitch);
+        const int count = static_cast<int>(std::ceil((length - first) / pitch));
+        for (int i = 0; i < count; ++i) {
+            const double at = first + i * pitch;
             const double from = std::max(at, 0.0);
             const double to = std::min(at + dashLength, length);
             if (from < to)
@@ -124,8 +127,11 @@ void drawRampMark(QPainter& painter, double x, double top, double bottom, const 
     constexpr double pitch = 5;
     const QColor color = theme.color(Tone::rampMark);
     const double left = std::floor(x);
-    for (double y = top; y < bottom; y += pitch)
+    const int dots = static_cast<int>(std::ceil((bottom - top) / pitch));
+    for (int i = 0; i < dots; ++i) {
+        const double y = top + i * pitch;
         painter.fillRect(QRectF(left, y, 1, std::min(dot, bottom - y)), color);
+    }
 }
 
 } // namespace vantoro

@@ -104,8 +104,9 @@ void StackedBar::paintEvent(QPaintEvent*) {
     std::size_t part = 0;
     for (std::size_t i = 0; i < legend_.entries.size(); ++i) {
         const LegendEntry& entry = legend_.entries[i];
+        const std::size_t row = i / columns;
         const QRectF cell(static_cast<double>(i % columns) * (column + columnGap),
-                          legendTop + static_cast<double>(i / columns) * rowHeight(), column, rowHeight());
+                          legendTop + static_cast<double>(row) * rowHeight(), column, rowHeight());
         paintEntry(painter, cell, entry, part);
         if (entry.share)
             ++part;
