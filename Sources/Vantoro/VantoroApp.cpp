@@ -195,8 +195,8 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv) {
     if (!replays && instance.isSecond())
         return EXIT_SUCCESS;
 
-    const Platform platform = replays ? Platform() : choosePlatform(line);
-    SensorHub hub(platform, replays ? SensorSources() : sensorSources(line, platform), settings,
+    const Platform platform = choosePlatform(line);
+    SensorHub hub(replays ? Platform() : platform, replays ? SensorSources() : sensorSources(line, platform), settings,
                   HubEnvironment::ofThisProcess());
     std::optional<Replay> replay;
     if (replays) {

@@ -8,6 +8,7 @@
 #include "Views/SettingsView.h"
 
 #include <QApplication>
+#include <QShortcut>
 
 namespace vantoro {
 
@@ -74,6 +75,8 @@ void Shell::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = new SettingsView(context_, context_.sources);
         settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
+        auto* const quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), settingsWindow_); // owned by Qt as a child
+        connect(quit, &QShortcut::activated, qApp, &QApplication::quit);
         connect(settingsWindow_, &SettingsView::appearanceChanged, &follower_, &LooksFollower::applyAppearance);
         connect(settingsWindow_, &SettingsView::menuBarSettingChanged, this, [this] {
             if (item_)
