@@ -56,8 +56,10 @@ void QuitAlert::place() {
     y += text_->height() + buttonsGap;
     const int button = (wide - betweenButtons) / 2 + 2 * ring;
     const int height = confirm_->sizeHint().height();
-    confirm_->setGeometry(padding - ring, y - ring, button, height);
-    cancel_->setGeometry(cardWidth - padding + ring - button, y - ring, button, height);
+    const QRect first(padding - ring, y - ring, button, height);
+    const QRect second(cardWidth - padding + ring - button, y - ring, button, height);
+    confirm_->setGeometry(isRightToLeft() ? second : first);
+    cancel_->setGeometry(isRightToLeft() ? first : second);
     cardHeight_ = y + height - 2 * ring + padding;
 }
 
