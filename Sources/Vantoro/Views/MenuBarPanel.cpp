@@ -235,10 +235,6 @@ void MenuBarPanel::showModel(const MenuBarPanelModel& model) {
         moveIntoPlace();
 }
 
-int MenuBarPanel::cardWidth() const {
-    return qRound(panelWidth * theme().textScale());
-}
-
 int MenuBarPanel::layOutHead(int y) {
     const int left = shadowMargin + padding;
     const int textLeft = left + dialSize + dialGap;

@@ -55,7 +55,7 @@ private:
     int layOutHead(int y);
     void moveIntoPlace();
     /// It grows with the type.
-    int cardWidth() const;
+    int cardWidth() const { return qRound(panelWidth * theme().textScale()); }
 
     MenuBarPanelModel model_;
     Eyebrow* eyebrow_; // owned by Qt as children, as are all below
