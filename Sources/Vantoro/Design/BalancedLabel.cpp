@@ -122,9 +122,11 @@ void BalancedLabel::paintEvent(QPaintEvent*) {
     const double height = lineHeight(setting.style);
     painter.setFont(shown);
     painter.setPen(color(tone_));
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     double y = 0;
     for (const QString& line : setting.lines) {
-        painter.drawText(QPointF(0, y + (height + metrics.ascent() - metrics.descent()) / 2), line);
+        const double x = isRightToLeft() ? width() - metrics.horizontalAdvance(line) : 0;
+        painter.drawText(QPointF(x, y + (height + metrics.ascent() - metrics.descent()) / 2), line);
         y += height;
     }
 }

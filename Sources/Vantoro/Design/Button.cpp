@@ -107,13 +107,12 @@ void Button::paintEvent(QPaintEvent*) {
     }
     QRectF content = drawn;
     if (!icon_.isEmpty() && text_.isEmpty()) {
-        look().icons.draw(painter, drawn, icon_, iconSize_, ink());
+        drawIcon(painter, drawn, icon_, iconSize_, ink());
     } else {
         if (!icon_.isEmpty()) {
             const double width = std::min(textWidth(textStyle(), text_) + iconSize_ + iconGap, drawn.width());
             content.setLeft(drawn.center().x() - width / 2);
-            look().icons.draw(painter, QRectF(content.left(), drawn.top(), iconSize_, drawn.height()), icon_, iconSize_,
-                              ink());
+            drawIcon(painter, QRectF(content.left(), drawn.top(), iconSize_, drawn.height()), icon_, iconSize_, ink());
             content.setLeft(content.left() + iconSize_ + iconGap);
             drawText(painter, content, textStyle(), ink(), text_);
         } else {

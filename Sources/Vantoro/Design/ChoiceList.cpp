@@ -124,17 +124,14 @@ void ChoiceList::paintEvent(QPaintEvent*) {
             painter.drawRoundedRect(row, Space::buttonRadius - 3, Space::buttonRadius - 3);
         }
         const QColor ink = color(isHighlighted ? Tone::onAccent : Tone::textPrimary);
-        const bool mirrored = isRightToLeft();
         if (i == current_) {
-            const double left = mirrored ? row.right() - tickWidth : row.left();
+            const double left = mirrored(QRectF(row.left(), row.top(), tickWidth, row.height())).left();
             const QPointF middle(left + tickWidth / 2.0 - 1, row.center().y());
             painter.setPen(QPen(ink, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
             painter.drawPolyline(
                 QPolygonF({middle + QPointF(-4, 0.5), middle + QPointF(-1, 3.5), middle + QPointF(4.5, -3.5)}));
         }
-        const QRectF text = mirrored ? row.adjusted(sidePadding - inset, 0, -tickWidth, 0)
-                                     : row.adjusted(tickWidth, 0, -(sidePadding - inset), 0);
-        drawText(painter, text, Type::body, ink, choices_[i], mirrored ? Qt::AlignRight : Qt::AlignLeft);
+        drawText(painter, row.adjusted(tickWidth, 0, -(sidePadding - inset), 0), Type::body, ink, choices_[i]);
     }
 }
 

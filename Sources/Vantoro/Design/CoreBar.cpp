@@ -14,6 +14,7 @@ constexpr double leastFill = 1.5;
 } // namespace
 
 CoreBar::CoreBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }

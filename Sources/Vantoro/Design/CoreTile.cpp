@@ -59,7 +59,7 @@ void CoreTile::show(const CoreFigures& figures, const std::optional<Animation>& 
     if (looksDifferent)
         update();
     else if (readsDifferent)
-        update(QRectF(0, 0, busyMeter().left(), frequencyBar().top()).toAlignedRect());
+        update(mirrored(QRectF(0, 0, busyMeter().left(), frequencyBar().top())).toAlignedRect());
     if (shown)
         look().clock.run(*this);
     if (readsDifferent)
@@ -67,8 +67,8 @@ void CoreTile::show(const CoreFigures& figures, const std::optional<Animation>& 
 }
 
 bool CoreTile::advance(double now) {
-    update(busyMeter().toAlignedRect());
-    update(frequencyBar().toAlignedRect());
+    update(mirrored(busyMeter()).toAlignedRect());
+    update(mirrored(frequencyBar()).toAlignedRect());
     return !busy_.isAtRest(now) || !frequency_.isAtRest(now);
 }
 
@@ -110,13 +110,13 @@ void CoreTile::paintEvent(QPaintEvent*) {
     drawText(painter, line, Type::caption, color(Tone::textSecondary), figures_.frequencyText);
 
     const double now = look().clock.now();
-    const QRectF meter = busyMeter();
+    const QRectF meter = mirrored(busyMeter());
     const double filled = meter.height() * busy_.at(now);
     drawMeter(painter, meter, QRectF(meter.left(), meter.bottom() - filled, meter.width(), filled + meterWidth),
               color(Tone::tileTrack), color(busy ? Tone::textPrimary : Tone::bar));
     if (!figures_.frequencyFill)
         return;
-    const QRectF bar = frequencyBar();
+    const QRectF bar = mirrored(frequencyBar());
     drawMeter(painter, bar,
               QRectF(bar.left() - barHeight, bar.top(), bar.width() * frequency_.at(now) + barHeight, barHeight),
               color(Tone::tileTrack), color(busy ? Tone::ink : Tone::bar));

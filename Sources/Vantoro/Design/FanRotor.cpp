@@ -25,6 +25,7 @@ constexpr double fastestSeen = 0.45 * 1000.0 / AnimationClock::beatMilliseconds 
 
 FanRotor::FanRotor(Look& look, int size, Captions captions, Tone background, QWidget* parent)
     : PaintedWidget(look, parent), size_(size), captions_(captions), background_(background) {
+    keepDirection();
     setFocusPolicy(captions == Captions::none ? Qt::NoFocus : Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }

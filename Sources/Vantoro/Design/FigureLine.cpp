@@ -26,6 +26,8 @@ void drawFigureLine(QPainter& painter, const QRectF& rectangle, const FigureLine
     QRectF place = rectangle;
     if (alignment & Qt::AlignHCenter)
         place.setLeft(rectangle.center().x() - figureLineWidth(shown, theme) / 2);
+    else if (alignment & Qt::AlignRight)
+        place.setLeft(rectangle.right() - figureLineWidth(shown, theme));
     place.setWidth(figureWidth);
     painter.setPen(theme.color(Tone::textPrimary));
     drawLine(painter, place, figureFont, shown.figure, Qt::AlignLeft, Qt::ElideNone);

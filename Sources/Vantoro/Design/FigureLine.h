@@ -21,7 +21,8 @@ struct FigureLine {
 
 double figureLineWidth(const FigureLine& line, const Theme& theme);
 
-/// In primary and secondary text, at the left or in the middle of the rectangle; a unit that does not fit is left out.
+/// In primary and secondary text, at the left, at the right or in the middle of the rectangle; a unit that does not fit
+/// is left out.
 void drawFigureLine(QPainter& painter, const QRectF& rectangle, const FigureLine& line, const Theme& theme,
                     Qt::Alignment alignment = Qt::AlignLeft);
 

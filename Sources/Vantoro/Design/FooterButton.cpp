@@ -52,12 +52,12 @@ void FooterButton::paintEvent(QPaintEvent*) {
     }
     painter.fillRect(QRect(0, 0, width(), 1), color(Tone::line));
     const QRectF content(0, 2, width(), height() - 2);
-    look().icons.draw(painter, QRectF(Space::panelPadding, content.top(), iconSize, content.height()), icon_, iconSize,
-                      color(Tone::textSecondary));
+    drawIcon(painter, QRectF(Space::panelPadding, content.top(), iconSize, content.height()), icon_, iconSize,
+             color(Tone::textSecondary));
     drawText(painter, content.adjusted(textLeft, 0, -2 * chevronInset, 0), Type::body.medium(),
              color(Tone::textPrimary), text_);
-    look().icons.draw(painter, QRectF(width() - chevronInset - 10, content.top(), 20, content.height()),
-                      "chevron.right", chevronSize, color(Tone::textTertiary));
+    drawIcon(painter, QRectF(width() - chevronInset - 10, content.top(), 20, content.height()), "chevron.right",
+             chevronSize, color(Tone::textTertiary));
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()).adjusted(4, 4, -4, -4), Space::buttonRadius, theme());
 }

@@ -24,6 +24,7 @@ double nameGap(FourStepMeter::Names names) {
 } // namespace
 
 FourStepMeter::FourStepMeter(Look& look, Names names, QWidget* parent) : PaintedWidget(look, parent), names_(names) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }

@@ -13,6 +13,7 @@ constexpr double outline = 1;
 
 LevelPips::LevelPips(Look& look, Height height, QWidget* parent)
     : PaintedWidget(look, parent), height_(static_cast<int>(height)) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 

@@ -26,6 +26,7 @@ constexpr double captionGap = 8;
 } // namespace
 
 LinearGauge::LinearGauge(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }

@@ -2,6 +2,7 @@
 
 #include <QAccessibleWidget>
 #include <QPainter>
+#include <QStyle>
 
 namespace vantoro {
 
@@ -108,7 +109,34 @@ void PaintedWidget::announceChange(QAccessible::Event change) {
 void PaintedWidget::drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
                              const QString& text, Qt::Alignment alignment, Qt::TextElideMode elide) const {
     painter.setPen(color);
-    drawLine(painter, rectangle, font(style), text, alignment, elide);
+    drawLine(painter, mirrored(rectangle), font(style), text, mirrored(alignment), elide);
+}
+
+void PaintedWidget::drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size,
+                             const QColor& color) const {
+    const QRectF place = mirrored(rectangle);
+    const bool pointsAlong = name == QLatin1String("chevron.right") || name == QLatin1String("list.bullet.indent");
+    if (!pointsAlong || !isRightToLeft()) {
+        look_.icons.draw(painter, place, name, size, color);
+        return;
+    }
+    const QTransform before = painter.transform();
+    painter.translate(2 * place.center().x(), 0);
+    painter.scale(-1, 1);
+    look_.icons.draw(painter, place, name, size, color);
+    painter.setTransform(before);
+}
+
+QRectF PaintedWidget::mirrored(const QRectF& rectangle) const {
+    return isRightToLeft() ? rectangle.translated(width() - rectangle.left() - rectangle.right(), 0) : rectangle;
+}
+
+QRect PaintedWidget::mirrored(const QRect& rectangle) const {
+    return QStyle::visualRect(layoutDirection(), rect(), rectangle);
+}
+
+Qt::Alignment PaintedWidget::mirrored(Qt::Alignment alignment) const {
+    return QStyle::visualAlignment(layoutDirection(), alignment);
 }
 
 double PaintedWidget::textWidth(const TextStyle& style, const QString& text) const {

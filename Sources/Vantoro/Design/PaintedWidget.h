@@ -69,10 +69,19 @@ protected:
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }
     QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
+    /// Widgets reckon as if read from left to right; where the layout runs from right to left, this is where the
+    /// rectangle stands then. Text and icons are mirrored as they are drawn.
+    QRectF mirrored(const QRectF& rectangle) const;
+    QRect mirrored(const QRect& rectangle) const;
+    Qt::Alignment mirrored(Qt::Alignment alignment) const;
+    /// Gauges, charts and rulers run from left to right in every language.
+    void keepDirection() { setLayoutDirection(Qt::LeftToRight); }
     /// One line of text in this style and colour.
     void drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
                   const QString& text, Qt::Alignment alignment = Qt::AlignLeft,
                   Qt::TextElideMode elide = Qt::ElideRight) const;
+    /// An icon centred in the rectangle.
+    void drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size, const QColor& color) const;
     double textWidth(const TextStyle& style, const QString& text) const;
     double lineHeight(const TextStyle& style) const { return lineHeightOf(style, look_.theme); }
 

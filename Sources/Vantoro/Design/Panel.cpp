@@ -89,8 +89,8 @@ void Panel::paintEvent(QPaintEvent* event) {
     if (roomAtRight_ > 0)
         line.setRight(line.right() - roomAtRight_);
     if (!icon_.isEmpty()) {
-        look().icons.draw(painter, QRectF(line.left(), line.top(), iconSize, line.height()), icon_, iconSize,
-                          color(Tone::textSecondary));
+        drawIcon(painter, QRectF(line.left(), line.top(), iconSize, line.height()), icon_, iconSize,
+                 color(Tone::textSecondary));
         line.setLeft(line.left() + iconSize + 8);
     }
     const double titleWidth = std::min(textWidth(Type::sectionTitle, title_), line.width());

@@ -76,16 +76,11 @@ void PopUpButton::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(color(Tone::buttonLine), 1));
     painter.setBrush(color(hovered_ ? Tone::buttonHover : Tone::button));
     painter.drawRoundedRect(drawn.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
-    QRectF chevron(drawn.right() - rightPadding - chevronSize, drawn.top(), chevronSize, drawn.height());
-    QRectF text(drawn.left() + leftPadding, drawn.top(), chevron.left() - chevronGap - drawn.left() - leftPadding + 1,
-                drawn.height());
-    if (isRightToLeft()) {
-        chevron.moveLeft(drawn.left() + rightPadding);
-        text.moveRight(drawn.right() - leftPadding);
-    }
-    look().icons.draw(painter, chevron, "chevron.up.down", chevronSize, color(Tone::textSecondary));
-    drawText(painter, text, Type::body, color(Tone::textPrimary), choices_[current_],
-             isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    const QRectF chevron(drawn.right() - rightPadding - chevronSize, drawn.top(), chevronSize, drawn.height());
+    const QRectF text(drawn.left() + leftPadding, drawn.top(),
+                      chevron.left() - chevronGap - drawn.left() - leftPadding + 1, drawn.height());
+    drawIcon(painter, chevron, "chevron.up.down", chevronSize, color(Tone::textSecondary));
+    drawText(painter, text, Type::body, color(Tone::textPrimary), choices_[current_]);
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()), radius + ringMargin - 1, theme());
 }

@@ -88,12 +88,12 @@ void ScrollPane::focusOutEvent(QFocusEvent* event) {
 }
 
 void ScrollPane::resizeEvent(QResizeEvent* event) {
-    // The bar takes its room from the right margin, so that nothing shifts when it comes and goes.
+    // The bar takes its room from the margin it stands in, so that nothing shifts when it comes and goes.
     const bool scrolls = viewport()->width() < width();
     const int bar = scrolls ? width() - viewport()->width() : 0;
     const int side = Space::windowMargin + std::max(0, (width() - 2 * Space::windowMargin - widestContent) / 2);
     const QMargins margins = margins_.value_or(QMargins(side, 8, side, Space::windowMargin));
-    column_->setContentsMargins(margins - QMargins(0, 0, bar, 0));
+    column_->setContentsMargins(margins - (isRightToLeft() ? QMargins(bar, 0, 0, 0) : QMargins(0, 0, bar, 0)));
     QScrollArea::resizeEvent(event);
 }
 

@@ -88,13 +88,12 @@ QRect SegmentedControl::segmentRect(int index) const {
     for (int i = 0; i < index; ++i)
         left += segmentWidth(i);
     const int top = ringMargin + inset;
-    const QRect shown(left, top, segmentWidth(index), height() - 2 * top);
-    return isRightToLeft() ? QRect(width() - shown.right() - 1, shown.top(), shown.width(), shown.height()) : shown;
+    return {left, top, segmentWidth(index), height() - 2 * top};
 }
 
 void SegmentedControl::placeSegments() {
     for (std::size_t i = 0; i < segments_.size(); ++i)
-        segments_[i]->setGeometry(segmentRect(static_cast<int>(i)));
+        segments_[i]->setGeometry(mirrored(segmentRect(static_cast<int>(i))));
 }
 
 void SegmentedControl::resizeEvent(QResizeEvent*) {
@@ -120,7 +119,7 @@ void SegmentedControl::paintEvent(QPaintEvent*) {
         if (isCurrent) {
             painter.setPen(Qt::NoPen);
             painter.setBrush(color(Tone::segmentSelected));
-            painter.drawRoundedRect(segment, Space::buttonRadius - inset, Space::buttonRadius - inset);
+            painter.drawRoundedRect(mirrored(segment), Space::buttonRadius - inset, Space::buttonRadius - inset);
         }
         drawText(painter, segment.adjusted(4, 0, -4, 0), isCurrent ? Type::sectionTitle : Type::body,
                  color(isCurrent ? Tone::textPrimary : Tone::textSecondary), texts_[i], Qt::AlignHCenter);
@@ -133,7 +132,7 @@ void SegmentedControl::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
     for (int i = 0; i < texts_.size(); ++i)
-        if (segmentRect(i).contains(event->position().toPoint()))
+        if (mirrored(segmentRect(i)).contains(event->position().toPoint()))
             choose(i);
 }
 

@@ -15,6 +15,7 @@ constexpr double rightInset = 6;
 } // namespace
 
 Sparkline::Sparkline(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }

@@ -137,7 +137,7 @@ void StackedBar::paintEntry(QPainter& painter, const QRectF& cell, const LegendE
         painter.setBrush(shade(part));
         const double inset = isOutlined ? 0.5 : 0;
         const double radius = partRadius - inset;
-        painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius, radius);
+        painter.drawRoundedRect(mirrored(box).adjusted(inset, inset, -inset, -inset), radius, radius);
         line.setLeft(box.right() + squareGap);
     }
     drawText(painter, line, Type::body.semibold(), color(entry.isMissing ? Tone::textTertiary : Tone::textPrimary),

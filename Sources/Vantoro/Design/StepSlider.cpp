@@ -119,8 +119,9 @@ void StepSlider::paintCaptions(QPainter& painter) const {
         const double x = xAt(stop);
         // The captions of the ends stand flush with the knob at its ends, the others centred under their stop.
         const double left = std::clamp(x - width / 2, double(ringMargin), this->width() - ringMargin - width);
-        drawText(painter, QRectF(left, captionTop, width + 1, height), Type::caption, color(Tone::textTertiary),
-                 caption);
+        // The stop it belongs to is mirrored already.
+        drawText(painter, mirrored(QRectF(left, captionTop, width + 1, height)), Type::caption,
+                 color(Tone::textTertiary), caption);
         if (stop > 0 && stop < stops_ - 1) {
             painter.fillRect(QRectF(x - 1, centerLine + knobRadius + 2, 2, 5), color(Tone::rampMark));
         }

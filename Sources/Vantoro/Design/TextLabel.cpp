@@ -130,15 +130,17 @@ void TextLabel::paintEvent(QPaintEvent*) {
         return;
     }
     const double height = lineHeight(style_);
+    const Qt::Alignment alignment = mirrored(alignment_);
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     double y = 0;
     for (const Line& line : lines(width())) {
         // A paragraph is set as it was broken: with its natural digits.
         const QFont shown = font(style_);
         const QFontMetricsF metrics(shown);
         const double natural = metrics.horizontalAdvance(line.text);
-        const double x = alignment_ & Qt::AlignHCenter ? (width() - natural) / 2
-                         : alignment_ & Qt::AlignRight ? width() - natural
-                                                       : 0;
+        const double x = alignment & Qt::AlignHCenter ? (width() - natural) / 2
+                         : alignment & Qt::AlignRight ? width() - natural
+                                                      : 0;
         painter.setFont(shown);
         painter.setPen(ink);
         painter.drawText(QPointF(x, y + (height + metrics.ascent() - metrics.descent()) / 2), line.text);

@@ -24,6 +24,7 @@ TextStyle scaled(const TextStyle& style, double factor) {
 
 ThermalDial::ThermalDial(Look& look, int size, Tone background, QWidget* parent)
     : PaintedWidget(look, parent), size_(size), background_(background) {
+    keepDirection();
     setFocusPolicy(isSmall() ? Qt::NoFocus : Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -72,8 +73,9 @@ void ThermalDial::paintFigure(QPainter& painter) const {
     }
     const GaugeShape shape = GaugeShape::ofSize(size_);
     const double room = shape.outerRadius - shape.stroke - arcClearance;
-    // Large type and three digits must leave the arc alone.
-    double factor = 1;
+    // Large type and three digits must leave the arc alone, and the caption under the figure.
+    constexpr double largestScale = 1.15;
+    double factor = std::min(1.0, largestScale / theme().textScale());
     const auto reach = [&](double by) {
         return textWidth(scaled(Type::dialFigure, by), figures_.figure) / 2 + unitGap +
                textWidth(scaled(Type::dialUnit, by), figures_.unit);

@@ -20,6 +20,7 @@ constexpr double marksGap = 4;
 } // namespace
 
 ThermalRuler::ThermalRuler(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 

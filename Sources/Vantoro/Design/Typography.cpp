@@ -104,7 +104,10 @@ void drawLine(QPainter& painter, const QRectF& rectangle, const QFont& font, con
         x = rectangle.center().x() - width / 2;
     const double baseline = rectangle.center().y() + (metrics.ascent() - metrics.descent()) / 2;
     painter.setFont(font);
-    if (!hasDigits(shown)) {
+    // Each text in its own direction, whatever the layout's is; one from right to left is not taken apart at its
+    // digits.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    if (!hasDigits(shown) || shown.isRightToLeft()) {
         painter.drawText(QPointF(x, baseline), shown);
         return;
     }

@@ -119,8 +119,8 @@ void AdvicePanel::paintEvent(QPaintEvent* event) {
     const double line = lineHeight(Type::body);
     const double y = top + (explain_->y() - top - sealSize - gap - line) / 2;
     const QRectF inner = QRectF(rect()).adjusted(Space::panelPadding, 0, -Space::panelPadding, 0);
-    look().icons.draw(painter, QRectF(inner.left(), y, inner.width(), sealSize), "checkmark.seal", sealSize,
-                      color(Tone::textTertiary));
+    drawIcon(painter, QRectF(inner.left(), y, inner.width(), sealSize), "checkmark.seal", sealSize,
+             color(Tone::textTertiary));
     drawText(painter, QRectF(inner.left(), y + sealSize + gap, inner.width(), line), Type::body,
              color(Tone::textSecondary), model_.emptyText, Qt::AlignHCenter);
 }

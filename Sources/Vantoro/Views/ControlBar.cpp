@@ -39,7 +39,7 @@ protected:
         painter.setPen(dashes);
         const QRectF drawn = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
         painter.drawRoundedRect(drawn, drawn.height() / 2, drawn.height() / 2);
-        look().icons.draw(painter, QRectF(9, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
+        drawIcon(painter, QRectF(9, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
         drawText(painter, QRectF(9 + iconSize + 6, 0, width(), height()), Type::small, color(Tone::textSecondary),
                  badge_.text);
     }
@@ -87,7 +87,7 @@ Description ControlBar::describe() {
 
 void ControlBar::place() {
     const auto centred = [this](const QSize& size, int left) {
-        return QRect(QPoint(left, (height() - size.height()) / 2), size);
+        return mirrored(QRect(QPoint(left, (height() - size.height()) / 2), size));
     };
     const QSize switcher = switcher_->sizeHint();
     switcher_->setGeometry(centred(switcher, (width() - switcher.width()) / 2));

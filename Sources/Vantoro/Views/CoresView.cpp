@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <QPainter>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace vantoro {
@@ -116,7 +117,8 @@ private:
             const int column = static_cast<int>(i) % columns_;
             const int left = qRound(column * width);
             const int right = qRound((column + 1) * width) - tileGap;
-            tiles_[i]->setGeometry(left, static_cast<int>(i) / columns_ * (height + tileGap), right - left, height);
+            const QRect tile(left, static_cast<int>(i) / columns_ * (height + tileGap), right - left, height);
+            tiles_[i]->setGeometry(QStyle::visualRect(layoutDirection(), rect(), tile));
         }
     }
 

@@ -34,8 +34,12 @@ void Eyebrow::show(const EyebrowModel& model) {
         announceChange();
 }
 
+int Eyebrow::pipsLeft() const {
+    return model_.isCritical ? scaledTriangle() + gap() : 0;
+}
+
 double Eyebrow::textLeft() const {
-    return pips_->geometry().right() + 1 + gap();
+    return pipsLeft() + pips_->sizeHint().width() + gap();
 }
 
 QSize Eyebrow::sizeHint() const {
@@ -59,8 +63,7 @@ int Eyebrow::scaledTriangle() const {
 
 void Eyebrow::placePips() {
     const QSize size = pips_->sizeHint();
-    const int left = model_.isCritical ? scaledTriangle() + gap() : 0;
-    pips_->setGeometry(left, (height() - size.height()) / 2, size.width(), size.height());
+    pips_->setGeometry(mirrored(QRect(QPoint(pipsLeft(), (height() - size.height()) / 2), size)));
 }
 
 void Eyebrow::paintEvent(QPaintEvent*) {
@@ -69,9 +72,8 @@ void Eyebrow::paintEvent(QPaintEvent*) {
     const QColor word =
         model_.level || model_.isCritical ? theme().heatText(model_.heatStop) : color(Tone::textSecondary);
     if (model_.isCritical)
-        look().icons.draw(painter, QRectF(0, 0, scaledTriangle(), line.height()),
-                          QStringLiteral("exclamationmark.triangle.fill"), scaledTriangle(),
-                          theme().heatFill(model_.heatStop));
+        drawIcon(painter, QRectF(0, 0, scaledTriangle(), line.height()),
+                 QStringLiteral("exclamationmark.triangle.fill"), scaledTriangle(), theme().heatFill(model_.heatStop));
     const double left = textLeft();
     const double labelWidth = textWidth(labelStyle(), model_.label);
     drawText(painter, QRectF(left, 0, std::max(0.0, line.width() - left), line.height()), labelStyle(), word,

@@ -31,6 +31,7 @@ protected:
 private:
     int scaledTriangle() const;
     void placePips();
+    int pipsLeft() const;
     double textLeft() const;
 
     int gap() const { return size_ == Size::small ? 8 : 10; }

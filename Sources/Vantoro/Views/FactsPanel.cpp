@@ -79,7 +79,7 @@ void FactCell::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     const double wide = width();
     double line = lineHeight(Type::small);
-    look().icons.draw(painter, QRectF(0, 0, iconSize, line), model_.symbol, iconSize, color(Tone::textSecondary));
+    drawIcon(painter, QRectF(0, 0, iconSize, line), model_.symbol, iconSize, color(Tone::textSecondary));
     drawText(painter, QRectF(iconSize + iconGap, 0, wide - iconSize - iconGap, line), Type::small,
              color(Tone::textSecondary), model_.title);
     double y = line + valueGap;
@@ -159,8 +159,8 @@ void FactsPanel::place() {
     for (std::size_t i = 0; i < std::min(cells_.size(), model_.facts.size()); ++i) {
         const int column = static_cast<int>(i) % columns();
         const int row = static_cast<int>(i) / columns();
-        cells_[i]->setGeometry(qRound(Space::panelPadding + column * (wide + cellGap)),
-                               cellsTop() + row * (high + rowGap), qRound(wide), high);
+        cells_[i]->setGeometry(mirrored(QRect(qRound(Space::panelPadding + column * (wide + cellGap)),
+                                              cellsTop() + row * (high + rowGap), qRound(wide), high)));
     }
 }
 
@@ -202,7 +202,7 @@ void FactsPanel::paintEvent(QPaintEvent* event) {
         if (column + 1 == columns() || i + 1 == model_.facts.size())
             continue;
         const int x = qRound(Space::panelPadding + column * (wide + cellGap) + wide + cellGap / 2.0);
-        painter.fillRect(QRect(x, cellsTop() + row * (high + rowGap), 1, high), color(Tone::line));
+        painter.fillRect(mirrored(QRect(x, cellsTop() + row * (high + rowGap), 1, high)), color(Tone::line));
     }
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()).adjusted(2, 2, -2, -2), Space::panelRadius - 2, theme());

@@ -16,6 +16,8 @@ constexpr int inset = Space::heroInset - Space::windowMargin;
 constexpr int dialGap = 40;
 constexpr int headlineGap = 12;
 constexpr int detailGap = 14;
+/// Letters of the largest type reach below their last line.
+constexpr int headlineOverhang = 6;
 constexpr int widestDetail = 640;
 /// Below this width of the window's content the rotors are smaller.
 constexpr int narrowBelow = 940 - 2 * Space::windowMargin;
@@ -111,15 +113,15 @@ void Hero::place() {
     const int top = measures.middle - measures.textHeight / 2;
     int y = top;
     const int eyebrowHeight = eyebrow_->sizeHint().height();
-    eyebrow_->setGeometry(inset, y, measures.textWidth, eyebrowHeight);
+    eyebrow_->setGeometry(mirrored(QRect(inset, y, measures.textWidth, eyebrowHeight)));
     y += eyebrowHeight + headlineGap;
-    headline_->setGeometry(inset, y, measures.textWidth, measures.headlineHeight);
+    headline_->setGeometry(mirrored(QRect(inset, y, measures.textWidth, measures.headlineHeight + headlineOverhang)));
     y += measures.headlineHeight + detailGap;
     detail_->setVisible(!model_.detail.isEmpty());
-    detail_->setGeometry(inset, y, std::min(widestDetail, measures.textWidth), measures.detailHeight);
+    detail_->setGeometry(mirrored(QRect(inset, y, std::min(widestDetail, measures.textWidth), measures.detailHeight)));
     const QSize dials = dials_->sizeHint();
-    dials_->setGeometry(width() - inset + Dials::ringMargin - dials.width(), measures.middle - dials.height() / 2,
-                        dials.width(), dials.height());
+    const QPoint corner(width() - inset + Dials::ringMargin - dials.width(), measures.middle - dials.height() / 2);
+    dials_->setGeometry(mirrored(QRect(corner, dials)));
 }
 
 void Hero::resizeEvent(QResizeEvent* event) {

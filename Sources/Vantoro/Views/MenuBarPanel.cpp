@@ -33,7 +33,6 @@ constexpr int barHeight = 6;
 constexpr int figureColumn = 54;
 constexpr int buttonHeight = 30;
 constexpr int iconButtonWidth = 34;
-constexpr int contentWidth = MenuBarPanel::panelWidth - 2 * padding;
 
 // Above and below the lines between the parts.
 constexpr int aboveLine = 14;
@@ -78,11 +77,12 @@ protected:
             constexpr int inset = 12;
             const double indent = left > 0 ? inset : 0;
             if (left > 0)
-                painter.fillRect(QRectF(left - 0.5, 0, 1, height()), color(Tone::line));
+                painter.fillRect(mirrored(QRectF(left - 0.5, 0, 1, height())), color(Tone::line));
             const QRectF caption(left + indent, 0, column - indent - 4, lineHeight(Type::caption));
             drawText(painter, caption, Type::caption, color(Tone::textTertiary), one.caption);
-            drawFigureLine(painter, QRectF(caption.left(), caption.bottom(), caption.width(), lineHeight(figureStyle)),
-                           {one.figure, one.unit, figureStyle, Type::small}, theme());
+            const QRectF figure(caption.left(), caption.bottom(), caption.width(), lineHeight(figureStyle));
+            drawFigureLine(painter, mirrored(figure), {one.figure, one.unit, figureStyle, Type::small}, theme(),
+                           mirrored(Qt::AlignLeft));
             left += column;
         }
     }
@@ -107,7 +107,7 @@ public:
             bar_->jump();
         if (!textChanged)
             return;
-        setToolTip(textWidth(nameStyle(), row.name) > nameWidth() ? row.name : QString());
+        explainCut();
         update();
         announceChange(QAccessible::NameChanged);
     }
@@ -120,7 +120,8 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override {
         const int left = width() - figureWidth() - barWidth;
-        bar_->setGeometry(left, (height() - barHeight) / 2, barWidth, barHeight);
+        bar_->setGeometry(mirrored(QRect(left, (height() - barHeight) / 2, barWidth, barHeight)));
+        explainCut();
         PaintedWidget::resizeEvent(event);
     }
 
@@ -133,6 +134,7 @@ protected:
 
 private:
     TextStyle nameStyle() const { return row_.heatStop ? Type::body.semibold() : Type::body; }
+    void explainCut() { setToolTip(textWidth(nameStyle(), row_.name) > nameWidth() ? row_.name : QString()); }
     int figureWidth() const { return qRound(figureColumn * theme().textScale()); }
     double nameWidth() const {
         constexpr int gap = 12;
@@ -157,6 +159,7 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     , quit_(new Button(look(), Button::Kind::bordered, QString(), this)) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_TranslucentBackground);
+    setFixedWidth(sizeHint().width());
     setFocusPolicy(Qt::StrongFocus);
     title_->setHeading(true);
     settings_->setIcon(QStringLiteral("gearshape"));
@@ -235,7 +238,7 @@ void MenuBarPanel::showModel(const MenuBarPanelModel& model) {
 int MenuBarPanel::layOutHead(int y) {
     const int left = shadowMargin + padding;
     const int textLeft = left + dialSize + dialGap;
-    const int textWidth = shadowMargin + panelWidth - padding - textLeft;
+    const int textWidth = shadowMargin + cardWidth() - padding - textLeft;
     const int eyebrowHeight = eyebrow_->sizeHint().height();
     const int titleHeight = title_->heightForWidth(textWidth);
     const int causeHeight = model_.cause.isEmpty() ? 0 : cause_->heightForWidth(textWidth);
@@ -244,23 +247,25 @@ int MenuBarPanel::layOutHead(int y) {
     const int textHeight = eyebrowHeight + titleGap + titleHeight + (causeHeight > 0 ? causeGap + causeHeight : 0);
     const int height = std::max(dialSize, textHeight);
     int top = y + (height - textHeight) / 2;
-    eyebrow_->setGeometry(textLeft, top, textWidth, eyebrowHeight);
+    eyebrow_->setGeometry(mirrored(QRect(textLeft, top, textWidth, eyebrowHeight)));
     top += eyebrowHeight + titleGap;
-    title_->setGeometry(textLeft, top, textWidth, titleHeight);
+    title_->setGeometry(mirrored(QRect(textLeft, top, textWidth, titleHeight)));
     cause_->setVisible(causeHeight > 0);
-    cause_->setGeometry(textLeft, top + titleHeight + causeGap, textWidth, causeHeight);
+    cause_->setGeometry(mirrored(QRect(textLeft, top + titleHeight + causeGap, textWidth, causeHeight)));
     const int dialTop = y + (height - dialSize) / 2;
     rotor_->setVisible(model_.rotor.has_value());
-    rotor_->setGeometry(QRect(QPoint(left - FanRotor::ringMargin, dialTop - FanRotor::ringMargin), rotor_->sizeHint()));
+    const QPoint rotor(left - FanRotor::ringMargin, dialTop - FanRotor::ringMargin);
+    rotor_->setGeometry(mirrored(QRect(rotor, rotor_->sizeHint())));
     dial_->setVisible(model_.dial.has_value());
-    dial_->setGeometry(
-        QRect(QPoint(left - ThermalDial::ringMargin, dialTop - ThermalDial::ringMargin), dial_->sizeHint()));
+    const QPoint dial(left - ThermalDial::ringMargin, dialTop - ThermalDial::ringMargin);
+    dial_->setGeometry(mirrored(QRect(dial, dial_->sizeHint())));
     return y + height;
 }
 
 int MenuBarPanel::layOut() {
     const std::vector<int> before = std::exchange(separators_, {});
     const int left = shadowMargin + padding;
+    const int contentWidth = cardWidth() - 2 * padding;
     int y = layOutHead(shadowMargin + padding) + aboveLine;
     const auto separate = [&](int paddingBelow) {
         separators_.push_back(y);
@@ -296,11 +301,12 @@ int MenuBarPanel::layOut() {
     constexpr int gap = 8;
     const int height = open_->sizeHint().height();
     const int iconWidth = iconButtonWidth + 2 * ring;
-    const int right = shadowMargin + panelWidth - padding + ring;
+    const int right = shadowMargin + cardWidth() - padding + ring;
     const int top = y - ring;
-    quit_->setGeometry(right - iconWidth, top, iconWidth, height);
-    settings_->setGeometry(right - 2 * iconWidth - gap + 2 * ring, top, iconWidth, height);
-    open_->setGeometry(left - ring, top, settings_->x() + ring - gap - left + 2 * ring, height);
+    const int settings = right - 2 * iconWidth - gap + 2 * ring;
+    quit_->setGeometry(mirrored(QRect(right - iconWidth, top, iconWidth, height)));
+    settings_->setGeometry(mirrored(QRect(settings, top, iconWidth, height)));
+    open_->setGeometry(mirrored(QRect(left - ring, top, settings + ring - gap - left + 2 * ring, height)));
     y += height - 2 * ring + padding;
     if (separators_ != before)
         update();
@@ -308,10 +314,11 @@ int MenuBarPanel::layOut() {
 }
 
 QSize MenuBarPanel::sizeHint() const {
-    return {panelWidth + 2 * shadowMargin, laidOutHeight_ + 2 * shadowMargin};
+    return {cardWidth() + 2 * shadowMargin, laidOutHeight_ + 2 * shadowMargin};
 }
 
 void MenuBarPanel::moveIntoPlace() {
+    setFixedWidth(sizeHint().width());
     laidOutHeight_ = layOut();
     setFixedSize(sizeHint());
     // There the desktop alone decides where a window stands.
@@ -323,7 +330,7 @@ void MenuBarPanel::moveIntoPlace() {
         screen = QGuiApplication::primaryScreen();
     if (screen == nullptr)
         return;
-    const QRect card = placedPanel({panelWidth, laidOutHeight_}, item_, pointer_, screen->availableGeometry());
+    const QRect card = placedPanel({cardWidth(), laidOutHeight_}, item_, pointer_, screen->availableGeometry());
     move(card.topLeft() - QPoint(shadowMargin, shadowMargin));
 }
 
@@ -334,7 +341,7 @@ Description MenuBarPanel::describe() {
 void MenuBarPanel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF card(shadowMargin, shadowMargin, panelWidth, laidOutHeight_);
+    const QRectF card(shadowMargin, shadowMargin, cardWidth(), laidOutHeight_);
     constexpr int rings = 12;
     constexpr int drop = 12;
     QColor shadow = color(Tone::shadow);
@@ -352,7 +359,7 @@ void MenuBarPanel::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(color(Tone::outline), 1));
     painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     for (const int y : separators_)
-        painter.fillRect(QRectF(card.left() + padding, y, contentWidth, 1), color(Tone::line));
+        painter.fillRect(QRectF(card.left() + padding, y, cardWidth() - 2 * padding, 1), color(Tone::line));
 }
 
 void MenuBarPanel::keyPressEvent(QKeyEvent* event) {
@@ -364,7 +371,7 @@ void MenuBarPanel::keyPressEvent(QKeyEvent* event) {
 
 void MenuBarPanel::mousePressEvent(QMouseEvent* event) {
     // What looks like the desktop beside the card belongs to the shadow.
-    if (!QRect(shadowMargin, shadowMargin, panelWidth, laidOutHeight_).contains(event->position().toPoint()))
+    if (!QRect(shadowMargin, shadowMargin, cardWidth(), laidOutHeight_).contains(event->position().toPoint()))
         hide();
 }
 

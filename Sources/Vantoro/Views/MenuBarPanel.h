@@ -54,6 +54,8 @@ private:
     int layOut();
     int layOutHead(int y);
     void moveIntoPlace();
+    /// It grows with the type.
+    int cardWidth() const { return qRound(panelWidth * theme().textScale()); }
 
     MenuBarPanelModel model_;
     Eyebrow* eyebrow_; // owned by Qt as children, as are all below

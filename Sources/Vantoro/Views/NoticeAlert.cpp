@@ -38,7 +38,8 @@ void NoticeAlert::open() {
 }
 
 QSize NoticeAlert::cardSize(const QSize&) const {
-    return {alertWidth, card()->layout()->heightForWidth(alertWidth)};
+    const int wide = qRound(alertWidth * theme().textScale());
+    return {wide, card()->layout()->heightForWidth(wide)};
 }
 
 } // namespace vantoro

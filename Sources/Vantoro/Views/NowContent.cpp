@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <QEvent>
+#include <QStyle>
 
 namespace vantoro {
 
@@ -54,7 +55,8 @@ void NowContent::orderStops() {
         std::stable_sort(stops.begin(), stops.end(), [part](const QWidget* a, const QWidget* b) {
             const QPoint one = a->mapTo(part, QPoint());
             const QPoint other = b->mapTo(part, QPoint());
-            return one.y() != other.y() ? one.y() < other.y() : one.x() < other.x();
+            return one.y() != other.y() ? one.y() < other.y()
+                                        : (part->isRightToLeft() ? one.x() > other.x() : one.x() < other.x());
         });
         for (QWidget* const stop : stops)
             append(stop);
@@ -83,8 +85,8 @@ int NowContent::heightForWidth(int width) const {
 void NowContent::place() {
     const Frame frame = this->frame(width());
     hero_->setGeometry(frame.hero);
-    suspects_->setGeometry(frame.suspects);
-    advice_->setGeometry(frame.advice);
+    suspects_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), frame.suspects));
+    advice_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), frame.advice));
     facts_->setGeometry(frame.facts);
 }
 

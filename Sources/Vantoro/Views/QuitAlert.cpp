@@ -48,7 +48,8 @@ QuitAlert::QuitAlert(ViewContext& context, QWidget& window, const QuitModel& mod
 
 void QuitAlert::place() {
     constexpr int ring = Button::ringMargin;
-    constexpr int wide = cardWidth - 2 * padding;
+    const int outer = cardSize({}).width();
+    const int wide = outer - 2 * padding;
     int y = padding;
     title_->setGeometry(padding, y, wide, title_->heightForWidth(wide));
     y += title_->height() + titleGap;
@@ -56,13 +57,15 @@ void QuitAlert::place() {
     y += text_->height() + buttonsGap;
     const int button = (wide - betweenButtons) / 2 + 2 * ring;
     const int height = confirm_->sizeHint().height();
-    confirm_->setGeometry(padding - ring, y - ring, button, height);
-    cancel_->setGeometry(cardWidth - padding + ring - button, y - ring, button, height);
+    const QRect first(padding - ring, y - ring, button, height);
+    const QRect second(outer - padding + ring - button, y - ring, button, height);
+    confirm_->setGeometry(isRightToLeft() ? second : first);
+    cancel_->setGeometry(isRightToLeft() ? first : second);
     cardHeight_ = y + height - 2 * ring + padding;
 }
 
 QSize QuitAlert::cardSize(const QSize&) const {
-    return {cardWidth, cardHeight_};
+    return {qRound(cardWidth * theme().textScale()), cardHeight_};
 }
 
 void QuitAlert::themeChanged() {

@@ -172,14 +172,37 @@ private:
     ReportArrangement page_;
 };
 
+void mirror(ReportArrangement& page, const Theme& theme) {
+    const auto turned = [&page](const QRectF& place) {
+        return place.translated(page.width - place.left() - place.right(), 0);
+    };
+    for (TextRun& run : page.runs) {
+        for (int i = 0; i < run.layout->lineCount(); ++i) {
+            QTextLine line = run.layout->lineAt(i);
+            line.setPosition(line.position() + QPointF(run.size.width() - line.naturalTextRect().right(), 0));
+        }
+        run.origin = turned(QRectF(run.origin, run.size)).topLeft();
+    }
+    for (ReportArrangement::Icon& icon : page.icons)
+        icon.place = turned(icon.place);
+    for (std::vector<QRectF>* const places : {&page.lines, &page.bars, &page.voices})
+        for (QRectF& place : *places)
+            place = turned(place);
+    page.pips.setX(page.width - page.pips.x() - pipsWidth * theme.textScale());
+}
+
 QString joined(const QString& first, const QString& second) {
     return first.isEmpty() || second.isEmpty() ? first + second : first + ", " + second;
 }
 
 } // namespace
 
-ReportArrangement arrangeReport(const ReportModel& model, const Theme& theme, int width, bool oneColumn) {
-    return Arranger(model, theme).arrange(width, oneColumn);
+ReportArrangement arrangeReport(const ReportModel& model, const Theme& theme, int width, bool oneColumn,
+                                Qt::LayoutDirection direction) {
+    ReportArrangement page = Arranger(model, theme).arrange(width, oneColumn);
+    if (direction == Qt::RightToLeft)
+        mirror(page, theme);
+    return page;
 }
 
 std::vector<Description> spokenParts(const ReportModel& model) {

@@ -44,7 +44,9 @@ struct ReportArrangement {
 /// The page has a gutter at the left for the bars of emphasised rows.
 inline constexpr int reportGutter = 12;
 
-ReportArrangement arrangeReport(const ReportModel& model, const Theme& theme, int width, bool oneColumn);
+/// Mirrored where the layout runs from right to left.
+ReportArrangement arrangeReport(const ReportModel& model, const Theme& theme, int width, bool oneColumn,
+                                Qt::LayoutDirection direction = Qt::LeftToRight);
 
 /// What a screen reader finds on the page: each paragraph and each row.
 std::vector<Description> spokenParts(const ReportModel& model);

@@ -48,7 +48,8 @@ void ReportPage::setOneColumn(bool one) {
 
 const ReportArrangement& ReportPage::arranged(int width) const {
     if (arrangement_ == nullptr || arrangement_->width != width)
-        arrangement_ = std::make_unique<ReportArrangement>(arrangeReport(model_, theme(), width, isOneColumn_));
+        arrangement_ =
+            std::make_unique<ReportArrangement>(arrangeReport(model_, theme(), width, isOneColumn_, layoutDirection()));
     return *arrangement_;
 }
 

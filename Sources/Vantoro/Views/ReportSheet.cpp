@@ -56,7 +56,10 @@ ReportSheet::ReportSheet(Look& look, QWidget& window, SensorHub& hub)
     , done_(new Button(look, Button::Kind::standard, vantoro::tr("Done"), footer_)) {
     setSpokenName(model_.headline);
     pane_->setSurface(Tone::raised);
-    pane_->setContentMargins({padding - reportGutter - outline, 0, padding - outline, 0});
+    const int besideGutter = padding - reportGutter - outline;
+    constexpr int beside = padding - outline;
+    pane_->setContentMargins(isRightToLeft() ? QMargins(beside, 0, besideGutter, 0)
+                                             : QMargins(besideGutter, 0, beside, 0));
     pane_->column()->addWidget(page_);
     pane_->column()->addStretch(1);
     auto* const cardLayout = new QVBoxLayout(card()); // owned by the card
@@ -69,7 +72,8 @@ ReportSheet::ReportSheet(Look& look, QWidget& window, SensorHub& hub)
     machine_->setText(model_.machineName);
     sensors_->setText(model_.sensorSummary);
     auto* const row = new QHBoxLayout(footer_); // owned by the footer
-    row->setContentsMargins(padding - outline, 0, footerRight - Button::ringMargin - outline, 0);
+    constexpr int besideButtons = footerRight - Button::ringMargin - outline;
+    row->setContentsMargins(isRightToLeft() ? besideButtons : beside, 0, isRightToLeft() ? beside : besideButtons, 0);
     row->setSpacing(buttonGap);
     row->addWidget(machine_);
     row->addWidget(sensors_);

@@ -21,20 +21,18 @@ constexpr double figureGap = 8;
 constexpr int leastProcesses = 4;
 
 /// Cuts a piece off the row's leading side, or off its trailing side.
-QRectF cutLeading(QRectF& row, double width, bool isMirrored) {
+QRectF cutLeading(QRectF& row, double width) {
     QRectF piece = row;
-    if (isMirrored) {
-        piece.setLeft(row.right() - width);
-        row.setRight(piece.left());
-    } else {
-        piece.setRight(row.left() + width);
-        row.setLeft(piece.right());
-    }
+    piece.setRight(row.left() + width);
+    row.setLeft(piece.right());
     return piece;
 }
 
-QRectF cutTrailing(QRectF& row, double width, bool isMirrored) {
-    return cutLeading(row, width, !isMirrored);
+QRectF cutTrailing(QRectF& row, double width) {
+    QRectF piece = row;
+    piece.setLeft(row.right() - width);
+    row.setRight(piece.left());
+    return piece;
 }
 
 } // namespace
@@ -126,8 +124,7 @@ void RewindPanel::paintHint(QPainter& painter) const {
     const QStringList lines = brokenLines(model_.notice, font(Type::report), wide);
     const double high = icon + gap + static_cast<double>(lines.size()) * lineHeight(Type::report);
     const double top = std::max(titleRect().bottom(), (height() - titleRect().height() - high) / 2);
-    look().icons.draw(painter, QRectF(side, std::round(top), wide, icon), "hand.point.up.left", icon,
-                      color(Tone::textTertiary));
+    drawIcon(painter, QRectF(side, std::round(top), wide, icon), "hand.point.up.left", icon, color(Tone::textTertiary));
     paintParagraph(painter, lines, QRectF(side, top + icon + gap, wide, 0), Qt::AlignHCenter);
 }
 
@@ -138,10 +135,10 @@ void RewindPanel::paintReadings(QPainter& painter, const QRegion& dirty) const {
         if (!dirty.intersects(row.toAlignedRect()))
             continue;
         const double wide = textWidth(Type::sectionTitle, reading.value) + 1;
-        drawText(painter, cutTrailing(row, wide, isRightToLeft()), Type::sectionTitle, color(Tone::textPrimary),
-                 reading.value, trailing(), Qt::ElideNone);
-        cutTrailing(row, figureGap, isRightToLeft());
-        drawText(painter, row, Type::body, color(Tone::textSecondary), reading.label, leading());
+        drawText(painter, cutTrailing(row, wide), Type::sectionTitle, color(Tone::textPrimary), reading.value,
+                 Qt::AlignRight, Qt::ElideNone);
+        cutTrailing(row, figureGap);
+        drawText(painter, row, Type::body, color(Tone::textSecondary), reading.label, Qt::AlignLeft);
     }
     const QRectF title = titleRect();
     painter.fillRect(QRectF(title.left(), std::round(belowReadings()), title.width(), 1), color(Tone::line));
@@ -151,36 +148,35 @@ void RewindPanel::paintProcess(QPainter& painter, const QRectF& row, const Rewin
     constexpr TextStyle figure = Type::small.medium();
     QRectF rest = row;
     const double wide = textWidth(figure, process.share) + 1;
-    drawText(painter, cutTrailing(rest, wide, isRightToLeft()), figure, color(Tone::textPrimary), process.share,
-             trailing(), Qt::ElideNone);
-    cutTrailing(rest, figureGap, isRightToLeft());
+    drawText(painter, cutTrailing(rest, wide), figure, color(Tone::textPrimary), process.share, Qt::AlignRight,
+             Qt::ElideNone);
+    cutTrailing(rest, figureGap);
     const double named = std::min(textWidth(Type::small, process.name), rest.width());
-    drawText(painter, cutLeading(rest, named, isRightToLeft()), Type::small, color(Tone::textPrimary), process.name,
-             leading());
-    cutLeading(rest, std::min(rawNameGap, rest.width()), isRightToLeft());
+    drawText(painter, cutLeading(rest, named), Type::small, color(Tone::textPrimary), process.name, Qt::AlignLeft);
+    cutLeading(rest, std::min(rawNameGap, rest.width()));
     constexpr double narrowest = 20; // less would hold no letter beside the ellipsis
     if (!process.rawName.isEmpty() && rest.width() >= narrowest)
-        drawText(painter, rest, Type::small, color(Tone::textTertiary), process.rawName, leading());
+        drawText(painter, rest, Type::small, color(Tone::textTertiary), process.rawName, Qt::AlignLeft);
 }
 
 void RewindPanel::paintProcesses(QPainter& painter, const QRegion& dirty) const {
     if (model_.processes.empty()) {
         const QRectF title = titleRect();
         const QRectF from(title.left(), belowReadings() + lineBelowReadings, title.width(), 0);
-        paintParagraph(painter, brokenLines(model_.notice, font(Type::report), from.width()), from, leading());
+        paintParagraph(painter, brokenLines(model_.notice, font(Type::report), from.width()), from, Qt::AlignLeft);
         return;
     }
     const QRectF first = processRect(0);
     const QRectF heading = first.translated(0, -first.height());
-    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("Processes"), leading());
-    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("CPU"), trailing());
+    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("Processes"), Qt::AlignLeft);
+    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("CPU"), Qt::AlignRight);
     const std::size_t named = namedProcesses();
     for (std::size_t i = 0; i < named; ++i)
         if (const QRectF row = processRect(i); dirty.intersects(row.toAlignedRect()))
             paintProcess(painter, row, model_.processes[i]);
     if (const std::size_t unnamed = model_.processes.size() - named; unnamed > 0)
         drawText(painter, processRect(named), Type::caption, color(Tone::textTertiary), tr("%1 more").arg(unnamed),
-                 leading());
+                 Qt::AlignLeft);
 }
 
 void RewindPanel::paintEvent(QPaintEvent* event) {
@@ -191,10 +187,9 @@ void RewindPanel::paintEvent(QPaintEvent* event) {
     painter.setBrush(color(Tone::panel));
     painter.drawRoundedRect(rect(), Space::panelRadius, Space::panelRadius);
     QRectF title = titleRect();
-    look().icons.draw(painter, cutLeading(title, icon, isRightToLeft()), "clock.rewind", icon,
-                      color(Tone::textSecondary));
-    cutLeading(title, 8, isRightToLeft());
-    drawText(painter, title, Type::sectionTitle, color(Tone::textPrimary), model_.title, leading());
+    drawIcon(painter, cutLeading(title, icon), "clock.rewind", icon, color(Tone::textSecondary));
+    cutLeading(title, 8);
+    drawText(painter, title, Type::sectionTitle, color(Tone::textPrimary), model_.title, Qt::AlignLeft);
     if (!model_.isAtMoment()) {
         paintHint(painter);
         return;

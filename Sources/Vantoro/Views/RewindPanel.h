@@ -34,8 +34,6 @@ private:
     void paintProcesses(QPainter& painter, const QRegion& dirty) const;
     void paintProcess(QPainter& painter, const QRectF& row, const RewindModel::Process& process) const;
     void paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from, Qt::Alignment alignment) const;
-    Qt::Alignment leading() const { return isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft; }
-    Qt::Alignment trailing() const { return isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight; }
 
     RewindModel model_;
 };

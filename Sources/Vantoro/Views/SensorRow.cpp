@@ -133,7 +133,7 @@ QSize SensorRow::minimumSizeHint() const {
 void SensorRow::placeLine() {
     const int right = width() - sideMargin - valueWidthNow();
     const int top = qRound((headHeight(width()) - lineHeightInRow) / 2);
-    line_->setGeometry(right - lineWidthNow(), top, lineWidthNow(), lineHeightInRow);
+    line_->setGeometry(mirrored(QRect(right - lineWidthNow(), top, lineWidthNow(), lineHeightInRow)));
 }
 
 void SensorRow::resizeEvent(QResizeEvent*) {
@@ -174,8 +174,8 @@ void SensorRow::paintNames(QPainter& painter, const QRectF& head) const {
     }
     const bool isReached = hovered_ || model_.isExpanded || (hasFocus() && focus_.showsRing());
     if (model_.isExpandable && isReached && rest.width() >= chevron)
-        look().icons.draw(painter, QRectF(rest.left(), rest.top(), chevron, rest.height()),
-                          model_.isExpanded ? "chevron.down" : "chevron.right", chevron, color(Tone::textTertiary));
+        drawIcon(painter, QRectF(rest.left(), rest.top(), chevron, rest.height()),
+                 model_.isExpanded ? "chevron.down" : "chevron.right", chevron, color(Tone::textTertiary));
     line = QRectF(line.left(), line.bottom(), line.width(), caption);
     for (const QString& text : captions) {
         drawText(painter, line, Type::caption, color(Tone::textTertiary), text);

@@ -1,6 +1,7 @@
 #include "Views/SensorsView.h"
 
 #include "Design/Button.h"
+#include "Design/FigureLine.h"
 #include "Design/FourStepMeter.h"
 #include "Design/LinearGauge.h"
 #include "Design/Panel.h"
@@ -112,15 +113,12 @@ protected:
         constexpr double gap = 8;
         constexpr TextStyle speed = Type::lead.semibold();
         QRectF line(0, textTop, width(), lineHeight(Type::body));
-        if (!fan_.unit.isEmpty()) {
-            // A point lower, so that both stand on one baseline.
-            drawText(painter, line.translated(0, 1), Type::small, color(Tone::textSecondary), fan_.unit,
-                     Qt::AlignRight);
-            line.setRight(line.right() - textWidth(Type::small, fan_.unit + u' '));
-        }
-        drawText(painter, line, speed, color(fan_.unit.isEmpty() ? Tone::textTertiary : Tone::textPrimary), fan_.speed,
-                 Qt::AlignRight);
-        line.setRight(line.right() - textWidth(speed, fan_.speed) - gap);
+        const FigureLine figure{fan_.speed, fan_.unit, speed, Type::small};
+        if (fan_.unit.isEmpty())
+            drawText(painter, line, speed, color(Tone::textTertiary), fan_.speed, Qt::AlignRight);
+        else
+            drawFigureLine(painter, mirrored(line), figure, theme(), mirrored(Qt::AlignRight));
+        line.setRight(line.right() - figureLineWidth(figure, theme()) - gap);
         drawText(painter, line, Type::body, color(Tone::textPrimary), fan_.label);
         line.setLeft(line.left() + textWidth(Type::body, fan_.label) + gap);
         if (line.width() > 0)
@@ -163,7 +161,7 @@ protected:
         const double side = SensorRow::sideMargin;
         painter.fillRect(QRectF(side, 0, width() - 2 * side, 1), color(Tone::line));
         const double line = lineHeight(Type::body);
-        drawText(painter, QRectF(side, meterTop + 3 - line / 2, meter_->x() - side, line), Type::body,
+        drawText(painter, QRectF(side, meterTop + 3 - line / 2, width() - 2 * side - meter_->width(), line), Type::body,
                  color(Tone::textPrimary), vantoro::tr("Thermal pressure"));
     }
 
@@ -174,7 +172,7 @@ private:
     void place() {
         const QSize size = meter_->sizeHint();
         const int wide = std::min(qRound(size.width() * theme().textScale()), width() * 3 / 5);
-        meter_->setGeometry(width() - SensorRow::sideMargin - wide, meterTop, wide, size.height());
+        meter_->setGeometry(mirrored(QRect(width() - SensorRow::sideMargin - wide, meterTop, wide, size.height())));
     }
 
     FourStepMeter* meter_; // owned by Qt as a child

@@ -76,7 +76,8 @@ void SettingsRow::placeLine() {
     const double scale = theme().textScale();
     const bool hasNote = !note_->text().isEmpty();
     const int cut = wide_ != nullptr ? lineCutWithWideControl : hasNote ? lineCutWithNote : 0;
-    lineLayout_->setContentsMargins(Space::panelPadding, cut, rightMargin_, 0);
+    const QMargins margins(Space::panelPadding, cut, rightMargin_, 0);
+    lineLayout_->setContentsMargins(isRightToLeft() ? QMargins(margins.right(), cut, margins.left(), 0) : margins);
     line_->setFixedHeight(qRound(rowHeight * scale) - cut);
     rows_->setContentsMargins(0, 0, 0, hasNote ? noteBottom + (wide_ != nullptr ? 2 : 0) : 0);
 }

@@ -57,7 +57,7 @@ void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) 
     if (!isExpanded_)
         before.details = model.details;
     if (before == model) {
-        update(figureRect());
+        update(mirrored(figureRect()));
     } else {
         quit_->setText(quitAction_);
         setToolTip(QString());
@@ -110,28 +110,31 @@ int SuspectRow::heightFor(int width) const {
     return height - explanationGap + static_cast<int>(lineHeight(Type::caption)) + expandedBottom;
 }
 
-int SuspectRow::barWidth() const {
-    if (isStacked())
-        return width() - textLeft - Space::panelPadding - figureWidth - barGap;
-    return isNarrow_ ? 128 : 220;
-}
-
 QRect SuspectRow::figureRect() const {
     const int wide = qRound(figureWidth * theme().textScale());
     return {width() - Space::panelPadding - wide, 0, wide, plainTextHeight(theme())};
 }
 
-void SuspectRow::place() {
+QRect SuspectRow::barRect() const {
     const QRect figure = figureRect();
     const int height = bar_->sizeHint().height();
     if (isStacked())
-        bar_->setGeometry(textLeft, plainTextHeight(theme()), width() - textLeft - Space::panelPadding, height);
-    else
-        bar_->setGeometry(figure.left() - barGap - barWidth(), (figure.height() - height) / 2, barWidth(), height);
+        return {textLeft, plainTextHeight(theme()), width() - textLeft - Space::panelPadding, height};
+    const int wide = isNarrow_ ? 128 : 220;
+    return {figure.left() - barGap - wide, (figure.height() - height) / 2, wide, height};
+}
+
+double SuspectRow::nameWidth() const {
+    const int right = isStacked() ? figureRect().left() : barRect().left();
+    return std::max(0, right - barGap - textLeft);
+}
+
+void SuspectRow::place() {
+    bar_->setGeometry(mirrored(barRect()));
     const QSize button = quit_->sizeHint();
     const int drawn = std::max(button.width(), figureWidth + 2 * Button::ringMargin);
-    quit_->setGeometry(width() - Space::panelPadding + Button::ringMargin - drawn,
-                       (figure.height() - button.height()) / 2, drawn, button.height());
+    quit_->setGeometry(mirrored(QRect(width() - Space::panelPadding + Button::ringMargin - drawn,
+                                      (plainTextHeight(theme()) - button.height()) / 2, drawn, button.height())));
 }
 
 void SuspectRow::resizeEvent(QResizeEvent*) {
@@ -153,20 +156,19 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
 
     const QRectF tile(Space::panelPadding, (plain - tileSize) / 2, tileSize, tileSize);
     if (const QPixmap& icon = icons_.pixmap(model_.appPath, tileSize, devicePixelRatioF()); !icon.isNull()) {
-        painter.drawPixmap(tile.toRect(), icon);
+        painter.drawPixmap(mirrored(tile).toRect(), icon);
     } else {
         painter.setPen(Qt::NoPen);
         painter.setBrush(color(Tone::well));
-        painter.drawRoundedRect(tile, Space::iconTileRadius, Space::iconTileRadius);
-        look().icons.draw(painter, tile, model_.symbol, 16, color(Tone::textSecondary));
+        painter.drawRoundedRect(mirrored(tile), Space::iconTileRadius, Space::iconTileRadius);
+        drawIcon(painter, tile, model_.symbol, 16, color(Tone::textSecondary));
     }
 
     const bool isSuspect = model_.heatStop.has_value();
     const double nameHeight = lineHeight(Type::body);
     const double aboutHeight = lineHeight(Type::caption);
     const double top = (plain - nameHeight - aboutHeight - 1) / 2 + 1;
-    const double right = isStacked() ? figureRect().left() - barGap : bar_->geometry().left() - barGap;
-    const double textWidth = std::max(0.0, right - textLeft);
+    const double textWidth = nameWidth();
     drawText(painter, {textLeft, top, textWidth, nameHeight}, isSuspect ? Type::body.semibold() : Type::body.medium(),
              color(Tone::textPrimary), model_.name);
     drawText(painter, {textLeft, top + nameHeight, textWidth, aboutHeight}, Type::caption, color(Tone::textTertiary),
@@ -189,7 +191,7 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
         drawText(painter, {textLeft, y, wide, aboutHeight}, Type::caption, color(Tone::textTertiary), model_.details);
     }
     if (!isFirst_)
-        painter.fillRect(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1), color(Tone::line));
+        painter.fillRect(mirrored(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1)), color(Tone::line));
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius, theme());
 }
@@ -211,7 +213,7 @@ Description SuspectRow::describe() {
 void SuspectRow::showHover(bool hovered) {
     isHovered_ = hovered;
     quit_->setVisible(hovered && model_.offersQuit);
-    const double room = std::max(0, (isStacked() ? figureRect().left() : bar_->x()) - barGap - textLeft);
+    const double room = nameWidth();
     const bool isCut =
         textWidth(Type::body.semibold(), model_.name) > room || textWidth(Type::caption, model_.about) > room;
     setToolTip(hovered && isCut ? model_.name + u'\n' + model_.about : QString());

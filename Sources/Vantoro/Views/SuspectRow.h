@@ -54,8 +54,9 @@ protected:
 
 private:
     bool isStacked() const;
-    int barWidth() const;
     QRect figureRect() const;
+    QRect barRect() const;
+    double nameWidth() const;
     void place();
     void showHover(bool hovered);
 

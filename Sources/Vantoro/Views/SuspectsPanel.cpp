@@ -207,9 +207,9 @@ void SuspectsPanel::askForHeight() {
 void SuspectsPanel::placeButton() {
     // Its text, not its edge, stands in line with what is below.
     const QSize button = all_->sizeHint();
-    all_->setGeometry(width() - Space::panelPadding + Button::ringMargin + Button::smallSidePadding - button.width(),
-                      (qRound(titleHeight * theme().textScale()) - button.height()) / 2, button.width(),
-                      button.height());
+    const QPoint corner(width() - Space::panelPadding + Button::ringMargin + Button::smallSidePadding - button.width(),
+                        (qRound(titleHeight * theme().textScale()) - button.height()) / 2);
+    all_->setGeometry(mirrored(QRect(corner, button)));
     setRoomAtRight(
         model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 12);
 }
@@ -260,10 +260,10 @@ void SuspectsPanel::paintEvent(QPaintEvent* event) {
         for (const Widths& width : widths) {
             const double row = SuspectRow::plainHeight(theme());
             const double middle = y + row / 2;
-            painter.drawRoundedRect(QRectF(Space::panelPadding, middle - 14, 28, 28), Space::iconTileRadius,
+            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding, middle - 14, 28, 28)), Space::iconTileRadius,
                                     Space::iconTileRadius);
-            painter.drawRoundedRect(QRectF(Space::panelPadding + 40, middle - 12, width.name, 10), 5, 5);
-            painter.drawRoundedRect(QRectF(Space::panelPadding + 40, middle + 4, width.about, 8), 4, 4);
+            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding + 40, middle - 12, width.name, 10)), 5, 5);
+            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding + 40, middle + 4, width.about, 8)), 4, 4);
             y += row;
         }
     } else if (!model_.emptyText.isEmpty()) {
@@ -273,8 +273,8 @@ void SuspectsPanel::paintEvent(QPaintEvent* event) {
         const QStringList lines = brokenLines(model_.emptyText, font(Type::body), wide);
         const double line = lineHeight(Type::body);
         double y = title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
-        look().icons.draw(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
-                          color(Tone::textTertiary));
+        drawIcon(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
+                 color(Tone::textTertiary));
         y += icon + gap;
         for (const QString& text : lines) {
             drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, line}, Type::body,

@@ -27,6 +27,7 @@ bool touches(const QRectF& one, const QRectF& other) {
 } // namespace
 
 TimelineAxis::TimelineAxis(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     // The pointer belongs to the charts.
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }

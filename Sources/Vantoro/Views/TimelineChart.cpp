@@ -27,6 +27,7 @@ int scaled(double points, const Theme& theme) {
 } // namespace
 
 TimelineChart::TimelineChart(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);

@@ -140,7 +140,7 @@ void TimelineCharts::paintEvent(QPaintEvent* event) {
         return;
     QPainter painter(this);
     const QRectF above(0, notice_->y() - noticeGap - noticeIcon, width(), noticeIcon);
-    look().icons.draw(painter, above, "clock.rewind", noticeIcon, color(Tone::textTertiary));
+    drawIcon(painter, above, "clock.rewind", noticeIcon, color(Tone::textTertiary));
 }
 
 void TimelineCharts::resizeEvent(QResizeEvent* event) {
