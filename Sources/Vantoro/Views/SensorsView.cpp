@@ -39,7 +39,10 @@ constexpr int textInset = Space::heroInset - Space::windowMargin;
 /// Which machine this is, what was found on it, and what the figures come from.
 class SensorsView::MachineLine : public PaintedWidget {
 public:
-    using PaintedWidget::PaintedWidget;
+    explicit MachineLine(Look& look) : PaintedWidget(look) {
+        // What room is left belongs below the panels.
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
 
     void set(const QString& name, const QString& summary, const QString& sources) {
         if (name == name_ && summary == summary_ && sources == sources_)
