@@ -235,11 +235,9 @@ void SensorsView::build() {
     end->addStretch();
     end->addWidget(copy_);
     all->addWidget(machine_);
-    auto* const complaint = new QHBoxLayout;
-    complaint->setContentsMargins(textInset, 0, textInset, complaintGap);
-    complaint->addWidget(complaint_);
-    complaint_->hide();
-    all->addLayout(complaint);
+    complaintRow_ = new QHBoxLayout;
+    complaintRow_->addWidget(complaint_);
+    all->addLayout(complaintRow_);
     all->addLayout(columns_);
     all->addSpacing(Space::panelGap - Button::ringMargin);
     all->addLayout(end);
@@ -335,6 +333,7 @@ void SensorsView::refresh() {
     machine_->set(model.machineName, model.summary, model.dataSources);
     complaint_->setText(model.complaint);
     complaint_->setVisible(!model.complaint.isEmpty());
+    complaintRow_->setContentsMargins(textInset, 0, textInset, model.complaint.isEmpty() ? 0 : complaintGap);
     showFans(model);
     for (std::size_t i = 0; i < temperatureRows_.size(); ++i)
         temperatureRows_[i]->show(model.temperatures[i]);

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+class QHBoxLayout;
 class QBoxLayout;
 class QVBoxLayout;
 
@@ -53,6 +54,7 @@ private:
     ScrollPane* scroll_;
     MachineLine* machine_ = nullptr;
     TextLabel* complaint_ = nullptr;
+    QHBoxLayout* complaintRow_;
     QBoxLayout* columns_ = nullptr;
     Panel* fans_ = nullptr;
     std::vector<FanRow*> fanRows_;
