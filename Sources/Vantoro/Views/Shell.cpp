@@ -25,9 +25,12 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
 }
 
 Shell::~Shell() {
-    // The windows refer to the hub and to what this shell holds.
-    delete settingsWindow_;
-    delete window_;
+    // The windows refer to the hub and to what this shell holds; what they say on going is of no interest any more.
+    for (QWidget* const window : {static_cast<QWidget*>(settingsWindow_), static_cast<QWidget*>(window_)})
+        if (window != nullptr) {
+            window->disconnect(this);
+            delete window;
+        }
 }
 
 void Shell::open() {
@@ -63,7 +66,9 @@ void Shell::raiseWindow() {
     window_->raiseToFront();
 }
 
+// A window tells of its end when it is half gone: the pointers are let go of first.
 void Shell::windowClosed() {
+    window_ = nullptr;
     updateClock();
     icons_.clear();
     releaseUnusedMemory();
@@ -84,7 +89,10 @@ void Shell::openSettings() {
         });
         // What turns or stands is decided when a view refreshes.
         connect(settingsWindow_, &SettingsView::rotorSettingChanged, this, [this] { context_.hub.publish(true); });
-        connect(settingsWindow_, &QObject::destroyed, this, &Shell::updateClock);
+        connect(settingsWindow_, &QObject::destroyed, this, [this] {
+            settingsWindow_ = nullptr;
+            updateClock();
+        });
     }
     settingsWindow_->show();
     settingsWindow_->raise();

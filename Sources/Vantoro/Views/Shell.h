@@ -10,7 +10,6 @@
 
 #include <functional>
 #include <memory>
-#include <QPointer>
 
 namespace vantoro {
 
@@ -67,8 +66,8 @@ private:
     ViewContext context_;
     ViewContext menuBarContext_;
     LooksFollower follower_;
-    QPointer<MainWindow> window_; // the windows delete themselves once closed
-    QPointer<SettingsView> settingsWindow_;
+    MainWindow* window_ = nullptr; // the two delete themselves once closed, and say so
+    SettingsView* settingsWindow_ = nullptr;
     std::unique_ptr<MenuBarPanel> panel_;
     std::unique_ptr<MenuBarItem> item_;
 };

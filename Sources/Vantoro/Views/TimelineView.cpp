@@ -38,6 +38,11 @@ TimelineView::TimelineView(ViewContext& context, QWidget* parent)
     connect(charts_, &TimelineCharts::stepped, this, &TimelineView::step);
 }
 
+// The charts lose the pointer when they go, after this view has gone.
+TimelineView::~TimelineView() {
+    charts_->disconnect(this);
+}
+
 Description TimelineView::describe() {
     return {.role = QAccessible::Pane, .name = tr("Timeline")};
 }

@@ -12,6 +12,7 @@ class TimelineView : public View, private Animated {
     Q_OBJECT
 public:
     explicit TimelineView(ViewContext& context, QWidget* parent = nullptr);
+    ~TimelineView() override;
 
     void refresh() override;
 
