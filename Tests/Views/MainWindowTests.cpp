@@ -71,6 +71,26 @@ TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace)
     EXPECT_EQ(again.size(), QSize(900, 700));
 }
 
+TEST(MainWindowTests, AsksNothingOfTheHubWhileNobodyCanSeeIt) {
+    class CountingView : public View {
+    public:
+        using View::View;
+        void refresh() override { ++refreshes; }
+        int refreshes = 0;
+    };
+    Stage stage;
+    CountingView view(stage.context);
+    view.show();
+    stage.hub.tick();
+    EXPECT_EQ(view.refreshes, 2) << "shown, then published";
+    stage.clock.setPaused(true);
+    stage.hub.tick();
+    stage.hub.tick();
+    EXPECT_EQ(view.refreshes, 2);
+    stage.clock.setPaused(false);
+    EXPECT_EQ(view.refreshes, 3) << "up to date when it is seen again";
+}
+
 TEST(ShellTests, TheSamplingOutlivesTheWindowAndNothingMovesWithoutOne) {
     Stage stage;
     int starts = 0;

@@ -42,8 +42,12 @@ void AnimationClock::stop(Animated& animated) {
 }
 
 void AnimationClock::setPaused(bool paused) {
+    if (paused == paused_)
+        return;
     paused_ = paused;
     startOrStop();
+    if (!paused_)
+        emit resumed();
 }
 
 void AnimationClock::beat() {

@@ -49,6 +49,10 @@ public:
     /// One beat; the timer's, or a test's.
     void beat();
 
+signals:
+    /// Somebody can see something again.
+    void resumed();
+
 private:
     void startOrStop();
 
