@@ -93,6 +93,18 @@ std::optional<bool> Settings::storedFlag(std::string_view key) const {
     return std::nullopt;
 }
 
+void Settings::storeText(std::string_view key, const std::string& text) {
+    store_->setValue(toQString(key), toQString(text));
+}
+
+void Settings::forget(std::string_view key) {
+    store_->remove(toQString(key));
+}
+
+void Settings::sync() {
+    store_->sync();
+}
+
 double Settings::sampleInterval() const {
     const double seconds = storedNumber("sampleInterval").value_or(0);
     return seconds > 0 ? seconds : 2.0;

@@ -54,6 +54,12 @@ public:
     std::optional<double> storedNumber(std::string_view key) const;
     std::optional<bool> storedFlag(std::string_view key) const;
 
+    /// For records that are another's to read and write.
+    void storeText(std::string_view key, const std::string& text);
+    void forget(std::string_view key);
+    /// Everything stored so far is on disk, for whoever reads it next.
+    void sync();
+
 private:
     std::unique_ptr<QSettings> store_;
 };

@@ -1,0 +1,15 @@
+#include "Platform/SystemLog.h"
+
+#import <Foundation/Foundation.h>
+#include <os/log.h>
+
+namespace vantoro {
+
+void writeSystemLog(const std::string& category, const std::string& message) {
+    // Loggers are never given back; there is one category.
+    static const os_log_t logger =
+        os_log_create([[[NSBundle mainBundle] bundleIdentifier] UTF8String] ?: "vantoro", category.c_str());
+    os_log_debug(logger, "%{public}s", message.c_str());
+}
+
+} // namespace vantoro

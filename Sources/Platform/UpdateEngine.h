@@ -1,0 +1,141 @@
+// What finds, checks, installs and starts a newer version of the program, and whom it tells. The two interfaces follow
+// Sparkle's updater and user-driver protocols, member for selector, so that its framework and an engine of our own
+// drive the same controller.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vantoro {
+
+/// One entry of the feed (SUAppcastItem).
+struct AppcastItem {
+    /// The build number, which orders releases.
+    std::string versionString;
+    /// The version as people read it.
+    std::string displayVersionString;
+    /// The release notes, HTML from elsewhere.
+    std::optional<std::string> itemDescription;
+    /// Bytes of the archive.
+    std::uint64_t contentLength = 0;
+    /// There is nothing to install, only something to read.
+    bool isInformationOnlyUpdate = false;
+
+    bool operator==(const AppcastItem&) const = default;
+};
+
+inline constexpr std::string_view sparkleErrorDomain = "SUSparkleErrorDomain";
+inline constexpr std::string_view urlErrorDomain = "NSURLErrorDomain";
+
+/// The codes of Sparkle's error domain that mean something to the program (SUErrors.h).
+namespace SparkleCode {
+inline constexpr int insufficientSigning = 2;
+inline constexpr int appcastParse = 1000;
+inline constexpr int noUpdate = 1001;
+inline constexpr int appcast = 1002;
+inline constexpr int runningFromDiskImage = 1003;
+inline constexpr int runningTranslocated = 1005;
+inline constexpr int download = 2001;
+inline constexpr int unarchiving = 3000;
+inline constexpr int signature = 3001;
+inline constexpr int validation = 3002;
+inline constexpr int fileCopyFailure = 4000;
+inline constexpr int authenticationFailure = 4001;
+inline constexpr int relaunch = 4004;
+inline constexpr int installationCanceled = 4007;
+inline constexpr int installationAuthorizeLater = 4008;
+inline constexpr int installationWriteNoPermission = 4012;
+} // namespace SparkleCode
+
+/// Why there is no update (SPUNoUpdateFoundReason): the newest entry asks for a newer system than this one.
+inline constexpr int reasonSystemIsTooOld = 3;
+
+/// What went wrong (NSError).
+struct UpdateError {
+    std::string domain;
+    int code = 0;
+    /// For whoever looks into it; people are shown the controller's own words.
+    std::string description;
+    /// With "no update": the newest entry that the feed has (SPULatestAppcastItemFoundKey).
+    std::optional<AppcastItem> latestItem;
+    /// With "no update": why none is offered (SPUNoUpdateFoundReasonKey).
+    std::optional<int> noUpdateReason;
+
+    bool operator==(const UpdateError&) const = default;
+};
+
+/// The answer to an update that was found or is ready (SPUUserUpdateChoice).
+enum class UpdateChoice { skip, install, dismiss };
+using UpdateReply = std::function<void(UpdateChoice)>;
+using UpdateAction = std::function<void()>;
+
+/// Where a found update stands (SPUUserUpdateState).
+struct UserUpdateState {
+    enum class Stage { notDownloaded, downloaded, installing };
+    Stage stage = Stage::notDownloaded;
+    bool userInitiated = false;
+};
+
+enum class UpdateCheck { byUser, inBackground, information };
+
+/// Whom the engine tells (SPUUserDriver and SPUUpdaterDelegate). Called on the main thread. Replies, acknowledgements
+/// and cancellations are called at most once; calling one after the engine is gone does nothing.
+class UpdateDriver {
+public:
+    virtual ~UpdateDriver() = default;
+
+    virtual void showUserInitiatedUpdateCheck(UpdateAction cancellation) = 0;
+    virtual void showUpdateFound(const AppcastItem& item, const UserUpdateState& state, UpdateReply reply) = 0;
+    /// Notes that came apart from the feed.
+    virtual void showUpdateReleaseNotes(const std::string& notes) = 0;
+    virtual void showUpdateNotFoundWithError(const UpdateError& error, UpdateAction acknowledgement) = 0;
+    virtual void showUpdaterError(const UpdateError& error, UpdateAction acknowledgement) = 0;
+    virtual void showDownloadInitiated(UpdateAction cancellation) = 0;
+    virtual void showDownloadDidReceiveExpectedContentLength(std::uint64_t expectedContentLength) = 0;
+    /// Bytes since the last call.
+    virtual void showDownloadDidReceiveData(std::uint64_t length) = 0;
+    virtual void showDownloadDidStartExtractingUpdate() = 0;
+    /// 0 to 1.
+    virtual void showExtractionReceivedProgress(double progress) = 0;
+    virtual void showReadyToInstallAndRelaunch(UpdateReply reply) = 0;
+    virtual void showInstallingUpdate(bool applicationTerminated, UpdateAction retryTerminatingApplication) = 0;
+    virtual void showUpdateInstalledAndRelaunched(bool relaunched, UpdateAction acknowledgement) = 0;
+    /// The session is over, whichever way it went.
+    virtual void dismissUpdateInstallation() = 0;
+
+    virtual void updaterDidNotFindUpdate(const UpdateError& error) = 0;
+    virtual void didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) = 0;
+};
+
+/// SPUUpdater. Main thread.
+class UpdateEngine {
+public:
+    virtual ~UpdateEngine() = default;
+
+    /// Where the feed lies ("SUFeedURL"); nothing for a copy that has none.
+    virtual std::optional<std::string> feedAddress() const = 0;
+    /// The running copy's version as people read it, and its build number.
+    virtual std::string currentVersion() const = 0;
+    virtual std::string currentBuild() const = 0;
+    /// Below 0 when `version` is the older, above 0 when it is the newer one (SUStandardVersionComparator).
+    virtual int compareVersion(const std::string& version, const std::string& other) const = 0;
+
+    /// Begins; the driver must stay until the engine is destroyed. What went wrong when it cannot.
+    virtual std::optional<UpdateError> startUpdater(UpdateDriver& driver) = 0;
+    virtual bool canCheckForUpdates() const = 0;
+    virtual void checkForUpdates() = 0;
+    /// Tells of an update that is found and of nothing else.
+    virtual void checkForUpdatesInBackground() = 0;
+
+    virtual bool automaticallyChecksForUpdates() const = 0;
+    virtual void setAutomaticallyChecksForUpdates(bool automatic) = 0;
+    /// Seconds since 1970 of the last answer from the feed; nothing before the first.
+    virtual std::optional<double> lastUpdateCheckDate() const = 0;
+    /// The user has seen a window: until then nothing is asked unbidden.
+    virtual void windowWasSeen() = 0;
+};
+
+} // namespace vantoro

@@ -1,0 +1,427 @@
+#include "Model/Updates.h"
+
+#include "Model/Log.h"
+#include "Model/PlainNotes.h"
+#include "Model/Settings.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <fmt/format.h>
+#include <QPointer>
+#include <QTimer>
+
+namespace vantoro {
+
+namespace {
+
+using Kind = UpdatePhase::Kind;
+
+constexpr std::string_view relaunchKey = "vantoro.updates.relaunch";
+constexpr std::string_view availableKey = "vantoro.updates.available";
+
+constexpr double secondsBetweenAttempts = 0.25;
+constexpr int lastAttempt = 39;
+constexpr double secondsBeforeFollowUp = 0.5;
+constexpr double secondsOnShow = 8;
+constexpr double staleMarkerSeconds = 60;
+
+constexpr double downloadShare = 0.9;
+constexpr double extractionStart = 0.94;
+constexpr double extractionShare = 0.04;
+
+UpdatesEnvironment withDefaults(UpdatesEnvironment environment) {
+    if (!environment.now)
+        environment.now = [] {
+            return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+        };
+    if (!environment.after)
+        environment.after = [](double seconds, std::function<void()> action) {
+            QTimer::singleShot(std::chrono::milliseconds(std::lround(seconds * 1000)), std::move(action));
+        };
+    return environment;
+}
+
+Release releaseOf(const AppcastItem& item) {
+    return {.version = item.displayVersionString,
+            .build = item.versionString,
+            .notes = item.itemDescription ? std::optional(plainNotes(*item.itemDescription)) : std::nullopt};
+}
+
+void call(const UpdateAction& action) {
+    if (action)
+        action();
+}
+
+} // namespace
+
+Updates::Updates(std::shared_ptr<UpdateEngine> engine, Settings& settings, UpdatesEnvironment environment)
+    : engine_(std::move(engine)), settings_(settings), environment_(withDefaults(std::move(environment))) {
+    if (std::optional<Release> release = restoredAvailability()) {
+        phase_ = {.kind = Kind::available, .release = std::move(release), .message = {}, .detail = {}};
+        announcesUpdate_ = true;
+    }
+}
+
+Updates::~Updates() = default;
+
+bool Updates::takeWantsSettings() {
+    return std::exchange(wantsSettings_, false);
+}
+
+std::string Updates::currentVersion() const {
+    return engine_ ? engine_->currentVersion() : std::string();
+}
+
+std::string Updates::currentBuild() const {
+    return engine_ ? engine_->currentBuild() : std::string();
+}
+
+bool Updates::automaticallyChecksForUpdates() const {
+    return updater_ != nullptr && updater_->automaticallyChecksForUpdates();
+}
+
+void Updates::setAutomaticallyChecksForUpdates(bool automatic) {
+    if (updater_ == nullptr)
+        return;
+    updater_->setAutomaticallyChecksForUpdates(automatic);
+    Log::updates(fmt::format("automatic checks {}", automatic ? "on" : "off"));
+    emit changed();
+}
+
+std::optional<double> Updates::lastUpdateCheckDate() const {
+    return updater_ != nullptr ? updater_->lastUpdateCheckDate() : std::nullopt;
+}
+
+void Updates::start() {
+    const std::optional<std::string> feed = engine_ ? engine_->feedAddress() : std::nullopt;
+    if (!feed) {
+        Log::updates("no SUFeedURL in this bundle — updater not started");
+        return;
+    }
+    if (const std::optional<UpdateError> error = engine_->startUpdater(*this)) {
+        fmt::print(stderr, "Vantoro: updater could not start — {}\n", error->description);
+        return;
+    }
+    updater_ = engine_.get();
+    Log::updates("started · feed " + *feed);
+    emit changed();
+}
+
+void Updates::check() {
+    if (updater_ == nullptr || isUnderWay() || phase_.kind == Kind::checking)
+        return;
+    installRequested_ = false;
+    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+}
+
+void Updates::install(Origin origin) {
+    if (updater_ == nullptr || isUnderWay())
+        return;
+    installRequested_ = true;
+    installOrigin_ = origin;
+    if (reply_) {
+        proceedWithFoundUpdate();
+    } else if (phase_.kind != Kind::checking) {
+        setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+        whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+    }
+}
+
+void Updates::checkForUpdatesInBackground() {
+    if (updater_ != nullptr)
+        updater_->checkForUpdatesInBackground();
+}
+
+void Updates::windowWasSeen() {
+    if (updater_ != nullptr)
+        updater_->windowWasSeen();
+}
+
+bool Updates::consumeRelaunch() {
+    const std::optional<std::string> stored = settings_.storedText(relaunchKey);
+    if (!engine_ || !stored)
+        return false;
+    const std::optional<Relaunch> marker = decodedRelaunch(*stored);
+    settings_.forget(relaunchKey);
+    if (!marker)
+        return false;
+    Log::updates(fmt::format("relaunch marker from build {}, origin {}", marker->fromBuild,
+                             marker->origin ? rawValue(*marker->origin) : "none"));
+    if (environment_.now() - marker->at >= staleMarkerSeconds)
+        return false;
+    if (engine_->compareVersion(currentBuild(), marker->fromBuild) <= 0) {
+        Log::updates("relaunched but still build " + currentBuild());
+        setPhase({.kind = Kind::failed,
+                  .release = restoredAvailability(),
+                  .message = "The update didn't install.",
+                  .detail = fmt::format("Vantoro is still on {}. Try again.", currentVersion())});
+        return true;
+    }
+    forgetAvailability();
+    setPhase({.kind = Kind::updated, .release = {}, .message = {}, .detail = {}});
+    Log::updates(fmt::format("relaunched into {} (from build {})", currentVersion(), marker->fromBuild));
+    retireLater();
+    wantsSettings_ = marker->origin == Origin::settings;
+    revealsUpdatesInSettings_ = wantsSettings_;
+    return true;
+}
+
+Updates::Words Updates::describe(const UpdateError& error) {
+    const Words unreachable{fmt::format("Couldn't reach {}.", host), "Check your connection and try again."};
+    const Words unfinished{"The update didn't finish.", "Nothing was changed. Try again in a moment."};
+    if (error.domain == urlErrorDomain)
+        return unreachable;
+    if (error.domain != sparkleErrorDomain)
+        return unfinished;
+    switch (error.code) {
+    case SparkleCode::fileCopyFailure:
+    case SparkleCode::authenticationFailure:
+    case SparkleCode::installationWriteNoPermission:
+        return {"Vantoro can't replace itself here.", "Move Vantoro to your Applications folder and try again."};
+    case SparkleCode::installationCanceled:
+    case SparkleCode::installationAuthorizeLater:
+        return {"The update was cancelled.", "Nothing was changed."};
+    case SparkleCode::runningFromDiskImage:
+    case SparkleCode::runningTranslocated:
+        return {"Move Vantoro to Applications first.",
+                "macOS runs a downloaded app from a temporary copy until it's moved, so there's nothing here to "
+                "update."};
+    case SparkleCode::insufficientSigning:
+    case SparkleCode::appcastParse:
+    case SparkleCode::signature:
+    case SparkleCode::validation:
+        return {"Not installed: it couldn't be verified.",
+                "Every update is signed by Brisel. This one's signature didn't match, so nothing was changed."};
+    case SparkleCode::appcast:
+    case SparkleCode::download:
+        return unreachable;
+    default:
+        return unfinished;
+    }
+}
+
+std::optional<Release> Updates::restoredAvailability() {
+    const std::optional<std::string> stored = settings_.storedText(availableKey);
+    if (!engine_ || !stored)
+        return std::nullopt;
+    std::optional<Release> release = decodedRelease(*stored);
+    if (!release || engine_->compareVersion(release->build, currentBuild()) <= 0) {
+        settings_.forget(availableKey);
+        return std::nullopt;
+    }
+    return release;
+}
+
+std::optional<Release> Updates::knownRelease() {
+    return phase_.release ? phase_.release : restoredAvailability();
+}
+
+void Updates::setProgress(double progress) {
+    const double shown = progress > 0 ? std::round(std::min(progress, 1.0) * 100) / 100 : 0;
+    if (shown == progress_)
+        return;
+    progress_ = shown;
+    emit changed();
+}
+
+void Updates::showUserInitiatedUpdateCheck(UpdateAction /*cancellation*/) {
+    if (!isUnderWay())
+        setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+}
+
+void Updates::showUpdateFound(const AppcastItem& item, const UserUpdateState& /*state*/, UpdateReply reply) {
+    Release release = releaseOf(item);
+    expectedBytes_ = item.contentLength;
+    receivedBytes_ = 0;
+    isInformationOnly_ = item.isInformationOnlyUpdate;
+    handedOver_ = false;
+    installRequested_ = installRequested_ || installsWhenFound_;
+    reply_ = std::move(reply);
+    remember(release);
+    setPhase({.kind = Kind::available, .release = std::move(release), .message = {}, .detail = {}});
+    // What was found is seen before it begins to move.
+    environment_.after(secondsBeforeFollowUp, [self = QPointer(this)] {
+        if (!self || !self->reply_)
+            return;
+        if (self->installRequested_ && !self->isInformationOnly_)
+            self->install(self->installOrigin_);
+        else
+            // The updater is set free: whoever installs later has the feed asked anew.
+            std::exchange(self->reply_, {})(UpdateChoice::dismiss);
+    });
+}
+
+void Updates::showUpdateReleaseNotes(const std::string& notes) {
+    if (!phase_.release)
+        return;
+    Phase phase = phase_;
+    phase.release->notes = plainNotes(notes);
+    setPhase(std::move(phase));
+}
+
+void Updates::showUpdateNotFoundWithError(const UpdateError& error, UpdateAction acknowledgement) {
+    installRequested_ = false;
+    forgetAvailability();
+    if (error.latestItem && error.noUpdateReason == reasonSystemIsTooOld) {
+        setPhase(
+            {.kind = Kind::needsNewerSystem, .release = releaseOf(*error.latestItem), .message = {}, .detail = {}});
+    } else {
+        setPhase({.kind = Kind::current, .release = {}, .message = {}, .detail = {}});
+        retireLater();
+    }
+    call(acknowledgement);
+}
+
+void Updates::showUpdaterError(const UpdateError& error, UpdateAction acknowledgement) {
+    fail(error);
+    call(acknowledgement);
+}
+
+void Updates::showDownloadInitiated(UpdateAction /*cancellation*/) {
+    receivedBytes_ = 0;
+    setProgress(0);
+    setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
+}
+
+void Updates::showDownloadDidReceiveExpectedContentLength(std::uint64_t expectedContentLength) {
+    expectedBytes_ = expectedContentLength;
+}
+
+void Updates::showDownloadDidReceiveData(std::uint64_t length) {
+    receivedBytes_ += length;
+    if (expectedBytes_ > 0)
+        setProgress(std::min(static_cast<double>(receivedBytes_) / static_cast<double>(expectedBytes_), 1.0) *
+                    downloadShare);
+}
+
+void Updates::showDownloadDidStartExtractingUpdate() {
+    setProgress(extractionStart);
+}
+
+void Updates::showExtractionReceivedProgress(double progress) {
+    setProgress(progress > 0 ? extractionStart + extractionShare * std::min(progress, 1.0) : extractionStart);
+}
+
+void Updates::showReadyToInstallAndRelaunch(UpdateReply reply) {
+    settings_.storeText(
+        relaunchKey,
+        encoded(Relaunch{.fromBuild = currentBuild(), .at = environment_.now(), .origin = installOrigin_}));
+    // The next program reads it; this one may not come to its usual end.
+    settings_.sync();
+    handedOver_ = true;
+    setPhase({.kind = Kind::installing, .release = knownRelease(), .message = {}, .detail = {}});
+    reply(UpdateChoice::install);
+}
+
+void Updates::showInstallingUpdate(bool /*applicationTerminated*/, UpdateAction /*retryTerminatingApplication*/) {
+    setPhase({.kind = Kind::installing, .release = knownRelease(), .message = {}, .detail = {}});
+}
+
+void Updates::showUpdateInstalledAndRelaunched(bool /*relaunched*/, UpdateAction acknowledgement) {
+    call(acknowledgement);
+}
+
+void Updates::dismissUpdateInstallation() {
+    reply_ = nullptr;
+    cancelledBeforeHandover();
+}
+
+void Updates::updaterDidNotFindUpdate(const UpdateError& error) {
+    Log::updates("no update found: " + error.description);
+    // What was announced can have been withdrawn.
+    forgetAvailability();
+    if (phase_.kind == Kind::available)
+        setPhase({});
+}
+
+void Updates::didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) {
+    if (error)
+        Log::updates(fmt::format("finished: {} {} {}", error->domain, error->code, error->description));
+    // The last check's time is another now, and a check that ended without a word has to end here.
+    if (check == UpdateCheck::byUser && phase_.kind == Kind::checking) {
+        if (error)
+            fail(*error);
+        else
+            setPhase({});
+    }
+    emit changed();
+}
+
+void Updates::setPhase(Phase phase) {
+    if (phase == phase_)
+        return;
+    phase_ = std::move(phase);
+    ++phaseNumber_;
+    Log::updates("phase " + logText(phase_));
+    emit changed();
+}
+
+void Updates::fail(const UpdateError& error) {
+    Log::updates(fmt::format("error: {} {} {}", error.domain, error.code, error.description));
+    const Words words = describe(error);
+    installRequested_ = false;
+    reply_ = nullptr;
+    // Nothing was handed over after all.
+    if (std::exchange(handedOver_, false))
+        settings_.forget(relaunchKey);
+    setPhase({.kind = Kind::failed, .release = knownRelease(), .message = words.message, .detail = words.detail});
+}
+
+void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
+    if (attempt > lastAttempt) {
+        installRequested_ = false;
+        setPhase({.kind = Kind::failed,
+                  .release = knownRelease(),
+                  .message = "The update didn't start.",
+                  .detail = "The updater stayed busy. Try again in a moment."});
+    } else if (updater_->canCheckForUpdates()) {
+        work();
+    } else {
+        environment_.after(secondsBetweenAttempts, [self = QPointer(this), work = std::move(work), attempt] {
+            if (self)
+                self->whenSparkleIsFree(work, attempt + 1);
+        });
+    }
+}
+
+void Updates::retireLater() {
+    environment_.after(secondsOnShow, [self = QPointer(this), number = phaseNumber_] {
+        if (self && self->phaseNumber_ == number)
+            self->setPhase({});
+    });
+}
+
+void Updates::proceedWithFoundUpdate() {
+    receivedBytes_ = 0;
+    setProgress(0);
+    setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
+    std::exchange(reply_, {})(UpdateChoice::install);
+}
+
+void Updates::remember(const Release& release) {
+    settings_.storeText(availableKey, encoded(release));
+    announcesUpdate_ = true;
+}
+
+void Updates::forgetAvailability() {
+    settings_.forget(availableKey);
+    announcesUpdate_ = false;
+}
+
+void Updates::cancelledBeforeHandover() {
+    if (!handedOver_ && isUnderWay())
+        fail({.domain = std::string(sparkleErrorDomain),
+              .code = SparkleCode::installationCanceled,
+              .description = "dismissed before the hand-over",
+              .latestItem = {},
+              .noUpdateReason = {}});
+}
+
+bool Updates::isUnderWay() const {
+    return phase_.kind == Kind::downloading || phase_.kind == Kind::installing;
+}
+
+} // namespace vantoro
