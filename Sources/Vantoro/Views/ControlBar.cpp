@@ -1,5 +1,6 @@
 #include "Views/ControlBar.h"
 
+#include "Views/UpdateChip.h"
 #include "Views/Words.h"
 
 #include <cmath>
@@ -53,6 +54,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     : PaintedWidget(look, parent)
     , switcher_(new SegmentedControl(look, SegmentedControl::Meaning::tabs, paneTitles(), this))
     , badge_(new BadgeView(look, this))
+    , chip_(new UpdateChip(look, this))
     , settings_(new Button(look, Button::Kind::quiet, QString(), this)) {
     switcher_->setSegmentSize({88, 28});
     settings_->setIcon("gearshape", 18);
@@ -62,6 +64,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     connect(switcher_, &SegmentedControl::chosen, this,
             [this](int index) { emit paneChosen(static_cast<Pane>(index)); });
     connect(settings_, &Button::clicked, this, &ControlBar::settingsRequested);
+    connect(chip_, &UpdateChip::pressed, this, &ControlBar::updatePressed);
 }
 
 void ControlBar::showPane(Pane pane) {
@@ -70,6 +73,11 @@ void ControlBar::showPane(Pane pane) {
 
 void ControlBar::showBadge(const Badge& badge) {
     badge_->show(badge);
+    place();
+}
+
+void ControlBar::showUpdate(const UpdateLine& line) {
+    chip_->show(line);
     place();
 }
 
@@ -95,8 +103,19 @@ void ControlBar::place() {
     constexpr int right = 16;
     int x = width() - right - button.width() + Button::ringMargin;
     settings_->setGeometry(centred(button, x));
+    constexpr int gap = 8;
     const QSize badge = badge_->sizeHint();
-    x -= badge.width() + 8;
+    const int badgeRoom = badge_->isHidden() ? 0 : badge.width() + gap;
+    if (!chip_->isHidden()) {
+        constexpr int ring = UpdateChip::ringMargin;
+        const int switcherEnd = (width() + switcher.width()) / 2;
+        const bool isNarrow = width() < narrowWidth * theme().textScale();
+        const QSize chip = chip_->fit(x - gap - badgeRoom - switcherEnd + ring, isNarrow);
+        x -= chip.width() - ring + gap;
+        chip_->setGeometry(centred(chip, x));
+        x += ring;
+    }
+    x -= badge.width() + gap;
     badge_->setGeometry(centred(badge, x));
 }
 

@@ -14,7 +14,7 @@ constexpr int noteBottom = 12;
 constexpr int lineCutWithNote = 4;
 constexpr int lineCutWithWideControl = 6;
 constexpr int gapUnderWideControl = 9;
-constexpr int controlGap = 16;
+constexpr int controlGap = 13;
 } // namespace
 
 SettingsRow::SettingsRow(Look& look, const QString& title, QWidget* parent)
@@ -52,6 +52,7 @@ void SettingsRow::setValue(const QString& value) {
 
 void SettingsRow::setControl(QWidget& control, int ringMargin) {
     rightMargin_ = Space::panelPadding - ringMargin;
+    lineLayout_->setSpacing(controlGap - ringMargin);
     lineLayout_->addWidget(&control);
     placeLine();
 }
