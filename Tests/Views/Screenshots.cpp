@@ -1,9 +1,11 @@
 // Renders every screen of the interface from the recordings in the repository, without a screen: `vantoro-screenshots
 // FOLDER`. The same data and the same fonts give the same pictures.
+#include "Model/Updates.h"
 #include "Views/MainWindow.h"
 #include "Views/MenuBarPanel.h"
 #include "Views/SettingsView.h"
 
+#include "Support/ScriptedUpdateEngine.h"
 #include "Views/Stage.h"
 
 #include <cstdlib>
@@ -14,6 +16,7 @@ namespace {
 
 using namespace vantoro;
 using Appearance = Theme::Appearance;
+using vantoro::testing::ScriptedUpdateEngine;
 using vantoro::testing::Stage;
 
 /// The die's single sensors as they lie between two temperatures, more in the middle.
@@ -47,6 +50,44 @@ private:
     bool isComplete_ = true;
 };
 
+/// A program that updates itself, brought to where a picture shows it.
+class UpdateScript {
+public:
+    enum class Scene { available, downloading, installing, failed, current };
+
+    UpdateScript(Stage& stage, Scene scene)
+        : updates_(engine_, stage.settings,
+                   {.now = {}, .after = [this](double, auto action) { later_ = std::move(action); }}) {
+        stage.context.updates = &updates_;
+        updates_.start();
+        if (scene == Scene::current) {
+            updates_.showUpdateNotFoundWithError({}, {});
+            return;
+        }
+        engine_->find({.versionString = "130",
+                       .displayVersionString = "1.3",
+                       .itemDescription = "<ul><li>Fans on machines with three of them.</li><li>The timeline remembers "
+                                          "where you left it.</li></ul>",
+                       .contentLength = 10'000'000});
+        std::exchange(later_, {})();
+        if (scene == Scene::available)
+            return;
+        updates_.showDownloadInitiated({});
+        updates_.showDownloadDidReceiveExpectedContentLength(10'000'000);
+        updates_.showDownloadDidReceiveData(5'000'000);
+        if (scene == Scene::installing)
+            updates_.showReadyToInstallAndRelaunch([](UpdateChoice) {});
+        if (scene == Scene::failed)
+            updates_.showUpdaterError(
+                {.domain = "NSCocoaErrorDomain", .description = {}, .latestItem = {}, .noUpdateReason = {}}, {});
+    }
+
+private:
+    std::function<void()> later_;
+    std::shared_ptr<ScriptedUpdateEngine> engine_ = std::make_shared<ScriptedUpdateEngine>();
+    Updates updates_;
+};
+
 struct Screen {
     QString name;
     /// A recording; empty for a program that has only just been started.
@@ -58,6 +99,7 @@ struct Screen {
     bool showsReport = false;
     /// Where the pointer rests on the window.
     std::optional<QPoint> pointer;
+    std::optional<UpdateScript::Scene> update;
 };
 
 void play(Stage& stage, const std::string& recording) {
@@ -79,6 +121,9 @@ void play(Stage& stage, const std::string& recording) {
 void take(Album& album, const Screen& screen) {
     Stage stage(screen.appearance);
     play(stage, screen.recording);
+    std::optional<UpdateScript> script;
+    if (screen.update)
+        script.emplace(stage, *screen.update);
     MainWindow window(stage.context, screen.simulates, [] {});
     window.resize(screen.size);
     window.show();
@@ -94,9 +139,13 @@ void take(Album& album, const Screen& screen) {
     album.keep(screen.name, window.grab());
 }
 
-void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance) {
+void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance,
+               std::optional<UpdateScript::Scene> update = std::nullopt) {
     Stage stage(appearance);
     play(stage, recording);
+    std::optional<UpdateScript> script;
+    if (update)
+        script.emplace(stage, *update);
     MenuBarPanel panel(stage.context);
     panel.toggle({}, QPoint(400, 30));
     stage.settle();
@@ -108,6 +157,17 @@ void takeSettings(Album& album, const QString& name, Appearance appearance) {
     play(stage, "design-fans.jsonl.gz");
     SettingsView settings(stage.context, {});
     settings.resize(600, 1240);
+    settings.show();
+    stage.settle();
+    album.keep(name, settings.grab());
+}
+
+void takeUpdates(Album& album, const QString& name, Appearance appearance, UpdateScript::Scene scene) {
+    Stage stage(appearance);
+    play(stage, "design-fans.jsonl.gz");
+    const UpdateScript script(stage, scene);
+    stage.context.updates->setRevealsUpdatesInSettings(true);
+    SettingsView settings(stage.context, {});
     settings.show();
     stage.settle();
     album.keep(name, settings.grab());
@@ -129,6 +189,7 @@ int main(int argumentCount, char** arguments) {
     const QString folder = arguments[1];
     QDir().mkpath(folder);
     Album album(folder);
+    using Scene = UpdateScript::Scene;
     const std::string fans = "design-fans.jsonl.gz";
     const std::string fanless = "design-fanless.jsonl.gz";
     const std::string calm = "design-calm.jsonl.gz";
@@ -143,6 +204,11 @@ int main(int argumentCount, char** arguments) {
         {.name = "now-narrow-dark", .recording = fans, .size = narrow},
         {.name = "now-starting-light", .appearance = Appearance::light},
         {.name = "now-simulated-dark", .recording = fans, .simulates = true},
+        {.name = "update-available-dark", .recording = fans, .update = Scene::available},
+        {.name = "update-downloading-dark", .recording = fans, .update = Scene::downloading},
+        {.name = "update-installing-dark", .recording = fans, .update = Scene::installing},
+        {.name = "update-failed-light", .recording = fans, .appearance = Appearance::light, .update = Scene::failed},
+        {.name = "update-narrow-dark", .recording = fans, .size = narrow, .simulates = true, .update = Scene::failed},
         {.name = "cores-dark", .recording = fans, .pane = Pane::cores},
         {.name = "cores-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::cores},
         {.name = "timeline-dark", .recording = fans, .pane = Pane::timeline, .pointer = QPoint(556, 300)},
@@ -160,6 +226,10 @@ int main(int argumentCount, char** arguments) {
         take(album, screen);
     takePanel(album, "menubar-panel-dark", fans, Appearance::dark);
     takePanel(album, "menubar-panel-fanless-light", fanless, Appearance::light);
+    takePanel(album, "menubar-panel-update-dark", fanless, Appearance::dark, Scene::available);
+    takePanel(album, "menubar-panel-update-light", fans, Appearance::light, Scene::downloading);
+    takeUpdates(album, "settings-updates-light", Appearance::light, Scene::current);
+    takeUpdates(album, "settings-updates-available-dark", Appearance::dark, Scene::available);
     takeSettings(album, "settings-light", Appearance::light);
     takeSettings(album, "settings-dark", Appearance::dark);
     return album.isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
