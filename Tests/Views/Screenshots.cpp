@@ -1,12 +1,10 @@
 // Renders every screen of the interface from the recordings in the repository, without a screen: `vantoro-screenshots
 // FOLDER`. The same data and the same fonts give the same pictures.
-#include "Model/Updates.h"
 #include "Views/MainWindow.h"
 #include "Views/MenuBarPanel.h"
 #include "Views/SettingsView.h"
 
-#include "Support/ScriptedUpdateEngine.h"
-#include "Views/Stage.h"
+#include "Views/UpdatingStage.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -16,8 +14,8 @@ namespace {
 
 using namespace vantoro;
 using Appearance = Theme::Appearance;
-using vantoro::testing::ScriptedUpdateEngine;
 using vantoro::testing::Stage;
+using vantoro::testing::UpdatingStage;
 
 /// The die's single sensors as they lie between two temperatures, more in the middle.
 std::vector<double> spread(double coolest, double hottest, int count) {
@@ -50,43 +48,26 @@ private:
     bool isComplete_ = true;
 };
 
-/// A program that updates itself, brought to where a picture shows it.
-class UpdateScript {
-public:
-    enum class Scene { available, downloading, installing, failed, current };
+/// Where the program's update of itself stands in a picture.
+enum class Scene { none, available, downloading, installing, failed, current };
 
-    UpdateScript(Stage& stage, Scene scene)
-        : updates_(engine_, stage.settings,
-                   {.now = {}, .after = [this](double, auto action) { later_ = std::move(action); }}) {
-        stage.context.updates = &updates_;
-        updates_.start();
-        if (scene == Scene::current) {
-            updates_.showUpdateNotFoundWithError({}, {});
-            return;
-        }
-        engine_->find({.versionString = "130",
-                       .displayVersionString = "1.3",
-                       .itemDescription = "<ul><li>Fans on machines with three of them.</li><li>The timeline remembers "
-                                          "where you left it.</li></ul>",
-                       .contentLength = 10'000'000});
-        std::exchange(later_, {})();
-        if (scene == Scene::available)
-            return;
-        updates_.showDownloadInitiated({});
-        updates_.showDownloadDidReceiveExpectedContentLength(10'000'000);
-        updates_.showDownloadDidReceiveData(5'000'000);
-        if (scene == Scene::installing)
-            updates_.showReadyToInstallAndRelaunch([](UpdateChoice) {});
-        if (scene == Scene::failed)
-            updates_.showUpdaterError(
-                {.domain = "NSCocoaErrorDomain", .description = {}, .latestItem = {}, .noUpdateReason = {}}, {});
-    }
-
-private:
-    std::function<void()> later_;
-    std::shared_ptr<ScriptedUpdateEngine> engine_ = std::make_shared<ScriptedUpdateEngine>();
-    Updates updates_;
-};
+void playUpdate(UpdatingStage& stage, Scene scene) {
+    if (scene == Scene::current)
+        stage.updates.showUpdateNotFoundWithError({}, {});
+    if (scene == Scene::none || scene == Scene::current)
+        return;
+    stage.find();
+    stage.runLater();
+    if (scene == Scene::available)
+        return;
+    stage.updates.showDownloadInitiated({});
+    stage.updates.showDownloadDidReceiveData(5'000'000);
+    if (scene == Scene::installing)
+        stage.updates.showReadyToInstallAndRelaunch([](UpdateChoice) {});
+    if (scene == Scene::failed)
+        stage.updates.showUpdaterError(
+            {.domain = "NSCocoaErrorDomain", .description = {}, .latestItem = {}, .noUpdateReason = {}}, {});
+}
 
 struct Screen {
     QString name;
@@ -99,7 +80,7 @@ struct Screen {
     bool showsReport = false;
     /// Where the pointer rests on the window.
     std::optional<QPoint> pointer;
-    std::optional<UpdateScript::Scene> update;
+    Scene update = Scene::none;
 };
 
 void play(Stage& stage, const std::string& recording) {
@@ -119,11 +100,9 @@ void play(Stage& stage, const std::string& recording) {
 }
 
 void take(Album& album, const Screen& screen) {
-    Stage stage(screen.appearance);
+    UpdatingStage stage(screen.appearance);
     play(stage, screen.recording);
-    std::optional<UpdateScript> script;
-    if (screen.update)
-        script.emplace(stage, *screen.update);
+    playUpdate(stage, screen.update);
     MainWindow window(stage.context, screen.simulates, [] {});
     window.resize(screen.size);
     window.show();
@@ -140,12 +119,10 @@ void take(Album& album, const Screen& screen) {
 }
 
 void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance,
-               std::optional<UpdateScript::Scene> update = std::nullopt) {
-    Stage stage(appearance);
+               Scene update = Scene::none) {
+    UpdatingStage stage(appearance);
     play(stage, recording);
-    std::optional<UpdateScript> script;
-    if (update)
-        script.emplace(stage, *update);
+    playUpdate(stage, update);
     MenuBarPanel panel(stage.context);
     panel.toggle({}, QPoint(400, 30));
     stage.settle();
@@ -153,20 +130,20 @@ void takePanel(Album& album, const QString& name, const std::string& recording, 
 }
 
 void takeSettings(Album& album, const QString& name, Appearance appearance) {
-    Stage stage(appearance);
+    UpdatingStage stage(appearance);
     play(stage, "design-fans.jsonl.gz");
     SettingsView settings(stage.context, {});
-    settings.resize(600, 1240);
+    settings.resize(600, 1440);
     settings.show();
     stage.settle();
     album.keep(name, settings.grab());
 }
 
-void takeUpdates(Album& album, const QString& name, Appearance appearance, UpdateScript::Scene scene) {
-    Stage stage(appearance);
+void takeUpdates(Album& album, const QString& name, Appearance appearance, Scene scene) {
+    UpdatingStage stage(appearance);
     play(stage, "design-fans.jsonl.gz");
-    const UpdateScript script(stage, scene);
-    stage.context.updates->setRevealsUpdatesInSettings(true);
+    playUpdate(stage, scene);
+    stage.updates.setRevealsUpdatesInSettings(true);
     SettingsView settings(stage.context, {});
     settings.show();
     stage.settle();
@@ -189,7 +166,6 @@ int main(int argumentCount, char** arguments) {
     const QString folder = arguments[1];
     QDir().mkpath(folder);
     Album album(folder);
-    using Scene = UpdateScript::Scene;
     const std::string fans = "design-fans.jsonl.gz";
     const std::string fanless = "design-fanless.jsonl.gz";
     const std::string calm = "design-calm.jsonl.gz";

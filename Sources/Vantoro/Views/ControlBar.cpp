@@ -17,14 +17,26 @@ public:
 
     void show(const Badge& badge) {
         badge_ = badge;
-        setToolTip(badge.tooltip);
+        explain();
         setVisible(!badge.text.isEmpty());
         update();
     }
 
+    /// Without its text, where there is no room for it.
+    void setCompact(bool compact) {
+        if (compact == isCompact_)
+            return;
+        isCompact_ = compact;
+        explain();
+        update();
+    }
+
+    int widthWithText() const {
+        return static_cast<int>(std::ceil(textWidth(Type::small, badge_.text))) + iconSize + 28;
+    }
+
     QSize sizeHint() const override {
-        return {static_cast<int>(std::ceil(textWidth(Type::small, badge_.text))) + iconSize + 28,
-                qRound(24 * theme().textScale())};
+        return {isCompact_ ? iconSize + 18 : widthWithText(), qRound(24 * theme().textScale())};
     }
 
     Description describe() override {
@@ -41,13 +53,19 @@ protected:
         const QRectF drawn = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
         painter.drawRoundedRect(drawn, drawn.height() / 2, drawn.height() / 2);
         drawIcon(painter, QRectF(9, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
+        if (isCompact_)
+            return;
         drawText(painter, QRectF(9 + iconSize + 6, 0, width(), height()), Type::small, color(Tone::textSecondary),
                  badge_.text);
     }
 
 private:
     static constexpr int iconSize = 14;
+
+    void explain() { setToolTip(isCompact_ ? badge_.text + u'\n' + badge_.tooltip : badge_.tooltip); }
+
     Badge badge_;
+    bool isCompact_ = false;
 };
 
 ControlBar::ControlBar(Look& look, QWidget* parent)
@@ -104,13 +122,17 @@ void ControlBar::place() {
     int x = width() - right - button.width() + Button::ringMargin;
     settings_->setGeometry(centred(button, x));
     constexpr int gap = 8;
+    constexpr int ring = UpdateChip::ringMargin;
+    const bool isNarrow = width() < narrowWidth * theme().textScale();
+    const bool hasChip = !chip_->isHidden();
+    // The chip's word is worth more than the badge's.
+    const int room = x - gap - (width() + switcher.width()) / 2;
+    const int chipRoom = hasChip ? chip_->fit(room + ring, isNarrow).width() - 2 * ring + gap : 0;
+    badge_->setCompact(badge_->widthWithText() + chipRoom + gap > room);
     const QSize badge = badge_->sizeHint();
     const int badgeRoom = badge_->isHidden() ? 0 : badge.width() + gap;
-    if (!chip_->isHidden()) {
-        constexpr int ring = UpdateChip::ringMargin;
-        const int switcherEnd = (width() + switcher.width()) / 2;
-        const bool isNarrow = width() < narrowWidth * theme().textScale();
-        const QSize chip = chip_->fit(x - gap - badgeRoom - switcherEnd + ring, isNarrow);
+    if (hasChip) {
+        const QSize chip = chip_->fit(room - badgeRoom + ring, isNarrow);
         x -= chip.width() - ring + gap;
         chip_->setGeometry(centred(chip, x));
         x += ring;

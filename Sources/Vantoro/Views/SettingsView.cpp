@@ -164,6 +164,7 @@ void SettingsView::addUpdates(Updates& updates) {
     update_ = new Button(look(), Button::Kind::bordered, QString(), versionRow_);
     update_->setDrawnHeight(buttonHeight);
     versionRow_->setControl(*update_, Button::ringMargin);
+    versionRow_->setRoomAboveNote(4);
     connect(update_, &Button::clicked, this,
             [this, &updates] { perform(shownUpdates_.command, updates, UpdateOrigin::settings); });
     connect(&updates, &Updates::changed, this, &SettingsView::refreshUpdates);
@@ -186,7 +187,11 @@ void SettingsView::refreshUpdates() {
 
 void SettingsView::showEvent(QShowEvent* event) {
     View::showEvent(event);
-    if (updates_ == nullptr || !context().updates->revealsUpdatesInSettings())
+    if (updates_ == nullptr)
+        return;
+    // Today's check is yesterday's some time.
+    refreshUpdates();
+    if (!context().updates->revealsUpdatesInSettings())
         return;
     context().updates->setRevealsUpdatesInSettings(false);
     // The form has its height once it was laid out.
@@ -195,9 +200,6 @@ void SettingsView::showEvent(QShowEvent* event) {
 }
 
 void SettingsView::refresh() {
-    // Today's check is yesterday's some time.
-    if (updates_ != nullptr)
-        refreshUpdates();
     SettingsModel model = settingsModel(hub(), context().settings, names_);
     if (model == shown_)
         return;

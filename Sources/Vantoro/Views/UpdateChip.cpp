@@ -70,19 +70,22 @@ QSize UpdateChip::fit(int room, bool barIsNarrow) {
     const QSize wanted = sizeHint();
     const int text = static_cast<int>(std::ceil(textWidth(textStyle, line_.text)));
     const int least = wanted.width() - text + std::min(text, qRound(leastText * theme().textScale()));
-    hasText_ = !barIsNarrow && room >= least;
+    const int bare = textLeft + wordWidth() + rightPadding + 2 * ringMargin;
+    form_ = !barIsNarrow && room >= least   ? Form::whole
+            : line_.command && room >= bare ? Form::markAndWord
+                                            : Form::mark;
+    explain();
     update();
-    if (hasText_)
+    if (form_ == Form::whole)
         return {std::min(wanted.width(), room), wanted.height()};
-    const int bare = line_.command ? textLeft + wordWidth() + rightPadding : iconLeft + iconSize + iconLeft;
-    return {bare + 2 * ringMargin, wanted.height()};
+    return {form_ == Form::mark ? iconLeft + iconSize + iconLeft + 2 * ringMargin : bare, wanted.height()};
 }
 
 QRect UpdateChip::button() const {
     if (!line_.command)
         return {};
     QRect place = drawn();
-    if (hasText_)
+    if (form_ == Form::whole)
         place.setLeft(place.right() + 1 - rightPadding - wordWidth() - afterLine);
     return place;
 }
@@ -95,7 +98,7 @@ QRect UpdateChip::textPlace() const {
 }
 
 void UpdateChip::explain() {
-    const bool isCut = !hasText_ || textWidth(textStyle, line_.text) > textPlace().width() + 1;
+    const bool isCut = form_ != Form::whole || textWidth(textStyle, line_.text) > textPlace().width() + 1;
     QStringList told;
     for (const QString& part : {isCut ? line_.text : QString(), line_.more})
         if (!part.isEmpty())
@@ -119,7 +122,7 @@ void UpdateChip::paintEvent(QPaintEvent*) {
     QPainterPath pill;
     pill.addRoundedRect(chip, chip.height() / 2, chip.height() / 2);
     painter.fillPath(pill, color(Tone::segment));
-    if (hasText_)
+    if (form_ == Form::whole)
         drawText(painter, QRectF(textPlace()), textStyle, color(Tone::textPrimary), line_.text);
     if (line_.command) {
         const QRectF place(button());
@@ -128,12 +131,13 @@ void UpdateChip::paintEvent(QPaintEvent*) {
             painter.fillRect(mirrored(place), color(pressedDown_ ? Tone::buttonPressed : Tone::buttonHover));
             painter.setClipping(false);
         }
-        if (hasText_)
+        if (form_ == Form::whole)
             painter.fillRect(mirrored(QRectF(place.left(), place.top() + lineInset, 1, place.height() - 2 * lineInset)),
                              color(Tone::line));
-        const double left = place.left() + (hasText_ ? afterLine : textLeft);
-        drawText(painter, QRectF(left, place.top(), wordWidth() + 1, place.height()), wordStyle,
-                 color(Tone::textPrimary), word(), Qt::AlignLeft, Qt::ElideNone);
+        const double left = place.left() + (form_ == Form::whole ? afterLine : textLeft);
+        if (form_ != Form::mark)
+            drawText(painter, QRectF(left, place.top(), wordWidth() + 1, place.height()), wordStyle,
+                     color(Tone::textPrimary), word(), Qt::AlignLeft, Qt::ElideNone);
     }
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, QRectF(rect()), height() / 2.0, theme());

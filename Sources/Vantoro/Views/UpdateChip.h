@@ -18,7 +18,7 @@ public:
     using PaintedWidget::show;
 
     /// Settles on a form for this much room and says what size it takes: the text is cut where it does not fit, and
-    /// left out where the bar is narrow or next to nothing of it would remain.
+    /// left out where the bar is narrow or next to nothing of it would remain; then the word too where it does not fit.
     QSize fit(int room, bool barIsNarrow);
 
     QSize sizeHint() const override;
@@ -39,6 +39,8 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    enum class Form { whole, markAndWord, mark };
+
     QString word() const { return line_.command ? updateWord(*line_.command) : QString(); }
     int wordWidth() const;
     /// What is drawn of it, before mirroring.
@@ -51,7 +53,7 @@ private:
 
     UpdateLine line_;
     UpdateMark* mark_; // owned by Qt as a child
-    bool hasText_ = true;
+    Form form_ = Form::whole;
     bool hovered_ = false;
     bool pressedDown_ = false;
     FocusTracker focus_;
