@@ -2,7 +2,7 @@
 .DEFAULT_GOAL := build
 .PHONY: build run test screenshots bench bench-window core asan tsan check-mac fuzz format format-check tidy clean
 
-sources := $(shell git ls-files --cached --others --exclude-standard -- 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
+sources := $(shell git ls-files --cached --others --exclude-standard -- 'Packaging/*.cpp' 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
 
 # configure-and-build PRESET: configures once (CMake itself configures again when its files change), then builds.

@@ -10,14 +10,18 @@
 #include "Model/ExplainCommand.h"
 #include "Model/GPUPowerSampler.h"
 #include "Model/InterruptWatcher.h"
+#include "Model/Log.h"
 #include "Model/RecordCommand.h"
 #include "Model/Replay.h"
 #include "Model/SensorDump.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
 #include "Model/SMCReader.h"
+#include "Model/Updates.h"
 #include "Platform/CurrentPlatform.h"
+#include "Platform/CurrentUpdateEngine.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
+#include "ProgramIdentity.h"
 #include "Views/Shell.h"
 #include "Views/SingleInstance.h"
 
@@ -33,6 +37,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace vantoro;
@@ -175,7 +180,49 @@ SourceNames sourceNames(const Platform& platform) {
     return names;
 }
 
-int runOnDesktop(const CommandLine& line, int argc, char** argv) {
+/// `relaunch` is told what to start in this program's place once it has ended.
+std::shared_ptr<UpdateEngine> updateEngine(Settings& settings, std::function<void(const std::string&)> relaunch) {
+    ProgramIdentity identity = programIdentity();
+    return currentUpdateEngine(
+        {.version = std::move(identity.version),
+         .build = std::move(identity.build),
+         .feed = std::move(identity.feed),
+         .publicKey = std::move(identity.publicKey),
+         .authorities = std::move(identity.authorities),
+         .program = QCoreApplication::applicationFilePath().toStdString(),
+         .recall = [&settings](std::string_view key) { return settings.storedText(key).value_or(""); },
+         .remember =
+             [&settings](std::string_view key, const std::string& text) {
+                 text.empty() ? settings.forget(key) : settings.storeText(key, text);
+             },
+         .now =
+             [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
+         .relaunch = std::move(relaunch)});
+}
+
+void startUpdates(Updates& updates, const CommandLine& line) {
+    Log::updatesEnabled = line.debugUpdates;
+    updates.consumeRelaunch();
+    updates.setInstallsWhenFound(line.installUpdate);
+    updates.start();
+    if (line.checkForUpdates && updates.hasUpdater())
+        updates.checkForUpdatesInBackground();
+}
+
+/// Starts the program in this one's place, with what this one was asked for except for the update, which is done.
+/// Comes back only when it cannot.
+int becomeProgram(const std::string& program, int argc, char** argv) {
+    std::vector<char*> arguments;
+    for (char* const argument : std::vector<char*>(argv, argv + argc))
+        if (std::string_view(argument) != "--install-update" && std::string_view(argument) != "--check-for-updates")
+            arguments.push_back(argument);
+    arguments.push_back(nullptr);
+    ::execv(program.c_str(), arguments.data());
+    complain("the new version cannot be started: " + program);
+    return EXIT_FAILURE;
+}
+
+int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& successor) {
     qInstallMessageHandler(reportFatally);
     // What Qt would take of the command line for itself is not ours to offer.
     int own = std::min(argc, 1);
@@ -208,14 +255,23 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv) {
         if (replay->warning())
             complain(replay->warning()->text(*line.replayFile));
     }
+    Updates updates(replays ? nullptr
+                            : updateEngine(settings,
+                                           [&successor](const std::string& program) {
+                                               successor = program;
+                                               QCoreApplication::quit();
+                                           }),
+                    settings);
     Shell shell(hub, settings, motion,
                 {.simulates = simulates,
                  .sources = sourceNames(platform),
+                 .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,
                  .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
                  .start = [&] { replay ? replay->start() : hub.start(); }});
     QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+    startUpdates(updates, line);
     shell.open();
     FirstFrameReport firstFrame;
     if (isAsked(false, "VANTORO_FIRST_FRAME"))
@@ -228,9 +284,13 @@ int run(const CommandLine& line, int argc, char** argv) {
     case CommandLine::Action::help:
         return print(helpText());
     case CommandLine::Action::version:
-        return print(fmt::format("vantoro {}\n", VANTORO_VERSION));
-    case CommandLine::Action::window:
-        return runOnDesktop(line, argc, argv);
+        return print(fmt::format("vantoro {}\n", programIdentity().version));
+    case CommandLine::Action::window: {
+        std::string successor;
+        const int status = runOnDesktop(line, argc, argv, successor);
+        // Everything of this run is given back by now: its windows, its children, its place as the only instance.
+        return successor.empty() ? status : becomeProgram(successor, argc, argv);
+    }
     case CommandLine::Action::explain:
         if (line.replayFile) {
             const Settings settings;

@@ -26,6 +26,8 @@ TEST(CommandLine, WhatIsAskedFor) {
         {{"--check", "--watch", "--dump"}, {.action = Action::dump, .watch = true}},
         {{"--explain", "--dump"}, {.action = Action::dump}},
         {{"--simulate", "--simulate-fanless"}, {.simulate = true, .simulateFanless = true}},
+        {{"--install-update", "--check-for-updates", "--debug-updates"},
+         {.installUpdate = true, .checkForUpdates = true, .debugUpdates = true}},
         {{"--explain", "--help", "--nonsense"}, {.action = Action::help}},
     };
     for (const auto& [arguments, expected] : cases) {

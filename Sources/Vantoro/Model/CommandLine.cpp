@@ -17,7 +17,7 @@ struct Switch {
     std::string_view help;
 };
 
-constexpr std::array<Switch, 12> switches{{
+constexpr std::array<Switch, 15> switches{{
     {"--explain", "", "watch this machine for a while, then say why it is warm or busy"},
     {"--record", "FILE", "write what this machine measures to FILE (.jsonl, or .jsonl.gz) until interrupted"},
     {"--replay", "FILE", "show the recording FILE in place of this machine; with --explain: conclude from it"},
@@ -28,6 +28,9 @@ constexpr std::array<Switch, 12> switches{{
     {"--watch", "", "with --dump: print a line every 2 seconds, 12 times"},
     {"--simulate", "", "read simulated sensors in place of this machine's"},
     {"--simulate-fanless", "", "behave as on a machine without fans"},
+    {"--check-for-updates", "", "look for a newer version right after the window has opened"},
+    {"--install-update", "", "install a newer version without asking when one is found"},
+    {"--debug-updates", "", "print what the updater does"},
     {"--help", "", "print this help and exit"},
     {"--version", "", "print the version and exit"},
 }};
@@ -127,6 +130,12 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
             line.simulate = true;
         } else if (name == "--simulate-fanless") {
             line.simulateFanless = true;
+        } else if (name == "--check-for-updates") {
+            line.checkForUpdates = true;
+        } else if (name == "--install-update") {
+            line.installUpdate = true;
+        } else if (name == "--debug-updates") {
+            line.debugUpdates = true;
         } else if (name == "--seconds") {
             line.seconds = parseSeconds(value);
             if (!line.seconds)
@@ -151,7 +160,7 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
 std::string helpText() {
     std::string text = "vantoro says why this machine is warm or loud, and what can be done about it.\n\nSwitches:\n";
     for (const Switch& option : switches)
-        text += fmt::format("  {:<20}{}\n", fmt::format("{} {}", option.name, option.value), option.help);
+        text += fmt::format("  {:<21}{}\n", fmt::format("{} {}", option.name, option.value), option.help);
     text += "\nEnvironment:\n";
     for (const Variable& variable : variables)
         text += fmt::format("  {:<26}{}\n", variable.name, variable.help);

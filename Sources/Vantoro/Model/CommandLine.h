@@ -26,6 +26,12 @@ struct CommandLine {
     bool simulate = false;
     /// As if the machine had no fans.
     bool simulateFanless = false;
+    /// In the window: an update that is found is installed without asking.
+    bool installUpdate = false;
+    /// In the window: look for an update right after the start.
+    bool checkForUpdates = false;
+    /// Print what the updater does.
+    bool debugUpdates = false;
 
     bool operator==(const CommandLine&) const = default;
 };
