@@ -181,18 +181,15 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     connect(settings_, &Button::clicked, this, closeAnd(&MenuBarPanel::settingsRequested));
     connect(quit_, &Button::clicked, this, closeAnd(&MenuBarPanel::quitRequested));
     if (Updates* const updates = context.updates) {
-        connect(updates, &Updates::changed, this, &MenuBarPanel::refreshUpdate);
+        const auto refreshRow = [this, updates] { update_->show(updateRow(updateState(*updates))); };
+        connect(updates, &Updates::changed, this, refreshRow);
         connect(update_, &UpdateRow::pressed, this,
                 [updates](UpdateCommand command) { perform(command, *updates, UpdateOrigin::menuBar); });
-        refreshUpdate();
+        refreshRow();
     }
 }
 
 MenuBarPanel::~MenuBarPanel() = default;
-
-void MenuBarPanel::refreshUpdate() {
-    update_->show(updateRow(updateState(*this->context().updates)));
-}
 
 void MenuBarPanel::toggle(const QRect& item, const std::optional<QPoint>& pointer) {
     // The click on the item took the keyboard away, and with that the panel has just closed itself.
@@ -297,15 +294,14 @@ int MenuBarPanel::layOut() {
         y += height + 8;
     }
     y += suspectsPadding;
+    constexpr int ring = Button::ringMargin;
     if (!update_->isHidden()) {
         separate(0);
-        constexpr int ring = UpdateRow::ringMargin;
         const int height = update_->heightForWidth(contentWidth + 2 * ring);
         update_->setGeometry(left - ring, y, contentWidth + 2 * ring, height);
         y += height;
     }
     separate(buttonsPadding);
-    constexpr int ring = Button::ringMargin;
     constexpr int gap = 8;
     const int height = open_->sizeHint().height();
     const int iconWidth = iconButtonWidth + 2 * ring;

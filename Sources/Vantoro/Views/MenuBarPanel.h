@@ -48,7 +48,6 @@ private:
     class Figures;
     class SuspectLine;
 
-    void refreshUpdate();
     void showModel(const MenuBarPanelModel& model);
     /// Puts everything in its place from top to bottom; the height that it takes.
     int layOut();

@@ -1,6 +1,5 @@
 #include "Views/UpdateRow.h"
 
-#include "Design/Button.h"
 #include "Design/TextLabel.h"
 #include "Views/UpdateChip.h"
 
@@ -23,7 +22,6 @@ UpdateRow::UpdateRow(Look& look, QWidget* parent)
     , mark_(new UpdateMark(look, iconSize, Tone::textSecondary, this))
     , text_(new TextLabel(look, Type::body, Tone::textPrimary, this))
     , button_(new Button(look, Button::Kind::bordered, QString(), this)) {
-    static_assert(ringMargin == Button::ringMargin);
     text_->setWraps(true, 2);
     button_->setDrawnHeight(buttonHeight);
     connect(button_, &Button::clicked, this, [this] {

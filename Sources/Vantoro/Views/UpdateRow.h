@@ -1,18 +1,18 @@
 // The menu-bar panel's row about an update.
 #pragma once
 
+#include "Design/Button.h"
 #include "Views/UpdateMark.h"
 
 namespace vantoro {
 
-class Button;
 class TextLabel;
 
 /// Hidden while there is nothing to say. Draws itself this much smaller than it is at both sides, for the focus ring.
 class UpdateRow : public PaintedWidget {
     Q_OBJECT
 public:
-    static constexpr int ringMargin = 4;
+    static constexpr int ringMargin = Button::ringMargin;
 
     UpdateRow(Look& look, QWidget* parent);
 
