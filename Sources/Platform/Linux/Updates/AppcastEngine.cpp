@@ -301,7 +301,7 @@ void AppcastEngine::planCheck() {
         setup_.remember(nextCheckKey, fmt::format("{:.0f}", planned));
     // Timers stand still while the machine sleeps: the clock is looked at once an hour.
     constexpr double longestWait = 3600;
-    untilCheck_.start(duration_cast<milliseconds>(duration<double>(std::clamp(planned - now, 1.0, longestWait))));
+    untilCheck_.start(duration_cast<milliseconds>(duration<double>(std::clamp(planned - now, 0.0, longestWait))));
 }
 
 void AppcastEngine::checkWhenDue() {

@@ -170,6 +170,8 @@ void ArchiveDownload::refuse(const std::string& why) {
 
 void ArchiveDownload::finish(std::optional<UpdateError> error) {
     stop();
+    if (error && file_ && received_ == 0)
+        ::unlink(path_.c_str());
     // Whoever is told may destroy this.
     if (const auto finished = std::exchange(listener_.finished, nullptr))
         finished(std::move(error));
