@@ -7,7 +7,7 @@
 #include "Views/SettingsView.h"
 #include "Views/SuspectsPanel.h"
 
-#include "Views/Stage.h"
+#include "Views/UpdatingStage.h"
 
 #include <QEnterEvent>
 
@@ -15,6 +15,7 @@ namespace vantoro {
 namespace {
 
 using testing::Stage;
+using testing::UpdatingStage;
 
 constexpr const char* recordings[]{"design-fans.jsonl.gz", "design-fanless.jsonl.gz"};
 
@@ -24,6 +25,8 @@ struct Screens {
         stage.theme.setTextScale(textScale);
         stage.makeCores();
         stage.play(recording);
+        stage.find(std::nullopt);
+        stage.runLater();
         window = std::make_unique<MainWindow>(stage.context, true, [] {});
         panel = std::make_unique<MenuBarPanel>(stage.context);
         settings = std::make_unique<SettingsView>(stage.context, SourceNames{});
@@ -49,7 +52,7 @@ struct Screens {
         check(*settings);
     }
 
-    Stage stage;
+    UpdatingStage stage;
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<MenuBarPanel> panel;
     std::unique_ptr<SettingsView> settings;

@@ -197,21 +197,17 @@ TEST(MenuBarPanelTests, IsReachedByKeyboardAndClosesOnEscape) {
     const QSignalSpy settings(&panel, &MenuBarPanel::settingsRequested);
     panel.toggle({}, QPoint(300, 10));
     ASSERT_TRUE(panel.isVisible());
-    const int bare = panel.height();
     QTest::keyClick(&panel, Qt::Key_Escape);
     EXPECT_FALSE(panel.isVisible());
     panel.toggle({}, QPoint(300, 10));
     EXPECT_FALSE(panel.isVisible()) << "the click that took its keyboard away does not bring it back";
     stage.seconds += 1;
-    auto* const update = new Button(stage.look, Button::Kind::bordered, "Install", &panel); // owned by Qt as a child
-    panel.setExtraRow(update);
     panel.toggle({}, QPoint(300, 10));
-    EXPECT_GT(panel.height(), bare) << "there is room for one more row";
-    for (Button* const button : panel.findChildren<Button*>()) {
+    for (Button* const button : panel.findChildren<Button*>(Qt::FindDirectChildrenOnly)) {
         EXPECT_NE(button->focusPolicy() & Qt::TabFocus, 0) << button->describe().name.toStdString();
         EXPECT_FALSE(button->describe().name.isEmpty());
     }
-    QTest::keyClick(panel.findChildren<Button*>().at(1), Qt::Key_Space);
+    QTest::keyClick(panel.findChildren<Button*>(Qt::FindDirectChildrenOnly).at(1), Qt::Key_Space);
     EXPECT_EQ(settings.count(), 1);
     EXPECT_EQ(opened.count(), 0);
     EXPECT_FALSE(panel.isVisible());

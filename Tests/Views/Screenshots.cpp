@@ -4,7 +4,7 @@
 #include "Views/MenuBarPanel.h"
 #include "Views/SettingsView.h"
 
-#include "Views/Stage.h"
+#include "Views/UpdatingStage.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -15,6 +15,7 @@ namespace {
 using namespace vantoro;
 using Appearance = Theme::Appearance;
 using vantoro::testing::Stage;
+using vantoro::testing::UpdatingStage;
 
 /// The die's single sensors as they lie between two temperatures, more in the middle.
 std::vector<double> spread(double coolest, double hottest, int count) {
@@ -47,6 +48,27 @@ private:
     bool isComplete_ = true;
 };
 
+/// Where the program's update of itself stands in a picture.
+enum class Scene { none, available, downloading, installing, failed, current };
+
+void playUpdate(UpdatingStage& stage, Scene scene) {
+    if (scene == Scene::current)
+        stage.updates.showUpdateNotFoundWithError({}, {});
+    if (scene == Scene::none || scene == Scene::current)
+        return;
+    stage.find();
+    stage.runLater();
+    if (scene == Scene::available)
+        return;
+    stage.updates.showDownloadInitiated({});
+    stage.updates.showDownloadDidReceiveData(5'000'000);
+    if (scene == Scene::installing)
+        stage.updates.showReadyToInstallAndRelaunch([](UpdateChoice) {});
+    if (scene == Scene::failed)
+        stage.updates.showUpdaterError(
+            {.domain = "NSCocoaErrorDomain", .description = {}, .latestItem = {}, .noUpdateReason = {}}, {});
+}
+
 struct Screen {
     QString name;
     /// A recording; empty for a program that has only just been started.
@@ -58,6 +80,7 @@ struct Screen {
     bool showsReport = false;
     /// Where the pointer rests on the window.
     std::optional<QPoint> pointer;
+    Scene update = Scene::none;
 };
 
 void play(Stage& stage, const std::string& recording) {
@@ -77,8 +100,9 @@ void play(Stage& stage, const std::string& recording) {
 }
 
 void take(Album& album, const Screen& screen) {
-    Stage stage(screen.appearance);
+    UpdatingStage stage(screen.appearance);
     play(stage, screen.recording);
+    playUpdate(stage, screen.update);
     MainWindow window(stage.context, screen.simulates, [] {});
     window.resize(screen.size);
     window.show();
@@ -94,9 +118,11 @@ void take(Album& album, const Screen& screen) {
     album.keep(screen.name, window.grab());
 }
 
-void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance) {
-    Stage stage(appearance);
+void takePanel(Album& album, const QString& name, const std::string& recording, Appearance appearance,
+               Scene update = Scene::none) {
+    UpdatingStage stage(appearance);
     play(stage, recording);
+    playUpdate(stage, update);
     MenuBarPanel panel(stage.context);
     panel.toggle({}, QPoint(400, 30));
     stage.settle();
@@ -104,10 +130,21 @@ void takePanel(Album& album, const QString& name, const std::string& recording, 
 }
 
 void takeSettings(Album& album, const QString& name, Appearance appearance) {
-    Stage stage(appearance);
+    UpdatingStage stage(appearance);
     play(stage, "design-fans.jsonl.gz");
     SettingsView settings(stage.context, {});
-    settings.resize(600, 1240);
+    settings.resize(600, 1440);
+    settings.show();
+    stage.settle();
+    album.keep(name, settings.grab());
+}
+
+void takeUpdates(Album& album, const QString& name, Appearance appearance, Scene scene) {
+    UpdatingStage stage(appearance);
+    play(stage, "design-fans.jsonl.gz");
+    playUpdate(stage, scene);
+    stage.updates.setRevealsUpdatesInSettings(true);
+    SettingsView settings(stage.context, {});
     settings.show();
     stage.settle();
     album.keep(name, settings.grab());
@@ -143,6 +180,11 @@ int main(int argumentCount, char** arguments) {
         {.name = "now-narrow-dark", .recording = fans, .size = narrow},
         {.name = "now-starting-light", .appearance = Appearance::light},
         {.name = "now-simulated-dark", .recording = fans, .simulates = true},
+        {.name = "update-available-dark", .recording = fans, .update = Scene::available},
+        {.name = "update-downloading-dark", .recording = fans, .update = Scene::downloading},
+        {.name = "update-installing-dark", .recording = fans, .update = Scene::installing},
+        {.name = "update-failed-light", .recording = fans, .appearance = Appearance::light, .update = Scene::failed},
+        {.name = "update-narrow-dark", .recording = fans, .size = narrow, .simulates = true, .update = Scene::failed},
         {.name = "cores-dark", .recording = fans, .pane = Pane::cores},
         {.name = "cores-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::cores},
         {.name = "timeline-dark", .recording = fans, .pane = Pane::timeline, .pointer = QPoint(556, 300)},
@@ -160,6 +202,10 @@ int main(int argumentCount, char** arguments) {
         take(album, screen);
     takePanel(album, "menubar-panel-dark", fans, Appearance::dark);
     takePanel(album, "menubar-panel-fanless-light", fanless, Appearance::light);
+    takePanel(album, "menubar-panel-update-dark", fanless, Appearance::dark, Scene::available);
+    takePanel(album, "menubar-panel-update-light", fans, Appearance::light, Scene::downloading);
+    takeUpdates(album, "settings-updates-light", Appearance::light, Scene::current);
+    takeUpdates(album, "settings-updates-available-dark", Appearance::dark, Scene::available);
     takeSettings(album, "settings-light", Appearance::light);
     takeSettings(album, "settings-dark", Appearance::dark);
     return album.isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -130,6 +130,13 @@ void Updates::install(Origin origin) {
     }
 }
 
+void Updates::tryAgain(Origin origin) {
+    if (installFailed_ && knownRelease())
+        install(origin);
+    else
+        check();
+}
+
 void Updates::checkForUpdatesInBackground() {
     if (updater_ != nullptr)
         updater_->checkForUpdatesInBackground();
@@ -154,6 +161,7 @@ bool Updates::consumeRelaunch() {
         return false;
     if (engine_->compareVersion(currentBuild(), marker->fromBuild) <= 0) {
         Log::updates("relaunched but still build " + currentBuild());
+        installFailed_ = true;
         setPhase({.kind = Kind::failed,
                   .release = restoredAvailability(),
                   .message = "The update didn't install.",
@@ -362,6 +370,7 @@ void Updates::setPhase(Phase phase) {
 void Updates::fail(const UpdateError& error) {
     Log::updates(fmt::format("error: {} {} {}", error.domain, error.code, error.description));
     const Words words = describe(error);
+    installFailed_ = installRequested_ || isUnderWay();
     installRequested_ = false;
     reply_ = nullptr;
     // Nothing was handed over after all.
@@ -372,7 +381,7 @@ void Updates::fail(const UpdateError& error) {
 
 void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
     if (attempt > lastAttempt) {
-        installRequested_ = false;
+        installFailed_ = std::exchange(installRequested_, false);
         setPhase({.kind = Kind::failed,
                   .release = knownRelease(),
                   .message = "The update didn't start.",

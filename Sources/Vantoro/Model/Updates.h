@@ -54,6 +54,8 @@ public:
     void setAutomaticallyChecksForUpdates(bool automatic);
     /// Seconds since 1970.
     std::optional<double> lastUpdateCheckDate() const;
+    /// Seconds since 1970 by the controller's clock.
+    double now() const { return environment_.now(); }
 
     /// Creates and starts the updater. Once.
     void start();
@@ -61,6 +63,8 @@ public:
     void check();
     /// Installs the update that is known, checking first when none is.
     void install(Origin origin);
+    /// After a failure: the install once more where one failed and its update is known, else a check.
+    void tryAgain(Origin origin);
     /// Asks in silence; only an update that is found shows.
     void checkForUpdatesInBackground();
     /// The user has seen a window: automatic checks may begin.
@@ -129,6 +133,8 @@ private:
     bool installRequested_ = false;
     bool installsWhenFound_ = false;
     bool handedOver_ = false;
+    /// What failed last was an install, not a mere check.
+    bool installFailed_ = false;
     Origin installOrigin_ = Origin::controlBar;
     std::uint64_t expectedBytes_ = 0;
     std::uint64_t receivedBytes_ = 0;

@@ -1,5 +1,6 @@
 #include "Views/ControlBar.h"
 
+#include "Views/UpdateChip.h"
 #include "Views/Words.h"
 
 #include <cmath>
@@ -16,14 +17,26 @@ public:
 
     void show(const Badge& badge) {
         badge_ = badge;
-        setToolTip(badge.tooltip);
+        explain();
         setVisible(!badge.text.isEmpty());
         update();
     }
 
+    /// Without its text, where there is no room for it.
+    void setCompact(bool compact) {
+        if (compact == isCompact_)
+            return;
+        isCompact_ = compact;
+        explain();
+        update();
+    }
+
+    int widthWithText() const {
+        return static_cast<int>(std::ceil(textWidth(Type::small, badge_.text))) + iconSize + 28;
+    }
+
     QSize sizeHint() const override {
-        return {static_cast<int>(std::ceil(textWidth(Type::small, badge_.text))) + iconSize + 28,
-                qRound(24 * theme().textScale())};
+        return {isCompact_ ? iconSize + 18 : widthWithText(), qRound(24 * theme().textScale())};
     }
 
     Description describe() override {
@@ -40,19 +53,26 @@ protected:
         const QRectF drawn = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
         painter.drawRoundedRect(drawn, drawn.height() / 2, drawn.height() / 2);
         drawIcon(painter, QRectF(9, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
+        if (isCompact_)
+            return;
         drawText(painter, QRectF(9 + iconSize + 6, 0, width(), height()), Type::small, color(Tone::textSecondary),
                  badge_.text);
     }
 
 private:
     static constexpr int iconSize = 14;
+
+    void explain() { setToolTip(isCompact_ ? badge_.text + u'\n' + badge_.tooltip : badge_.tooltip); }
+
     Badge badge_;
+    bool isCompact_ = false;
 };
 
 ControlBar::ControlBar(Look& look, QWidget* parent)
     : PaintedWidget(look, parent)
     , switcher_(new SegmentedControl(look, SegmentedControl::Meaning::tabs, paneTitles(), this))
     , badge_(new BadgeView(look, this))
+    , chip_(new UpdateChip(look, this))
     , settings_(new Button(look, Button::Kind::quiet, QString(), this)) {
     switcher_->setSegmentSize({88, 28});
     settings_->setIcon("gearshape", 18);
@@ -62,6 +82,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     connect(switcher_, &SegmentedControl::chosen, this,
             [this](int index) { emit paneChosen(static_cast<Pane>(index)); });
     connect(settings_, &Button::clicked, this, &ControlBar::settingsRequested);
+    connect(chip_, &UpdateChip::pressed, this, &ControlBar::updatePressed);
 }
 
 void ControlBar::showPane(Pane pane) {
@@ -70,6 +91,11 @@ void ControlBar::showPane(Pane pane) {
 
 void ControlBar::showBadge(const Badge& badge) {
     badge_->show(badge);
+    place();
+}
+
+void ControlBar::showUpdate(const UpdateLine& line) {
+    chip_->show(line);
     place();
 }
 
@@ -95,8 +121,23 @@ void ControlBar::place() {
     constexpr int right = 16;
     int x = width() - right - button.width() + Button::ringMargin;
     settings_->setGeometry(centred(button, x));
+    constexpr int gap = 8;
+    constexpr int ring = UpdateChip::ringMargin;
+    const bool isNarrow = width() < narrowWidth * theme().textScale();
+    const bool hasChip = !chip_->isHidden();
+    // The chip's word is worth more than the badge's.
+    const int room = x - gap - (width() + switcher.width()) / 2;
+    const int chipRoom = hasChip ? chip_->fit(room + ring, isNarrow).width() - 2 * ring + gap : 0;
+    badge_->setCompact(badge_->widthWithText() + chipRoom + gap > room);
     const QSize badge = badge_->sizeHint();
-    x -= badge.width() + 8;
+    const int badgeRoom = badge_->isHidden() ? 0 : badge.width() + gap;
+    if (hasChip) {
+        const QSize chip = chip_->fit(room - badgeRoom + ring, isNarrow);
+        x -= chip.width() - ring + gap;
+        chip_->setGeometry(centred(chip, x));
+        x += ring;
+    }
+    x -= badge.width() + gap;
     badge_->setGeometry(centred(badge, x));
 }
 

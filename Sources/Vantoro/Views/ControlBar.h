@@ -1,13 +1,16 @@
-// The bar at the top of the window: the pane switcher in the middle, the badge and the settings button at the right.
+// The bar at the top of the window: the pane switcher in the middle; the badge, what there is to say of updates, and
+// the settings button at the right.
 #pragma once
 
 #include "Design/Button.h"
 #include "Design/SegmentedControl.h"
 #include "Views/ControlBarModel.h"
+#include "Views/UpdatesModel.h"
 
 namespace vantoro {
 
 class BadgeView;
+class UpdateChip;
 
 class ControlBar : public PaintedWidget {
     Q_OBJECT
@@ -20,6 +23,7 @@ public:
 
     void showPane(Pane pane);
     void showBadge(const Badge& badge);
+    void showUpdate(const UpdateLine& line);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -28,6 +32,7 @@ public:
 signals:
     void paneChosen(Pane pane);
     void settingsRequested();
+    void updatePressed(UpdateCommand command);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -38,8 +43,9 @@ protected:
 private:
     void place();
 
-    SegmentedControl* switcher_; // these three are owned by Qt as children
+    SegmentedControl* switcher_; // these four are owned by Qt as children
     BadgeView* badge_;
+    UpdateChip* chip_;
     Button* settings_;
 };
 

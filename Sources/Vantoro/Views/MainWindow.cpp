@@ -1,5 +1,6 @@
 #include "Views/MainWindow.h"
 
+#include "Model/Updates.h"
 #include "Views/CoresView.h"
 #include "Views/NowView.h"
 #include "Views/ReportSheet.h"
@@ -34,6 +35,12 @@ MainWindow::MainWindow(ViewContext& context, bool simulates, std::function<void(
     connect(bar_, &ControlBar::paneChosen, this, &MainWindow::showPane);
     connect(bar_, &ControlBar::settingsRequested, this, &MainWindow::settingsRequested);
     connect(&context_.hub, &SensorHub::isReadyChanged, this, &MainWindow::refreshReadiness);
+    if (Updates* const updates = context_.updates) {
+        connect(updates, &Updates::changed, this, &MainWindow::refreshUpdate);
+        connect(bar_, &ControlBar::updatePressed, this,
+                [updates](UpdateCommand command) { perform(command, *updates, UpdateOrigin::controlBar); });
+        refreshUpdate();
+    }
     addShortcuts();
     restoreGeometryOf();
 }
@@ -101,6 +108,10 @@ void MainWindow::refreshReadiness() {
     showPane(pane_);
 }
 
+void MainWindow::refreshUpdate() {
+    bar_->showUpdate(updateChip(updateState(*context_.updates)));
+}
+
 void MainWindow::openReport() {
     if (!context_.hub.isReady() || findChild<ReportSheet*>() != nullptr)
         return;
@@ -121,6 +132,8 @@ Description MainWindow::describe() {
 
 void MainWindow::paintEvent(QPaintEvent*) {
     QPainter(this).fillRect(rect(), color(Tone::window));
+    if (!std::exchange(wasPainted_, true))
+        QMetaObject::invokeMethod(this, &MainWindow::firstSeen, Qt::QueuedConnection);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {

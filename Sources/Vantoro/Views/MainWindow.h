@@ -39,6 +39,8 @@ signals:
     /// The user closed it.
     void closed();
     void canBeSeenChanged();
+    /// What was painted first has reached the screen.
+    void firstSeen();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -50,6 +52,7 @@ protected:
 private:
     QWidget* view(Pane pane);
     void refreshReadiness();
+    void refreshUpdate();
     void updateCanBeSeen();
     void addShortcuts();
     void restoreGeometryOf();
@@ -63,6 +66,7 @@ private:
     std::array<QWidget*, allPanes.size()> views_{};
     Pane pane_ = Pane::now;
     bool canBeSeen_ = false;
+    bool wasPainted_ = false;
 };
 
 } // namespace vantoro

@@ -7,7 +7,9 @@
 #include "Design/FigureLine.h"
 #include "Design/Panel.h"
 #include "Design/ThermalDial.h"
+#include "Model/Updates.h"
 #include "Views/Eyebrow.h"
+#include "Views/UpdateRow.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -154,6 +156,7 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     , dial_(new ThermalDial(look(), dialSize, Tone::panel, this))
     , figures_(new Figures(look(), this))
     , noSuspects_(new BalancedLabel(look(), {{Type::body, 3}}, Tone::textSecondary, this))
+    , update_(new UpdateRow(look(), this))
     , open_(new Button(look(), Button::Kind::bordered, tr("Open Vantoro"), this))
     , settings_(new Button(look(), Button::Kind::bordered, QString(), this))
     , quit_(new Button(look(), Button::Kind::bordered, QString(), this)) {
@@ -177,14 +180,18 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     connect(open_, &Button::clicked, this, closeAnd(&MenuBarPanel::openRequested));
     connect(settings_, &Button::clicked, this, closeAnd(&MenuBarPanel::settingsRequested));
     connect(quit_, &Button::clicked, this, closeAnd(&MenuBarPanel::quitRequested));
+    if (Updates* const updates = context.updates) {
+        connect(updates, &Updates::changed, this, &MenuBarPanel::refreshUpdate);
+        connect(update_, &UpdateRow::pressed, this,
+                [updates](UpdateCommand command) { perform(command, *updates, UpdateOrigin::menuBar); });
+        refreshUpdate();
+    }
 }
 
 MenuBarPanel::~MenuBarPanel() = default;
 
-void MenuBarPanel::setExtraRow(QWidget* row) {
-    extraRow_ = row;
-    row->setParent(this);
-    moveIntoPlace();
+void MenuBarPanel::refreshUpdate() {
+    update_->show(updateRow(updateState(*this->context().updates)));
 }
 
 void MenuBarPanel::toggle(const QRect& item, const std::optional<QPoint>& pointer) {
@@ -290,10 +297,11 @@ int MenuBarPanel::layOut() {
         y += height + 8;
     }
     y += suspectsPadding;
-    if (extraRow_ != nullptr && !extraRow_->isHidden()) {
+    if (!update_->isHidden()) {
         separate(0);
-        const int height = extraRow_->sizeHint().height();
-        extraRow_->setGeometry(left, y, contentWidth, height);
+        constexpr int ring = UpdateRow::ringMargin;
+        const int height = update_->heightForWidth(contentWidth + 2 * ring);
+        update_->setGeometry(left - ring, y, contentWidth + 2 * ring, height);
         y += height;
     }
     separate(buttonsPadding);

@@ -11,6 +11,7 @@ class Button;
 class Eyebrow;
 class FanRotor;
 class ThermalDial;
+class UpdateRow;
 
 /// A small window of its own. Closes on Escape and when it loses the keyboard.
 class MenuBarPanel : public View {
@@ -25,8 +26,6 @@ public:
 
     /// Opens at the menu-bar item's place or, where that is not known, at the pointer; closes when it is open.
     void toggle(const QRect& item, const std::optional<QPoint>& pointer);
-    /// A row between the suspects and the buttons, shown while it is not hidden; the panel becomes its parent.
-    void setExtraRow(QWidget* row);
 
     void refresh() override;
     QSize sizeHint() const override;
@@ -49,6 +48,7 @@ private:
     class Figures;
     class SuspectLine;
 
+    void refreshUpdate();
     void showModel(const MenuBarPanelModel& model);
     /// Puts everything in its place from top to bottom; the height that it takes.
     int layOut();
@@ -66,7 +66,7 @@ private:
     Figures* figures_;
     std::vector<SuspectLine*> suspects_;
     BalancedLabel* noSuspects_;
-    QWidget* extraRow_ = nullptr;
+    UpdateRow* update_;
     Button* open_;
     Button* settings_;
     Button* quit_;

@@ -1,6 +1,5 @@
 #include "Views/SettingsForm.h"
 
-#include <QHBoxLayout>
 #include <QPainter>
 
 namespace vantoro {
@@ -14,7 +13,7 @@ constexpr int noteBottom = 12;
 constexpr int lineCutWithNote = 4;
 constexpr int lineCutWithWideControl = 6;
 constexpr int gapUnderWideControl = 9;
-constexpr int controlGap = 16;
+constexpr int controlGap = 13;
 } // namespace
 
 SettingsRow::SettingsRow(Look& look, const QString& title, QWidget* parent)
@@ -22,6 +21,7 @@ SettingsRow::SettingsRow(Look& look, const QString& title, QWidget* parent)
     , line_(new QWidget(this))
     , lineLayout_(new QHBoxLayout(line_))
     , rows_(new QVBoxLayout(this))
+    , noteLayout_(new QHBoxLayout)
     , title_(new TextLabel(look, Type::body, Tone::textPrimary, line_))
     , value_(new TextLabel(look, Type::body, Tone::textSecondary, line_))
     , note_(new TextLabel(look, Type::note, Tone::textSecondary, this))
@@ -38,10 +38,9 @@ SettingsRow::SettingsRow(Look& look, const QString& title, QWidget* parent)
     rows_->setContentsMargins(0, 0, 0, 0);
     rows_->setSpacing(0);
     rows_->addWidget(line_);
-    auto* const noteLayout = new QHBoxLayout; // owned by the layout it is added to
-    noteLayout->setContentsMargins(Space::panelPadding, 0, Space::panelPadding, 0);
-    noteLayout->addWidget(note_);
-    rows_->addLayout(noteLayout);
+    setRoomAboveNote(0);
+    noteLayout_->addWidget(note_);
+    rows_->addLayout(noteLayout_);
     placeLine();
 }
 
@@ -52,6 +51,7 @@ void SettingsRow::setValue(const QString& value) {
 
 void SettingsRow::setControl(QWidget& control, int ringMargin) {
     rightMargin_ = Space::panelPadding - ringMargin;
+    lineLayout_->setSpacing(controlGap - ringMargin);
     lineLayout_->addWidget(&control);
     placeLine();
 }

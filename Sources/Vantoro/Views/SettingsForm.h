@@ -5,7 +5,7 @@
 #include "Design/ScrollPane.h"
 #include "Design/TextLabel.h"
 
-class QHBoxLayout;
+#include <QHBoxLayout>
 
 namespace vantoro {
 
@@ -28,6 +28,10 @@ public:
     void setWideControl(QWidget& control, int ringMargin);
     /// An empty note takes no room.
     void setNote(const QString& note);
+    /// More room between the title's line and the note, under a button.
+    void setRoomAboveNote(int points) {
+        noteLayout_->setContentsMargins(Space::panelPadding, points, Space::panelPadding, 0);
+    }
     const QString& note() const { return note_->text(); }
 
 protected:
@@ -39,6 +43,7 @@ private:
     QWidget* line_;           // owned by Qt as a child, as are all below
     QHBoxLayout* lineLayout_; // the title and what stands at the right end
     QVBoxLayout* rows_;
+    QHBoxLayout* noteLayout_;
     TextLabel* title_;
     TextLabel* value_;
     TextLabel* note_;

@@ -164,10 +164,6 @@ QString coresText(const std::vector<Core>& cores) {
     return tr("%1 performance · %2 efficiency").arg(performance).arg(all - performance);
 }
 
-QString privacyNote() {
-    return tr("Everything Vantoro measures stays on this Mac. It makes no network requests.");
-}
-
 SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names) {
     const int rate = rateIndexOf(settings.sampleInterval());
     const bool ownOnly = settings.processMonitorMode() == "unprivileged";

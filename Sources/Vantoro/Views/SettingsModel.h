@@ -73,7 +73,5 @@ QString currentlyReading(ProcessMonitor::Source source, const SourceNames& names
 QString dataSources(ProcessMonitor::Source source, const SourceNames& names);
 /// "6 performance · 6 efficiency", or how many where all are alike.
 QString coresText(const std::vector<Core>& cores);
-/// What leaves this machine.
-QString privacyNote();
 
 } // namespace vantoro

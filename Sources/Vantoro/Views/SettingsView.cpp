@@ -1,9 +1,11 @@
 #include "Views/SettingsView.h"
 
+#include "Design/Button.h"
 #include "Design/PopUpButton.h"
 #include "Design/SegmentedControl.h"
 #include "Design/StepSlider.h"
 #include "Design/Switch.h"
+#include "Model/Updates.h"
 #include "Views/Words.h"
 
 #include <QKeyEvent>
@@ -14,6 +16,7 @@ namespace vantoro {
 namespace {
 constexpr QSize windowSize(600, 784);
 constexpr int lowestWindow = 360;
+constexpr int buttonHeight = 26;
 constexpr double secondsPerMinute = 60;
 } // namespace
 
@@ -29,7 +32,10 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     addGeneral();
     addProcesses();
     addAbout();
-    form_->setLastWord(privacyNote());
+    const bool asksForUpdates = context.updates != nullptr && context.updates->hasUpdater();
+    if (asksForUpdates)
+        addUpdates(*context.updates);
+    form_->setLastWord(privacyNote(asksForUpdates));
     SettingsView::themeChanged();
     resize(width(), windowSize.height());
     // What is said of the process list is to be true at once, not after the next sample.
@@ -144,6 +150,53 @@ void SettingsView::addAbout() {
     coresRow_ = &group.addRow(vantoro::tr("Cores"));
     sensorsRow_ = &group.addRow(vantoro::tr("Sensors found"));
     sourcesRow_ = &group.addRow(vantoro::tr("Data sources"));
+}
+
+void SettingsView::addUpdates(Updates& updates) {
+    updates_ = &form_->addGroup(vantoro::tr("Updates"));
+    automaticRow_ = &updates_->addRow(vantoro::tr("Check for updates automatically"));
+    automatic_ = new Switch(look(), automaticRow_);
+    automatic_->setSpokenName(automaticRow_->title());
+    automaticRow_->setControl(*automatic_, Switch::ringMargin);
+    connect(automatic_, &Switch::toggled, &updates, &Updates::setAutomaticallyChecksForUpdates);
+
+    versionRow_ = &updates_->addRow({});
+    update_ = new Button(look(), Button::Kind::bordered, QString(), versionRow_);
+    update_->setDrawnHeight(buttonHeight);
+    versionRow_->setControl(*update_, Button::ringMargin);
+    versionRow_->setRoomAboveNote(4);
+    connect(update_, &Button::clicked, this,
+            [this, &updates] { perform(shownUpdates_.command, updates, UpdateOrigin::settings); });
+    connect(&updates, &Updates::changed, this, &SettingsView::refreshUpdates);
+    refreshUpdates();
+}
+
+void SettingsView::refreshUpdates() {
+    const UpdatesGroupModel model = updatesGroup(updateState(*context().updates));
+    if (model == shownUpdates_)
+        return;
+    shownUpdates_ = model;
+    automatic_->setOn(model.checksAutomatically);
+    automaticRow_->setNote(model.switchNote);
+    versionRow_->setTitle(model.version);
+    versionRow_->setValue(model.status);
+    versionRow_->setNote(model.note);
+    update_->setText(updateWord(model.command));
+    update_->setEnabled(model.canPress);
+}
+
+void SettingsView::showEvent(QShowEvent* event) {
+    View::showEvent(event);
+    if (updates_ == nullptr)
+        return;
+    // Today's check is yesterday's some time.
+    refreshUpdates();
+    if (!context().updates->revealsUpdatesInSettings())
+        return;
+    context().updates->setRevealsUpdatesInSettings(false);
+    // The form has its height once it was laid out.
+    QMetaObject::invokeMethod(
+        this, [this] { form_->reveal(*updates_); }, Qt::QueuedConnection);
 }
 
 void SettingsView::refresh() {

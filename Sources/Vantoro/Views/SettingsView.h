@@ -3,10 +3,12 @@
 
 #include "Views/SettingsForm.h"
 #include "Views/SettingsModel.h"
+#include "Views/UpdatesModel.h"
 #include "Views/View.h"
 
 namespace vantoro {
 
+class Button;
 class PopUpButton;
 class SegmentedControl;
 class StepSlider;
@@ -19,8 +21,6 @@ public:
     SettingsView(ViewContext& context, SourceNames names, QWidget* parent = nullptr);
 
     void refresh() override;
-    /// Where further groups can be put.
-    SettingsForm& form() const { return *form_; }
 
 signals:
     /// The name that is now stored: "light", "dark", or another for the system's.
@@ -30,6 +30,7 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void themeChanged() override;
 
@@ -39,10 +40,13 @@ private:
     void addGeneral();
     void addProcesses();
     void addAbout();
+    void addUpdates(Updates& updates);
     void present(const SettingsModel& model);
+    void refreshUpdates();
 
     SourceNames names_;
     SettingsModel shown_;
+    UpdatesGroupModel shownUpdates_;
     // All owned by Qt as children.
     SettingsForm* form_;
     SettingsRow* rateRow_ = nullptr;
@@ -63,6 +67,12 @@ private:
     SegmentedControl* appearance_ = nullptr;
     SegmentedControl* unit_ = nullptr;
     PopUpButton* processList_ = nullptr;
+    // These only where there is an updater.
+    SettingsGroup* updates_ = nullptr;
+    SettingsRow* automaticRow_ = nullptr;
+    SettingsRow* versionRow_ = nullptr;
+    Switch* automatic_ = nullptr;
+    Button* update_ = nullptr;
 };
 
 } // namespace vantoro

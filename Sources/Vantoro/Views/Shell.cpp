@@ -1,5 +1,7 @@
 #include "Views/Shell.h"
 
+#include "Model/Log.h"
+#include "Model/Updates.h"
 #include "Platform/Memory.h"
 #include "Views/MenuBarItem.h"
 #include "Views/MenuBarPanel.h"
@@ -16,7 +18,7 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
     : options_(std::move(options))
     , look_{theme_, icons_, clock_, motion}
     , menuBarLook_{theme_, icons_, menuBarClock_, motion}
-    , context_{hub, settings, look_, options_.sources}
+    , context_{hub, settings, look_, options_.sources, options_.updates}
     , menuBarContext_{hub, settings, menuBarLook_}
     , follower_(theme_, options_.looks) {
     follower_.applyAppearance(QString::fromStdString(settings.appearance()));
@@ -50,6 +52,10 @@ void Shell::open() {
             noteMissingMenuBar();
     });
     item_->appear();
+    if (options_.updates != nullptr && options_.updates->takeWantsSettings()) {
+        Log::updates("reopening Settings, where the install was clicked");
+        openSettings();
+    }
 }
 
 void Shell::raiseWindow() {
@@ -62,6 +68,8 @@ void Shell::raiseWindow() {
         connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);
         connect(window_, &MainWindow::canBeSeenChanged, this, &Shell::updateClock);
         connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
+        if (options_.updates != nullptr)
+            connect(window_, &MainWindow::firstSeen, options_.updates, &Updates::windowWasSeen);
     }
     window_->raiseToFront();
 }

@@ -23,6 +23,9 @@ struct ShellOptions {
     bool simulates = false;
     /// What the data comes from.
     SourceNames sources;
+    /// Outlives the shell, and has settled what an update before this start left; null: the program does not update
+    /// itself.
+    Updates* updates = nullptr;
     /// The system's account of how programs are to look; null: the desktop's portal is asked.
     std::shared_ptr<SystemLooks> looks;
     /// What room the menu bar has for the item.
@@ -38,7 +41,8 @@ public:
     Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options);
     ~Shell() override;
 
-    /// Opens the main window, then puts the item into the menu bar.
+    /// Opens the main window, then puts the item into the menu bar; the settings too where an update was installed from
+    /// there.
     void open();
     /// The window in front, opened anew when it was closed.
     void raiseWindow();

@@ -8,12 +8,16 @@
 
 namespace vantoro {
 
+class Updates;
+
 /// What every view is given. All of it outlives the views.
 struct ViewContext {
     SensorHub& hub;
     Settings& settings;
     Look& look;
     SourceNames sources = {};
+    /// Null where the program does not update itself.
+    Updates* updates = nullptr;
 };
 
 class View : public PaintedWidget {

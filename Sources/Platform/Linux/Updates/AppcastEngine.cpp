@@ -1,0 +1,318 @@
+#include "Platform/Linux/Updates/AppcastEngine.h"
+
+#include "Model/Numbers.h"
+#include "Model/VersionOrder.h"
+#include "Platform/Linux/Updates/ReleasePreparation.h"
+#include "Platform/Linux/Updates/UpdateSchedule.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fmt/format.h>
+#include <gnu/libc-version.h>
+#include <QPointer>
+#include <sys/utsname.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+constexpr std::string_view automaticKey = "vantoro.updates.automatic";
+constexpr std::string_view lastCheckKey = "vantoro.updates.lastCheck";
+constexpr std::string_view nextCheckKey = "vantoro.updates.nextCheck";
+
+/// "linux-x86_64": what the feed's entries for this kind of machine say.
+std::string systemName() {
+    struct utsname names = {};
+    ::uname(&names);
+    return fmt::format("linux-{}", names.machine);
+}
+
+} // namespace
+
+AppcastEngine::AppcastEngine(UpdateSetup setup, std::function<double()> share)
+    : setup_(std::move(setup))
+    , share_(std::move(share))
+    , copy_(setup_.program)
+    , canBeReplaced_(!copy_.reasonToStay())
+    , requests_(setup_.version, setup_.authorities) {
+    untilCheck_.setSingleShot(true);
+    untilCheck_.setTimerType(Qt::VeryCoarseTimer);
+    connect(&untilCheck_, &QTimer::timeout, this, &AppcastEngine::checkWhenDue);
+}
+
+AppcastEngine::~AppcastEngine() {
+    isEnding_ = true;
+    joinPreparation();
+    session_.reset();
+}
+
+std::optional<std::string> AppcastEngine::feedAddress() const {
+    // Without a key nothing could ever be installed.
+    return setup_.feed.empty() || setup_.publicKey.empty() ? std::nullopt : std::optional(setup_.feed);
+}
+
+int AppcastEngine::compareVersion(const std::string& version, const std::string& other) const {
+    return compareVersions(version, other);
+}
+
+std::optional<UpdateError> AppcastEngine::startUpdater(UpdateDriver& driver) {
+    const QUrl feed(QString::fromStdString(setup_.feed), QUrl::StrictMode);
+    if (!feed.isValid() || feed.scheme() != "https")
+        return sparkleError(SparkleCode::appcast, "the feed's address is not https");
+    driver_ = &driver;
+    return std::nullopt;
+}
+
+void AppcastEngine::checkForUpdates() {
+    if (!canCheckForUpdates())
+        return;
+    begin(UpdateCheck::byUser);
+    driver_->showUserInitiatedUpdateCheck([this, number = sessionNumber_] {
+        if (session_ && sessionNumber_ == number && session_->feed)
+            end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
+    });
+}
+
+void AppcastEngine::checkForUpdatesInBackground() {
+    if (canCheckForUpdates())
+        begin(UpdateCheck::inBackground);
+}
+
+void AppcastEngine::begin(UpdateCheck check) {
+    ++sessionNumber_;
+    session_ = std::make_unique<Session>();
+    session_->check = check;
+    session_->feed = std::make_unique<FeedRequest>(
+        requests_, QUrl(QString::fromStdString(setup_.feed)),
+        [this](std::variant<QByteArray, UpdateError> result) { answered(std::move(result)); });
+}
+
+void AppcastEngine::answered(std::variant<QByteArray, UpdateError> result) {
+    // The request is still telling.
+    session_->feed.release()->deleteLater();
+    if (const UpdateError* error = std::get_if<UpdateError>(&result)) {
+        fail(*error);
+        return;
+    }
+    const auto entries =
+        parseAppcast(std::get<QByteArray>(result), QUrl(QString::fromStdString(setup_.feed), QUrl::StrictMode));
+    if (!entries) {
+        fail(sparkleError(SparkleCode::appcastParse, "what the server gives is no feed"));
+        return;
+    }
+    setup_.remember(lastCheckKey, fmt::format("{:.0f}", setup_.now()));
+    AppcastChoice choice = chooseUpdate(*entries, setup_.build, systemName(), ::gnu_get_libc_version());
+    if (choice.update) {
+        offer(std::move(*choice.update));
+        return;
+    }
+    UpdateError none = sparkleError(SparkleCode::noUpdate, "the feed has nothing newer for this system");
+    none.latestItem = std::move(choice.latest);
+    none.noUpdateReason = choice.reason;
+    driver_->updaterDidNotFindUpdate(none);
+    if (session_->check == UpdateCheck::byUser)
+        driver_->showUpdateNotFoundWithError(none, [] {});
+    end(std::nullopt);
+}
+
+void AppcastEngine::offer(AppcastEntry entry) {
+    const std::uint64_t length = entry.item.contentLength;
+    if (!entry.item.isInformationOnlyUpdate) {
+        if (entry.signature.empty()) {
+            fail(sparkleError(SparkleCode::insufficientSigning, "the newest entry is not signed"));
+            return;
+        }
+        if (length == 0 || length > mostArchiveBytes) {
+            fail(sparkleError(SparkleCode::appcastParse, fmt::format("an archive of {} bytes", length)));
+            return;
+        }
+    }
+    session_->entry = std::move(entry);
+    driver_->showUpdateFound(
+        session_->entry.item,
+        {.stage = UserUpdateState::Stage::notDownloaded, .userInitiated = session_->check == UpdateCheck::byUser},
+        replyTo([this] { download(); }));
+}
+
+UpdateReply AppcastEngine::replyTo(std::function<void()> accepted) {
+    return [self = QPointer(this), number = sessionNumber_, accepted = std::move(accepted),
+            isAnswered = false](UpdateChoice choice) mutable {
+        if (!self || !self->session_ || self->sessionNumber_ != number || std::exchange(isAnswered, true))
+            return;
+        if (choice == UpdateChoice::install)
+            accepted();
+        else
+            self->end(std::nullopt);
+    };
+}
+
+void AppcastEngine::download() {
+    if (session_->entry.item.isInformationOnlyUpdate) {
+        end(std::nullopt);
+        return;
+    }
+    // Asked anew: the folder can have changed hands since.
+    if (const auto reason = copy_.reasonToStay()) {
+        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+        return;
+    }
+    const AppcastEntry& entry = session_->entry;
+    const std::string path = copy_.downloadPath(entry.signature);
+    copy_.removeDownloadsBut(path);
+    driver_->showDownloadInitiated([this, number = sessionNumber_] {
+        if (session_ && sessionNumber_ == number && session_->download && !session_->isPreparing)
+            end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
+    });
+    driver_->showDownloadDidReceiveExpectedContentLength(entry.item.contentLength);
+    session_->download = std::make_unique<ArchiveDownload>(
+        requests_, entry.archive, entry.item.contentLength, path,
+        DownloadListener{.received = [this](std::uint64_t bytes) { driver_->showDownloadDidReceiveData(bytes); },
+                         .startedOver = [this] { driver_->showDownloadInitiated([] {}); },
+                         .finished =
+                             [this](std::optional<UpdateError> error) {
+                                 if (error)
+                                     fail(*error);
+                                 else
+                                     prepare();
+                             }});
+    session_->download->start();
+}
+
+void AppcastEngine::prepare() {
+    driver_->showDownloadDidStartExtractingUpdate();
+    session_->isPreparing = true;
+    const AppcastEntry& entry = session_->entry;
+    joinPreparation();
+    preparation_ = std::thread([this, number = sessionNumber_, archive = session_->download->takeFile(),
+                                expected = ExpectedRelease{.publicKey = setup_.publicKey,
+                                                           .signature = entry.signature,
+                                                           .version = entry.item.displayVersionString,
+                                                           .build = entry.item.versionString,
+                                                           .currentBuild = setup_.build}] {
+        int shownPercent = 0;
+        const auto progress = [&](double share) {
+            // A message for every block would be thousands.
+            if (const int percent = static_cast<int>(share * 100); percent > shownPercent) {
+                shownPercent = percent;
+                QMetaObject::invokeMethod(this, [this, number, share] {
+                    if (session_ && sessionNumber_ == number)
+                        driver_->showExtractionReceivedProgress(share);
+                });
+            }
+            return !isEnding_.load();
+        };
+        auto result = prepareRelease(archive, expected, copy_, progress);
+        QMetaObject::invokeMethod(this, [this, result = std::move(result)] { prepared(result); });
+    });
+}
+
+void AppcastEngine::prepared(std::variant<std::string, UpdateError> result) {
+    joinPreparation();
+    session_->isPreparing = false;
+    session_->download.reset();
+    // Used up, whichever way it went: what was refused must not be taken up again.
+    ::unlink(copy_.downloadPath(session_->entry.signature).c_str());
+    if (const UpdateError* error = std::get_if<UpdateError>(&result)) {
+        fail(*error);
+        return;
+    }
+    session_->staged = std::get<std::string>(std::move(result));
+    driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
+}
+
+void AppcastEngine::install() {
+    if (const auto reason = copy_.exchangeWith(session_->staged)) {
+        fail(sparkleError(SparkleCode::fileCopyFailure, *reason));
+        return;
+    }
+    session_->staged.clear();
+    driver_->showInstallingUpdate(false, [] {});
+    setup_.relaunch(copy_.program());
+}
+
+void AppcastEngine::fail(const UpdateError& error) {
+    // Whoever did not ask is not told.
+    if (session_->check == UpdateCheck::byUser || session_->download || !session_->entry.signature.empty())
+        driver_->showUpdaterError(error, [] {});
+    end(error);
+}
+
+void AppcastEngine::end(std::optional<UpdateError> error) {
+    const std::unique_ptr<Session> ended = std::exchange(session_, nullptr);
+    // Each of the two may be telling.
+    if (ended->feed)
+        ended->feed.release()->deleteLater();
+    if (ended->download)
+        ended->download.release()->deleteLater();
+    if (!ended->staged.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove_all(ended->staged, ignored);
+    }
+    setup_.remember(nextCheckKey,
+                    fmt::format("{:.0f}", nextAutomaticCheck(setup_.now(), true, error.has_value(), share_())));
+    planCheck();
+    driver_->dismissUpdateInstallation();
+    driver_->didFinishUpdateCycleFor(ended->check, error);
+    // Connections and certificates are worth nothing until tomorrow.
+    if (!session_)
+        requests_.close();
+}
+
+void AppcastEngine::joinPreparation() {
+    if (preparation_.joinable())
+        preparation_.join();
+}
+
+bool AppcastEngine::automaticallyChecksForUpdates() const {
+    const std::string stored = setup_.recall(automaticKey);
+    return stored.empty() ? canBeReplaced_ : stored == "1";
+}
+
+void AppcastEngine::setAutomaticallyChecksForUpdates(bool automatic) {
+    setup_.remember(automaticKey, automatic ? "1" : "0");
+    planCheck();
+}
+
+std::optional<double> AppcastEngine::lastUpdateCheckDate() const {
+    return recalled(lastCheckKey);
+}
+
+void AppcastEngine::windowWasSeen() {
+    if (std::exchange(windowWasSeen_, true))
+        return;
+    // This copy has started: nobody needs the one before it any more.
+    copy_.removePrevious();
+    planCheck();
+}
+
+void AppcastEngine::planCheck() {
+    using namespace std::chrono;
+    if (!windowWasSeen_ || driver_ == nullptr || !automaticallyChecksForUpdates()) {
+        untilCheck_.stop();
+        return;
+    }
+    const double now = setup_.now();
+    const std::optional<double> stored = recalled(nextCheckKey);
+    const double planned = plannedCheck(stored, now, share_());
+    if (planned != stored)
+        setup_.remember(nextCheckKey, fmt::format("{:.0f}", planned));
+    // Timers stand still while the machine sleeps: the clock is looked at once an hour.
+    constexpr double longestWait = 3600;
+    untilCheck_.start(duration_cast<milliseconds>(duration<double>(std::clamp(planned - now, 1.0, longestWait))));
+}
+
+void AppcastEngine::checkWhenDue() {
+    if (recalled(nextCheckKey).value_or(0) <= setup_.now() && canCheckForUpdates())
+        checkForUpdatesInBackground();
+    else
+        planCheck();
+}
+
+std::optional<double> AppcastEngine::recalled(std::string_view key) const {
+    return parseDecimal(setup_.recall(key));
+}
+
+} // namespace vantoro

@@ -1,0 +1,85 @@
+// The update engine where no framework of the system's brings one: a signed appcast over https, and a copy of the
+// program that an archive made and that is exchanged as a whole.
+#pragma once
+
+#include "Platform/CurrentUpdateEngine.h"
+#include "Platform/Linux/Updates/Appcast.h"
+#include "Platform/Linux/Updates/ArchiveDownload.h"
+#include "Platform/Linux/Updates/FeedRequest.h"
+#include "Platform/Linux/Updates/InstalledCopy.h"
+
+#include <atomic>
+#include <thread>
+
+namespace vantoro {
+
+/// One session at a time: asking the feed, then, when the driver's answer is to install, downloading, preparing and
+/// exchanging. Nothing of the running copy is touched before its successor lies checked beside it.
+class AppcastEngine : public QObject, public UpdateEngine {
+    Q_OBJECT
+public:
+    /// The largest archive that is fetched.
+    static constexpr std::uint64_t mostArchiveBytes = 512ULL * 1024 * 1024;
+
+    /// `share` draws numbers from 0 to 1, for the hour within which an automatic check comes.
+    AppcastEngine(UpdateSetup setup, std::function<double()> share);
+    ~AppcastEngine() override;
+
+    std::optional<std::string> feedAddress() const override;
+    std::string currentVersion() const override { return setup_.version; }
+    std::string currentBuild() const override { return setup_.build; }
+    int compareVersion(const std::string& version, const std::string& other) const override;
+    std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
+    bool canCheckForUpdates() const override { return driver_ != nullptr && !session_; }
+    void checkForUpdates() override;
+    void checkForUpdatesInBackground() override;
+    bool automaticallyChecksForUpdates() const override;
+    void setAutomaticallyChecksForUpdates(bool automatic) override;
+    std::optional<double> lastUpdateCheckDate() const override;
+    void windowWasSeen() override;
+
+private:
+    /// What one check has come to.
+    struct Session {
+        UpdateCheck check = UpdateCheck::byUser;
+        std::unique_ptr<FeedRequest> feed;
+        AppcastEntry entry;
+        std::unique_ptr<ArchiveDownload> download;
+        /// The archive is being checked and unpacked on a thread of its own: there is no going back until it is done.
+        bool isPreparing = false;
+        std::string staged;
+    };
+
+    void begin(UpdateCheck check);
+    void answered(std::variant<QByteArray, UpdateError> result);
+    void offer(AppcastEntry entry);
+    void download();
+    void prepare();
+    void prepared(std::variant<std::string, UpdateError> result);
+    void install();
+    void fail(const UpdateError& error);
+    void end(std::optional<UpdateError> error);
+    /// The answer to what is offered, which the driver may keep for as long as it likes.
+    UpdateReply replyTo(std::function<void()> accepted);
+    void joinPreparation();
+    void planCheck();
+    void checkWhenDue();
+    std::optional<double> recalled(std::string_view key) const;
+
+    UpdateSetup setup_;
+    std::function<double()> share_;
+    InstalledCopy copy_;
+    /// Read once: it does not change while the program runs.
+    bool canBeReplaced_;
+    UpdateRequests requests_;
+    UpdateDriver* driver_ = nullptr;
+    std::unique_ptr<Session> session_;
+    /// Of the session that replies belong to.
+    std::uint64_t sessionNumber_ = 0;
+    bool windowWasSeen_ = false;
+    QTimer untilCheck_;
+    std::thread preparation_;
+    std::atomic<bool> isEnding_ = false;
+};
+
+} // namespace vantoro

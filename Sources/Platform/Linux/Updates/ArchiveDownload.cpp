@@ -1,0 +1,178 @@
+#include "Platform/Linux/Updates/ArchiveDownload.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <QTimer>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+constexpr int mostResumptions = 5;
+constexpr int partialContent = 206;
+constexpr int rangeNotSatisfiable = 416;
+
+/// Opens the file for this user alone; none when something else than a plain file of the user's own lies there.
+Descriptor openPrivately(const std::string& path) {
+    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+    struct stat status = {};
+    if (!file || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != ::geteuid() ||
+        status.st_nlink != 1 || ::fchmod(file.number(), 0600) != 0)
+        return Descriptor();
+    return file;
+}
+
+} // namespace
+
+ArchiveDownload::ArchiveDownload(UpdateRequests& requests, QUrl url, std::uint64_t length, std::string path,
+                                 DownloadListener listener)
+    : requests_(requests)
+    , url_(std::move(url))
+    , length_(length)
+    , path_(std::move(path))
+    , listener_(std::move(listener)) {}
+
+ArchiveDownload::~ArchiveDownload() {
+    stop();
+}
+
+void ArchiveDownload::start() {
+    // Nobody is told before this returns.
+    QTimer::singleShot(0, this, [this] {
+        file_ = openPrivately(path_);
+        if (!file_) {
+            finish(sparkleError(SparkleCode::installationWriteNoPermission,
+                                fmt::format("{}: {}", path_, std::strerror(errno))));
+            return;
+        }
+        const off_t size = ::lseek(file_.number(), 0, SEEK_END);
+        received_ = size > 0 ? static_cast<std::uint64_t>(size) : 0;
+        if (received_ > length_ && !startOver())
+            return;
+        if (received_ > 0)
+            listener_.received(received_);
+        if (received_ == length_)
+            finish(std::nullopt);
+        else
+            request();
+    });
+}
+
+void ArchiveDownload::request() {
+    stop();
+    isJudged_ = false;
+    receivedBefore_ = received_;
+    reply_ = requests_.get(url_, static_cast<qint64>(received_));
+    if (!reply_) {
+        finish(sparkleError(SparkleCode::download, "the archive's address is not https"));
+        return;
+    }
+    connect(reply_.get(), &QNetworkReply::readyRead, this, &ArchiveDownload::read);
+    connect(reply_.get(), &QNetworkReply::finished, this, &ArchiveDownload::ended);
+}
+
+void ArchiveDownload::judgeHeaders() {
+    const int status = httpStatus(*reply_);
+    if (isJudged_ || status == 0)
+        return;
+    isJudged_ = true;
+    if (status == rangeNotSatisfiable && received_ > 0) {
+        if (startOver())
+            request();
+        return;
+    }
+    if (status != 200 && status != partialContent) {
+        finish(sparkleError(SparkleCode::download, fmt::format("the server answers {}", status)));
+        return;
+    }
+    const auto expectedStart = fmt::format("bytes {}-", received_);
+    const bool goesOn = status == partialContent &&
+                        reply_->rawHeader("Content-Range").startsWith(QByteArray::fromStdString(expectedStart));
+    if (status == partialContent && !goesOn) {
+        refuse("the server sends another part than was asked for");
+        return;
+    }
+    if (!goesOn && received_ > 0 && !startOver())
+        return;
+    const QVariant size = reply_->header(QNetworkRequest::ContentLengthHeader);
+    if (size.isValid() && size.toULongLong() + received_ != length_)
+        refuse(fmt::format("the server has {} bytes, not {}", size.toULongLong() + received_, length_));
+}
+
+void ArchiveDownload::read() {
+    std::array<char, 64 * 1024> block;
+    while (reply_) {
+        judgeHeaders();
+        if (!reply_ || !isJudged_)
+            return;
+        const qint64 size = reply_->read(block.data(), block.size());
+        if (size <= 0)
+            return;
+        if (received_ + static_cast<std::uint64_t>(size) > length_) {
+            refuse("the server sends more than was announced");
+            return;
+        }
+        if (::pwrite(file_.number(), block.data(), static_cast<std::size_t>(size), static_cast<off_t>(received_)) !=
+            size) {
+            finish(sparkleError(SparkleCode::temporaryDirectory, fmt::format("{}: {}", path_, std::strerror(errno))));
+            return;
+        }
+        received_ += static_cast<std::uint64_t>(size);
+        listener_.received(static_cast<std::uint64_t>(size));
+    }
+}
+
+void ArchiveDownload::ended() {
+    read();
+    if (!reply_)
+        return;
+    if (received_ == length_) {
+        finish(std::nullopt);
+    } else if (received_ > receivedBefore_ && resumptions_ < mostResumptions) {
+        ++resumptions_;
+        request();
+    } else if (reply_->error() != QNetworkReply::NoError) {
+        finish(requestError(*reply_, SparkleCode::download));
+    } else {
+        finish(sparkleError(SparkleCode::download, "the connection ended early"));
+    }
+}
+
+void ArchiveDownload::stop() {
+    if (!reply_)
+        return;
+    reply_->disconnect(this);
+    reply_->abort();
+    // It may be the one that is telling.
+    reply_.release()->deleteLater();
+}
+
+bool ArchiveDownload::startOver() {
+    received_ = 0;
+    if (::ftruncate(file_.number(), 0) != 0) {
+        finish(sparkleError(SparkleCode::temporaryDirectory, fmt::format("{}: {}", path_, std::strerror(errno))));
+        return false;
+    }
+    listener_.startedOver();
+    return true;
+}
+
+void ArchiveDownload::refuse(const std::string& why) {
+    ::unlink(path_.c_str());
+    finish(sparkleError(SparkleCode::validation, why));
+}
+
+void ArchiveDownload::finish(std::optional<UpdateError> error) {
+    stop();
+    // Whoever is told may destroy this.
+    if (const auto finished = std::exchange(listener_.finished, nullptr))
+        finished(std::move(error));
+}
+
+} // namespace vantoro

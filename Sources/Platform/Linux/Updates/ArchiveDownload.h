@@ -1,0 +1,58 @@
+// Downloads an archive into a private file, from where an earlier attempt stopped.
+#pragma once
+
+#include "Platform/Linux/KeptFile.h"
+#include "Platform/Linux/Updates/UpdateRequest.h"
+
+namespace vantoro {
+
+/// Whom a download tells, on the main thread.
+struct DownloadListener {
+    /// Bytes that have come since the last call; what an earlier attempt left counts in the first one.
+    std::function<void(std::uint64_t bytes)> received;
+    /// The server sends it from the start after all.
+    std::function<void()> startedOver;
+    /// Once, at the end: nothing went wrong, or what did. The file holds exactly the length asked for where nothing
+    /// did.
+    std::function<void(std::optional<UpdateError> error)> finished;
+};
+
+/// One download; destroying it ends it without a word and leaves what came for the next one. A connection that breaks
+/// is taken up again where it brought anything, up to five times. More or less than the length asked for is refused and
+/// thrown away.
+class ArchiveDownload : public QObject {
+    Q_OBJECT
+public:
+    ArchiveDownload(UpdateRequests& requests, QUrl url, std::uint64_t length, std::string path,
+                    DownloadListener listener);
+    ~ArchiveDownload() override;
+
+    void start();
+    /// The open file, once the download has finished; the caller's from then on.
+    Descriptor takeFile() { return std::move(file_); }
+
+private:
+    void request();
+    void judgeHeaders();
+    void read();
+    void ended();
+    void stop();
+    void finish(std::optional<UpdateError> error);
+    /// Throws away what came: it can be no part of the archive.
+    void refuse(const std::string& why);
+    bool startOver();
+
+    UpdateRequests& requests_;
+    QUrl url_;
+    std::uint64_t length_;
+    std::string path_;
+    DownloadListener listener_;
+    Descriptor file_;
+    std::unique_ptr<QNetworkReply> reply_;
+    std::uint64_t received_ = 0;
+    std::uint64_t receivedBefore_ = 0;
+    bool isJudged_ = false;
+    int resumptions_ = 0;
+};
+
+} // namespace vantoro

@@ -1,0 +1,33 @@
+// From a downloaded archive to a folder that can take the place of the running copy.
+#pragma once
+
+#include "Platform/Linux/KeptFile.h"
+#include "Platform/Linux/Updates/InstalledCopy.h"
+#include "Platform/UpdateEngine.h"
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <variant>
+
+namespace vantoro {
+
+/// What an archive has to be.
+struct ExpectedRelease {
+    std::string publicKey;
+    std::string signature;
+    std::string version;
+    std::string build;
+    /// The running copy's, which it has to be newer than.
+    std::string currentBuild;
+};
+
+/// Checks the signature over the whole archive; then unpacks it beside the copy; then checks that it is the release it
+/// was announced as, whole, and newer; then has its program say its version, so that one that cannot run here takes no
+/// place. The staged folder, or what went wrong, with nothing left behind. Any thread; slow. `progress`: 0 to 1; false
+/// ends it.
+std::variant<std::string, UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
+                                                      const InstalledCopy& copy,
+                                                      const std::function<bool(double share)>& progress);
+
+} // namespace vantoro
