@@ -41,3 +41,4 @@ set(nlohmann_json_DIR ${CMAKE_CURRENT_LIST_DIR}/mac-packages CACHE PATH "" FORCE
 set(ZLIB_INCLUDE_DIR ${headers} CACHE PATH "" FORCE)
 set(ZLIB_LIBRARY ${stubs}/lib/libz.tbd CACHE FILEPATH "" FORCE)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY NEVER)
+set(CMAKE_FRAMEWORK_PATH ${stubs}/Frameworks)

@@ -6,6 +6,8 @@
 #include "Model/SMCReader.h"
 #include "Model/Telemetry.h"
 #include "Platform/CurrentPlatform.h"
+#include "Platform/CurrentUpdateEngine.h"
+#include "Platform/SystemLog.h"
 
 int main() {
     const vantoro::Platform platform = vantoro::currentPlatform("/");
@@ -14,6 +16,8 @@ int main() {
     vantoro::ior_use(platform.energyReport);
     const vantoro::SMCReader sensors({});
     const vantoro::RecordingReader recording("/dev/null");
+    const std::shared_ptr<vantoro::UpdateEngine> engine = vantoro::currentUpdateEngine({});
+    vantoro::writeSystemLog("updates", engine->currentVersion());
     const bool isHot = vantoro::Snapshot::heatLoad(platform.thermalState->rawValue()) > 0;
     return isHot || recording.error() ? 1 : 0;
 }

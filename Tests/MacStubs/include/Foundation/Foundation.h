@@ -3,6 +3,14 @@
 
 #import <objc/NSObject.h>
 
+@class NSString;
+
+typedef enum NSComparisonResult : NSInteger {
+    NSOrderedAscending = -1,
+    NSOrderedSame,
+    NSOrderedDescending
+} NSComparisonResult;
+
 typedef enum NSProcessInfoThermalState : NSInteger {
     NSProcessInfoThermalStateNominal,
     NSProcessInfoThermalStateFair,
@@ -15,12 +23,58 @@ typedef enum NSProcessInfoThermalState : NSInteger {
 @property(readonly) NSProcessInfoThermalState thermalState;
 @end
 
-@interface NSString : NSObject
-- (BOOL)isEqualToString:(NSString*)other;
+typedef double NSTimeInterval;
+typedef NSString* NSErrorDomain;
+typedef NSString* NSErrorUserInfoKey;
+typedef NSUInteger NSStringEncoding;
+
+enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 5 };
+enum : NSInteger { NSUserCancelledError = 3072 };
+
+extern NSErrorDomain const NSCocoaErrorDomain;
+extern NSErrorDomain const NSURLErrorDomain;
+
+@interface NSData : NSObject
 @end
 
-@interface NSArray : NSObject
-+ (instancetype)arrayWithObjects:(id)first, ...;
+@interface NSString : NSObject
++ (instancetype)stringWithUTF8String:(const char*)text;
+- (instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding;
+- (BOOL)isEqualToString:(NSString*)other;
+@property(readonly) const char* UTF8String;
+@end
+
+@interface NSNumber : NSObject
+@property(readonly) int intValue;
+@end
+
+@interface NSDate : NSObject
+@property(readonly) NSTimeInterval timeIntervalSince1970;
+@end
+
+@interface NSArray<__covariant Element> : NSObject
++ (instancetype)array;
++ (instancetype)arrayWithObjects:(Element)first, ...;
+@end
+
+@interface NSDictionary<__covariant Key, __covariant Value> : NSObject
+- (Value)objectForKey:(Key)key;
+@end
+
+@interface NSError : NSObject
++ (instancetype)errorWithDomain:(NSErrorDomain)domain
+                           code:(NSInteger)code
+                       userInfo:(NSDictionary<NSErrorUserInfoKey, id>*)userInfo;
+@property(readonly, copy) NSErrorDomain domain;
+@property(readonly) NSInteger code;
+@property(readonly, copy) NSDictionary<NSErrorUserInfoKey, id>* userInfo;
+@property(readonly, copy) NSString* localizedDescription;
+@end
+
+@interface NSBundle : NSObject
+@property(class, readonly, strong) NSBundle* mainBundle;
+@property(readonly, copy) NSString* bundleIdentifier;
+- (id)objectForInfoDictionaryKey:(NSString*)key;
 @end
 
 @interface NSNotification : NSObject

@@ -1,0 +1,9 @@
+#include "Platform/CurrentUpdateEngine.h"
+
+namespace vantoro {
+
+std::shared_ptr<UpdateEngine> currentUpdateEngine(UpdateSetup /*setup*/) {
+    return nullptr;
+}
+
+} // namespace vantoro
