@@ -73,6 +73,12 @@ std::string systemFault(const std::string& what) {
     return fmt::format("{}: {}", what, std::strerror(errno));
 }
 
+/// The library does not always say what is wrong.
+std::string libraryFault(archive* reader) {
+    const char* const text = archive_error_string(reader);
+    return text != nullptr ? text : "unreadable";
+}
+
 /// One run through an archive.
 class Unpacking {
 public:
@@ -122,7 +128,7 @@ private:
             if (size == 0)
                 return std::nullopt;
             if (size < 0)
-                return fmt::format("'{}' is damaged: {}", path, archive_error_string(reader_));
+                return fmt::format("'{}' is damaged: {}", path, libraryFault(reader_));
             bytes_ += static_cast<std::uint64_t>(size);
             if (bytes_ > limits_.bytes)
                 return "the archive holds too much";
@@ -156,7 +162,7 @@ std::optional<std::string> unpackArchive(int file, const std::string& folder,
     archive_read_support_filter_xz(reader.get());
     archive_read_support_filter_zstd(reader.get());
     if (archive_read_open_fd(reader.get(), file, blockBytes) != ARCHIVE_OK)
-        return fmt::format("not an archive: {}", archive_error_string(reader.get()));
+        return fmt::format("not an archive: {}", libraryFault(reader.get()));
 
     const auto total = static_cast<double>(std::max<off_t>(status.st_size, 1));
     const auto goesOn = [&] {
@@ -169,7 +175,7 @@ std::optional<std::string> unpackArchive(int file, const std::string& folder,
         if (result == ARCHIVE_EOF)
             break;
         if (result != ARCHIVE_OK)
-            return fmt::format("the archive is damaged: {}", archive_error_string(reader.get()));
+            return fmt::format("the archive is damaged: {}", libraryFault(reader.get()));
         if (auto fault = unpacking.take(entry, goesOn))
             return fault;
     }

@@ -1,0 +1,124 @@
+// The built program updating itself: version 1 in a folder of its own, version 2 signed and published by the
+// maintainer's tool on a server of the test's.
+#include "Support/ChildProgram.h"
+#include "Support/EventLoop.h"
+#include "Updates/ReleaseMaker.h"
+#include "Updates/UpdateServer.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <QFile>
+
+namespace vantoro {
+namespace {
+
+namespace fs = std::filesystem;
+using test::ChildProgram;
+using testing::ArchiveItem;
+using testing::fileText;
+using testing::waitUntil;
+
+class ProgramUpdate : public ::testing::Test {
+protected:
+    ProgramUpdate() {
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
+            ::setenv(name, (folder.path() + "/home").c_str(), 1);
+        fs::create_directories(folder.path() + "/home");
+        fs::permissions(folder.path() + "/home", fs::perms::owner_all);
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        ::setenv("VANTORO_TEST_FEED", server.address("/appcast.xml").c_str(), 1);
+        ::setenv("VANTORO_TEST_AUTHORITIES", testing::UpdateServer::authorities().c_str(), 1);
+        ::setenv("VANTORO_TEST_KEY", signUpdate({"make-keys", path("private-key")}).c_str(), 1);
+        for (const ArchiveItem& item : program(VANTORO_PROGRAM_1, "1.0", "100")) {
+            const std::string name = "Vantoro" + item.path.substr(item.path.find('/'));
+            folder.write(name, item.content);
+            fs::permissions(path(name), fs::perms(item.mode));
+        }
+    }
+
+    std::string path(const std::string& name) const { return folder.path() + "/" + name; }
+
+    static std::vector<ArchiveItem> program(const char* file, const std::string& version, const std::string& build) {
+        const std::string top = "Vantoro-" + version + "/";
+        return {{.path = top + "bin/vantoro", .content = fileText(file), .mode = 0755},
+                {.path = top + "bin/vantoro-top", .content = fileText(VANTORO_TOP_PROGRAM), .mode = 0755},
+                {.path = top + "share/vantoro/manifest.json",
+                 .content = fmt::format(R"({{"version":"{}","build":"{}","files":["bin/vantoro","bin/vantoro-top"]}})",
+                                        version, build)}};
+    }
+    /// What the tool prints, without its end of line.
+    static std::string signUpdate(std::vector<std::string> words) {
+        words.insert(words.begin(), VANTORO_SIGN_UPDATE);
+        ChildProgram tool(words);
+        EXPECT_EQ(tool.wait(), 0) << tool.errors();
+        const std::string text = tool.output();
+        return text.substr(0, text.find('\n'));
+    }
+    void publish(const QByteArray& archive) {
+        folder.write("archive.tar.gz", archive.toStdString());
+        folder.write("notes.html", "<ul><li>Cooler & quieter</li></ul>");
+        signUpdate({"entry", path("private-key"), path("archive.tar.gz"), "--version", "2.0", "--build", "200", "--url",
+                    "archive.tar.gz", "--system", testing::thisSystem(), "--notes", path("notes.html"), "--feed",
+                    path("appcast.xml")});
+        server.resources["/appcast.xml"].body = QByteArray::fromStdString(fileText(path("appcast.xml")));
+        server.resources["/archive.tar.gz"].body = archive;
+    }
+    std::vector<std::string> command() const {
+        return {path("Vantoro/bin/vantoro"), "--simulate", "--check-for-updates", "--install-update",
+                "--debug-updates"};
+    }
+
+    test::TemporaryFolder folder;
+    testing::UpdateServer server;
+};
+
+TEST_F(ProgramUpdate, VersionOneBecomesVersionTwo) {
+    publish(testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200")));
+    ChildProgram vantoro(command());
+    const auto says = [&](const std::string& line) { return vantoro.output().find(line + "\n") != std::string::npos; };
+    EXPECT_TRUE(waitUntil([&] { return says("UPDATE phase updated"); }, std::chrono::seconds(60)))
+        << vantoro.output() << vantoro.errors();
+    for (const char* const line :
+         {"UPDATE phase available 2.0 (200)", "UPDATE phase downloading 2.0 (200)", "UPDATE phase installing 2.0 (200)",
+          "UPDATE relaunch marker from build 100, origin controlBar", "UPDATE relaunched into 2.0 (from build 100)"})
+        EXPECT_TRUE(says(line)) << line << "\n" << vantoro.output();
+    // The same process, and the only instance, is the new version now; the old copy goes once a window was seen.
+    EXPECT_EQ(fs::read_symlink(fmt::format("/proc/{}/exe", vantoro.pid())), path("Vantoro/bin/vantoro"));
+    EXPECT_TRUE(waitUntil([&] { return !fs::exists(path(".Vantoro.previous")); }));
+    EXPECT_EQ(server.requestsFor("/archive.tar.gz"), 1);
+    vantoro.signal(SIGTERM);
+    EXPECT_EQ(vantoro.wait(), 0);
+    EXPECT_EQ(vantoro.errors(), "");
+    ChildProgram version({path("Vantoro/bin/vantoro"), "--version"});
+    version.wait();
+    EXPECT_EQ(version.output(), "vantoro 2.0\n");
+    // Started once more it has nothing to settle.
+    ChildProgram again({path("Vantoro/bin/vantoro"), "--simulate", "--debug-updates"});
+    EXPECT_TRUE(waitUntil([&] { return again.output().find("UPDATE started") != std::string::npos; }));
+    EXPECT_EQ(again.output().find("relaunch"), std::string::npos);
+    again.signal(SIGTERM);
+    EXPECT_EQ(again.wait(), 0);
+}
+
+TEST_F(ProgramUpdate, AForgedVersionTwoLeavesVersionOneRunning) {
+    const QByteArray archive = testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200"));
+    publish(archive);
+    QByteArray& served = server.resources["/archive.tar.gz"].body;
+    served[served.size() / 2] = static_cast<char>(served[served.size() / 2] ^ 1);
+    ChildProgram vantoro(command());
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            return vantoro.output().find("UPDATE phase failed 2.0 (200): Not installed: it couldn't be verified.\n") !=
+                   std::string::npos;
+        },
+        std::chrono::seconds(60)))
+        << vantoro.output();
+    vantoro.signal(SIGTERM);
+    EXPECT_EQ(vantoro.wait(), 0);
+    ChildProgram version({path("Vantoro/bin/vantoro"), "--version"});
+    version.wait();
+    EXPECT_EQ(version.output(), "vantoro 1.0\n");
+}
+
+} // namespace
+} // namespace vantoro
