@@ -25,6 +25,8 @@ protected:
             ::setenv(name, (folder.path() + "/home").c_str(), 1);
         fs::create_directories(folder.path() + "/home");
         fs::permissions(folder.path() + "/home", fs::perms::owner_all);
+        // Where a second launch would look for the first one.
+        ::setenv("TMPDIR", (folder.path() + "/home").c_str(), 1);
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
         ::setenv("VANTORO_TEST_FEED", server.address("/appcast.xml").c_str(), 1);
         ::setenv("VANTORO_TEST_AUTHORITIES", testing::UpdateServer::authorities().c_str(), 1);
@@ -35,6 +37,8 @@ protected:
             fs::permissions(path(name), fs::perms(item.mode));
         }
     }
+
+    ~ProgramUpdate() override { ::unsetenv("TMPDIR"); }
 
     std::string path(const std::string& name) const { return folder.path() + "/" + name; }
 

@@ -175,21 +175,22 @@ TEST_F(AppcastEngineTest, ABrokenDownloadGoesOnWhereItStopped) {
     archive.cutAfter = 100'000;
     install();
     EXPECT_NE(relaunched, "");
-    EXPECT_EQ(server.requestsFor("/archive.tar.gz"), (good.size() + 99'999) / 100'000);
+    EXPECT_GE(server.requestsFor("/archive.tar.gz"), 5);
 }
 
 TEST_F(AppcastEngineTest, ADownloadGoesOnInTheNextAttempt) {
     publish(good);
-    server.resources["/archive.tar.gz"].cutAfter = 20'000;
+    server.resources["/archive.tar.gz"].cutAfter = 10'000;
     install();
     EXPECT_EQ(updates->phase().message, unreachable);
-    const int requestsBefore = server.requestsFor("/archive.tar.gz");
-    EXPECT_EQ(requestsBefore, 6);
+    const auto remains = InstalledCopy(copy() + "/bin/vantoro").downloadPath(key.signatureOver(good));
+    const std::uintmax_t kept = fs::file_size(remains);
+    EXPECT_GT(kept, 0U);
+    EXPECT_EQ(fs::status(remains).permissions(), fs::perms(0600));
     server.resources["/archive.tar.gz"].cutAfter.reset();
     install();
     EXPECT_NE(relaunched, "");
-    EXPECT_EQ(server.requestsFor("/archive.tar.gz"), requestsBefore + 1);
-    EXPECT_NE(server.requests.back().find("Range: bytes=120000-"), std::string::npos);
+    EXPECT_NE(server.requests.back().find("Range: bytes=" + std::to_string(kept) + "-\r\n"), std::string::npos);
 }
 
 TEST_F(AppcastEngineTest, WithoutRangesADownloadStartsOver) {

@@ -14,7 +14,9 @@ namespace vantoro {
 
 namespace {
 
-constexpr int mostResumptions = 5;
+constexpr int mostResumptions = 20;
+constexpr int mostFruitlessAttempts = 3;
+constexpr int pauseMilliseconds = 500;
 constexpr int partialContent = 206;
 constexpr int rangeNotSatisfiable = 416;
 
@@ -134,9 +136,12 @@ void ArchiveDownload::ended() {
         return;
     if (received_ == length_) {
         finish(std::nullopt);
-    } else if (received_ > receivedBefore_ && resumptions_ < mostResumptions) {
-        ++resumptions_;
-        request();
+        return;
+    }
+    const bool isFruitless = received_ <= receivedBefore_;
+    fruitlessAttempts_ = isFruitless ? fruitlessAttempts_ + 1 : 0;
+    if (fruitlessAttempts_ < mostFruitlessAttempts && ++resumptions_ <= mostResumptions) {
+        QTimer::singleShot(isFruitless ? pauseMilliseconds : 0, this, &ArchiveDownload::request);
     } else if (reply_->error() != QNetworkReply::NoError) {
         finish(requestError(*reply_, SparkleCode::download));
     } else {

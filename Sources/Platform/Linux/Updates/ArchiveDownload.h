@@ -53,6 +53,8 @@ private:
     std::uint64_t receivedBefore_ = 0;
     bool isJudged_ = false;
     int resumptions_ = 0;
+    /// In a row, without a byte that was missing.
+    int fruitlessAttempts_ = 0;
 };
 
 } // namespace vantoro
