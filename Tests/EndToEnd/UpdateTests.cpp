@@ -46,8 +46,10 @@ protected:
         const std::string top = "Vantoro-" + version + "/";
         return {{.path = top + "bin/vantoro", .content = fileText(file), .mode = 0755},
                 {.path = top + "bin/vantoro-top", .content = fileText(VANTORO_TOP_PROGRAM), .mode = 0755},
+                {.path = top + "bin/vantoro-update", .content = fileText(VANTORO_UPDATE_PROGRAM), .mode = 0755},
                 {.path = top + "share/vantoro/manifest.json",
-                 .content = fmt::format(R"({{"version":"{}","build":"{}","files":["bin/vantoro","bin/vantoro-top"]}})",
+                 .content = fmt::format(R"({{"version":"{}","build":"{}",)"
+                                        R"("files":["bin/vantoro","bin/vantoro-top","bin/vantoro-update"]}})",
                                         version, build)}};
     }
     /// What the tool prints, without its end of line.

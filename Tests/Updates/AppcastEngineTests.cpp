@@ -58,7 +58,7 @@ protected:
                 .remember = [this](std::string_view name, const std::string& text) { settings.storeText(name, text); },
                 .now = [this] { return now; },
                 .relaunch = [this](const std::string& program) { relaunched = program; }},
-            [] { return 0.5; });
+            VANTORO_UPDATE_PROGRAM, [] { return 0.5; });
         updates = std::make_unique<Updates>(
             engine, settings,
             UpdatesEnvironment{.now = [this] { return now; },

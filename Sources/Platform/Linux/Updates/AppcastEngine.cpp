@@ -2,7 +2,7 @@
 
 #include "Model/Numbers.h"
 #include "Model/VersionOrder.h"
-#include "Platform/Linux/Updates/ReleasePreparation.h"
+#include "Platform/Linux/Updates/PreparationProtocol.h"
 #include "Platform/Linux/Updates/UpdateSchedule.h"
 
 #include <algorithm>
@@ -32,8 +32,9 @@ std::string systemName() {
 
 } // namespace
 
-AppcastEngine::AppcastEngine(UpdateSetup setup, std::function<double()> share)
+AppcastEngine::AppcastEngine(UpdateSetup setup, std::string preparer, std::function<double()> share)
     : setup_(std::move(setup))
+    , preparer_(std::move(preparer))
     , share_(std::move(share))
     , copy_(setup_.program)
     , canBeReplaced_(!copy_.reasonToStay())
@@ -44,9 +45,8 @@ AppcastEngine::AppcastEngine(UpdateSetup setup, std::function<double()> share)
 }
 
 AppcastEngine::~AppcastEngine() {
-    isEnding_ = true;
-    joinPreparation();
-    session_.reset();
+    if (session_ && session_->preparation)
+        session_->preparation->disconnect(this);
 }
 
 std::optional<std::string> AppcastEngine::feedAddress() const {
@@ -163,7 +163,7 @@ void AppcastEngine::download() {
     const std::string path = copy_.downloadPath(entry.signature);
     copy_.removeDownloadsBut(path);
     driver_->showDownloadInitiated([this, number = sessionNumber_] {
-        if (session_ && sessionNumber_ == number && session_->download && !session_->isPreparing)
+        if (session_ && sessionNumber_ == number && (session_->download || session_->preparation))
             end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
     });
     driver_->showDownloadDidReceiveExpectedContentLength(entry.item.contentLength);
@@ -183,43 +183,46 @@ void AppcastEngine::download() {
 
 void AppcastEngine::prepare() {
     driver_->showDownloadDidStartExtractingUpdate();
-    session_->isPreparing = true;
     const AppcastEntry& entry = session_->entry;
-    joinPreparation();
-    preparation_ = std::thread([this, number = sessionNumber_, archive = session_->download->takeFile(),
-                                expected = ExpectedRelease{.publicKey = setup_.publicKey,
-                                                           .signature = entry.signature,
-                                                           .version = entry.item.displayVersionString,
-                                                           .build = entry.item.versionString,
-                                                           .currentBuild = setup_.build}] {
-        int shownPercent = 0;
-        const auto progress = [&](double share) {
-            // A message for every block would be thousands.
-            if (const int percent = static_cast<int>(share * 100); percent > shownPercent) {
-                shownPercent = percent;
-                QMetaObject::invokeMethod(this, [this, number, share] {
-                    if (session_ && sessionNumber_ == number)
-                        driver_->showExtractionReceivedProgress(share);
-                });
-            }
-            return !isEnding_.load();
-        };
-        auto result = prepareRelease(archive, expected, copy_, progress);
-        QMetaObject::invokeMethod(this, [this, result = std::move(result)] { prepared(result); });
+    session_->download.release()->deleteLater(); // it is telling
+    session_->preparation = std::make_unique<QProcess>();
+    QProcess& preparation = *session_->preparation;
+    connect(&preparation, &QProcess::readyReadStandardOutput, this, &AppcastEngine::readPreparation);
+    connect(&preparation, &QProcess::finished, this, &AppcastEngine::prepared);
+    connect(&preparation, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            fail(sparkleError(SparkleCode::unarchiving, preparer_ + " does not start"));
     });
+    preparation.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    QStringList arguments;
+    for (const std::string& argument :
+         {copy_.downloadPath(entry.signature), setup_.publicKey, entry.signature, entry.item.displayVersionString,
+          entry.item.versionString, setup_.build, copy_.program()})
+        arguments << QString::fromStdString(argument);
+    preparation.start(QString::fromStdString(preparer_), arguments);
 }
 
-void AppcastEngine::prepared(std::variant<std::string, UpdateError> result) {
-    joinPreparation();
-    session_->isPreparing = false;
-    session_->download.reset();
+void AppcastEngine::readPreparation() {
+    while (session_ && session_->preparation && session_->preparation->canReadLine()) {
+        const std::string line = session_->preparation->readLine().trimmed().toStdString();
+        if (const auto share = parsePreparationProgress(line))
+            driver_->showExtractionReceivedProgress(*share);
+        else
+            session_->outcome = line;
+    }
+}
+
+void AppcastEngine::prepared() {
+    readPreparation();
+    session_->preparation.release()->deleteLater(); // it is telling
     // Used up, whichever way it went: what was refused must not be taken up again.
     ::unlink(copy_.downloadPath(session_->entry.signature).c_str());
-    if (const UpdateError* error = std::get_if<UpdateError>(&result)) {
+    const PreparationOutcome outcome = parsePreparationOutcome(session_->outcome);
+    if (const UpdateError* error = std::get_if<UpdateError>(&outcome)) {
         fail(*error);
         return;
     }
-    session_->staged = std::get<std::string>(std::move(result));
+    session_->staged = std::get<std::string>(outcome);
     driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
 }
 
@@ -235,7 +238,8 @@ void AppcastEngine::install() {
 
 void AppcastEngine::fail(const UpdateError& error) {
     // Whoever did not ask is not told.
-    if (session_->check == UpdateCheck::byUser || session_->download || !session_->entry.signature.empty())
+    if (session_->check == UpdateCheck::byUser || session_->download || session_->preparation ||
+        !session_->entry.signature.empty())
         driver_->showUpdaterError(error, [] {});
     end(error);
 }
@@ -247,6 +251,11 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
         ended->feed.release()->deleteLater();
     if (ended->download)
         ended->download.release()->deleteLater();
+    if (ended->preparation) {
+        ended->preparation->disconnect(this);
+        ended->preparation->kill();
+        ended->preparation.release()->deleteLater();
+    }
     if (!ended->staged.empty()) {
         std::error_code ignored;
         std::filesystem::remove_all(ended->staged, ignored);
@@ -259,11 +268,6 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
     // Connections and certificates are worth nothing until tomorrow.
     if (!session_)
         requests_.close();
-}
-
-void AppcastEngine::joinPreparation() {
-    if (preparation_.joinable())
-        preparation_.join();
 }
 
 bool AppcastEngine::automaticallyChecksForUpdates() const {

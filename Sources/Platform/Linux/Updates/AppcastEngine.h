@@ -8,8 +8,7 @@
 #include "Platform/Linux/Updates/FeedRequest.h"
 #include "Platform/Linux/Updates/InstalledCopy.h"
 
-#include <atomic>
-#include <thread>
+#include <QProcess>
 
 namespace vantoro {
 
@@ -21,8 +20,10 @@ public:
     /// The largest archive that is fetched.
     static constexpr std::uint64_t mostArchiveBytes = 512ULL * 1024 * 1024;
 
-    /// `share` draws numbers from 0 to 1, for the hour within which an automatic check comes.
-    AppcastEngine(UpdateSetup setup, std::function<double()> share);
+    /// `preparer`: the program that checks and unpacks an archive. It is one of its own so that what it needs is loaded
+    /// on the day of an update only, and so that an archive which breaks it breaks nothing else. `share` draws numbers
+    /// from 0 to 1, for the hour within which an automatic check comes.
+    AppcastEngine(UpdateSetup setup, std::string preparer, std::function<double()> share);
     ~AppcastEngine() override;
 
     std::optional<std::string> feedAddress() const override;
@@ -45,8 +46,10 @@ private:
         std::unique_ptr<FeedRequest> feed;
         AppcastEntry entry;
         std::unique_ptr<ArchiveDownload> download;
-        /// The archive is being checked and unpacked on a thread of its own: there is no going back until it is done.
-        bool isPreparing = false;
+        /// Checks and unpacks the archive.
+        std::unique_ptr<QProcess> preparation;
+        /// The last thing it said.
+        std::string outcome;
         std::string staged;
     };
 
@@ -55,18 +58,19 @@ private:
     void offer(AppcastEntry entry);
     void download();
     void prepare();
-    void prepared(std::variant<std::string, UpdateError> result);
+    void prepared();
     void install();
     void fail(const UpdateError& error);
     void end(std::optional<UpdateError> error);
     /// The answer to what is offered, which the driver may keep for as long as it likes.
     UpdateReply replyTo(std::function<void()> accepted);
-    void joinPreparation();
+    void readPreparation();
     void planCheck();
     void checkWhenDue();
     std::optional<double> recalled(std::string_view key) const;
 
     UpdateSetup setup_;
+    std::string preparer_;
     std::function<double()> share_;
     InstalledCopy copy_;
     /// Read once: it does not change while the program runs.
@@ -78,8 +82,6 @@ private:
     std::uint64_t sessionNumber_ = 0;
     bool windowWasSeen_ = false;
     QTimer untilCheck_;
-    std::thread preparation_;
-    std::atomic<bool> isEnding_ = false;
 };
 
 } // namespace vantoro

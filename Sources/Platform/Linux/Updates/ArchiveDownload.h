@@ -28,8 +28,6 @@ public:
     ~ArchiveDownload() override;
 
     void start();
-    /// The open file, once the download has finished; the caller's from then on.
-    Descriptor takeFile() { return std::move(file_); }
 
 private:
     void request();

@@ -3,7 +3,7 @@
 #include "Model/VersionOrder.h"
 #include "Platform/Linux/Updates/ArchiveSignature.h"
 #include "Platform/Linux/Updates/ArchiveUnpacker.h"
-#include "Platform/Linux/Updates/UpdateRequest.h"
+#include "Platform/Linux/Updates/UpdateErrors.h"
 
 #include <filesystem>
 #include <fmt/format.h>
@@ -48,6 +48,7 @@ std::optional<std::string> faultIn(const std::string& folder, const ExpectedRele
 
 bool saysItsVersion(const std::string& program, const std::string& version) {
     QProcess trial;
+    trial.setStandardInputFile(QProcess::nullDevice());
     trial.start(QString::fromStdString(program), {"--version"});
     if (!trial.waitForFinished(trialMilliseconds)) {
         trial.kill();

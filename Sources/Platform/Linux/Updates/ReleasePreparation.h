@@ -5,9 +5,8 @@
 #include "Platform/Linux/Updates/InstalledCopy.h"
 #include "Platform/UpdateEngine.h"
 
-#include <atomic>
+#include <functional>
 #include <string>
-#include <thread>
 #include <variant>
 
 namespace vantoro {
@@ -24,8 +23,8 @@ struct ExpectedRelease {
 
 /// Checks the signature over the whole archive; then unpacks it beside the copy; then checks that it is the release it
 /// was announced as, whole, and newer; then has its program say its version, so that one that cannot run here takes no
-/// place. The staged folder, or what went wrong, with nothing left behind. Any thread; slow. `progress`: 0 to 1; false
-/// ends it.
+/// place. The staged folder, or what went wrong, with nothing left behind. Slow. `progress`: 0 to 1; false ends
+/// it.
 std::variant<std::string, UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
                                                       const InstalledCopy& copy,
                                                       const std::function<bool(double share)>& progress);

@@ -59,14 +59,6 @@ int httpStatus(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-UpdateError sparkleError(int code, std::string description) {
-    return {.domain = std::string(sparkleErrorDomain),
-            .code = code,
-            .description = std::move(description),
-            .latestItem = {},
-            .noUpdateReason = {}};
-}
-
 UpdateError requestError(const QNetworkReply& reply, int code) {
     UpdateError error = sparkleError(code, reply.errorString().toStdString());
     // Below 200: what never came to an answer.

@@ -1,7 +1,7 @@
 // What every request of the updater's looks like.
 #pragma once
 
-#include "Platform/UpdateEngine.h"
+#include "Platform/Linux/Updates/UpdateErrors.h"
 
 #include <memory>
 #include <QNetworkAccessManager>
@@ -31,8 +31,6 @@ private:
 
 /// 0 before there is an answer.
 int httpStatus(const QNetworkReply& reply);
-
-UpdateError sparkleError(int code, std::string description);
 
 /// A request that failed: in the URL loading domain for the connection's failures, else with the code given.
 UpdateError requestError(const QNetworkReply& reply, int code);
