@@ -1,6 +1,6 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test screenshots bench bench-window core asan tsan check-mac fuzz format format-check tidy clean
+.PHONY: build run test screenshots bench bench-window core asan tsan check-mac fuzz package test-package format format-check tidy clean
 
 sources := $(shell git ls-files --cached --others --exclude-standard -- 'Packaging/*.cpp' 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
@@ -38,6 +38,17 @@ asan tsan core:
 check-mac:
 	@Scripts/bootstrap mac
 	$(call configure-and-build,check-mac)
+
+# What people install: a .deb and an archive that runs from any folder, in build/release/packages.
+package:
+	@Scripts/bootstrap package
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target vantoro-packages
+	@ls -1 build/release/packages/*
+
+# Installs them into an empty root and into a folder, and runs them from there.
+test-package: package
+	@Tests/Packaging/install-packages
 
 fuzz:
 	@Scripts/bootstrap ci

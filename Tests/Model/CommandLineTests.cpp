@@ -1,4 +1,5 @@
 #include "Model/CommandLine.h"
+#include "Model/CommandLineTable.h"
 #include "Model/MachineName.h"
 #include "Model/TextReport.h"
 
@@ -34,6 +35,17 @@ TEST(CommandLine, WhatIsAskedFor) {
         const auto parsed = parseCommandLine(arguments);
         ASSERT_TRUE(std::holds_alternative<CommandLine>(parsed)) << std::get<CommandLineError>(parsed).reason;
         EXPECT_EQ(std::get<CommandLine>(parsed), expected);
+    }
+}
+
+TEST(CommandLine, NoSwitchOfTheTableIsPassedOver) {
+    for (const CommandLineSwitch& option : commandLineSwitches()) {
+        Arguments arguments{option.name};
+        if (option.value != CommandLineSwitch::Value::none)
+            arguments.push_back("1");
+        if (option.name != "--watch") { // means nothing by itself
+            EXPECT_NE(parseCommandLine(arguments), decltype(parseCommandLine({}))(CommandLine())) << option.name;
+        }
     }
 }
 

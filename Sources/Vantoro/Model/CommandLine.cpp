@@ -1,54 +1,14 @@
 #include "Model/CommandLine.h"
 
+#include "Model/CommandLineTable.h"
 #include "Model/Numbers.h"
 
 #include <algorithm>
-#include <array>
 #include <fmt/format.h>
 
 namespace vantoro {
 
 namespace {
-
-struct Switch {
-    std::string_view name;
-    /// What its value is called; empty where it takes none.
-    std::string_view value;
-    std::string_view help;
-};
-
-constexpr std::array<Switch, 15> switches{{
-    {"--explain", "", "watch this machine for a while, then say why it is warm or busy"},
-    {"--record", "FILE", "write what this machine measures to FILE (.jsonl, or .jsonl.gz) until interrupted"},
-    {"--replay", "FILE", "show the recording FILE in place of this machine; with --explain: conclude from it"},
-    {"--seconds", "N", "with --explain or --record: sample for N seconds (--explain: 20)"},
-    {"--json", "", "with --explain: print the whole conclusion as JSON"},
-    {"--check", "", "print which sources of data work on this machine"},
-    {"--dump", "", "print what the sensors offer and what is made of it"},
-    {"--watch", "", "with --dump: print a line every 2 seconds, 12 times"},
-    {"--simulate", "", "read simulated sensors in place of this machine's"},
-    {"--simulate-fanless", "", "behave as on a machine without fans"},
-    {"--check-for-updates", "", "look for a newer version right after the window has opened"},
-    {"--install-update", "", "install a newer version without asking when one is found"},
-    {"--debug-updates", "", "print what the updater does"},
-    {"--help", "", "print this help and exit"},
-    {"--version", "", "print the version and exit"},
-}};
-
-struct Variable {
-    std::string_view name;
-    std::string_view help;
-};
-
-constexpr std::array<Variable, 7> variables{{
-    {"VANTORO_FIRST_FRAME", "\"1\": say when the window was first painted, for measuring"},
-    {"VANTORO_INTERVAL", "seconds between samples, in place of the setting"},
-    {"VANTORO_PROCESS_MODE", "\"auto\" or \"unprivileged\": where the process list comes from"},
-    {"VANTORO_SIMULATE", "\"1\": the same as --simulate"},
-    {"VANTORO_SIMULATE_FANLESS", "\"1\": the same as --simulate-fanless"},
-    {"VANTORO_SYSFS_ROOT", "a folder in place of / when sensors are read, for diagnosis"},
-    {"VANTORO_TOP", "a program to run in place of vantoro-top, for diagnosis"},
-}};
 
 /// A request to write text on the screen cannot be longer than this; somebody else's file name can.
 std::string quoted(std::string_view text) {
@@ -85,6 +45,7 @@ std::string combinationFault(const CommandLine& line, bool explains, bool record
 } // namespace
 
 std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<std::string_view>& arguments) {
+    const auto switches = commandLineSwitches();
     CommandLine line;
     bool explains = false;
     bool records = false;
@@ -94,18 +55,19 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].starts_with("--") ? arguments[i].find('=') : std::string_view::npos;
         const std::string_view name = arguments[i].substr(0, equals);
-        const auto found = std::ranges::find(switches, name, &Switch::name);
+        const auto found = std::ranges::find(switches, name, &CommandLineSwitch::name);
         if (found == switches.end())
             return CommandLineError{fmt::format("unknown argument {}; --help lists the switches", quoted(name))};
+        const bool takesValue = found->value != CommandLineSwitch::Value::none;
         std::string_view value;
         if (equals != std::string_view::npos)
             value = arguments[i].substr(equals + 1);
-        else if (!found->value.empty() && i + 1 < arguments.size())
+        else if (takesValue && i + 1 < arguments.size())
             value = arguments[++i];
-        if (found->value.empty() && equals != std::string_view::npos)
+        if (!takesValue && equals != std::string_view::npos)
             return CommandLineError{fmt::format("{} takes no value", name)};
-        if (!found->value.empty() && value.empty())
-            return CommandLineError{fmt::format("{} needs {}", name, found->value)};
+        if (takesValue && value.empty())
+            return CommandLineError{fmt::format("{} needs {}", name, found->valueName)};
 
         if (name == "--help")
             return CommandLine{.action = CommandLine::Action::help};
@@ -158,13 +120,15 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
 }
 
 std::string helpText() {
-    std::string text = "vantoro says why this machine is warm or loud, and what can be done about it.\n\nSwitches:\n";
-    for (const Switch& option : switches)
-        text += fmt::format("  {:<21}{}\n", fmt::format("{} {}", option.name, option.value), option.help);
+    std::string text = fmt::format("vantoro {}.\n\nSwitches:\n", programPurpose());
+    for (const CommandLineSwitch& option : commandLineSwitches())
+        text += fmt::format("  {:<21}{}\n", fmt::format("{} {}", option.name, option.valueName), option.help);
     text += "\nEnvironment:\n";
-    for (const Variable& variable : variables)
+    for (const EnvironmentVariable& variable : environmentVariables())
         text += fmt::format("  {:<26}{}\n", variable.name, variable.help);
-    text += "\nExit status: 0 done, 1 the system refused something, 2 bad arguments or a bad recording.\n";
+    text += "\nExit status:\n";
+    for (const ExitCode& exit : exitCodes())
+        text += fmt::format("  {:<3}{}\n", exit.code, exit.help);
     return text;
 }
 
