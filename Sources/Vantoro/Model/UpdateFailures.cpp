@@ -6,8 +6,8 @@
 namespace vantoro {
 
 Updates::Words Updates::describe(const UpdateError& error) {
-    const Words unreachable{fmt::format("Couldn't reach {}.", host), "Check your connection and try again."};
-    const Words unfinished{"The update didn't finish.", "Nothing was changed. Try again in a moment."};
+    Words unreachable{fmt::format("Couldn't reach {}.", host), "Check your connection and try again."};
+    Words unfinished{"The update didn't finish.", "Nothing was changed. Try again in a moment."};
     if (error.domain == urlErrorDomain)
         return unreachable;
     if (error.domain != sparkleErrorDomain)
