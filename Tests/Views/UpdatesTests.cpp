@@ -76,6 +76,9 @@ TEST(UpdatesModelTests, SaysEachPhaseInItsWords) {
     EXPECT_EQ(updateChip(state(Kind::downloading, 0.45)).mark.ring, 0.45);
     EXPECT_TRUE(updateChip(state(Kind::installing)).mark.turns);
     EXPECT_EQ(updateChip(state(Kind::available)).more, "Quieter.\nFaster.");
+    UpdateState toRead = state(Kind::available);
+    toRead.isToReadOnly = true;
+    EXPECT_EQ(updateChip(toRead).command, std::nullopt);
     EXPECT_EQ(updateChip(state(Kind::failed)).more, "Nothing was changed. Try again in a moment.");
     UpdateState unknown = state(Kind::failed);
     unknown.phase.release.reset();

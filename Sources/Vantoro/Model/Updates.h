@@ -41,6 +41,8 @@ public:
     double progress() const { return progress_; }
     /// An update is known and should be announced.
     bool announcesUpdate() const { return announcesUpdate_; }
+    /// What was found last cannot be installed, only read about.
+    bool isInformationOnly() const { return isInformationOnly_; }
     /// The settings should be opened, at the updates, because the install was clicked there; asking forgets it.
     bool takeWantsSettings();
     bool revealsUpdatesInSettings() const { return revealsUpdatesInSettings_; }

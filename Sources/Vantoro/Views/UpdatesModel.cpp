@@ -94,10 +94,10 @@ QString more(const UpdatePhase& phase) {
     return phase.kind == Kind::available ? boundedNotes(phase) : QString();
 }
 
-std::optional<UpdateCommand> commandFor(const UpdatePhase& phase) {
-    if (phase.kind == Kind::available)
-        return UpdateCommand::install;
-    return phase.kind == Kind::failed ? std::optional(UpdateCommand::tryAgain) : std::nullopt;
+std::optional<UpdateCommand> commandFor(const UpdateState& state) {
+    if (state.phase.kind == Kind::available)
+        return state.isToReadOnly ? std::nullopt : std::optional(UpdateCommand::install);
+    return state.phase.kind == Kind::failed ? std::optional(UpdateCommand::tryAgain) : std::nullopt;
 }
 
 /// Yesterday's and today's check by the local calendar; what is longer ago says nothing of when the next one is.
@@ -119,6 +119,7 @@ UpdateState updateState(const Updates& updates) {
     return {.phase = updates.hasUpdater() ? updates.phase() : UpdatePhase(),
             .progress = updates.progress(),
             .isAnnounced = updates.announcesUpdate(),
+            .isToReadOnly = updates.isInformationOnly(),
             .checksAutomatically = updates.automaticallyChecksForUpdates(),
             .lastCheck = updates.lastUpdateCheckDate(),
             .now = updates.now(),
@@ -154,8 +155,7 @@ void perform(UpdateCommand command, Updates& updates, UpdateOrigin origin) {
 UpdateLine updateChip(const UpdateState& state) {
     if (state.phase.kind == Kind::idle)
         return {};
-    return {
-        .mark = mark(state), .text = phaseText(state), .more = more(state.phase), .command = commandFor(state.phase)};
+    return {.mark = mark(state), .text = phaseText(state), .more = more(state.phase), .command = commandFor(state)};
 }
 
 UpdateLine updateRow(const UpdateState& state) {
@@ -185,7 +185,7 @@ UpdatesGroupModel updatesGroup(const UpdateState& state) {
                                                     : tr("only when you click Check Now"),
             .version = tr("Vantoro %1").arg(state.currentVersion),
             .status = kind == Kind::idle ? restingText(state) : phaseText(state),
-            .command = commandFor(state.phase).value_or(UpdateCommand::check),
+            .command = commandFor(state).value_or(UpdateCommand::check),
             .canPress = kind != Kind::checking && kind != Kind::downloading && kind != Kind::installing,
             .note = about.isEmpty() ? asked : about + "\n\n" + asked};
 }

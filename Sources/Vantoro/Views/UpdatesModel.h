@@ -16,6 +16,8 @@ struct UpdateState {
     double progress = 0;
     /// An update is known, whatever the phase.
     bool isAnnounced = false;
+    /// What was found cannot be installed, only read about.
+    bool isToReadOnly = false;
     bool checksAutomatically = false;
     /// Seconds since 1970 of the last answer; nothing before the first.
     std::optional<double> lastCheck;
