@@ -384,6 +384,39 @@ TEST_F(AppcastEngineTest, AutomaticChecksComeOnceADayAndNeverUnseenOrUnwanted) {
     }
 }
 
+/// Takes every offer and keeps the newest cancellation.
+class Canceller : public Updates {
+public:
+    using Updates::Updates;
+
+    void showUserInitiatedUpdateCheck(UpdateAction cancellation) override { cancel = std::move(cancellation); }
+    void showDownloadInitiated(UpdateAction cancellation) override { cancel = std::move(cancellation); }
+
+    UpdateAction cancel;
+};
+
+TEST_F(AppcastEngineTest, ACancelledSessionSaysNothingMore) {
+    publish(good);
+    start();
+    auto canceller = std::make_unique<Canceller>(engine, settings);
+    canceller->start();
+    for (const std::string until : {"/appcast.xml", "/archive.tar.gz"}) {
+        canceller->install(UpdateOrigin::controlBar);
+        const int asked = server.requestsFor(until);
+        EXPECT_TRUE(waitUntil([&] { return server.requestsFor(until) > asked; }));
+        canceller->cancel();
+        EXPECT_TRUE(engine->canCheckForUpdates());
+        EXPECT_FALSE(waitUntil([&] { return !engine->canCheckForUpdates(); }, std::chrono::milliseconds(50)));
+        canceller->cancel();
+    }
+    EXPECT_EQ(relaunched, "");
+    const UpdateAction late = canceller->cancel;
+    canceller.reset();
+    updates.reset();
+    engine.reset();
+    late();
+}
+
 TEST_F(AppcastEngineTest, ItEndsAtAnyPointWithoutAWord) {
     publish(good);
     server.resources["/archive.tar.gz"].isEndless = true;

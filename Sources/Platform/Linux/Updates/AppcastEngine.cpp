@@ -70,10 +70,7 @@ void AppcastEngine::checkForUpdates() {
     if (!canCheckForUpdates())
         return;
     begin(UpdateCheck::byUser);
-    driver_->showUserInitiatedUpdateCheck([this, number = sessionNumber_] {
-        if (session_ && sessionNumber_ == number && session_->feed)
-            end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
-    });
+    driver_->showUserInitiatedUpdateCheck(cancellation());
 }
 
 void AppcastEngine::checkForUpdatesInBackground() {
@@ -149,6 +146,15 @@ UpdateReply AppcastEngine::replyTo(std::function<void()> accepted) {
     };
 }
 
+UpdateAction AppcastEngine::cancellation() {
+    return [self = QPointer(this), number = sessionNumber_] {
+        // What is found and not answered yet is ended by its answer.
+        if (self && self->session_ && self->sessionNumber_ == number &&
+            (self->session_->feed || self->session_->download || self->session_->preparation))
+            self->end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
+    };
+}
+
 void AppcastEngine::download() {
     if (session_->entry.item.isInformationOnlyUpdate) {
         end(std::nullopt);
@@ -162,15 +168,12 @@ void AppcastEngine::download() {
     const AppcastEntry& entry = session_->entry;
     const std::string path = copy_.downloadPath(entry.signature);
     copy_.removeDownloadsBut(path);
-    driver_->showDownloadInitiated([this, number = sessionNumber_] {
-        if (session_ && sessionNumber_ == number && (session_->download || session_->preparation))
-            end(sparkleError(SparkleCode::installationCanceled, "cancelled"));
-    });
+    driver_->showDownloadInitiated(cancellation());
     driver_->showDownloadDidReceiveExpectedContentLength(entry.item.contentLength);
     session_->download = std::make_unique<ArchiveDownload>(
         requests_, entry.archive, entry.item.contentLength, path,
         DownloadListener{.received = [this](std::uint64_t bytes) { driver_->showDownloadDidReceiveData(bytes); },
-                         .startedOver = [this] { driver_->showDownloadInitiated([] {}); },
+                         .startedOver = [this] { driver_->showDownloadInitiated(cancellation()); },
                          .finished =
                              [this](std::optional<UpdateError> error) {
                                  if (error)
@@ -247,10 +250,14 @@ void AppcastEngine::fail(const UpdateError& error) {
 void AppcastEngine::end(std::optional<UpdateError> error) {
     const std::unique_ptr<Session> ended = std::exchange(session_, nullptr);
     // Each of the two may be telling.
-    if (ended->feed)
+    if (ended->feed) {
+        ended->feed->cancel();
         ended->feed.release()->deleteLater();
-    if (ended->download)
+    }
+    if (ended->download) {
+        ended->download->cancel();
         ended->download.release()->deleteLater();
+    }
     if (ended->preparation) {
         ended->preparation->disconnect(this);
         ended->preparation->kill();

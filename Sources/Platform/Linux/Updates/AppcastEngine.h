@@ -64,6 +64,8 @@ private:
     void end(std::optional<UpdateError> error);
     /// The answer to what is offered, which the driver may keep for as long as it likes.
     UpdateReply replyTo(std::function<void()> accepted);
+    /// Ends this session while it fetches or prepares; nothing at any other time.
+    UpdateAction cancellation();
     void readPreparation();
     void planCheck();
     void checkWhenDue();

@@ -44,9 +44,16 @@ ArchiveDownload::~ArchiveDownload() {
     stop();
 }
 
+void ArchiveDownload::cancel() {
+    isCancelled_ = true;
+    stop();
+}
+
 void ArchiveDownload::start() {
     // Nobody is told before this returns.
     QTimer::singleShot(0, this, [this] {
+        if (isCancelled_)
+            return;
         file_ = openPrivately(path_);
         if (!file_) {
             finish(sparkleError(SparkleCode::installationWriteNoPermission,
@@ -67,6 +74,8 @@ void ArchiveDownload::start() {
 }
 
 void ArchiveDownload::request() {
+    if (isCancelled_)
+        return;
     stop();
     isJudged_ = false;
     receivedBefore_ = received_;

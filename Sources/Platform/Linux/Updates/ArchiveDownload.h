@@ -17,7 +17,7 @@ struct DownloadListener {
     std::function<void(std::optional<UpdateError> error)> finished;
 };
 
-/// One download; destroying it ends it without a word and leaves what came for the next one. A connection that breaks
+/// One download; ending it early leaves what came for the next one. A connection that breaks
 /// is taken up again where it brought anything, up to five times. More or less than the length asked for is refused and
 /// thrown away.
 class ArchiveDownload : public QObject {
@@ -28,6 +28,8 @@ public:
     ~ArchiveDownload() override;
 
     void start();
+    /// Ends it without a word, also from within its own telling.
+    void cancel();
 
 private:
     void request();
@@ -50,6 +52,7 @@ private:
     std::uint64_t received_ = 0;
     std::uint64_t receivedBefore_ = 0;
     bool isJudged_ = false;
+    bool isCancelled_ = false;
     int resumptions_ = 0;
     /// In a row, without a byte that was missing.
     int fruitlessAttempts_ = 0;

@@ -23,8 +23,16 @@ FeedRequest::FeedRequest(UpdateRequests& requests, const QUrl& url,
 }
 
 FeedRequest::~FeedRequest() {
-    if (reply_)
-        reply_->disconnect(this);
+    cancel();
+}
+
+void FeedRequest::cancel() {
+    done_ = nullptr;
+    deadline_.stop();
+    if (!reply_)
+        return;
+    reply_->disconnect(this);
+    reply_->abort();
 }
 
 void FeedRequest::read() {
@@ -50,13 +58,10 @@ void FeedRequest::finish() {
 void FeedRequest::answer(std::variant<QByteArray, UpdateError> result) {
     if (!done_)
         return;
-    deadline_.stop();
-    if (reply_) {
-        reply_->disconnect(this);
-        reply_->abort();
-    }
+    const auto done = std::exchange(done_, nullptr);
+    cancel();
     // Whoever is told may destroy this.
-    std::exchange(done_, nullptr)(std::move(result));
+    done(std::move(result));
 }
 
 } // namespace vantoro

@@ -8,7 +8,7 @@
 
 namespace vantoro {
 
-/// One fetch; destroying it ends it without a word.
+/// One fetch.
 class FeedRequest : public QObject {
     Q_OBJECT
 public:
@@ -19,6 +19,9 @@ public:
     FeedRequest(UpdateRequests& requests, const QUrl& url,
                 std::function<void(std::variant<QByteArray, UpdateError>)> done);
     ~FeedRequest() override;
+
+    /// Ends it without a word, also from within its own telling.
+    void cancel();
 
 private:
     void read();
