@@ -1,6 +1,6 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test screenshots bench bench-window core asan tsan check-mac fuzz package test-package format format-check tidy clean
+.PHONY: build run test screenshots bench bench-window soak core asan tsan check-mac fuzz package test-package format format-check tidy clean
 
 sources := $(shell git ls-files --cached --others --exclude-standard -- 'Packaging/*.cpp' 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
@@ -77,6 +77,12 @@ bench-window:
 	@Scripts/bootstrap bench
 	$(call configure-and-build,bench)
 	@Benchmarks/window
+
+# An hour with the process stream killed, stopped and started anew: nothing may grow. SOAK_SECONDS shortens it.
+soak:
+	@Scripts/bootstrap bench
+	$(call configure-and-build,release)
+	@Benchmarks/soak
 
 clean:
 	@rm -rf build
