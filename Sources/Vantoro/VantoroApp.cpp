@@ -33,6 +33,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QIcon>
+#include <QPixmapCache>
 #include <QTimer>
 #include <string>
 #include <string_view>
@@ -230,6 +231,10 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& su
     QApplication::setApplicationName("Vantoro");
     QApplication::setDesktopFileName("vantoro");
     QApplication::setWindowIcon(QIcon(":/icons/app.svg"));
+    // Each picture of the menu bar's turning fan would be kept, up to 10 MB of them. What is drawn again and again has
+    // caches of its own.
+    constexpr int cachedKilobytes = 512;
+    QPixmapCache::setCacheLimit(cachedKilobytes);
     installAccessibility();
 
     Settings settings;
