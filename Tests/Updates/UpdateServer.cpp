@@ -1,6 +1,7 @@
 #include "Updates/UpdateServer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fmt/format.h>
 #include <QFile>
 #include <QSslKey>
@@ -18,6 +19,9 @@ QByteArray fixture(const char* name) {
 } // namespace
 
 UpdateServer::UpdateServer() {
+    // The loopback address is not reached by way of others, for the programs that a test starts either.
+    for (const char* const name : {"http_proxy", "https_proxy", "all_proxy", "HTTP_PROXY", "HTTPS_PROXY", "ALL_PROXY"})
+        ::unsetenv(name);
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.setLocalCertificate(QSslCertificate(fixture("server-certificate.pem")));
     configuration.setPrivateKey(QSslKey(fixture("server-key.pem"), QSsl::Ec));
