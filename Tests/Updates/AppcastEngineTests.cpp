@@ -149,6 +149,14 @@ TEST_F(AppcastEngineTest, ANewerReleaseTakesTheCopysPlace) {
         << "the copy and the settings";
 }
 
+TEST_F(AppcastEngineTest, ServersMayLeaveTheLengthOut) {
+    publish(good);
+    for (auto& [path, resource] : server.resources)
+        resource.hidesLength = true;
+    install();
+    EXPECT_NE(relaunched, "");
+}
+
 TEST_F(AppcastEngineTest, RequestsTellTheVersionAndNothingOfTheMachine) {
     ::setenv("LANG", "de_DE.UTF-8", 1);
     publish(good);

@@ -85,7 +85,7 @@ void UpdateServer::answer(QTcpSocket& socket, const std::string& head) {
             header += fmt::format("Content-Range: bytes {}-{}/{}\r\n", offset, resource.body.size() - 1,
                                   resource.body.size());
     }
-    if (!resource.isEndless || resource.announcedLength)
+    if (!resource.hidesLength && (!resource.isEndless || resource.announcedLength))
         header +=
             fmt::format("Content-Length: {}\r\n", resource.announcedLength.value_or(resource.body.size()) - offset);
     socket.write(QByteArray::fromStdString(header + "Connection: close\r\n\r\n"));

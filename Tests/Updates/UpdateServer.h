@@ -26,6 +26,8 @@ struct Resource {
     /// Goes on for ever after the body.
     bool isEndless = false;
     bool supportsRanges = true;
+    /// Its end is told by the connection's alone.
+    bool hidesLength = false;
 };
 
 class UpdateServer : public QObject {

@@ -4,6 +4,7 @@
 #include "Model/VersionOrder.h"
 #include "Platform/Linux/Updates/PreparationProtocol.h"
 #include "Platform/Linux/Updates/UpdateSchedule.h"
+#include "Platform/Memory.h"
 
 #include <algorithm>
 #include <chrono>
@@ -275,6 +276,11 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
     // Connections and certificates are worth nothing until tomorrow.
     if (!session_)
         requests_.close();
+    // Nor is what TLS needed, once the last of it has been let go of.
+    QTimer::singleShot(std::chrono::seconds(1), this, [this] {
+        if (!session_)
+            releaseUnusedMemory();
+    });
 }
 
 bool AppcastEngine::automaticallyChecksForUpdates() const {
