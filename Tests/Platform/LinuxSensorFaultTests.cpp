@@ -167,11 +167,12 @@ TEST(LinuxSensorFaults, ASlowSensorMovesOutOfTheWay) {
         return std::optional(++*reads);
     });
     const auto settle = [&](int count) {
-        while (*reads < count)
-            std::this_thread::yield();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::promise<void> reached; // by the lane's one worker, when it is done with what was handed over before
+        machine.lane()->submit([&] { reached.set_value(); });
+        reached.get_future().wait();
+        EXPECT_EQ(*reads, count);
     };
-    settle(reading.read() ? 1 : 1);
+    EXPECT_EQ(reading.read(), 1);
     EXPECT_EQ(reading.read(), 2);
     *takes = 0.03;
     EXPECT_EQ(reading.read(), 3); // the one that shows it: read here
@@ -192,18 +193,18 @@ TEST(LinuxSensorFaults, ASlowSensorMovesOutOfTheWay) {
 }
 
 TEST(LinuxSensorFaults, AStuckDriverHoldsUpNobody) {
-    SensorMachine machine;
+    const auto lane = std::make_shared<SlowLane>([] { return 100.0; });
     std::promise<void> release;
     const std::shared_future<void> released(release.get_future());
     std::vector<LanedReading<int>> stuck;
     for (int count = 0; count < 3; ++count)
-        stuck.emplace_back(machine.lane(), [released] {
+        stuck.emplace_back(lane, [released] {
             released.wait();
             return std::optional(1);
         });
     for (auto& reading : stuck)
         EXPECT_EQ(reading.read(), std::nullopt);
-    LanedReading<int> sound(machine.lane(), [] { return std::optional(2); });
+    LanedReading<int> sound(lane, [] { return std::optional(2); });
     for (int tries = 0; tries < 500 && !sound.read(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_EQ(sound.read(), 2);

@@ -32,7 +32,8 @@ public:
 private:
     TemporaryFolder folder_;
     std::shared_ptr<std::atomic<double>> seconds_ = std::make_shared<std::atomic<double>>(100.0);
-    std::shared_ptr<SlowLane> lane_ = std::make_shared<SlowLane>([seconds = seconds_] { return seconds->load(); });
+    /// Patient: a first reading comes however busy the machine is that the tests run on.
+    std::shared_ptr<SlowLane> lane_ = std::make_shared<SlowLane>([seconds = seconds_] { return seconds->load(); }, 60);
 };
 
 } // namespace vantoro::test

@@ -13,10 +13,10 @@
 
 namespace vantoro {
 
-/// The first reading is made in the lane and waited for at most slowReadSeconds; once it has proved quick the caller
-/// reads by itself, with no thread between. A reading that took longer than that is slow: from then on the lane makes
-/// it, one at a time, and the caller gets what the one before gave. Some quick readings in a row bring it back, more of
-/// them each time. Used from one thread at a time; `read` is never run twice at once.
+/// The first reading is made in the lane and waited for with the lane's patience; once it has proved quick the caller
+/// reads by itself, with no thread between. A reading that took longer than slowReadSeconds is slow: from then on the
+/// lane makes it, one at a time, and the caller gets what the one before gave. Some quick readings in a row bring it
+/// back, more of them each time. Used from one thread at a time; `read` is never run twice at once.
 template <typename Value>
 class LanedReading {
 public:
@@ -43,7 +43,7 @@ public:
             lane_->attend();
         }
         if (isFirst && !lane_->isHeldUp())
-            shared_->done.wait_for(lock, std::chrono::duration<double>(slowReadSeconds),
+            shared_->done.wait_for(lock, std::chrono::duration<double>(lane_->patienceSeconds()),
                                    [this] { return !shared_->isPending; });
         if (!shared_->value || lane_->now() - shared_->readAt > keptSeconds)
             return {};

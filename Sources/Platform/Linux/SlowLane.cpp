@@ -24,12 +24,11 @@ struct SlowLane::State {
     struct Worker {
         bool isBusy = false;
         Steady::time_point begun;
-
-        bool isHeld(Steady::time_point now) const {
-            return isBusy && std::chrono::duration<double>(now - begun).count() > slowReadSeconds;
-        }
     };
 
+    explicit State(double seconds) : patienceSeconds(seconds) {}
+
+    const double patienceSeconds;
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<std::function<void()>> jobs;
@@ -39,7 +38,9 @@ struct SlowLane::State {
 
     bool allHeld() const {
         const auto now = Steady::now();
-        return std::ranges::all_of(workers, [now](const auto& worker) { return worker->isHeld(now); });
+        return std::ranges::all_of(workers, [&](const auto& worker) {
+            return worker->isBusy && std::chrono::duration<double>(now - worker->begun).count() > patienceSeconds;
+        });
     }
 
     void work(Worker& self) {
@@ -61,7 +62,8 @@ struct SlowLane::State {
     }
 };
 
-SlowLane::SlowLane(SecondsClock clock) : clock_(std::move(clock)), state_(std::make_shared<State>()) {}
+SlowLane::SlowLane(SecondsClock clock, double patienceSeconds)
+    : clock_(std::move(clock)), patienceSeconds_(patienceSeconds), state_(std::make_shared<State>(patienceSeconds)) {}
 
 SlowLane::~SlowLane() {
     std::unique_lock lock(state_->mutex);
