@@ -43,6 +43,8 @@ public:
     virtual std::string path(std::int32_t pid) = 0;
     /// The account's name; none when there is no such account.
     virtual std::optional<std::string> userName(std::uint32_t uid) = 0;
+    /// Closes what is kept open from one reading to the next: nobody means to read soon. The next one starts anew.
+    virtual void rest() {}
 };
 
 } // namespace vantoro

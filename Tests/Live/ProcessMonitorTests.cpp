@@ -4,6 +4,7 @@
 #include "Platform/Linux/LinuxAppIdentity.h"
 #include "Support/EventLoop.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -40,7 +41,10 @@ private:
 
 class OneProcess : public ProcessTable {
 public:
-    void listPids(std::vector<std::int32_t>& pids) override { pids = {77, 78}; }
+    void listPids(std::vector<std::int32_t>& pids) override {
+        isResting = false;
+        pids = {77, 78};
+    }
     std::optional<ShortProcessRecord> shortRecord(std::int32_t /*pid*/) override {
         return ShortProcessRecord{.name = "sampled", .uid = 1};
     }
@@ -49,6 +53,9 @@ public:
     }
     std::string path(std::int32_t /*pid*/) override { return "/opt/Tool.app/Contents/MacOS/Tool"; }
     std::optional<std::string> userName(std::uint32_t /*uid*/) override { return "anna"; }
+    void rest() override { isResting = true; }
+
+    std::atomic<bool> isResting = false;
 };
 
 std::size_t openDescriptors() {
@@ -81,7 +88,7 @@ public:
             std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         }
         Platform platform;
-        platform.processTable = std::make_shared<OneProcess>();
+        platform.processTable = table;
         platform.processStream = std::make_shared<ScriptedStream>(program);
         platform.appIdentity = std::make_shared<LinuxAppIdentity>(
             LinuxAppIdentity::Options{.root = folder.path().toStdString(), .folders = {}, .clock = [] { return 1.0; }});
@@ -98,6 +105,7 @@ public:
     bool hasFallenBack() const { return !lists.empty() && monitor->source().kind == Kind::ownProcessesOnly; }
 
     QTemporaryDir folder;
+    std::shared_ptr<OneProcess> table = std::make_shared<OneProcess>();
     ProcessMonitor::Timing timing;
     std::vector<std::vector<ProcessSample>> lists;
     std::vector<double> loads;
@@ -175,6 +183,9 @@ TEST_F(ProcessMonitorTest, TheUsersChoiceStartsNoProgram) {
     ASSERT_TRUE(waitUntil([&] { return watched.hasFallenBack(); }));
     EXPECT_EQ(watched.sources, (std::vector<ProcessMonitor::Source>{{Kind::ownProcessesOnly, true}}));
     EXPECT_FALSE(std::filesystem::exists(watched.folder.filePath("top.ran").toStdString()));
+    EXPECT_FALSE(watched.table->isResting);
+    watched.monitor->stop();
+    EXPECT_TRUE(waitUntil([&] { return watched.table->isResting.load(); })) << "its files stay open after the stop";
 }
 
 TEST_F(ProcessMonitorTest, StartAndStopTenTimesLeaveNothingBehind) {

@@ -165,6 +165,9 @@ TEST(LinuxProcessTable, KeepsNoMoreDescriptorsThanAllowed) {
             for (const std::int32_t pid : pids(table))
                 EXPECT_TRUE(table.shortRecord(pid)) << pid;
         EXPECT_LE(openDescriptors(), before + 3 + 3); // and the kernel's counters, the folder and its listing
+        table.rest();
+        EXPECT_EQ(openDescriptors(), before + 1);
+        EXPECT_TRUE(table.shortRecord(pids(table).front()));
     }
     EXPECT_EQ(openDescriptors(), before);
 }

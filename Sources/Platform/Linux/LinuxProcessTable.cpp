@@ -24,7 +24,16 @@ KernelUnits KernelUnits::ofThisMachine() {
 }
 
 LinuxProcessTable::LinuxProcessTable(const Options& options)
-    : options_(options), kernelStat_(options.root + "/proc/stat"), scan_(options.root, options.descriptorBudget) {}
+    : options_(options), kernelStat_(options.root + "/proc/stat") {}
+
+ProcScan& LinuxProcessTable::scan() {
+    return scan_ ? *scan_ : scan_.emplace(options_.root, options_.descriptorBudget);
+}
+
+void LinuxProcessTable::rest() {
+    scan_.reset();
+    justRead_ = 0;
+}
 
 void LinuxProcessTable::listPids(std::vector<std::int32_t>& pids) {
     pids.clear();
@@ -32,9 +41,9 @@ void LinuxProcessTable::listPids(std::vector<std::int32_t>& pids) {
     // The count is taken before the list: a process started in between makes the next listing a full one.
     const auto text = kernelStat_.read();
     const auto stat = text ? parseKernelStat(*text) : std::nullopt;
-    scan_.list(stat ? stat->forks : std::nullopt);
-    pids.reserve(scan_.processes().size());
-    for (const ScannedProcess& process : scan_.processes())
+    scan().list(stat ? stat->forks : std::nullopt);
+    pids.reserve(scan().processes().size());
+    for (const ScannedProcess& process : scan().processes())
         pids.push_back(process.pid);
 }
 
@@ -42,10 +51,10 @@ std::optional<ShortProcessRecord> LinuxProcessTable::shortRecord(std::int32_t pi
     justRead_ = 0;
     if (pid < 1)
         return {};
-    ScannedProcess& process = scan_.add(pid);
-    if (!scan_.read(process))
+    ScannedProcess& process = scan().add(pid);
+    if (!scan().read(process))
         return {};
-    const auto uid = scan_.uid(process);
+    const auto uid = scan().uid(process);
     if (!uid)
         return {};
     justRead_ = pid;
@@ -55,8 +64,8 @@ std::optional<ShortProcessRecord> LinuxProcessTable::shortRecord(std::int32_t pi
 std::optional<TaskRecord> LinuxProcessTable::taskRecord(std::int32_t pid) {
     if (pid < 1)
         return {};
-    ScannedProcess& process = scan_.add(pid);
-    if (justRead_ != pid && !scan_.read(process))
+    ScannedProcess& process = scan().add(pid);
+    if (justRead_ != pid && !scan().read(process))
         return {};
     justRead_ = 0;
     const std::uint64_t ticksPerSecond = options_.units.ticksPerSecond;
@@ -68,12 +77,12 @@ std::optional<TaskRecord> LinuxProcessTable::taskRecord(std::int32_t pid) {
 std::string LinuxProcessTable::path(std::int32_t pid) {
     if (pid < 1)
         return {};
-    ScannedProcess& process = scan_.add(pid);
-    if (process.readings == 0 && !scan_.read(process))
+    ScannedProcess& process = scan().add(pid);
+    if (process.readings == 0 && !scan().read(process))
         return {};
     if (process.isKernelThread())
         return "[" + process.name + "]";
-    return scan_.path(process);
+    return scan().path(process);
 }
 
 std::optional<std::string> LinuxProcessTable::userName(std::uint32_t uid) {

@@ -46,11 +46,15 @@ public:
     std::optional<TaskRecord> taskRecord(std::int32_t pid) override;
     std::string path(std::int32_t pid) override;
     std::optional<std::string> userName(std::uint32_t uid) override;
+    void rest() override;
 
 private:
+    ProcScan& scan();
+
     Options options_;
     KeptFile kernelStat_;
-    ProcScan scan_;
+    /// Made by the first reading.
+    std::optional<ProcScan> scan_;
     /// Whose reading the next task record is to come from; 0 for no one's.
     std::int32_t justRead_ = 0;
     std::unordered_map<std::uint32_t, std::optional<std::string>> userNames_;

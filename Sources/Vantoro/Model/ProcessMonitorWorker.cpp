@@ -100,6 +100,7 @@ void ProcessMonitorWorker::stop() {
     events_ = {};
     watchdog_.reset();
     fallbackTimer_.reset();
+    fallback_.rest();
     teardownTop();
     source_ = {};
 }

@@ -49,6 +49,13 @@ UnprivilegedProcesses::Sample UnprivilegedProcesses::sample(double nowSeconds) {
     return result;
 }
 
+void UnprivilegedProcesses::rest() {
+    previousCPU_.clear();
+    previousTicks_.reset();
+    if (table_)
+        table_->rest();
+}
+
 std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t pid, double nowSeconds) {
     const auto known = previousCPU_.find(pid);
     // Whatever else is refused below, a process that is listed keeps its baseline.

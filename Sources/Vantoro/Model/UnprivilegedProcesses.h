@@ -38,6 +38,9 @@ public:
     /// clock that never steps.
     Sample sample(double nowSeconds);
 
+    /// Lets the table close what it keeps open; the next sample is a first one.
+    void rest();
+
     /// Processes in the last sample whose task information was refused.
     int unreadableCount() const { return unreadableCount_; }
 
