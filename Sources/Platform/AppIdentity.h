@@ -33,7 +33,8 @@ public:
     virtual ~AppIdentity() = default;
 
     /// The path as the path list gives it: an executable's full path, empty, or the platform's own mark for a process
-    /// that has none. Nothing is known: an empty AppMembership.
+    /// that has none. Nothing is known: an empty AppMembership. Asked for each row of every sample, so that an answer
+    /// that took work is kept for a while.
     virtual AppMembership membership(std::int32_t pid, std::string_view listedPath) = 0;
 };
 

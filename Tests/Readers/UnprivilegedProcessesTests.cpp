@@ -128,27 +128,37 @@ TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
 class FixedMembership : public AppIdentity {
 public:
     AppMembership membership(std::int32_t /*pid*/, std::string_view path) override {
-        ++calls;
-        if (path == "/usr/bin/web")
+        if (path == "/usr/bin/web" || hasMoved)
             return {.kind = ProcessKind::userApp, .owningAppName = "Web", .owningAppPath = "/share/web.desktop"};
         return {};
     }
-    int calls = 0;
+    bool hasMoved = false;
 };
 
-TEST(IdentityResolver, AsksThePlatformOnceAndAgainAfterAnExec) {
+TEST(IdentityResolver, KeepsTheRecordUntilThePlatformHasAnotherAnswer) {
     const auto apps = std::make_shared<FixedMembership>();
     IdentityResolver resolver(apps, "anna");
     const SharedProcessIdentity first = resolver.resolve(7, "sh", "/bin/sh", "anna");
     EXPECT_EQ(first->kind, ProcessKind::commandLine);
     EXPECT_TRUE(resolver.resolve(7, "sh", "/bin/sh", "anna").sharesRecordWith(first));
-    EXPECT_EQ(apps->calls, 1);
     const SharedProcessIdentity afterExec = resolver.resolve(7, "web", "/usr/bin/web", "anna");
     EXPECT_EQ(afterExec->kind, ProcessKind::userApp);
     EXPECT_EQ(afterExec->displayName, "web");
     EXPECT_EQ(afterExec->owningAppName, "Web");
-    resolver.resolve(8, "Mail", "/Applications/Mail.app/Contents/MacOS/Mail", "anna");
-    EXPECT_EQ(apps->calls, 2) << "a bundle path says it all";
+    EXPECT_TRUE(resolver.resolve(7, "web", "/usr/bin/web", "anna").sharesRecordWith(afterExec));
+    const SharedProcessIdentity waiting = resolver.resolve(5, "viewer", "/opt/viewer", "anna");
+    EXPECT_FALSE(waiting->owningAppName);
+    apps->hasMoved = true;
+    const SharedProcessIdentity moved = resolver.resolve(5, "viewer", "/opt/viewer", "anna");
+    EXPECT_EQ(moved->owningAppName, "Web") << "the desktop moved it into its application's group after its start";
+    EXPECT_TRUE(resolver.resolve(5, "viewer", "/opt/viewer", "anna").sharesRecordWith(moved));
+    apps->hasMoved = false;
+    EXPECT_EQ(*resolver.resolve(5, "viewer", "/opt/viewer", "anna"), *waiting);
+    apps->hasMoved = true;
+    EXPECT_EQ(resolver.resolve(8, "Mail", "/Applications/Mail.app/Contents/MacOS/Mail", "anna")->owningAppName, "Mail")
+        << "a bundle path says it all";
+    EXPECT_FALSE(resolver.resolve(0, "kernel_task", "", "root")->owningAppName);
+    apps->hasMoved = false;
     EXPECT_EQ(resolver.resolve(9, "cut", "(cut)", "anna")->executablePath, "") << "a mark is no path";
 }
 

@@ -6,6 +6,24 @@
 
 namespace vantoro {
 
+namespace {
+
+/// What the platform knows goes before the portable rule's answer.
+SharedProcessIdentity joined(const SharedProcessIdentity& portable, const AppMembership& membership) {
+    if (membership == AppMembership())
+        return portable;
+    ProcessIdentity identity = *portable;
+    identity.kind = membership.kind.value_or(identity.kind);
+    identity.displayName = membership.displayName.value_or(identity.displayName);
+    if (membership.owningAppName)
+        identity.owningAppName = membership.owningAppName;
+    if (membership.owningAppPath)
+        identity.owningAppPath = membership.owningAppPath;
+    return identity;
+}
+
+} // namespace
+
 IdentityResolver::IdentityResolver(std::shared_ptr<AppIdentity> appIdentity, std::string currentUser)
     : appIdentity_(std::move(appIdentity)), currentUser_(std::move(currentUser)) {}
 
@@ -14,11 +32,22 @@ SharedProcessIdentity IdentityResolver::resolve(std::int32_t pid, std::string_vi
     const auto [found, isNew] = remembered_.try_emplace(pid);
     Remembered& entry = found->second;
     entry.lastSample = sampleNumber_;
-    if (isNew || entry.rawName != rawName || entry.listedPath != listedPath || entry.user != user) {
+    const bool isChanged = isNew || entry.rawName != rawName || entry.listedPath != listedPath || entry.user != user;
+    if (isChanged) {
         entry.rawName = rawName;
         entry.listedPath = listedPath;
         entry.user = user;
-        entry.identity = workOut(pid, rawName, listedPath, user);
+        entry.portable = workOut(pid, rawName, listedPath, user);
+    }
+    if (!appIdentity_ || pid == 0 || entry.portable->owningAppPath) {
+        entry.identity = entry.portable;
+        return entry.identity;
+    }
+    // Asked anew each time: the desktop may move a process into its application's group after it has started.
+    AppMembership membership = appIdentity_->membership(pid, listedPath);
+    if (isChanged || membership != entry.membership) {
+        entry.membership = std::move(membership);
+        entry.identity = joined(entry.portable, entry.membership);
     }
     return entry.identity;
 }
@@ -26,19 +55,7 @@ SharedProcessIdentity IdentityResolver::resolve(std::int32_t pid, std::string_vi
 ProcessIdentity IdentityResolver::workOut(std::int32_t pid, std::string_view rawName, std::string_view listedPath,
                                           std::string_view user) const {
     const std::string_view path = isPathMark(listedPath) ? std::string_view() : listedPath;
-    ProcessIdentity identity = resolveIdentity(pid, rawName, path, user, currentUser_);
-    if (pid == 0 || identity.owningAppPath || !appIdentity_)
-        return identity;
-    AppMembership membership = appIdentity_->membership(pid, listedPath);
-    if (membership.kind)
-        identity.kind = *membership.kind;
-    if (membership.displayName)
-        identity.displayName = std::move(*membership.displayName);
-    if (membership.owningAppName)
-        identity.owningAppName = std::move(membership.owningAppName);
-    if (membership.owningAppPath)
-        identity.owningAppPath = std::move(membership.owningAppPath);
-    return identity;
+    return resolveIdentity(pid, rawName, path, user, currentUser_);
 }
 
 void IdentityResolver::endSample() {

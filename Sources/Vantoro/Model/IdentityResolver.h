@@ -20,7 +20,7 @@ public:
     IdentityResolver(std::shared_ptr<AppIdentity> appIdentity, std::string currentUser);
 
     /// The identity of a row as its source gives it. It is worked out again when the command, the path or the owner
-    /// changed: an exec keeps the pid.
+    /// changed (an exec keeps the pid) and when the platform, which is asked each time, has another answer.
     SharedProcessIdentity resolve(std::int32_t pid, std::string_view rawName, std::string_view listedPath,
                                   std::string_view user);
 
@@ -34,6 +34,9 @@ private:
         std::string rawName;
         std::string listedPath;
         std::string user;
+        /// By the path alone, and with what the platform knows.
+        SharedProcessIdentity portable;
+        AppMembership membership;
         SharedProcessIdentity identity;
         std::uint64_t lastSample = 0;
     };
