@@ -1,5 +1,6 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
+#include "Model/UnprivilegedProcesses.h"
 #include "Platform/Linux/LinuxProcessStream.h"
 #include "Support/Folders.h"
 
@@ -20,6 +21,7 @@ LinuxProcessTable::Options options(const std::string& root, std::size_t budget =
     return {.root = root,
             .units = {.ticksPerSecond = 100, .pageBytes = 4096},
             .descriptorBudget = budget,
+            .ownUid = 1000,
             .accountName = [](std::uint32_t uid) {
                 return uid == 1000 ? std::optional<std::string>("ada") : std::nullopt;
             }};
@@ -72,6 +74,7 @@ TEST(LinuxProcessTable, AQuietProcessIsWatchedByItsScheduleAndSeenToRunAtOnce) {
         folder.write("proc/7/schedstat", schedule);
     };
     write(50, "123456 7 8\n");
+    folder.write("proc/7/status", "Uid:\t1000\n");
     folder.write("proc/stat", "processes 10\n");
     LinuxProcessTable table(options(folder.path(), 1));
     const auto ticks = [&table] {
@@ -137,13 +140,27 @@ TEST(LinuxProcessTable, AsksAgainWhoAProcessIsWhenItIsAnother) {
 
 TEST(LinuxProcessTable, ReadsOncePerSampleAndNoticesALongerFigureBehindEqualBytes) {
     const TemporaryFolder folder;
-    folder.write("proc/7/status", "Uid:\t0\n");
+    folder.write("proc/7/status", "Uid:\t1000\n");
     folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 12));
     LinuxProcessTable table(options(folder.path()));
     ASSERT_TRUE(table.shortRecord(7));
     folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 123));
     EXPECT_EQ(table.taskRecord(7)->residentBytes, 12u * 4096) << "from the same reading as the short record";
     EXPECT_EQ(table.taskRecord(7)->residentBytes, 123u * 4096);
+}
+
+TEST(LinuxProcessTable, TellsFiguresOfOnesOwnProcessesOnly) {
+    const TemporaryFolder folder;
+    folder.write("proc/stat", "processes 10\n");
+    for (const auto& [pid, uid] : {std::pair{7, 1000U}, {8, 0U}, {9, 1001U}})
+        writeProcess(folder, pid, "x", 100, 50, uid);
+    const auto table = std::make_shared<LinuxProcessTable>(options(folder.path()));
+    UnprivilegedProcesses processes(table, nullptr);
+    const auto sample = processes.sample(1);
+    ASSERT_EQ(sample.processes.size(), 1U);
+    EXPECT_EQ(sample.processes[0].pid(), 7);
+    EXPECT_EQ(processes.unreadableCount(), 2);
+    EXPECT_FALSE(table->taskRecord(8)) << "nor without a short record before";
 }
 
 TEST(LinuxProcessTable, SurvivesBrokenFiles) {

@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
 #include <unistd.h>
+#include <utility>
 
 namespace vantoro {
 
@@ -21,6 +22,10 @@ KernelUnits KernelUnits::ofThisMachine() {
     if (const long bytes = ::sysconf(_SC_PAGESIZE); bytes > 0)
         units.pageBytes = static_cast<std::uint64_t>(bytes);
     return units;
+}
+
+std::uint32_t currentUid() {
+    return ::getuid();
 }
 
 LinuxProcessTable::LinuxProcessTable(const Options& options)
@@ -65,9 +70,9 @@ std::optional<TaskRecord> LinuxProcessTable::taskRecord(std::int32_t pid) {
     if (pid < 1)
         return {};
     ScannedProcess& process = scan().add(pid);
-    if (justRead_ != pid && !scan().read(process))
+    const bool isRead = std::exchange(justRead_, 0) == pid || scan().read(process);
+    if (!isRead || scan().uid(process) != options_.ownUid)
         return {};
-    justRead_ = 0;
     const std::uint64_t ticksPerSecond = options_.units.ticksPerSecond;
     return TaskRecord{.residentBytes = process.residentPages * options_.units.pageBytes,
                       .userNanoseconds = nanoseconds(process.userTicks, ticksPerSecond),

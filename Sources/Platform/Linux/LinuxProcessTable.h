@@ -24,9 +24,13 @@ struct KernelUnits {
     static KernelUnits ofThisMachine();
 };
 
+/// This process's own (real) user.
+std::uint32_t currentUid();
+
 /// One system call per process and sample: `shortRecord` reads /proc/PID/stat through a descriptor that is kept open,
 /// and the `taskRecord` that follows it takes its figures from the same reading. The start time is in clock ticks after
-/// boot.
+/// boot. The kernel would let everybody read everybody's figures; a task record is given of one's own processes only,
+/// for this is what stands in where only one's own are to be listed.
 class LinuxProcessTable : public ProcessTable {
 public:
     struct Options {
@@ -35,6 +39,8 @@ public:
         KernelUnits units = KernelUnits::ofThisMachine();
         /// How many descriptors may be kept open.
         std::size_t descriptorBudget = vantoro::descriptorBudget();
+        /// Whose processes may be looked into.
+        std::uint32_t ownUid = currentUid();
         std::optional<std::string> (*accountName)(std::uint32_t uid) = vantoro::accountName;
     };
 
