@@ -12,7 +12,7 @@ constexpr std::string_view help =
     "       vantoro-top --paths | --help | --version\n"
     "\n"
     "Prints what the processes of this machine do, for programs to read: SAMPLES blocks (0: without end), one every\n"
-    "SECONDS, of the ROWS busiest processes in lines of at most COLUMNS characters. --paths prints each process's\n"
+    "SECONDS, of the ROWS busiest processes in lines of at most COLUMNS bytes. --paths prints each process's\n"
     "executable: a path, [NAME] for a thread of the kernel's, (NAME) where it is unknown.\n";
 
 constexpr std::string_view version = "vantoro-top " VANTORO_VERSION "\n";

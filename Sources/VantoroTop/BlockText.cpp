@@ -1,5 +1,8 @@
 #include "VantoroTop/BlockText.h"
 
+#include "Model/TerminalText.h"
+#include "Model/Utf8.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -8,14 +11,14 @@ namespace vantoro::top {
 
 namespace {
 
-// Where each column starts. A pid has up to 7 digits, a share up to 8 characters with its fraction, a size 12.
+// Where each column starts, in bytes. A pid has up to 7 digits, a share up to 8 with its fraction, a size 12.
 constexpr std::size_t commandColumn = 8;
-constexpr std::size_t commandCharacters = 16;
-constexpr std::size_t cpuColumn = commandColumn + commandCharacters + 1;
+constexpr std::size_t commandBytes = 16;
+constexpr std::size_t cpuColumn = commandColumn + commandBytes + 1;
 constexpr std::size_t memoryColumn = cpuColumn + 9;
 constexpr std::size_t powerColumn = memoryColumn + 13;
 constexpr std::size_t userColumn = powerColumn + 6;
-constexpr std::size_t userCharacters = 64;
+constexpr std::size_t userBytes = 64;
 
 void appendNumber(std::string& text, std::uint64_t number) {
     char digits[20];
@@ -48,52 +51,11 @@ void endLine(std::string& text, std::size_t start, std::size_t columns) {
     text += '\n';
 }
 
-/// Length of the UTF-8 character that `raw` begins with; 0 when it begins with none (overlong forms, surrogates and
-/// what lies beyond U+10FFFF are none).
-std::size_t characterLength(std::string_view raw) {
-    const auto byte = [raw](std::size_t at) { return at < raw.size() ? static_cast<unsigned char>(raw[at]) : 0U; };
-    const auto follows = [&byte](std::size_t at) { return (byte(at) & 0xC0U) == 0x80U; };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first <= 0xDF && follows(1))
-        return 2;
-    if (first >= 0xE0 && first <= 0xEF && follows(1) && follows(2))
-        return (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ? 0 : 3;
-    if (first >= 0xF0 && first <= 0xF4 && follows(1) && follows(2) && follows(3))
-        return (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F) ? 0 : 4;
-    return 0;
-}
-
-/// Control characters, among them those of U+0080 to U+009F, and the two separators that some readers take for line
-/// ends.
-bool isControl(std::string_view character) {
-    const auto first = static_cast<unsigned char>(character[0]);
-    if (character.size() == 1)
-        return first < 0x20 || first == 0x7F;
-    if (character.size() == 2)
-        return first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-    return character == "\u2028" || character == "\u2029";
-}
-
 void padTo(std::string& text, std::size_t width, std::size_t wanted) {
     text.append(wanted > width ? wanted - width : 1, ' ');
 }
 
 } // namespace
-
-std::size_t appendSafely(std::string& text, std::string_view raw, std::size_t most) {
-    std::size_t characters = 0;
-    for (; characters < most && !raw.empty(); ++characters) {
-        const std::size_t length = characterLength(raw);
-        if (length == 0 || isControl(raw.substr(0, length)))
-            text += '?';
-        else
-            text.append(raw.substr(0, length));
-        raw.remove_prefix(std::max<std::size_t>(length, 1));
-    }
-    return characters;
-}
 
 void appendHead(std::string& text, const SystemFigures& figures, std::size_t columns) {
     std::size_t line = text.size();
@@ -193,35 +155,31 @@ void appendRow(std::string& text, const Row& row, std::size_t columns) {
     padTo(text, text.size() - line, commandColumn);
 
     const std::size_t command = text.size();
-    std::size_t characters = appendSafely(text, row.command, commandCharacters);
+    appendTerminalText(text, row.command, commandBytes);
     // A name of blanks alone would leave the column empty, and one that holds a block's first word would pass for the
     // beginning of a block.
     if (text.find_first_not_of(' ', command) == std::string::npos) {
         text.resize(command);
         text += '?';
-        characters = 1;
     }
     constexpr std::string_view blockTitle = "Processes:";
     if (const std::size_t at = text.find(blockTitle, command); at != std::string::npos)
         text[at + blockTitle.size() - 1] = '?';
-    // From here on the column is counted from the end of the command: its bytes may be more than its characters.
-    padTo(text, characters, cpuColumn - commandColumn);
-    const std::size_t figures = text.size();
+    padTo(text, text.size() - line, cpuColumn);
     appendDecimal(text, row.cpuPercent, 1);
-    padTo(text, text.size() - figures, memoryColumn - cpuColumn);
+    padTo(text, text.size() - line, memoryColumn);
     appendNumber(text, row.residentKiB);
     text += 'K';
-    padTo(text, text.size() - figures, powerColumn - cpuColumn);
+    padTo(text, text.size() - line, powerColumn);
     text += "0.0"; // the kernel keeps no account of a process's energy
-    padTo(text, text.size() - figures, userColumn - cpuColumn);
-    if (columns > userColumn)
-        appendSafely(text, row.user, std::min(columns - userColumn, userCharacters));
-    else if (columns < userColumn)
-        for (std::size_t from = line, width = 0; from < text.size(); ++from)
-            if ((static_cast<unsigned char>(text[from]) & 0xC0U) != 0x80U && width++ == columns) {
-                text.resize(from);
-                break;
-            }
+    padTo(text, text.size() - line, userColumn);
+    appendTerminalText(text, row.user, userBytes);
+    if (text.size() - line > columns) {
+        std::size_t end = line + columns;
+        while (end > line && characterStart(text, end) != end)
+            --end;
+        text.resize(end);
+    }
     text += '\n';
 }
 

@@ -42,17 +42,13 @@ struct Row {
 };
 
 /// Appends the block's head: the lines on the machine, a blank line and the column titles, each of at most `columns`
-/// characters.
+/// bytes.
 void appendHead(std::string& text, const SystemFigures& figures, std::size_t columns);
 
-/// Appends one process's line.
+/// Appends one process's line, with its columns cut and padded by bytes. What could steer a terminal becomes "?".
 void appendRow(std::string& text, const Row& row, std::size_t columns);
 
 /// Appends one line of the path list: "PID PATH".
 void appendPathLine(std::string& text, std::int32_t pid, std::string_view path);
-
-/// Appends at most `most` characters of a text that may hold any bytes: a control character and every byte that is not
-/// UTF-8 become "?". Gives how many characters it appended.
-std::size_t appendSafely(std::string& text, std::string_view raw, std::size_t most);
 
 } // namespace vantoro::top

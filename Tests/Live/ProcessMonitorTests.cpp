@@ -72,7 +72,9 @@ class Watched {
 public:
     explicit Watched(
         const std::string& script, ProcessMonitor::Mode mode = ProcessMonitor::Mode::automatic,
-        const std::string& pathList = "printf '12 /opt/Editor.app/Contents/MacOS/Editor\\n13 [kworker/0:1]\\n'") {
+        const std::string& pathList = "printf '12 /opt/Editor.app/Contents/MacOS/Editor\\n13 [kworker/0:1]\\n'",
+        std::chrono::milliseconds pathListPause = 3s) {
+        timing.pathListPause = pathListPause;
         timing.watchdogFloor = 700ms;
         timing.watchdogIntervals = 0;
         timing.firstFallbackSample = 5ms;
@@ -144,15 +146,31 @@ TEST_F(ProcessMonitorTest, AQuickLookDeliversBeforeTheStreamDoes) {
     EXPECT_EQ(watched.monitor->source().kind, Kind::system);
 }
 
+TEST_F(ProcessMonitorTest, TheKernelItselfNeverAsksForNewPaths) {
+    // Each listing of the paths leaves a line, and this time another one may follow at once.
+    const Watched watched("kernel() { block 1; printf '0    kernel   9.0  4K\\n'; }\n"
+                          "[ \"$2\" != 2 ] || exit 1; sleep 0.2; kernel; kernel; kernel; kernel; exec sleep 1000",
+                          ProcessMonitor::Mode::automatic,
+                          "echo x >>\"$0.paths\"; printf '12 /opt/Editor.app/Contents/MacOS/Editor\\n13 /bin/k\\n'",
+                          1ms);
+    ASSERT_TRUE(waitUntil([&] { return watched.lists.size() == 2; }));
+    EXPECT_EQ(watched.lists[1].back().displayName(), "kernel_task");
+    EXPECT_EQ(std::filesystem::file_size(watched.folder.filePath("top.paths").toStdString()), 2U)
+        << "one listing, before the stream began";
+}
+
 TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIsOfNoUse) {
     std::vector<std::unique_ptr<Watched>> all;
     for (const char* const script : {"", "exit 1", "exec sleep 1000", "trap '' TERM; exec sleep 1000",
-                                     "while echo 'no block at all \377'; do :; done"})
+                                     "while echo 'no block at all \377'; do :; done",
+                                     // What does not decode must not pass for a stream that works.
+                                     "if [ \"$2\" = 2 ]; then block 1; block 2; printf '14 \\377 1.0 4K\\n'; exit; fi\n"
+                                     "exec sleep 1000"})
         all.push_back(std::make_unique<Watched>(script));
     for (const auto& watched : all) {
         ASSERT_TRUE(waitUntil([&] { return watched->hasFallenBack(); }));
         EXPECT_FALSE(watched->sources.back().byChoice);
-        ASSERT_EQ(watched->lists.back().size(), 1U);
+        ASSERT_EQ(watched->lists.front().size(), 1U);
         EXPECT_EQ(watched->lists.back()[0].displayName(), "Tool") << "the fallback's rows get identities too";
         EXPECT_EQ(watched->monitor->unreadableCount(), 1);
     }

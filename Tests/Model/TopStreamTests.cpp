@@ -26,7 +26,7 @@ PID    COMMAND          %CPU  MEM    POWER USER
 7      daemon           0.3   1234K  0.0   root
 x      no pid           1.0   1K     0.0   root
 8                       1.0   1K     0.0   root
-9      Überwacher       1.5   2G-    0.1   jörg
+9      Überwacher      1.5   2G-    0.1   jörg
 )";
 
 using Blocks = std::vector<std::vector<std::string>>;
@@ -50,7 +50,38 @@ TEST(TopStream, ReadsABlock) {
     ASSERT_EQ(parsed.rows.size(), 3U) << "rows without a pid or a command are left out";
     EXPECT_EQ(parsed.rows[0], (TopRow{1042, "Editor (Beta) 2", 98.5, 812 * mebibyte, 98.5, "anna"}));
     EXPECT_EQ(parsed.rows[2], (TopRow{9, "Überwacher", 1.5, 2048 * mebibyte, 0.1, "jörg"}))
-        << "columns are counted in characters, not bytes";
+        << "columns are padded by bytes";
+}
+
+// As the Mac's own `top` fills its columns: by bytes, in a command column of 16 and a blank.
+TEST(TopStream, MarkedPidsAndNamesOfManyBytesKeepTheirRows) {
+    struct Case {
+        const char* pid;
+        const char* command;
+        std::optional<TopRow> row;
+    };
+    const auto row = [](std::int32_t pid, const char* command) {
+        return TopRow{pid, command, 12.5, 4096, 1.5, "anna"};
+    };
+    for (const auto& [pid, command, expected] :
+         {Case{"512*", "Rosetta", row(512, "Rosetta")}, Case{"513-", "Rosetta", row(513, "Rosetta")},
+          Case{"99999*", "x", row(99999, "x")}, Case{"0", "kernel_task", row(0, "kernel_task")},
+          Case{"7", "Überwächter", row(7, "Überwächter")}, Case{"8", "写真ビュー", row(8, "写真ビュー")},
+          Case{"9", "日本語🙂 x", row(9, "日本語🙂 x")}, Case{"*", "x", {}}, Case{"1**", "x", {}},
+          Case{"-", "x", {}}, Case{"1*2", "x", {}}}) {
+        std::string line(pid);
+        line.resize(7, ' ');
+        line += command;
+        line.resize(24, ' ');
+        const TopBlock parsed = parseBlock(
+            {"Processes: 1", "PID    COMMAND          %CPU MEM   POWER USER", line + "12.5 4K    1.5   anna"}, 1);
+        EXPECT_EQ(parsed.rows, expected ? std::vector{*expected} : std::vector<TopRow>()) << line;
+    }
+    const ColumnRanges columns = columnRanges("PID COMMAND %CPU");
+    EXPECT_EQ(slice("1   1234567ü8 5.0", columns, "COMMAND"), "1234567ü")
+        << "a character is in the column it begins in";
+    EXPECT_EQ(slice("1   1234567ü8 5.0", columns, "%CPU"), "8 5.0");
+    EXPECT_FALSE(slice("1   1234567ü", columns, "%CPU"));
 }
 
 TEST(TopStream, PiecesCutAnywhereGiveTheSameBlocks) {
@@ -137,8 +168,10 @@ TEST(Utf8, TellsBrokenFromIncomplete) {
     for (const char* const cut : {"\xC3", "\xE2\x82", "\xF0\x9F\x98"})
         EXPECT_TRUE(isIncompleteCharacter(cut));
     EXPECT_EQ(validUtf8Length("ä€😀"), 9U);
-    EXPECT_EQ(byteOffset("ä€x", 2), 5U);
-    EXPECT_EQ(byteOffset("ä", 9), 2U);
+    EXPECT_EQ(characterStart("ä€x", 3), 5U);
+    EXPECT_EQ(characterStart("ä", 9), 2U);
+    EXPECT_EQ(firstCharacter("€x").letter, 0x20ACU);
+    EXPECT_EQ(firstCharacter("\xE2\x82").letter, std::nullopt);
 }
 
 TEST(ProcessNaming, PathsTellNameOwnerAndKind) {

@@ -3,6 +3,7 @@
 #include "VantoroTop/Sampler.h"
 
 #include "Model/TopStream.h"
+#include "Model/Utf8.h"
 #include "Support/ChildProgram.h"
 
 #include <algorithm>
@@ -91,7 +92,9 @@ TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
                                                          {"äö€", "äö€"},
                                                          {"\xFF\xC0\xAF\xED\xA0\x80", "??????"},
                                                          {"cut\xE2\x82", "cut??"},
-                                                         {"\xC2\x85\xE2\x80\xA8", "??"},
+                                                         {"\xC2\x85\u2028\u202E\u2066", "????"},
+                                                         {"seven äöü letters", "seven äöü let"},
+                                                         {"日本語の名前", "日本語の名"},
                                                          {"   ", "?"},
                                                          {"", "?"},
                                                          {"Processes: 1", "Processes? 1"}};
@@ -106,6 +109,10 @@ TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
         std::string text;
         appendRow(text, {.pid = 1, .command = "abcdefghijklmnop", .user = "someone"}, columns);
         EXPECT_EQ(text.size(), std::min<std::size_t>(columns, 53 + 7) + 1) << columns;
+        text.clear();
+        appendRow(text, {.pid = 1, .command = "äöüäöüäöü", .user = "jöß"}, columns);
+        EXPECT_LE(text.size(), columns + 1);
+        EXPECT_EQ(validUtf8Length(text), text.size()) << "no half a character";
     }
     std::string text;
     appendPathLine(text, 7, "/home/a\nb");

@@ -1,5 +1,6 @@
 #include "Model/PlainNotes.h"
 
+#include "Model/TerminalText.h"
 #include "Model/Utf8.h"
 
 #include <algorithm>
@@ -58,24 +59,6 @@ bool startsWithName(std::string_view text, std::string_view name) {
     return text.size() >= name.size() && lowered(text.substr(0, name.size())) == name;
 }
 
-/// Letters that would turn the line around, hide in it or move the cursor.
-bool isUnprintable(std::uint32_t letter) {
-    return letter < 0x20 || (letter >= 0x7F && letter <= 0x9F) || letter == 0xAD || letter == 0x61C ||
-           (letter >= 0x200B && letter <= 0x200F) || (letter >= 0x2028 && letter <= 0x202E) ||
-           (letter >= 0x2060 && letter <= 0x206F) || letter == 0xFEFF || (letter >= 0xFFF0 && letter <= 0xFFFB) ||
-           (letter >= 0xE0000 && letter <= 0xE0FFF);
-}
-
-std::uint32_t decoded(std::string_view letter) {
-    const auto lead = static_cast<unsigned char>(letter.front());
-    if (letter.size() == 1)
-        return lead;
-    std::uint32_t value = lead & (0x7FU >> letter.size());
-    for (const char byte : letter.substr(1))
-        value = (value << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
-    return value;
-}
-
 std::string encoded(std::uint32_t letter) {
     const auto tail = [letter](unsigned shift) { return static_cast<char>(0x80U | ((letter >> shift) & 0x3FU)); };
     if (letter < 0x80)
@@ -98,7 +81,7 @@ public:
             needsSpace_ = true;
             return;
         }
-        if (isUnprintable(decoded(letter)))
+        if (isUnprintable(firstCharacter(letter).letter.value_or(0)))
             return;
         if (!text_.empty() && breaks_ > 0)
             text_.append(std::min(breaks_, 2U), '\n');

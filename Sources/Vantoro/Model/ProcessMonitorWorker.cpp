@@ -1,5 +1,7 @@
 #include "Model/ProcessMonitorWorker.h"
 
+#include "Model/Utf8.h"
+
 #include <algorithm>
 #include <QDeadlineTimer>
 #include <unistd.h>
@@ -124,6 +126,7 @@ void ProcessMonitorWorker::startStream(int intervalSeconds, int rows) {
 void ProcessMonitorWorker::armWatchdog(int intervalSeconds) {
     watchdog_ = std::make_unique<QTimer>();
     watchdog_->setSingleShot(true);
+    watchdog_->setTimerType(Qt::PreciseTimer);
     connect(watchdog_.get(), &QTimer::timeout, this, [this, intervalSeconds] {
         if (source_.kind != Kind::system)
             startUnprivileged(intervalSeconds, false);
@@ -149,6 +152,9 @@ void ProcessMonitorWorker::finishPriming() {
     primingOutput_ += priming_->readAllStandardOutput();
     const QByteArray output = std::exchange(primingOutput_, {});
     retire(std::move(priming_));
+    // Bytes that are no text tell nothing, and must not pass for a stream that works.
+    if (validUtf8Length(toView(output)) != toView(output).size())
+        return;
     const std::optional<std::vector<std::string>> lines = lastBlock(toView(output));
     if (lines && !fallbackTimer_ && blocksSeen_ <= 1)
         parseAndDeliver(*lines);
@@ -174,8 +180,9 @@ void ProcessMonitorWorker::finishBlock(const std::vector<std::string>& lines) {
 
 void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines) {
     const TopBlock block = parseBlock(lines, statistics_ ? statistics_->physicalMemoryBytes() : 0);
-    const bool hasUnknownPid =
-        std::ranges::any_of(block.rows, [this](const TopRow& row) { return !pathMap_.contains(row.pid); });
+    // The kernel itself, pid 0, is in no path list.
+    const bool hasUnknownPid = std::ranges::any_of(
+        block.rows, [this](const TopRow& row) { return row.pid != 0 && !pathMap_.contains(row.pid); });
     if (pathMap_.empty() || hasUnknownPid || !lastPathRefresh_ ||
         Clock::now() - *lastPathRefresh_ > timing_.pathListAge)
         refreshPaths();
@@ -228,6 +235,7 @@ void ProcessMonitorWorker::startUnprivileged(int intervalSeconds, bool byChoice)
     // A first reading only sets the baselines: without it the first list would show every process at 0 %.
     fallback_.sample(monotonicSeconds());
     fallbackTimer_ = std::make_unique<QTimer>();
+    fallbackTimer_->setTimerType(Qt::PreciseTimer);
     const std::chrono::milliseconds interval = std::max(1, intervalSeconds) * timing_.fallbackSecond;
     connect(fallbackTimer_.get(), &QTimer::timeout, this, [this, interval] {
         if (fallbackTimer_->intervalAsDuration() != interval)

@@ -67,6 +67,13 @@ void parseCPUUsage(std::string_view rest, CPULoad& cpu) {
     });
 }
 
+/// A mark may follow the number: `top` puts "*" or "-" behind a process of another architecture.
+std::optional<std::int32_t> parsePid(std::string_view field) {
+    if (field.ends_with('*') || field.ends_with('-'))
+        field.remove_suffix(1);
+    return parseInt32(field);
+}
+
 double numberIn(std::optional<std::string_view> field) {
     return field ? parseDecimal(*field).value_or(0) : 0;
 }
@@ -126,13 +133,9 @@ ColumnRanges columnRanges(std::string_view header) {
         if (found == std::string_view::npos)
             continue;
         searchFrom = found + title.size();
-        // Rows are cut by character, and a header may hold characters of several bytes too.
-        std::size_t start = 0;
-        while (byteOffset(header, start) < found)
-            ++start;
         if (previous != nullptr)
-            previous->end = start;
-        previous = &(ranges[title] = {.start = start, .end = std::numeric_limits<std::size_t>::max()});
+            previous->end = found;
+        previous = &(ranges[title] = {.start = found, .end = std::numeric_limits<std::size_t>::max()});
     }
     return ranges;
 }
@@ -141,16 +144,15 @@ std::optional<std::string_view> slice(std::string_view line, const ColumnRanges&
     const auto column = columns.find(title);
     if (column == columns.end())
         return std::nullopt;
-    const std::size_t start = byteOffset(line, column->second.start);
+    const std::size_t start = characterStart(line, column->second.start);
     if (start >= line.size())
         return std::nullopt;
-    const std::string_view rest = line.substr(start);
-    return trimmed(rest.substr(0, byteOffset(rest, column->second.end - column->second.start)));
+    return trimmed(line.substr(start, characterStart(line, column->second.end) - start));
 }
 
 std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& columns) {
     const std::optional<std::string_view> pidField = slice(line, columns, "PID");
-    const std::optional<std::int32_t> pid = pidField ? parseInt32(*pidField) : std::nullopt;
+    const std::optional<std::int32_t> pid = pidField ? parsePid(*pidField) : std::nullopt;
     const std::optional<std::string_view> command = slice(line, columns, "COMMAND");
     if (!pid || !command || command->empty())
         return std::nullopt;

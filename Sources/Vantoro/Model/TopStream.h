@@ -72,7 +72,7 @@ private:
     std::vector<std::string> block_;
 };
 
-/// Half-open range of characters in a line.
+/// Half-open range of bytes in a line.
 struct ColumnRange {
     std::size_t start = 0;
     std::size_t end = 0;
@@ -90,9 +90,12 @@ TopBlock parseBlock(const std::vector<std::string>& lines, std::uint64_t physica
 /// The columns of a header line, each from its title to the next.
 ColumnRanges columnRanges(std::string_view header);
 
-/// The column's text without the white space around it; none where the line or the header does not reach.
+/// The column's text without the white space around it; none where the line or the header does not reach. Programs pad
+/// their columns by bytes, so that is how they are cut; a character that lies across an end belongs to the column in
+/// which it begins.
 std::optional<std::string_view> slice(std::string_view line, const ColumnRanges& columns, std::string_view title);
 
+/// None without a pid (which may have a "*" or "-" behind it) or a command.
 std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& columns);
 
 /// "1234K", "56M+", "2G-", "4096" in bytes; 0 for what does not read, "512B" included.

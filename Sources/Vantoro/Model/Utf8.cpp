@@ -55,6 +55,19 @@ std::size_t wellFormedPrefix(std::string_view bytes) {
 
 } // namespace
 
+Character firstCharacter(std::string_view text) {
+    const unsigned lead = byteAt(text, 0);
+    if (lead < 0x80)
+        return {.letter = lead};
+    const std::size_t length = wellFormedPrefix(text);
+    if (length == 0 || length < lengthFromLead(lead))
+        return {};
+    std::uint32_t letter = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i)
+        letter = (letter << 6U) | (byteAt(text, i) & 0x3FU);
+    return {.letter = letter, .bytes = length};
+}
+
 std::size_t validUtf8Length(std::string_view bytes) {
     std::size_t position = 0;
     while (position < bytes.size()) {
@@ -75,15 +88,10 @@ bool isIncompleteCharacter(std::string_view bytes) {
     return !bytes.empty() && wellFormedPrefix(bytes) == bytes.size() && bytes.size() < lengthFromLead(byteAt(bytes, 0));
 }
 
-std::size_t byteOffset(std::string_view text, std::size_t character) {
-    std::size_t offset = 0;
-    while (offset < text.size() && character > 0) {
+std::size_t characterStart(std::string_view text, std::size_t offset) {
+    while (offset < text.size() && isContinuation(byteAt(text, offset)))
         ++offset;
-        while (offset < text.size() && isContinuation(byteAt(text, offset)))
-            ++offset;
-        --character;
-    }
-    return offset;
+    return std::min(offset, text.size());
 }
 
 } // namespace vantoro
