@@ -13,6 +13,8 @@ namespace {
 
 std::atomic<int> writeEnd{-1};
 
+constexpr std::array stopSignals{SIGINT, SIGTERM, SIGHUP};
+
 // Writing a byte is one of the few things a signal handler may do.
 void writeByte(int /*signal*/) {
     const char byte = 0;
@@ -33,15 +35,18 @@ InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt) {
         handler();
     });
     writeEnd = pipe_[1];
-    std::signal(SIGINT, writeByte);
-    std::signal(SIGTERM, writeByte);
+    for (std::size_t i = 0; i < stopSignals.size(); ++i)
+        former_[i] = std::signal(stopSignals[i], writeByte);
+    // Who was told to outlive its terminal (nohup) does.
+    if (former_.back() == SIG_IGN)
+        std::signal(SIGHUP, SIG_IGN);
 }
 
 InterruptWatcher::~InterruptWatcher() {
     if (!notifier_)
         return;
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (std::size_t i = 0; i < stopSignals.size(); ++i)
+        std::signal(stopSignals[i], former_[i]);
     writeEnd = -1;
     notifier_.reset();
     for (const int descriptor : pipe_)

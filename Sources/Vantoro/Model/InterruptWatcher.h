@@ -1,5 +1,5 @@
-// Tells the event loop that somebody asked the program to stop (SIGINT or SIGTERM), so that it can finish what it
-// holds.
+// Tells the event loop that somebody asked the program to stop (SIGINT or SIGTERM, or its terminal is gone: SIGHUP), so
+// that it can finish what it holds.
 #pragma once
 
 #include <array>
@@ -20,6 +20,7 @@ public:
 
 private:
     std::array<int, 2> pipe_{-1, -1};
+    std::array<void (*)(int), 3> former_{};
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 

@@ -25,6 +25,8 @@ UnixSeconds secondsSinceEpoch() {
 } // namespace
 
 int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
+    // From before the file is there: what was begun is finished.
+    const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
     RecordingWriter writer;
     RecordingWriter::Failure failure =
         writer.open(line.recordFile, {.machine = hub.machineName(), .created = utcText(secondsSinceEpoch())});
@@ -40,7 +42,6 @@ int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::mill
         takeOne();
     }
     if (!failure) {
-        const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, &timer, takeOne);
         timer.start(interval);

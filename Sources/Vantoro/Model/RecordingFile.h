@@ -72,7 +72,7 @@ public:
     RecordingWriter(RecordingWriter&&) noexcept;
     RecordingWriter& operator=(RecordingWriter&&) noexcept;
 
-    /// Makes the file, which must not exist, and writes the header.
+    /// Makes the file, which must not exist, and writes the header. When that fails there is no file.
     [[nodiscard]] Failure open(const std::string& path, const RecordingHeader& header);
     [[nodiscard]] Failure append(const Snapshot& snapshot);
     Failure close();

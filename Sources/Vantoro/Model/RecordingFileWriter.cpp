@@ -25,10 +25,13 @@ public:
                              Z_DEFAULT_STRATEGY) != Z_OK) {
                 gzip_.reset();
                 failure_ = "out of memory";
+                removeFile(path);
                 return;
             }
         }
         writeLine(headerLine(header));
+        if (failure_)
+            removeFile(path);
     }
     ~State() { close(); }
     State(const State&) = delete;
@@ -60,6 +63,12 @@ public:
     const Failure& failure() const { return failure_; }
 
 private:
+    /// What was just made and holds nothing yet is of no use to anybody, and stands in the way of another try.
+    void removeFile(const std::string& path) {
+        file_.close();
+        ::unlink(path.c_str());
+    }
+
     void writeLine(std::string line) {
         line.push_back('\n');
         if (gzip_)

@@ -3,10 +3,33 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
+#include <system_error>
 
 namespace vantoro {
 
-Replay::Replay(SensorHub& hub, const std::string& path) : hub_(hub), result_(readRecording(path, [](Snapshot&&) {})) {
+namespace {
+
+/// Whether what is read of it is gone: a pipe, a terminal, a socket.
+bool readsOnlyOnce(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    const fs::file_type type = fs::status(path, ignored).type();
+    return type == fs::file_type::fifo || type == fs::file_type::character || type == fs::file_type::socket;
+}
+
+RecordingResult readWhole(const std::string& path) {
+    if (!readsOnlyOnce(path))
+        return readRecording(path, [](Snapshot&&) {});
+    RecordingResult refused;
+    refused.error = {
+        .line = 0, .reason = "the window needs a file and not a pipe, which can be read only once; --explain takes it"};
+    return refused;
+}
+
+} // namespace
+
+Replay::Replay(SensorHub& hub, const std::string& path) : hub_(hub), result_(readWhole(path)) {
     if (result_.error)
         return;
     hub_.beginReplay(result_.header.machine);

@@ -14,8 +14,8 @@ namespace vantoro {
 class Replay : public QObject {
     Q_OBJECT
 public:
-    /// Reads the whole recording once, so that one that cannot be used is refused before anything is shown. The hub
-    /// must outlive the replay.
+    /// Reads the whole recording once, so that one that cannot be used is refused before anything is shown; a pipe,
+    /// which could not be read again, is refused too. The hub must outlive the replay.
     Replay(SensorHub& hub, const std::string& path);
 
     /// Why it cannot be played.
