@@ -27,6 +27,9 @@ public:
     /// The system's own code for the closing, 0 for success.
     virtual std::uint32_t close(std::uint32_t handle) = 0;
 
+    /// False for what stands in the controller's place: a key that is missing there means that nothing is known.
+    virtual bool isController() const { return true; }
+
     virtual SensorTrust trust() const { return SensorTrust::manyAndNoisy; }
 };
 

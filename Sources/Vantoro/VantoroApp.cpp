@@ -17,6 +17,7 @@
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
 #include "Model/SMCReader.h"
+#include "Model/StandardOutput.h"
 #include "Model/Updates.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
@@ -27,6 +28,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -48,10 +50,9 @@ namespace {
 constexpr int usageFault = 2;
 
 int print(const std::string& text) {
-    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
-        return EXIT_SUCCESS;
-    complain("the text could not be written");
-    return EXIT_FAILURE;
+    StandardOutput output;
+    output.text(text);
+    return output.status();
 }
 
 double monotonicSeconds() {
@@ -60,13 +61,6 @@ double monotonicSeconds() {
 
 void pauseFor(int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
-
-/// Line by line, so that a table over time is seen as it grows.
-void printLine(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
 }
 
 /// The environment's "1" asks for the same as the switch of that name.
@@ -100,19 +94,28 @@ SensorSources sensorSources(const CommandLine& line, const Platform& platform) {
             .gpu = platform.energyReport ? std::make_shared<GPUPowerSampler>(monotonicSeconds) : nullptr};
 }
 
-void dumpSensors(const CommandLine& line, const Platform& platform) {
+void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutput& output) {
     constexpr int watchedSamples = 12;
     constexpr double watchedSeconds = 2.0;
+    const auto unknown = platform.smcService && !platform.smcService->isController() ? SensorDump::Unknown::said
+                                                                                     : SensorDump::Unknown::zero;
+    SMCReader::Options options = readerOptions(line, platform);
+    // Nobody waits for what nobody can read.
+    options.pause = [&output](int milliseconds) {
+        if (!output.hasFailed())
+            pauseFor(milliseconds);
+    };
+    const auto printLine = [&output](std::string_view text) { output.line(text); };
     if (line.watch)
-        SensorDump::watch(watchedSamples, watchedSeconds, readerOptions(line, platform), printLine);
+        SensorDump::watch(watchedSamples, watchedSeconds, options, unknown, printLine);
     else
-        SensorDump::run(readerOptions(line, platform), printLine);
+        SensorDump::run(options, unknown, printLine);
 }
 
 void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,
-                       const Settings& settings) {
+                       const Settings& settings, StandardOutput& output) {
     CapabilityCheck(
-        platform, {.print = printLine,
+        platform, {.print = [&output](std::string_view text) { output.line(text); },
                    .reader = readerOptions(line, platform),
                    .now = monotonicSeconds,
                    .mode = [&] { return ProcessMonitor::mode(environment.processMode, settings.processMonitorMode()); },
@@ -127,15 +130,16 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     const Settings settings;
     const HubEnvironment environment = HubEnvironment::ofThisProcess();
     const Platform platform = choosePlatform(line);
+    StandardOutput output;
     if (line.simulate && !line.json && line.action != CommandLine::Action::record)
-        printLine("Simulated sensors; processes and load are this machine's own.");
+        output.line("Simulated sensors; processes and load are this machine's own.");
     if (line.action == CommandLine::Action::dump) {
-        dumpSensors(line, platform);
-        return EXIT_SUCCESS;
+        dumpSensors(line, platform, output);
+        return output.status();
     }
     if (line.action == CommandLine::Action::check) {
-        checkCapabilities(line, platform, environment, settings);
-        return EXIT_SUCCESS;
+        checkCapabilities(line, platform, environment, settings, output);
+        return output.status();
     }
     SensorHub hub(platform, sensorSources(line, platform), settings, environment);
     if (line.action == CommandLine::Action::record)
@@ -314,6 +318,8 @@ int run(const CommandLine& line, int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // A file that may grow no further is complained of like any other that cannot be written.
+    std::signal(SIGXFSZ, SIG_IGN);
     const auto line = parseCommandLine(std::vector<std::string_view>(argv + (argc > 0 ? 1 : 0), argv + argc));
     if (const CommandLineError* error = std::get_if<CommandLineError>(&line)) {
         complain(error->reason);

@@ -143,7 +143,7 @@ TEST_F(CapabilityCheckTest, AMachineWhereEverythingWorks) {
   Busiest of yours right now:
     a-name-of-more-than-28-bytes-is-whole 120.0%
     maker                        100.0%
-    é-worker                     10.0%
+    é-worker                      10.0%
     c                              1.0%
     b                              0.8%
 

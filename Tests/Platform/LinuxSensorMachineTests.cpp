@@ -4,6 +4,7 @@
 #include "CSensors/smc.h"
 #include "Model/CoreMonitor.h"
 #include "Model/GPUPowerSampler.h"
+#include "Model/SensorDump.h"
 #include "Model/SMCReader.h"
 #include "Platform/Linux/CpufreqStateReport.h"
 #include "Platform/Linux/CpufreqTables.h"
@@ -210,6 +211,21 @@ TEST(LinuxSensorMachines, IntegratedGraphicsHaveAnEnergyCounter) {
     EXPECT_EQ(report.sample()->value(0) - before->value(0), 262143328850 - 500000 + 400000);
     const SensorMachine none("server");
     EXPECT_FALSE(LinuxEnergyReport(none.root(), none.lane(), nullptr).load());
+}
+
+TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
+    SensorMachine machine("amd-desktop");
+    smc_use(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr));
+    std::string text;
+    const auto wait = [&machine](int milliseconds) {
+        machine.pass(milliseconds / 1e3);
+        machine.write("sys/class/powercap/intel-rapl:0/energy_uj",
+                      std::to_string(65532000000 + std::int64_t{milliseconds} * 30'000) + "\n"); // at 30 W
+    };
+    SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
+                    [&text](std::string_view line) { text += std::string(line) + '\n'; });
+    EXPECT_NE(text.find("\nPower: system 30.00 W  adapter unknown\n"), std::string::npos) << text;
+    smc_use(nullptr);
 }
 
 std::vector<int> frequencies(const CoreMonitor& monitor) {

@@ -9,6 +9,7 @@ namespace vantoro {
 namespace {
 
 using testing::ScriptedSMC;
+using Unknown = SensorDump::Unknown;
 
 class SensorDumpTest : public ::testing::Test {
 protected:
@@ -35,7 +36,7 @@ TEST_F(SensorDumpTest, PrintsWhatTheControllerOffersAndWhatTheReaderMakesOfIt) {
     smc->setFloat("F1Ac", 2000);
     smc->setFloat("PSTR", 12.345);
     smc->setFloat("PPBR", 7);
-    SensorDump::run(reader, print);
+    SensorDump::run(reader, Unknown::zero, print);
     EXPECT_EQ(text, R"(SMC keys: 19
 
 Tp: 7 keys, 4 plausible, max 58.4°C
@@ -58,7 +59,7 @@ Power: system 12.35 W  adapter 0.00 W
     EXPECT_EQ(smc->closed, 1);
     text.clear();
     reader.simulatesFanless = true;
-    SensorDump::run(reader, print);
+    SensorDump::run(reader, Unknown::zero, print);
     EXPECT_NE(text.find("\nFans: none reported — Vantoro reads this Mac's condition from the chip's temperature.\n"),
               std::string::npos);
 }
@@ -67,21 +68,47 @@ TEST_F(SensorDumpTest, WatchesForRowsOfFixedWidth) {
     smc->setFamily("Tp", {50, 51, 52.25});
     smc->set("FNum", "ui8 ", {1});
     smc->setFloat("F0Ac", 1234.9);
-    SensorDump::watch(2, 2.0, reader, print);
+    SensorDump::watch(2, 2.0, reader, Unknown::zero, print);
     EXPECT_EQ(text, "SoC        GPU        FAN 0      FAN 1     \n"
                     "52.2       0.0        1234       0         \n"
                     "52.2       0.0        1234       0         \n");
     EXPECT_EQ(pauses, (std::vector{2000, 2000}));
     EXPECT_EQ(smc->closed, 1);
     text.clear();
-    SensorDump::watch(0, 2.0, reader, print);
+    SensorDump::watch(0, 2.0, reader, Unknown::zero, print);
     EXPECT_EQ(text, "SoC        GPU        FAN 0      FAN 1     \n");
+}
+
+TEST_F(SensorDumpTest, SaysWhatIsNotKnownWhereTheControllerIsNone) {
+    reader.trust = SensorTrust::fewAndHonest;
+    smc->setFamily("Tp", {50});
+    smc->set("FNum", "ui8 ", {1});
+    smc->setFloat("F0Ac", 1200);
+    smc->setFloat("F0Mx", 3000);
+    SensorDump::run(reader, Unknown::said, print);
+    EXPECT_NE(text.find(R"(
+SMCReader results → SoC 50.0  GPU unknown  battery unknown  enclosure unknown
+Fan 0: 1200 rpm  min unknown  max 3000  target unknown
+Power: system unknown  adapter unknown
+)"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(pauses.size(), 1U) << "what counts up is read twice";
+    text.clear();
+    SensorDump::watch(1, 2.0, reader, Unknown::said, print);
+    EXPECT_NE(text.find("50.0       unknown    1200       unknown   \n"), std::string::npos) << text;
+    text.clear();
+    smc->keys.clear();
+    smc->setFloat("PSTR", 5);
+    smc->setFloat("PDTR", 0);
+    SensorDump::run(reader, Unknown::said, print);
+    EXPECT_NE(text.find("\nFans: none reported.\nPower: system 5.00 W  adapter 0.00 W\n"), std::string::npos) << text;
 }
 
 TEST_F(SensorDumpTest, SaysThatNothingCouldBeOpened) {
     smc->refusesToOpen = true;
-    SensorDump::run(reader, print);
-    SensorDump::watch(2, 2.0, reader, print);
+    SensorDump::run(reader, Unknown::zero, print);
+    SensorDump::watch(2, 2.0, reader, Unknown::zero, print);
     EXPECT_EQ(text, "Could not open the SMC.\nCould not open the SMC.\n");
 }
 

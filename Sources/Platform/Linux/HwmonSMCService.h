@@ -38,6 +38,7 @@ public:
     std::uint32_t open(const char* className) override;
     bool call(std::uint32_t handle, const SMCKeyData& request, SMCKeyData& reply) override;
     std::uint32_t close(std::uint32_t handle) override;
+    bool isController() const override { return false; }
     /// Many and noisy where the chip's own sensors come from a Mac's controller, else few and honest.
     SensorTrust trust() const override;
 

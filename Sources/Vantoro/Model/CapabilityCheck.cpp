@@ -4,6 +4,7 @@
 #include "Model/CoreMonitor.h"
 #include "Model/Diagnosis.h"
 #include "Model/ProgramTrial.h"
+#include "Model/TerminalText.h"
 #include "Model/UnprivilegedProcesses.h"
 
 #include <algorithm>
@@ -89,10 +90,16 @@ void CapabilityCheck::checkSMC() {
     reader.readTemperatures();
     options_.reader.pause(200);
     const Temperatures temperatures = reader.readTemperatures();
+    // What stands in the controller's place does not know of everything that a Mac's own does.
+    const bool mayNotKnow = platform_.smcService && !platform_.smcService->isController();
+    const bool knowsFans = !mayNotKnow || fanCount > 0 || reader.reportsNoFans();
+    const bool knowsChip = !mayNotKnow || temperatures.soc != 0;
     if (keyCount == 0)
         print(label, false, "no keys returned");
     else
-        print(label, true, fmt::format("{} keys · {} · chip {:.1f}°C", keyCount, fanText(fanCount), temperatures.soc));
+        print(label, true,
+              fmt::format("{} keys · {} · chip {}", keyCount, knowsFans ? fanText(fanCount) : "fans unknown",
+                          knowsChip ? fmt::format("{:.1f}°C", temperatures.soc) : "unknown"));
 }
 
 void CapabilityCheck::checkGPU() {
@@ -153,8 +160,10 @@ void CapabilityCheck::checkUnprivilegedProcesses() {
     std::ranges::stable_sort(busy, std::ranges::greater(), &ProcessSample::cpuPercent);
     options_.print("");
     options_.print("  Busiest of yours right now:");
-    for (std::size_t i = 0; i < std::min(busy.size(), mostShown); ++i)
-        options_.print(fmt::format("    {} {:5.1f}%", leftAligned(busy[i].displayName(), 28), busy[i].cpuPercent));
+    for (std::size_t i = 0; i < std::min(busy.size(), mostShown); ++i) {
+        const std::string name = shortened(terminalText(busy[i].displayName()), longestShownName);
+        options_.print(fmt::format("    {} {:5.1f}%", padded(name, 28), busy[i].cpuPercent));
+    }
 }
 
 void CapabilityCheck::checkMonitor() {

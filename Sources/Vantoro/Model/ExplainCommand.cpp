@@ -5,6 +5,7 @@
 #include "Model/InterruptWatcher.h"
 #include "Model/JsonReport.h"
 #include "Model/RecordingFile.h"
+#include "Model/StandardOutput.h"
 #include "Model/TextReport.h"
 
 #include <algorithm>
@@ -22,7 +23,6 @@ namespace vantoro {
 
 namespace {
 
-constexpr int writeFault = 1;
 constexpr int recordingFault = 2;
 constexpr double defaultSeconds = 20;
 
@@ -42,11 +42,9 @@ int print(const CommandLine& line, const History& history, const Conclusion& con
                                                     conclusion.explanation, conclusion.series) +
                                              '\n'
                                        : textReport(conclusion.verdict, conclusion.explanation, lineWidth(), emphasis);
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        complain("the report could not be written");
-        return writeFault;
-    }
-    return EXIT_SUCCESS;
+    StandardOutput output;
+    output.text(text);
+    return output.status();
 }
 
 /// One line on a terminal, written over as time goes by and cleared at the end; nothing anywhere else.

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <fmt/format.h>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -66,26 +67,59 @@ const char* ceilingSource(int fan) {
     return source == 2 ? "is the highest speed seen, or the least a fan is built for" : nullptr;
 }
 
-void printReader(SMCReader& reader, const PrintLine& print) {
-    const Temperatures temperatures = reader.readTemperatures();
-    print(fmt::format("SMCReader results → SoC {:.1f}  GPU {:.1f}  battery {:.1f}  enclosure {:.1f}", temperatures.soc,
-                      temperatures.gpu, temperatures.battery, temperatures.enclosure));
+/// Figures with so many decimals, in the words for what is not known.
+class Words {
+public:
+    explicit Words(SensorDump::Unknown unknown) : saysUnknown_(unknown == SensorDump::Unknown::said) {}
+
+    bool saysUnknown() const { return saysUnknown_; }
+
+    std::string figure(std::optional<double> value, int decimals, std::string_view unit = "") const {
+        if (!value && saysUnknown_)
+            return "unknown";
+        return fmt::format("{:.{}f}{}", value.value_or(0), decimals, unit);
+    }
+    /// A temperature of 0 is none.
+    std::string celsius(double value) const { return figure(value != 0 ? std::optional(value) : std::nullopt, 1); }
+    /// A speed that the reader makes up where the key is missing.
+    std::string speed(double read, const std::string& key) const {
+        return saysUnknown_ && !readKey(key) ? "unknown" : fmt::format("{}", truncated(read));
+    }
+
+private:
+    bool saysUnknown_;
+};
+
+void printFans(SMCReader& reader, bool hasChip, const Words& words, const PrintLine& print) {
     const std::vector<FanReading> fans = reader.readFans();
-    if (fans.empty())
+    if (fans.empty() && !words.saysUnknown())
         print("Fans: none reported — Vantoro reads this Mac's condition from the chip's temperature.");
+    else if (fans.empty())
+        print(fmt::format("Fans: {}{}", reader.reportsNoFans() ? "this machine has none" : "none reported",
+                          hasChip ? " — Vantoro reads its condition from the chip's temperature." : "."));
     for (const FanReading& fan : fans) {
         print(fmt::format("Fan {}: {} rpm  min {}  max {}  target {}", fan.index, truncated(fan.rpm),
-                          truncated(fan.minRPM), truncated(fan.maxRPM), truncated(fan.targetRPM)));
+                          words.speed(fan.minRPM, fmt::format("F{}Mn", fan.index)),
+                          words.speed(fan.maxRPM, fmt::format("F{}Mx", fan.index)),
+                          words.speed(fan.targetRPM, fmt::format("F{}Tg", fan.index))));
         if (const char* const source = ceilingSource(fan.index))
             print(fmt::format("   max {}", source));
     }
-    const PowerReading power = reader.readPower();
-    print(fmt::format("Power: system {:.2f} W  adapter {:.2f} W", power.systemWatts, power.adapterWatts));
+}
+
+void printReader(SMCReader& reader, const Words& words, const PrintLine& print) {
+    const Temperatures temperatures = reader.readTemperatures();
+    print(fmt::format("SMCReader results → SoC {}  GPU {}  battery {}  enclosure {}", words.celsius(temperatures.soc),
+                      words.celsius(temperatures.gpu), words.celsius(temperatures.battery),
+                      words.celsius(temperatures.enclosure)));
+    printFans(reader, temperatures.soc != 0, words, print);
+    print(fmt::format("Power: system {}  adapter {}", words.figure(readKey("PSTR"), 2, " W"),
+                      words.figure(readKey("PDTR"), 2, " W")));
 }
 
 } // namespace
 
-void SensorDump::run(const SMCReader::Options& options, const PrintLine& print) {
+void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const PrintLine& print) {
     if (smc_open() == 0) {
         print(couldNotOpen);
         return;
@@ -103,21 +137,32 @@ void SensorDump::run(const SMCReader::Options& options, const PrintLine& print) 
     }
     print("");
     SMCReader reader(options);
-    printReader(reader, print);
+    if (unknown == Unknown::said) {
+        // Where only counters exist, power is the difference of two readings.
+        constexpr int betweenMilliseconds = 400;
+        reader.readPower();
+        options.pause(betweenMilliseconds);
+    }
+    printReader(reader, Words(unknown), print);
 }
 
-void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Options& options, const PrintLine& print) {
+void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Options& options, Unknown unknown,
+                       const PrintLine& print) {
     if (smc_open() == 0) {
         print(couldNotOpen);
         return;
     }
     SMCReader reader(options);
+    const Words words(unknown);
     print(fmt::format("{:<10} {:<10} {:<10} {:<10}", "SoC", "GPU", "FAN 0", "FAN 1"));
     for (int i = 0; i < samples; ++i) {
         const Temperatures temperatures = reader.readTemperatures();
         const std::vector<FanReading> fans = reader.readFans();
-        const auto rpm = [&fans](std::size_t fan) { return fan < fans.size() ? truncated(fans[fan].rpm) : 0; };
-        print(fmt::format("{:<10.1f} {:<10.1f} {:<10} {:<10}", temperatures.soc, temperatures.gpu, rpm(0), rpm(1)));
+        const auto rpm = [&](std::size_t fan) {
+            return words.figure(fan < fans.size() ? std::optional<double>(truncated(fans[fan].rpm)) : std::nullopt, 0);
+        };
+        print(fmt::format("{:<10} {:<10} {:<10} {:<10}", words.celsius(temperatures.soc),
+                          words.celsius(temperatures.gpu), rpm(0), rpm(1)));
         options.pause(static_cast<int>(rounded(intervalSeconds * 1e3)));
     }
 }

@@ -15,10 +15,17 @@ using PrintLine = std::function<void(std::string_view line)>;
 struct SensorDump {
     SensorDump() = delete;
 
+    /// What stands where nothing is known.
+    enum class Unknown {
+        zero, ///< as the controller's readers have always had it
+        said  ///< a word; and what only shows as a difference is read twice
+    };
+
     /// Everything, once. `reader` says how to build the reader.
-    static void run(const SMCReader::Options& reader, const PrintLine& print);
+    static void run(const SMCReader::Options& reader, Unknown unknown, const PrintLine& print);
     /// A table of `samples` rows, one every `intervalSeconds`; the waiting is the options' pause.
-    static void watch(int samples, double intervalSeconds, const SMCReader::Options& reader, const PrintLine& print);
+    static void watch(int samples, double intervalSeconds, const SMCReader::Options& reader, Unknown unknown,
+                      const PrintLine& print);
 };
 
 } // namespace vantoro
