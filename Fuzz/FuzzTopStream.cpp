@@ -1,6 +1,7 @@
 // The process stream in arbitrary pieces, its blocks, and the path list. Cutting must not depend on where pieces end.
 
 #include "Model/TopStream.h"
+#include "Model/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,7 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     for (const std::vector<std::string>& lines : blocks)
         for (const TopRow& row : parseBlock(lines, 1).rows)
-            if (row.command.empty() || row.cpuPercent != row.cpuPercent)
+            if (row.command.empty() || row.cpuPercent != row.cpuPercent ||
+                validUtf8Length(row.command) != row.command.size() || validUtf8Length(row.user) != row.user.size())
                 std::abort();
     if (const auto last = lastBlock(text))
         parseBlock(*last, 1);

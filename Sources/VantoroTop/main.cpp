@@ -1,4 +1,5 @@
 // The process stream, for a machine whose own `top` does not print in this format.
+#include "Model/TerminalText.h"
 #include "Platform/Linux/ProcScan.h"
 #include "VantoroTop/Arguments.h"
 #include "VantoroTop/Sampler.h"
@@ -35,7 +36,7 @@ void sleepUntil(std::int64_t deadline) {
     }
 }
 
-/// False when no one reads any more.
+/// False when no one reads any more, or nothing more fits: errno tells.
 bool writeAll(int file, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::write(file, text.data(), text.size());
@@ -59,7 +60,7 @@ void endWithParent() {
         ::_exit(0);
 }
 
-void printStream(const top::StreamRequest& request) {
+bool printStream(const top::StreamRequest& request) {
     endWithParent();
     // Lets the kernel join this program's wake-ups with others' nearby.
     constexpr unsigned long slackNanoseconds = 20'000'000;
@@ -80,15 +81,16 @@ void printStream(const top::StreamRequest& request) {
         block.clear();
         sampler.appendBlock(block, moment, request.rows, request.columns);
         if (!writeAll(STDOUT_FILENO, block))
-            return;
+            return false;
         // By the schedule, whatever the sample took; whole intervals that were missed are left out.
         next += interval;
         if (const std::int64_t late = nanoseconds(CLOCK_MONOTONIC) - next; late > 0)
             next += late / interval * interval;
     }
+    return true;
 }
 
-void printPaths() {
+bool printPaths() {
     ProcScan scan("/", 0);
     scan.list({});
     std::string text;
@@ -100,7 +102,14 @@ void printPaths() {
             top::appendPathLine(text, process.pid,
                                 process.isKernelThread() ? "[" + process.name + "]" : "(" + process.name + ")");
     }
-    writeAll(STDOUT_FILENO, text);
+    return writeAll(STDOUT_FILENO, text);
+}
+
+bool print(const top::Request& request) {
+    if (const auto* text = std::get_if<top::TextRequest>(&request))
+        return writeAll(STDOUT_FILENO, text->text);
+    const auto* const stream = std::get_if<top::StreamRequest>(&request);
+    return stream != nullptr ? printStream(*stream) : printPaths();
 }
 
 } // namespace
@@ -110,14 +119,9 @@ int main(int count, char** arguments) {
     raiseDescriptorLimit();
     const top::Request request = top::parseArguments({arguments + 1, arguments + (count > 0 ? count : 1)});
     if (const auto* bad = std::get_if<top::BadRequest>(&request)) {
-        writeAll(STDERR_FILENO, "vantoro-top: " + bad->reason + "\n");
+        writeAll(STDERR_FILENO, "vantoro-top: " + terminalText(bad->reason) + "\n");
         return 2;
     }
-    if (const auto* text = std::get_if<top::TextRequest>(&request))
-        writeAll(STDOUT_FILENO, text->text);
-    else if (const auto* stream = std::get_if<top::StreamRequest>(&request))
-        printStream(*stream);
-    else
-        printPaths();
-    return 0;
+    // Who stops reading has what was wanted.
+    return print(request) || errno == EPIPE ? 0 : 1;
 }

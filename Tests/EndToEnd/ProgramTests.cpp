@@ -101,6 +101,11 @@ TEST_F(Program, FaultsAreOneLineOnStandardErrorAndNothingElse) {
          {Case{{"--nonsense"}, "unknown argument '--nonsense'; --help lists the switches"},
           Case{{"--explain", "--seconds", "0"}, "--seconds needs a number above 0, not '0'"},
           Case{{"--json"}, "--json goes with --explain"},
+          Case{{"--record", "--explain"},
+               "--record needs FILE, and '--explain' looks like a switch; a file of that name is given with ./ before "
+               "it"},
+          Case{{"--explain", "--seconds", "--json"}, "--seconds needs N, and '--json' looks like a switch"},
+          Case{{"--explain", "--replay", "/x/\u009b\u202E\xFF"}, "/x/???: No such file or directory"},
           Case{{"--record", "x", "--replay", "y"}, "--record and --replay exclude each other"},
           Case{replay("missing"), path("missing: No such file or directory")},
           Case{replay("empty"), path("empty:1: no header: the file is empty")},
@@ -114,12 +119,17 @@ TEST_F(Program, FaultsAreOneLineOnStandardErrorAndNothingElse) {
         EXPECT_EQ(program.errors(), "vantoro: " + fault + "\n");
         EXPECT_EQ(program.output().empty(), status != 0) << fault;
     }
-    for (const std::string what :
-         {"--help", "--version", "--explain --replay " VANTORO_FIXTURES "/recordings/calm.jsonl"}) {
+    for (const std::string what : {"--help", "--version", "--dump", "--dump --watch", "--check",
+                                   "--explain --replay " VANTORO_FIXTURES "/recordings/calm.jsonl",
+                                   "--explain --json --replay " VANTORO_FIXTURES "/recordings/calm.jsonl"}) {
         ChildProgram full({"/bin/sh", "-c", "exec \"$0\" " + what + " >/dev/full", VANTORO_PROGRAM});
         EXPECT_EQ(full.wait(), 1) << what;
-        EXPECT_EQ(std::ranges::count(full.errors(), '\n'), 1) << what;
+        EXPECT_EQ(full.errors(), "vantoro: standard output cannot be written: No space left on device\n") << what;
     }
+    ChildProgram small(
+        {"/bin/sh", "-c", "ulimit -f 0 && exec \"$0\" --record \"$1\"", VANTORO_PROGRAM, path("new.jsonl")});
+    EXPECT_EQ(small.wait(), 1);
+    EXPECT_FALSE(std::filesystem::exists(path("new.jsonl")));
 }
 
 TEST_F(Program, RecordsWhatItCanReplayAndOverwritesNothing) {
@@ -137,7 +147,7 @@ TEST_F(Program, RecordsWhatItCanReplayAndOverwritesNothing) {
 
 TEST_F(Program, AnInterruptedRecordingIsWhole) {
     ::setenv("VANTORO_INTERVAL", "0.05", 1);
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         const std::string file = path(std::to_string(number) + ".jsonl.gz");
         ChildProgram recorder(vantoro({"--record", file}));
         ASSERT_TRUE(comesTrue([&] { return testing::fileText(file).size() > 500; })) << recorder.errors();
@@ -146,6 +156,19 @@ TEST_F(Program, AnInterruptedRecordingIsWhole) {
         EXPECT_EQ(recorder.errors(), "");
         expectReadable(file);
     }
+}
+
+TEST_F(Program, ReadsARecordingFromAPipeOnceOrNotAtAll) {
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const std::string pipe = "cat " VANTORO_FIXTURES "/recordings/calm.jsonl | exec \"$0\" --replay /dev/stdin ";
+    ChildProgram explained({"/bin/sh", "-c", pipe + "--explain", VANTORO_PROGRAM});
+    EXPECT_EQ(explained.wait(), 0);
+    testing::expectGolden("recordings/calm.report.txt", explained.output());
+    ChildProgram window({"/bin/sh", "-c", pipe, VANTORO_PROGRAM});
+    EXPECT_EQ(window.wait(), 2);
+    EXPECT_EQ(window.errors(), "vantoro: /dev/stdin: the window needs a file and not a pipe, which can be read only "
+                               "once; --explain takes it\n");
+    ::unsetenv("QT_QPA_PLATFORM");
 }
 
 TEST_F(Program, NamesWhoIsBusyWithAndWithoutTheStream) {

@@ -122,6 +122,25 @@ TEST_F(RecordingFile, SaysWhenNothingMoreFits) {
     EXPECT_EQ(read("a.jsonl").error, "");
 }
 
+TEST_F(RecordingFile, ARefusedHeaderLeavesNoFile) {
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t bytes : {0, 10}) {
+        rlimit small = before;
+        small.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &small);
+        for (const std::string name : {"a.jsonl", "a.jsonl.gz"}) {
+            RecordingWriter writer;
+            EXPECT_EQ(writer.open(path(name), {}), "File too large");
+            EXPECT_FALSE(std::filesystem::exists(path(name)));
+            EXPECT_EQ(writer.append({}), "File too large");
+        }
+        setrlimit(RLIMIT_FSIZE, &before);
+    }
+    std::signal(SIGXFSZ, handler);
+}
+
 TEST_F(RecordingFile, RefusesBadInputWithItsLine) {
     const std::string broken = "not a JSON object (broken at byte ";
     for (const auto& [content, error] : std::vector<std::pair<std::string, std::string>>{
@@ -142,7 +161,7 @@ TEST_F(RecordingFile, RefusesBadInputWithItsLine) {
     }
     EXPECT_EQ(read("missing").error, "F: No such file or directory");
     EXPECT_EQ(read(".").error, "F: Is a directory");
-    EXPECT_EQ((RecordingNotice{3, "why"}.text("a\nb\x1B")), "a?b?:3: why");
+    EXPECT_EQ((RecordingNotice{3, "why"}.text("a\nb\x1B\u009B\u202E\xFF")), "a?b????:3: why");
 }
 
 TEST_F(RecordingFile, TakesLongLinesAndACutOffEnd) {

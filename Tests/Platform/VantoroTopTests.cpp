@@ -46,9 +46,11 @@ TEST(VantoroTop, RefusesOtherArguments) {
     std::vector<const char*> more = good;
     more.push_back("--paths");
     EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(more)));
-    test::ChildProgram program({VANTORO_TOP, "-x"});
+    test::ChildProgram program({VANTORO_TOP, "-x\u009b\x1b"});
     EXPECT_EQ(program.wait(), 2);
-    EXPECT_EQ(program.output() + program.errors(), "vantoro-top: unknown argument \"-x\"\n");
+    EXPECT_EQ(program.output() + program.errors(), "vantoro-top: unknown argument \"-x??\"\n");
+    test::ChildProgram full({"/bin/sh", "-c", "exec \"$0\" --paths >/dev/full", VANTORO_TOP});
+    EXPECT_EQ(full.wait(), 1);
 }
 
 TEST(VantoroTop, PrintsTheHead) {

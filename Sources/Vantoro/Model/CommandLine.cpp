@@ -2,6 +2,7 @@
 
 #include "Model/CommandLineTable.h"
 #include "Model/Numbers.h"
+#include "Model/TerminalText.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,11 +13,7 @@ namespace {
 
 /// A request to write text on the screen cannot be longer than this; somebody else's file name can.
 std::string quoted(std::string_view text) {
-    constexpr std::size_t longest = 80;
-    std::string safe(text.substr(0, longest));
-    std::ranges::replace_if(
-        safe, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-    return fmt::format("'{}{}'", safe, text.size() > longest ? "…" : "");
+    return fmt::format("'{}'", shortened(terminalText(text), longestShownName));
 }
 
 std::optional<double> parseSeconds(std::string_view text) {
@@ -68,6 +65,12 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
             return CommandLineError{fmt::format("{} takes no value", name)};
         if (takesValue && value.empty())
             return CommandLineError{fmt::format("{} needs {}", name, found->valueName)};
+        // Far likelier a value that was forgotten than a file of that name.
+        if (takesValue && value.starts_with("--"))
+            return CommandLineError{fmt::format(
+                "{} needs {}, and {} looks like a switch{}", name, found->valueName, quoted(value),
+                found->value == CommandLineSwitch::Value::file ? "; a file of that name is given with ./ before it"
+                                                               : "")};
 
         if (name == "--help")
             return CommandLine{.action = CommandLine::Action::help};

@@ -2,6 +2,10 @@
 
 #include "Model/ProcessKnowledge.h"
 #include "Model/RecordJson.h"
+#include "Model/TerminalText.h"
+#include "Model/Utf8.h"
+
+#include <fmt/format.h>
 
 namespace vantoro {
 
@@ -146,6 +150,24 @@ Json seriesJson(const ChartSeries& series) {
     return object;
 }
 
+/// What a terminal would take as an order, or not show, is written as \uNNNN. Outside of JSON's texts there is none.
+std::string escapedForTerminal(std::string_view json) {
+    std::string text;
+    text.reserve(json.size());
+    for (std::size_t at = 0; at < json.size();) {
+        const Character character = firstCharacter(json.substr(at));
+        const std::uint32_t letter = character.letter.value_or(0xFFFD);
+        if (!isUnprintable(letter))
+            text.append(json.substr(at, character.bytes));
+        else if (letter < 0x10000)
+            text += fmt::format("\\u{:04x}", letter);
+        else
+            text += fmt::format("\\u{:04x}\\u{:04x}", 0xD7C0U + (letter >> 10U), 0xDC00U + (letter & 0x3FFU));
+        at += character.bytes;
+    }
+    return text;
+}
+
 } // namespace
 
 std::string jsonReport(const History& history, const Verdict& verdict, const std::vector<ProcessGroup>& suspects,
@@ -156,7 +178,7 @@ std::string jsonReport(const History& history, const Verdict& verdict, const std
     report["suspects"] = listJson(suspects, groupJson);
     report["explanation"] = explanationJson(explanation);
     report["series"] = seriesJson(series);
-    return jsonText(report);
+    return escapedForTerminal(jsonText(report));
 }
 
 } // namespace vantoro

@@ -1,18 +1,20 @@
 #include "Model/Log.h"
 
+#include "Model/TerminalText.h"
 #include "Platform/SystemLog.h"
 
 #include <cstdio>
-#include <fmt/format.h>
 
 namespace vantoro {
 
 bool Log::updatesEnabled = false;
 
 void Log::updates(const std::string& message) {
-    writeSystemLog("updates", message);
+    // What a server says is in it.
+    const std::string text = terminalText(message);
+    writeSystemLog("updates", text);
     if (updatesEnabled) {
-        fmt::print("UPDATE {}\n", message);
+        std::fprintf(stdout, "UPDATE %s\n", text.c_str());
         std::fflush(stdout);
     }
 }

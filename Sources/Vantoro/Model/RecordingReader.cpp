@@ -1,5 +1,6 @@
 #include "Model/RecordingFile.h"
 #include "Model/RecordingFileSupport.h"
+#include "Model/TerminalText.h"
 
 #include <algorithm>
 #include <array>
@@ -178,9 +179,7 @@ private:
 } // namespace
 
 std::string RecordingNotice::text(std::string_view file) const {
-    std::string safeFile(file);
-    std::ranges::replace_if(
-        safeFile, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    const std::string safeFile = terminalText(file);
     if (line == 0)
         return fmt::format("{}: {}", safeFile, reason);
     return fmt::format("{}:{}: {}", safeFile, line, reason);

@@ -1,5 +1,7 @@
 #include "Model/TextReport.h"
 
+#include "Model/TerminalText.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <vector>
@@ -10,22 +12,19 @@ namespace {
 
 constexpr std::size_t indentation = 2;
 
-std::size_t characterCount(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](unsigned char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
-/// Process names are somebody else's text: a control character in one must not reach a terminal.
-std::string withoutControls(std::string_view text) {
-    std::string safe(text);
-    std::ranges::replace_if(
-        safe, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-    return safe;
-}
-
-std::string padded(std::string_view text, std::size_t width) {
-    const std::size_t count = characterCount(text);
-    return std::string(text) + std::string(width > count ? width - count : 0, ' ');
+/// Process names are somebody else's text: nothing in one may steer the terminal or break the columns.
+std::string fit(std::string_view text) {
+    const std::string safe = terminalText(text);
+    if (safe.size() <= longestShownName)
+        return safe;
+    std::string result;
+    for (std::size_t at = 0; at < safe.size();) {
+        const std::size_t end = std::min(safe.find(' ', at), safe.size());
+        result += shortened(std::string_view(safe).substr(at, end - at), longestShownName);
+        at = std::min(safe.find_first_not_of(' ', end), safe.size());
+        result.append(at - end, ' ');
+    }
+    return result;
 }
 
 std::string titled(std::string_view title, bool emphasis) {
@@ -45,9 +44,9 @@ std::string table(const std::vector<Line>& lines, std::size_t width) {
     std::size_t labelWidth = 0;
     std::size_t valueWidth = 0;
     for (const Line& line : lines) {
-        if (characterCount(line.label) <= longestLabel)
-            labelWidth = std::max(labelWidth, characterCount(line.label) + gap);
-        valueWidth = std::max(valueWidth, line.value.empty() ? 0 : characterCount(line.value) + gap);
+        if (terminalWidth(line.label) <= longestLabel)
+            labelWidth = std::max(labelWidth, terminalWidth(line.label) + gap);
+        valueWidth = std::max(valueWidth, line.value.empty() ? 0 : terminalWidth(line.value) + gap);
     }
     std::string text;
     for (const Line& line : lines) {
@@ -56,8 +55,8 @@ std::string table(const std::vector<Line>& lines, std::size_t width) {
             text += wrapped(line.label, width, indentation);
             continue;
         }
-        std::string label = line.label;
-        if (characterCount(label) > longestLabel) {
+        std::string label = shortened(line.label, longestShownName);
+        if (terminalWidth(label) > longestLabel) {
             text += wrapped(label, width, indentation);
             label.clear();
         }
@@ -80,7 +79,7 @@ std::string wrapped(std::string_view text, std::size_t width, std::size_t indent
         const std::size_t wordEnd = std::min(text.find(' ', position), text.size());
         const std::size_t nextWord = std::min(text.find_first_not_of(' ', wordEnd), text.size());
         const std::string_view word = text.substr(position, wordEnd - position);
-        if (!line.empty() && characterCount(line) + characterCount(word) > room) {
+        if (!line.empty() && terminalWidth(line) + terminalWidth(word) > room) {
             line.erase(line.find_last_not_of(' ') + 1);
             result += std::string(indent, ' ') + line + '\n';
             line.clear();
@@ -96,30 +95,30 @@ std::string wrapped(std::string_view text, std::size_t width, std::size_t indent
 }
 
 std::string textReport(const Verdict& verdict, const Explanation& explanation, std::size_t width, bool emphasis) {
-    std::string text = titled(withoutControls(verdict.headline), emphasis) + '\n';
+    std::string text = titled(fit(verdict.headline), emphasis) + '\n';
     if (!verdict.detail.empty())
-        text += wrapped(withoutControls(verdict.detail), width, 0);
+        text += wrapped(fit(verdict.detail), width, 0);
 
     std::vector<Line> facts;
     for (const Factor& factor : verdict.factors)
-        facts.push_back({factor.title, factor.value, factor.detail});
+        facts.push_back({fit(factor.title), fit(factor.value), fit(factor.detail)});
     if (!facts.empty())
         text += '\n' + table(facts, width);
 
     if (!verdict.advice.empty())
         text += '\n';
     for (const Advice& advice : verdict.advice) {
-        std::string item = wrapped(withoutControls(advice.text), width, 4);
+        std::string item = wrapped(fit(advice.text), width, 4);
         text += item.replace(0, 4, "  - ");
     }
-    text += '\n' + wrapped(withoutControls(explanation.subhead), width, 0);
+    text += '\n' + wrapped(fit(explanation.subhead), width, 0);
 
     for (const Explanation::Section& section : explanation.sections) {
-        text += '\n' + titled(section.title, emphasis) + '\n';
-        text += wrapped(withoutControls(section.body), width, indentation);
+        text += '\n' + titled(fit(section.title), emphasis) + '\n';
+        text += wrapped(fit(section.body), width, indentation);
         std::vector<Line> rows;
         for (const Explanation::Row& row : section.rows)
-            rows.push_back({withoutControls(row.label), row.value, withoutControls(row.detail)});
+            rows.push_back({fit(row.label), fit(row.value), fit(row.detail)});
         if (!rows.empty())
             text += '\n' + table(rows, width);
     }
