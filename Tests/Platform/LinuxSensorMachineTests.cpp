@@ -217,14 +217,24 @@ TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
     SensorMachine machine("amd-desktop");
     smc_use(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr));
     std::string text;
-    const auto wait = [&machine](int milliseconds) {
+    std::int64_t watts = 30;
+    std::int64_t microjoules = 65532000000;
+    const auto wait = [&](int milliseconds) {
         machine.pass(milliseconds / 1e3);
-        machine.write("sys/class/powercap/intel-rapl:0/energy_uj",
-                      std::to_string(65532000000 + std::int64_t{milliseconds} * 30'000) + "\n"); // at 30 W
+        microjoules += watts * milliseconds * 1000;
+        machine.write("sys/class/powercap/intel-rapl:0/energy_uj", std::to_string(microjoules) + "\n");
     };
-    SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
-                    [&text](std::string_view line) { text += std::string(line) + '\n'; });
+    const auto dump = [&] {
+        SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
+                        [&text](std::string_view line) { text += std::string(line) + '\n'; });
+    };
+    dump();
     EXPECT_NE(text.find("\nPower: system 30.00 W  adapter unknown\n"), std::string::npos) << text;
+    text.clear();
+    watts = 0;
+    wait(400);
+    dump();
+    EXPECT_NE(text.find("\nPower: system unknown  adapter unknown\n"), std::string::npos) << text;
     smc_use(nullptr);
 }
 

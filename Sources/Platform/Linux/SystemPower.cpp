@@ -82,7 +82,8 @@ std::optional<double> SystemPower::sumOf(std::vector<Counter>& counters, double 
         if (const auto energy = counter.energy.read())
             if (const auto watts = counter.power.update(*energy, counter.range, seconds))
                 sum = sum.value_or(0) + *watts;
-    return sum;
+    // No machine that runs draws nothing: a counter that stands still does not count.
+    return sum && *sum > 0 ? sum : std::nullopt;
 }
 
 const PowerFigures& SystemPower::figures() {
