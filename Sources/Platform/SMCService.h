@@ -28,6 +28,8 @@ public:
     virtual std::uint32_t close(std::uint32_t handle) = 0;
 
     virtual SensorTrust trust() const { return SensorTrust::manyAndNoisy; }
+    /// Whether keys "Ts…" are sensors of the cores on this machine, rather than of the enclosure.
+    virtual bool measuresCoresUnderTs() const { return false; }
 };
 
 } // namespace vantoro

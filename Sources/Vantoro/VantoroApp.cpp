@@ -90,7 +90,8 @@ Platform choosePlatform(const CommandLine& line) {
 SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
     return {.simulatesFanless = line.simulateFanless,
             .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
-            .pause = pauseFor};
+            .pause = pauseFor,
+            .measuresCoresUnderTs = platform.smcService && platform.smcService->measuresCoresUnderTs()};
 }
 
 /// What the platform cannot tell has no reader.
