@@ -2,6 +2,7 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
+#include "Platform/Activity.h"
 #include "Platform/AppIdentity.h"
 #include "Platform/DataSourceNames.h"
 #include "Platform/EnergyReport.h"
@@ -34,6 +35,8 @@ struct Platform {
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;
+    /// Null where the system leaves the timers of hidden programs alone.
+    std::shared_ptr<Activity> activity;
     DataSourceNames sources;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;

@@ -162,6 +162,39 @@ TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
 }
 
+class CountedActivity : public Activity {
+public:
+    class Token : public Held {
+    public:
+        explicit Token(int& count) : count_(++count) {}
+        ~Token() override { --count_; }
+        Token(const Token&) = delete;
+        Token& operator=(const Token&) = delete;
+
+    private:
+        int& count_;
+    };
+    std::unique_ptr<Held> begin(const char*) override { return std::make_unique<Token>(held); }
+
+    int held = 0;
+};
+
+TEST_F(SensorHubTest, TheSystemIsToldOfTheSamplingWhileItGoesOn) {
+    const auto activity = std::make_shared<CountedActivity>();
+    platform.activity = activity;
+    SensorHub& subject = makeHub();
+    EXPECT_EQ(activity->held, 0);
+    subject.start();
+    subject.start();
+    subject.restartTimer();
+    EXPECT_EQ(activity->held, 1);
+    hub.reset();
+    EXPECT_EQ(activity->held, 0);
+    makeHub().beginReplay("Another Mac");
+    hub->start();
+    EXPECT_EQ(activity->held, 0) << "a recording is measured by nobody";
+}
+
 TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
     SensorHub& subject = makeHub();
     const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);

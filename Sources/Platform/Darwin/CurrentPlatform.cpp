@@ -1,5 +1,6 @@
 #include "Platform/CurrentPlatform.h"
 
+#include "Platform/Darwin/DarwinActivity.h"
 #include "Platform/Darwin/DarwinEnergyReport.h"
 #include "Platform/Darwin/DarwinFrequencyTables.h"
 #include "Platform/Darwin/DarwinMachine.h"
@@ -32,6 +33,7 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
+    platform.activity = std::make_shared<DarwinActivity>();
     platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
     platform.hasWideMenuBar = true;
     return platform;
