@@ -17,6 +17,7 @@
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
 
+#include <functional>
 #include <memory>
 
 namespace vantoro {
@@ -40,6 +41,10 @@ struct Platform {
     DataSourceNames sources;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;
+    /// Every program has menus at the top of the screen, and can be brought to the front while it has no window.
+    bool hasMenuBarMenus = false;
+    /// Shows the system's own account of which program this is; none where the system has none.
+    std::function<void()> showAbout;
 };
 
 } // namespace vantoro

@@ -274,6 +274,8 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& su
                  .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,
                  .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
+                 .hasMenus = platform.hasMenuBarMenus,
+                 .showAbout = platform.showAbout,
                  .start = [&] { replay ? replay->start() : hub.start(); }});
     QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });

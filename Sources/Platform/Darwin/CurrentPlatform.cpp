@@ -1,5 +1,6 @@
 #include "Platform/CurrentPlatform.h"
 
+#include "Platform/Darwin/AboutPanel.h"
 #include "Platform/Darwin/DarwinActivity.h"
 #include "Platform/Darwin/DarwinEnergyReport.h"
 #include "Platform/Darwin/DarwinFrequencyTables.h"
@@ -36,6 +37,8 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.activity = std::make_shared<DarwinActivity>();
     platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
     platform.hasWideMenuBar = true;
+    platform.hasMenuBarMenus = true;
+    platform.showAbout = showAboutPanel;
     return platform;
 }
 
