@@ -45,9 +45,43 @@ struct State {
 
 State state;
 
+FrequencyTable tableNamed(const RegistryEntry& entry, const std::string& property) {
+    FrequencyTable table;
+    table.count = load_states(entry, property.c_str(), table.megahertz.data());
+    return table;
+}
+
+/// The numbers that a property lists, as little-endian words.
+std::vector<std::uint32_t> wordsOf(const RegistryEntry& entry, const char* property) {
+    std::vector<std::uint32_t> words;
+    const std::vector<std::uint8_t> bytes = entry.data(property).value_or(std::vector<std::uint8_t>());
+    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4)
+        words.push_back(bytes[at] | std::uint32_t{bytes[at + 1]} << 8 | std::uint32_t{bytes[at + 2]} << 16 |
+                        std::uint32_t{bytes[at + 3]} << 24);
+    return words;
+}
+
+/// The table of the middle tier: one of those that the list of clusters names, else of those where chips are known to
+/// have it. Empty when it is in none of them.
+FrequencyTable middleTable(const RegistryEntry& entry, const FrequencyTable& performance) {
+    constexpr std::uint32_t mostTables = 64; // what lists clusters may hold other numbers, such as addresses
+    std::vector<std::uint32_t> candidates = wordsOf(entry, "acc-clusters");
+    candidates.insert(candidates.end(), {22, 23});
+    for (const std::uint32_t number : candidates) {
+        if (number >= mostTables || number == 1 || number == 5)
+            continue;
+        FrequencyTable table = tableNamed(entry, "voltage-states" + std::to_string(number) + "-sram");
+        // Tables of graphics and fabric end far below those of processors.
+        if (table.count > 0 && table.last() >= performance.last() / 2)
+            return table;
+    }
+    return {};
+}
+
 bool loadTables(const RegistryEntry& entry) {
-    state.efficiency.count = load_states(entry, "voltage-states1-sram", state.efficiency.megahertz.data());
-    state.performance.count = load_states(entry, "voltage-states5-sram", state.performance.megahertz.data());
+    state.performance = tableNamed(entry, "voltage-states5-sram");
+    state.efficiency = state.tables->hasMiddleTier() ? middleTable(entry, state.performance)
+                                                     : tableNamed(entry, "voltage-states1-sram");
     return state.efficiency.count > 0 || state.performance.count > 0;
 }
 
@@ -59,6 +93,15 @@ bool findTables() {
         return true;
     const auto entries = state.tables->entriesNamed("pmgr");
     return entries && std::ranges::any_of(*entries, [](const auto& each) { return each && loadTables(*each); });
+}
+
+/// Whether a channel is a core of the slower kind; none when it is no core.
+std::optional<bool> isEfficiencyChannel(std::string_view name) {
+    if (name.starts_with("MCPU"))
+        return state.tables->hasMiddleTier();
+    if (name.starts_with("ECPU"))
+        return true;
+    return name.starts_with("PCPU") ? std::optional(false) : std::nullopt;
 }
 
 /// The position in the table that a state's name gives; -1 for a state without a frequency.
@@ -144,13 +187,13 @@ std::int32_t cpufreq_sample(double* mhz_out, std::uint8_t* is_efficiency_out, st
         const std::optional<std::string_view> name = sample->channelName(channel);
         if (!name || name->size() > longestName)
             continue;
-        const bool isEfficiency = name->starts_with("ECPU");
-        if (!isEfficiency && !name->starts_with("PCPU"))
+        const std::optional<bool> isEfficiency = isEfficiencyChannel(*name);
+        if (!isEfficiency)
             continue;
-        const std::optional<std::size_t> position = coreNamed(*name, isEfficiency);
+        const std::optional<std::size_t> position = coreNamed(*name, *isEfficiency);
         if (!position)
             continue;
-        const FrequencyTable& table = isEfficiency ? state.efficiency : state.performance;
+        const FrequencyTable& table = *isEfficiency ? state.efficiency : state.performance;
         put(*position, table.count > 0 ? meanFrequency(state.cores[*position], table, *sample, channel) : 0);
     }
     return static_cast<std::int32_t>(std::min(state.cores.size(), room));

@@ -9,6 +9,8 @@ namespace vantoro {
 namespace {
 
 constexpr std::size_t longestName = 127;
+/// The counter of the graphics processor as a whole: those beside it count parts of the same energy again.
+constexpr std::string_view wholeName = "GPU Energy";
 
 struct State {
     std::shared_ptr<EnergyReport> report;
@@ -47,8 +49,10 @@ int ior_gpu_energy_joules(double* out) {
     const std::unique_ptr<EnergySample> sample = state.report->sample();
     if (!sample)
         return 0;
-    double total = 0;
-    bool found = false;
+    double whole = 0;
+    double parts = 0;
+    bool hasWhole = false;
+    bool hasParts = false;
     for (int channel = 0; channel < sample->channelCount(); ++channel) {
         const std::optional<std::string_view> name = sample->channelName(channel);
         if (!name || name->size() > longestName || name->find("GPU") == std::string_view::npos)
@@ -57,12 +61,13 @@ int ior_gpu_energy_joules(double* out) {
         const std::optional<double> factor = unit ? joulesPer(*unit) : std::nullopt;
         if (!factor)
             continue;
-        total += static_cast<double>(sample->value(channel)) * *factor;
-        found = true;
+        const bool isWhole = *name == wholeName;
+        (isWhole ? whole : parts) += static_cast<double>(sample->value(channel)) * *factor;
+        (isWhole ? hasWhole : hasParts) = true;
     }
-    if (!found)
+    if (!hasWhole && !hasParts)
         return 0;
-    *out = total;
+    *out = hasWhole ? whole : parts;
     return 1;
 }
 

@@ -12,8 +12,8 @@ void ior_use(std::shared_ptr<EnergyReport> report);
 
 /// 1 when the counters are there (also when they were before), else 0.
 int ior_init();
-/// 1 and the total energy of all channels of the graphics processor in joules; 0, with `out` untouched, when no such
-/// channel can be read.
+/// 1 and the energy that the graphics processor has used, in joules: what the channel "GPU Energy" says where there is
+/// one, else the sum of all channels of the graphics processor. 0, with `out` untouched, when none can be read.
 int ior_gpu_energy_joules(double* out);
 
 } // namespace vantoro

@@ -14,7 +14,8 @@ public:
     virtual ~EnergySample() = default;
 
     virtual int channelCount() const = 0;
-    /// A name that contains "GPU" is the graphics processor's. None when it is no text.
+    /// A name that contains "GPU" is the graphics processor's, and "GPU Energy" the whole of it. None when it is no
+    /// text.
     virtual std::optional<std::string_view> channelName(int channel) const = 0;
     /// "nJ", "uJ", "mJ" or "J"; others are not understood.
     virtual std::optional<std::string_view> unitLabel(int channel) const = 0;

@@ -2,6 +2,7 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
+#include "Platform/Activity.h"
 #include "Platform/AppIdentity.h"
 #include "Platform/DataSourceNames.h"
 #include "Platform/EnergyReport.h"
@@ -16,6 +17,7 @@
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
 
+#include <functional>
 #include <memory>
 
 namespace vantoro {
@@ -34,9 +36,15 @@ struct Platform {
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;
+    /// Null where the system leaves the timers of hidden programs alone.
+    std::shared_ptr<Activity> activity;
     DataSourceNames sources;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;
+    /// Every program has menus at the top of the screen, and can be brought to the front while it has no window.
+    bool hasMenuBarMenus = false;
+    /// Shows the system's own account of which program this is; none where the system has none.
+    std::function<void()> showAbout;
 };
 
 } // namespace vantoro

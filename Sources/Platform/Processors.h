@@ -3,6 +3,7 @@
 
 #include "Platform/SystemStatistics.h"
 
+#include <string>
 #include <vector>
 
 namespace vantoro {
@@ -16,12 +17,21 @@ struct ProcessorCounts {
     bool operator==(const ProcessorCounts&) const = default;
 };
 
+/// What the system calls its two kinds of processors, in lower case.
+struct ProcessorTiers {
+    std::string performance = "performance";
+    std::string efficiency = "efficiency";
+
+    bool operator==(const ProcessorTiers&) const = default;
+};
+
 /// Used from one thread at a time.
 class Processors {
 public:
     virtual ~Processors() = default;
 
     virtual ProcessorCounts counts() = 0;
+    virtual ProcessorTiers tiers() { return {}; }
     /// Fills the cumulative ticks of every processor, efficiency cores first. Gives the system's code, 0 for success;
     /// leaves `ticks` as it was on failure.
     virtual int readTicks(std::vector<HostTicks>& ticks) = 0;

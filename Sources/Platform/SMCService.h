@@ -31,6 +31,8 @@ public:
     virtual bool isController() const { return true; }
 
     virtual SensorTrust trust() const { return SensorTrust::manyAndNoisy; }
+    /// Whether keys "Ts…" are sensors of the cores on this machine, rather than of the enclosure.
+    virtual bool measuresCoresUnderTs() const { return false; }
 };
 
 } // namespace vantoro

@@ -14,7 +14,8 @@ public:
     virtual ~StateSample() = default;
 
     virtual int channelCount() const = 0;
-    /// The core's name: "ECPU…" for an efficiency core, "PCPU…" for a performance core. None when it is no text.
+    /// The core's name: "ECPU…" for an efficiency core, "PCPU…" for a performance core, "MCPU…" for one between them.
+    /// None when it is no text.
     virtual std::optional<std::string_view> channelName(int channel) const = 0;
     virtual int stateCount(int channel) const = 0;
     /// Cumulative, in a unit of the source's own.

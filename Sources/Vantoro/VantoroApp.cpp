@@ -84,7 +84,8 @@ Platform choosePlatform(const CommandLine& line) {
 SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
     return {.simulatesFanless = line.simulateFanless,
             .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
-            .pause = pauseFor};
+            .pause = pauseFor,
+            .measuresCoresUnderTs = platform.smcService && platform.smcService->measuresCoresUnderTs()};
 }
 
 /// What the platform cannot tell has no reader.
@@ -277,6 +278,8 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& su
                  .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,
                  .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
+                 .hasMenus = platform.hasMenuBarMenus,
+                 .showAbout = platform.showAbout,
                  .start = [&] { replay ? replay->start() : hub.start(); }});
     QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });

@@ -63,6 +63,88 @@ TEST_F(CPUFreq, LoadsTablesFromThePathOrElseFromTheFirstEntryThatHasOne) {
     EXPECT_EQ(cpufreq_max_efficiency(), 0);
 }
 
+TEST_F(CPUFreq, EachGenerationOfChipsHasItsOwnTablesAndChannels) {
+    const std::vector<std::uint32_t> slow{912'000, 2'748'000};
+    const std::vector<std::uint32_t> middle{1'000'000, 4'300'000};
+    const std::vector<std::uint32_t> fast{1'308'000, 4'600'000};
+    const std::vector<std::uint32_t> graphics{338'000, 1'578'000};
+    const struct {
+        const char* chip;
+        bool middleTier;
+        ScriptedTables::Properties tables;
+        std::vector<std::string> channels;
+        double slowest, fastest;
+        std::vector<Result> expected;
+    } cases[] = {
+        {"one die",
+         false,
+         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states9-sram", graphics}},
+         {"ECPU000", "PCPU000", "PCPU010"},
+         2748,
+         4600,
+         {{912, true}, {1308, false}, {1308, false}}},
+        {"two dies",
+         false,
+         {{efficiencyProperty, slow}, {performanceProperty, fast}},
+         {"ECPU0_DIE_0", "PCPU1_CPU0_DIE_0", "ECPU0_DIE_1", "PCPU1_CPU0_DIE_1"},
+         2748,
+         4600,
+         {{912, true}, {1308, false}, {912, true}, {1308, false}}},
+        {"a second kind of performance cluster beside efficiency cores, of the same position",
+         false,
+         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states22-sram", middle}},
+         {"ECPU0_CPU0", "MCPU0_CPU0", "PCPU0_CPU0"},
+         2748,
+         4600,
+         {{912, true}, {1308, false}, {1308, false}}},
+        {"a middle tier, in the table that the clusters name",
+         true,
+         {{efficiencyProperty, slow},
+          {performanceProperty, fast},
+          {"voltage-states9-sram", graphics},
+          {"voltage-states14-sram", middle},
+          {"voltage-states22-sram", slow},
+          {"acc-clusters", {5, 0x10000, 9, 30, 14}}},
+         {"MCPU0_CPU0", "PCPU0_CPU0", "MCPU1_CPU0"},
+         4300,
+         4600,
+         {{1000, true}, {1308, false}, {1000, true}}},
+        {"a middle tier, in the first of its usual tables",
+         true,
+         {{performanceProperty, fast}, {"voltage-states22-sram", middle}, {"voltage-states23-sram", slow}},
+         {"MCPU0_CPU0", "PCPU0_CPU0"},
+         4300,
+         4600,
+         {{1000, true}, {1308, false}}},
+        {"a middle tier, in the second of its usual tables",
+         true,
+         {{performanceProperty, fast}, {"voltage-states23-sram", middle}, {"acc-clusters", {0, 1, 2}}},
+         {"MCPU0_CPU0", "PCPU0_CPU0"},
+         4300,
+         4600,
+         {{1000, true}, {1308, false}}},
+        {"a middle tier whose table is nowhere: nothing is claimed of it",
+         true,
+         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states22-sram", graphics}},
+         {"MCPU0_CPU0", "PCPU0_CPU0"},
+         0,
+         4600,
+         {{0, true}, {1308, false}}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.chip);
+        tables->atPath = each.tables;
+        tables->middleTier = each.middleTier;
+        states->channels.clear();
+        for (const std::string& channel : each.channels)
+            states->channels.push_back({channel, {{"V0", 0}}});
+        cpufreq_use(tables, states);
+        EXPECT_EQ(sample(), each.expected);
+        EXPECT_EQ(cpufreq_max_efficiency(), each.slowest);
+        EXPECT_EQ(cpufreq_max_performance(), each.fastest);
+    }
+}
+
 TEST_F(CPUFreq, EachThingThatIsMissingFailsAndMayComeLater) {
     states->loads = false;
     EXPECT_EQ(cpufreq_init(), 0);

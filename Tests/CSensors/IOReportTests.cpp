@@ -26,12 +26,15 @@ protected:
     std::shared_ptr<ScriptedEnergy> report = std::make_shared<ScriptedEnergy>();
 };
 
-TEST_F(IOReport, SumsTheGraphicsProcessorsChannelsInTheirUnits) {
+TEST_F(IOReport, TheWholeIsNotCountedAgainWithItsParts) {
     const struct {
         std::vector<ScriptedEnergy::Channel> channels;
         std::optional<double> expected;
     } cases[] = {
-        {{{"GPU Energy", "mJ", 1000}, {"GPU0_0", "mJ", 500}}, 1.5},
+        {{{"GPU SRAM", "mJ", 500}, {"GPU Energy", "mJ", 1000}, {"GPU0_0", "mJ", 500}}, 1},
+        {{{"GPU SRAM", "mJ", 500}, {"GPU Energy", "kJ", 1000}, {"GPU0_0", "mJ", 700}}, 1.2},
+        {{{"GPU Energy", "mJ", 0}, {"GPU0_0", "mJ", 500}}, 0},
+        {{{"GPU0_1", "mJ", 1000}, {"GPU0_0", "mJ", 500}}, 1.5},
         {{{"GPU", "nJ", 2'000'000'000}, {"xGPUx", "uJ", 3'000'000}, {"GPU", "J", 4}}, 9},
         {{{"GPU", "kJ", 9}}, {}},
         {{{"GPU", "mj", 9}, {"GPU", {}, 9}, {{}, "J", 9}, {"gpu", "J", 9}, {"ECPU", "J", 9}}, {}},

@@ -1,9 +1,12 @@
 #include "Model/SensorHub.h"
 
+#include "Platform/SettingsStore.h"
+
 #include "Support/EventLoop.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -162,6 +165,39 @@ TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
 }
 
+class CountedActivity : public Activity {
+public:
+    class Token : public Held {
+    public:
+        explicit Token(int& count) : count_(++count) {}
+        ~Token() override { --count_; }
+        Token(const Token&) = delete;
+        Token& operator=(const Token&) = delete;
+
+    private:
+        int& count_;
+    };
+    std::unique_ptr<Held> begin(const char*) override { return std::make_unique<Token>(held); }
+
+    int held = 0;
+};
+
+TEST_F(SensorHubTest, TheSystemIsToldOfTheSamplingWhileItGoesOn) {
+    const auto activity = std::make_shared<CountedActivity>();
+    platform.activity = activity;
+    SensorHub& subject = makeHub();
+    EXPECT_EQ(activity->held, 0);
+    subject.start();
+    subject.start();
+    subject.restartTimer();
+    EXPECT_EQ(activity->held, 1);
+    hub.reset();
+    EXPECT_EQ(activity->held, 0);
+    makeHub().beginReplay("Another Mac");
+    hub->start();
+    EXPECT_EQ(activity->held, 0) << "a recording is measured by nobody";
+}
+
 TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
     SensorHub& subject = makeHub();
     const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
@@ -220,6 +256,46 @@ TEST(Settings, DefaultsAndMalformedValues) {
     EXPECT_EQ(again.sampleInterval(), 0.25);
     EXPECT_FALSE(again.smoothUpdates());
     EXPECT_EQ(SettingsFormatContext(again).text("temperatureUnit"), "F");
+}
+
+/// A store as "defaults" fills it: keys as they are, values of several kinds.
+class KeptStore : public SettingsStore {
+public:
+    explicit KeptStore(std::map<std::string, Value>& values) : values_(values) {}
+    std::optional<Value> value(const std::string& key) const override {
+        const auto found = values_.find(key);
+        return found == values_.end() ? std::nullopt : std::optional(found->second);
+    }
+    void store(const std::string& key, const Value& value) override { values_[key] = value; }
+    void forget(const std::string& key) override { values_.erase(key); }
+    void sync() override {}
+
+private:
+    std::map<std::string, Value>& values_;
+};
+
+TEST(Settings, TheSystemsOwnStoreHoldsKeysAndKindsAsTheyAre) {
+    std::map<std::string, SettingsStore::Value> values{{"sampleInterval", std::string("0.5")},
+                                                       {"spinRotors", 0.0},
+                                                       {"smoothUpdates", false},
+                                                       {"historyMinutes", 15.5}};
+    Settings settings(std::make_unique<KeptStore>(values));
+    EXPECT_EQ(settings.sampleInterval(), 0.5);
+    EXPECT_FALSE(settings.spinRotors());
+    EXPECT_FALSE(settings.smoothUpdates());
+    EXPECT_EQ(settings.historyMinutes(), 15.5);
+    settings.setMenuBarShowsRPM(true);
+    settings.setSampleInterval(2);
+    settings.setAppearance("dark");
+    settings.storeText("vantoro.updates.available", "{}");
+    settings.forget("spinRotors");
+    const std::map<std::string, SettingsStore::Value> expected{{"sampleInterval", 2.0},
+                                                               {"smoothUpdates", false},
+                                                               {"historyMinutes", 15.5},
+                                                               {"menuBarShowsRPM", true},
+                                                               {"appearance", std::string("dark")},
+                                                               {"vantoro.updates.available", std::string("{}")}};
+    EXPECT_EQ(values, expected);
 }
 
 } // namespace

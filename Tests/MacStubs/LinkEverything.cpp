@@ -7,6 +7,7 @@
 #include "Model/Telemetry.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
+#include "Platform/SettingsStore.h"
 #include "Platform/SystemLog.h"
 
 int main() {
@@ -18,6 +19,7 @@ int main() {
     const vantoro::RecordingReader recording("/dev/null");
     const std::shared_ptr<vantoro::UpdateEngine> engine = vantoro::currentUpdateEngine({});
     vantoro::writeSystemLog("updates", engine->currentVersion());
+    vantoro::systemSettingsStore()->sync();
     const bool isHot = vantoro::Snapshot::heatLoad(platform.thermalState->rawValue()) > 0;
     return isHot || recording.error() ? 1 : 0;
 }

@@ -83,3 +83,13 @@ TEST(Entitlements, LoosenNothing) {
         EXPECT_EQ(value, "false") << key;
     }
 }
+
+TEST(Cask, TheCommandStartsTheProgramWithinItsBundleAndZapNamesItsDomain) {
+    QFile file(VANTORO_PACKAGING "/macos/vantoro.rb.in");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString cask = QString::fromUtf8(file.readAll());
+    EXPECT_FALSE(cask.contains("binary \"#{appdir}")) << "a link";
+    EXPECT_TRUE(cask.contains("exec '#{appdir}/Vantoro.app/Contents/MacOS/Vantoro' \"$@\"\n"));
+    const std::string identifier = propertiesIn(VANTORO_INFO_PLIST).at("CFBundleIdentifier").substr(sizeof "string");
+    EXPECT_TRUE(cask.contains(QString::fromStdString("Preferences/" + identifier + ".plist")));
+}

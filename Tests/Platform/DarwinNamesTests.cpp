@@ -20,18 +20,35 @@ TEST(DarwinNames, CoreChannelsBeginWithTheirCluster) {
         {"PCPU1_CPU0", "PCPU1_CPU0"},
         {"DIE_0_PCPU1_CPU0", "PCPU1_CPU0_DIE_0"},
         {"DIE_12_ECPU0", "ECPU0_DIE_12"},
-        {"MCPU0_CPU1", "PCPU0_CPU1_M"},
-        {"DIE_1_MCPU0_CPU1", "PCPU0_CPU1_M_DIE_1"},
+        {"DIE_1_MCPU0_CPU1", "MCPU0_CPU1_DIE_1"},
         // No die, or nothing after it.
         {"DIE_PCPU0", "DIE_PCPU0"},
         {"DIE_0PCPU0", "DIE_0PCPU0"},
         {"DIE_0_", "DIE_0_"},
         {"DIE_0", "DIE_0"},
-        {"XMCPU0", "XMCPU0"},
         {"", ""},
     };
     for (const auto& [reported, expected] : cases)
         EXPECT_EQ(coreChannelName(reported), expected) << reported;
+}
+
+TEST(DarwinNames, TiersAreCalledWhatTheSystemCallsThem) {
+    const struct {
+        std::optional<std::string> level0, level1;
+        ProcessorTiers expected;
+        bool hasMiddle;
+    } cases[] = {
+        {"Performance", "Efficiency", {}, false},
+        {{}, {}, {}, false},
+        {"Performance", {}, {}, false},
+        {"Super", "Performance", {"super", "performance"}, true},
+        {"Super", "Efficiency", {"super", "efficiency"}, false},
+    };
+    for (const auto& [level0, level1, expected, hasMiddle] : cases) {
+        const ProcessorTiers tiers = tiersNamed(level0, level1);
+        EXPECT_EQ(tiers, expected) << tiers.performance << tiers.efficiency;
+        EXPECT_EQ(hasMiddleTier(tiers), hasMiddle);
+    }
 }
 
 std::vector<std::uint8_t> tableOf(std::initializer_list<std::uint32_t> words) {

@@ -33,6 +33,8 @@ TEST_F(CoreMonitorTest, NamesItsCoresByKind) {
     EXPECT_EQ(labels({.performance = 1, .efficiency = 1, .all = 3}), "E0 P0 P1 1+1");
     EXPECT_EQ(labels({.performance = 2}), "P0 P1 2+0");
     EXPECT_EQ(labels({}), "0+0");
+    processors->processorTiers = {.performance = "super", .efficiency = "performance"};
+    EXPECT_EQ(labels({.performance = 2, .efficiency = 3}), "P0 P1 P2 S0 S1 2+3");
     EXPECT_TRUE(CoreMonitor(nullptr).cores().empty());
 }
 

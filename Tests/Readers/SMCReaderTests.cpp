@@ -45,6 +45,10 @@ TEST_F(SMCReaderTest, SortsKeysIntoFamiliesInTheirOrder) {
     EXPECT_EQ(reader.batteryKeys(), std::vector<std::string>{"TB1T"});
     EXPECT_EQ(reader.enclosureKeys(), std::vector<std::string>{"Ts0P"});
     EXPECT_EQ(reader.sensorCount(), 5);
+
+    const SMCReader withMiddleTier({.measuresCoresUnderTs = true});
+    EXPECT_EQ(withMiddleTier.socKeys(), (std::vector<std::string>{"Tp09", "Ts0P", "Tp01"}));
+    EXPECT_TRUE(withMiddleTier.enclosureKeys().empty());
 }
 
 TEST_F(SMCReaderTest, FamiliesAreCappedAndTheReserveStandsInForAShortDie) {

@@ -169,6 +169,9 @@ public:
     using Properties = std::map<std::string, std::vector<std::uint32_t>>;
     std::optional<Properties> atPath;
     std::optional<std::vector<Properties>> named;
+    bool middleTier = false;
+
+    bool hasMiddleTier() const override { return middleTier; }
 
     std::unique_ptr<RegistryEntry> entryAtPath(const std::string& path) override {
         return atPath && path == "IODeviceTree:/arm-io/pmgr" ? std::make_unique<Entry>(*atPath) : nullptr;
@@ -239,10 +242,12 @@ private:
 class ScriptedProcessors : public Processors {
 public:
     ProcessorCounts processorCounts;
+    ProcessorTiers processorTiers;
     std::vector<HostTicks> ticks;
     int code = 0;
 
     ProcessorCounts counts() override { return processorCounts; }
+    ProcessorTiers tiers() override { return processorTiers; }
     int readTicks(std::vector<HostTicks>& out) override {
         if (code == 0)
             out = ticks;

@@ -1,4 +1,5 @@
 // The window as a whole: its panes by pointer and by keyboard, the sheet over it, and what happens without it.
+#include "Views/AppMenus.h"
 #include "Views/MainWindow.h"
 #include "Views/ReportSheet.h"
 #include "Views/Shell.h"
@@ -7,6 +8,10 @@
 #include "Support/EventLoop.h"
 #include "Views/Stage.h"
 
+#include <map>
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
 #include <QSignalSpy>
 
 namespace vantoro {
@@ -111,6 +116,65 @@ TEST(ShellTests, TheSamplingOutlivesTheWindowAndNothingMovesWithoutOne) {
     shell.raiseWindow();
     EXPECT_TRUE(shell.window()->isVisible());
     EXPECT_EQ(starts, 1) << "opened again, not started again";
+}
+
+TEST(ShellTests, AProgramBroughtToTheFrontWithoutAWindowOpensItWhereThereAreMenus) {
+    Stage stage;
+    for (const bool hasMenus : {true, false}) {
+        Shell shell(stage.hub, stage.settings, stage.motion, {.hasMenus = hasMenus});
+        shell.open();
+        const auto comeToFront = [] {
+            emit qApp->applicationStateChanged(Qt::ApplicationActive);
+            QCoreApplication::processEvents();
+        };
+        const auto closeWindow = [&shell] {
+            shell.window()->close();
+            return waitUntil([&] { return shell.window() == nullptr; });
+        };
+        ASSERT_TRUE(closeWindow());
+        comeToFront();
+        EXPECT_EQ(shell.window() != nullptr, hasMenus);
+        EXPECT_EQ(shell.menus() != nullptr, hasMenus);
+        if (!hasMenus)
+            continue;
+        ASSERT_TRUE(closeWindow());
+        emit qApp->applicationStateChanged(Qt::ApplicationInactive);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(shell.window(), nullptr);
+        shell.openSettings();
+        comeToFront();
+        EXPECT_EQ(shell.window(), nullptr) << "the settings were what was asked for";
+    }
+}
+
+TEST(ShellTests, TheMenusWorkWithAndWithoutAWindow) {
+    Stage stage;
+    int abouts = 0;
+    Shell shell(stage.hub, stage.settings, stage.motion, {.hasMenus = true, .showAbout = [&] { ++abouts; }});
+    shell.open();
+    QStringList titles;
+    std::map<QString, QAction*> items;
+    for (const QAction* menu : shell.menus()->bar().actions()) {
+        titles.append(menu->text());
+        for (QAction* item : menu->menu()->actions())
+            items[item->text()] = item;
+    }
+    EXPECT_EQ(titles, (QStringList{"Vantoro", "Window", "Help"}));
+    EXPECT_EQ(items.at("Settings…")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    EXPECT_EQ(items.at("Settings…")->menuRole(), QAction::PreferencesRole);
+    EXPECT_EQ(items.at("About Vantoro")->menuRole(), QAction::AboutRole);
+    EXPECT_EQ(items.at("Quit Vantoro")->menuRole(), QAction::QuitRole);
+    EXPECT_EQ(items.at("Close")->menuRole(), QAction::NoRole);
+    items.at("About Vantoro")->trigger();
+    EXPECT_EQ(abouts, 1);
+
+    ASSERT_TRUE(waitUntil([] { return QApplication::activeWindow() != nullptr; }));
+    EXPECT_TRUE(items.at("Minimize")->isEnabled());
+    items.at("Close")->trigger();
+    ASSERT_TRUE(waitUntil([&] { return shell.window() == nullptr; }));
+    EXPECT_TRUE(waitUntil([&] { return !items.at("Close")->isEnabled(); })) << "there is nothing to close";
+    items.at("Open Vantoro")->trigger();
+    EXPECT_NE(shell.window(), nullptr);
 }
 
 } // namespace

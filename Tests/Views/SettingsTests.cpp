@@ -91,6 +91,8 @@ TEST(SettingsModelTests, SpeaksOfTheFigureThatTheMenuBarShows) {
               "The chip's temperature stays visible even when the machine is idle.");
     EXPECT_EQ(coresText({}), "—");
     EXPECT_EQ(coresText({{.isPerformance = true}, {.isPerformance = true}, {}}), "2 performance · 1 efficiency");
+    EXPECT_EQ(coresText({{.isPerformance = true, .tier = "super"}, {.tier = "performance"}, {.tier = "performance"}}),
+              "1 super · 2 performance");
     EXPECT_EQ(coresText({{}, {}}), "2") << "all alike";
 }
 

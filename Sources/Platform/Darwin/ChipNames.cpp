@@ -8,7 +8,6 @@ namespace vantoro {
 namespace {
 
 constexpr std::string_view dieMark = "DIE_";
-constexpr std::string_view middleCluster = "MCPU";
 constexpr std::size_t recordBytes = 8;
 constexpr std::uint32_t leastHertz = 100'000'000;
 
@@ -26,6 +25,13 @@ std::size_t diePrefixLength(std::string_view name) {
     return isPrefix ? end + 1 : 0;
 }
 
+std::string inLowerCase(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+    });
+    return text;
+}
+
 std::uint32_t littleEndianWord(const std::uint8_t* bytes) {
     return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24;
 }
@@ -41,10 +47,6 @@ std::string coreChannelName(std::string_view name) {
     const std::size_t prefixLength = diePrefixLength(name);
     const std::string_view core = name.substr(prefixLength);
     std::string result(core);
-    if (core.starts_with(middleCluster)) {
-        result.front() = 'P';
-        result += "_M";
-    }
     if (prefixLength > 0)
         result.append("_").append(name.substr(0, prefixLength - 1));
     return result;
@@ -57,6 +59,19 @@ void rewriteInKilohertz(std::vector<std::uint8_t>& frequencyTable) {
         if (word >= leastHertz)
             storeLittleEndianWord(word / 1000 + (word % 1000 >= 500 ? 1 : 0), bytes);
     }
+}
+
+ProcessorTiers tiersNamed(const std::optional<std::string>& level0, const std::optional<std::string>& level1) {
+    ProcessorTiers tiers;
+    if (level0)
+        tiers.performance = inLowerCase(*level0);
+    if (level1)
+        tiers.efficiency = inLowerCase(*level1);
+    return tiers;
+}
+
+bool hasMiddleTier(const ProcessorTiers& tiers) {
+    return tiers.efficiency == ProcessorTiers().performance;
 }
 
 } // namespace vantoro

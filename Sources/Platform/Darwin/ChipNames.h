@@ -1,7 +1,10 @@
 // What the report and the registry of real chips call things, turned into what the readers know. Pure functions.
 #pragma once
 
+#include "Platform/Processors.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,14 +12,19 @@
 namespace vantoro {
 
 /// A core's channel by the name of its cluster first. A chip of several dies writes the die in front
-/// ("DIE_0_PCPU1_CPU0"): it goes to the end ("PCPU1_CPU0_DIE_0"). A third kind of cluster, "MCPU", counts as a
-/// performance cluster ("MCPU0_CPU1" becomes "PCPU0_CPU1_M"; the ending keeps it apart from a true "PCPU0_CPU1"). Any
-/// other name stays as it is.
+/// ("DIE_0_PCPU1_CPU0"): it goes to the end ("PCPU1_CPU0_DIE_0"). Any other name stays as it is.
 std::string coreChannelName(std::string_view name);
 
 /// A table of records of 8 bytes whose first four are a frequency, little-endian: older chips write it in Hz, newer
 /// ones in kHz. A frequency of 100,000,000 or more is Hz (no processor runs at 100 GHz) and is rewritten in kHz, to the
 /// nearest. A record that is cut short stays as it is.
 void rewriteInKilohertz(std::vector<std::uint8_t>& frequencyTable);
+
+/// The tiers by the names of the system's performance levels 0 and 1; what has no name keeps its usual one.
+ProcessorTiers tiersNamed(const std::optional<std::string>& level0, const std::optional<std::string>& level1);
+
+/// Whether the second level is the middle kind of core, as on chips whose first level is "Super" and whose second is
+/// "Performance": these have no efficiency cores.
+bool hasMiddleTier(const ProcessorTiers& tiers);
 
 } // namespace vantoro

@@ -1,5 +1,7 @@
 #include "Platform/CurrentPlatform.h"
 
+#include "Platform/Darwin/AboutPanel.h"
+#include "Platform/Darwin/DarwinActivity.h"
 #include "Platform/Darwin/DarwinEnergyReport.h"
 #include "Platform/Darwin/DarwinFrequencyTables.h"
 #include "Platform/Darwin/DarwinMachine.h"
@@ -32,8 +34,11 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
+    platform.activity = std::make_shared<DarwinActivity>();
     platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
     platform.hasWideMenuBar = true;
+    platform.hasMenuBarMenus = true;
+    platform.showAbout = showAboutPanel;
     return platform;
 }
 

@@ -3,6 +3,7 @@
 #include "Platform/Darwin/CFOwner.h"
 #include "Platform/Darwin/ChipNames.h"
 #include "Platform/Darwin/IOObject.h"
+#include "Platform/Darwin/Sysctl.h"
 
 #include <utility>
 
@@ -32,7 +33,7 @@ public:
         const CFOwner<CFTypeRef> value(
             IORegistryEntryCreateCFProperty(entry_.get(), name.get(), kCFAllocatorDefault, 0));
         auto table = bytesOf(value.get());
-        if (table)
+        if (table && property.starts_with("voltage-states"))
             rewriteInKilohertz(*table);
         return table;
     }
@@ -42,6 +43,8 @@ private:
 };
 
 } // namespace
+
+DarwinFrequencyTables::DarwinFrequencyTables() : hasMiddleTier_(vantoro::hasMiddleTier(processorTiers())) {}
 
 std::unique_ptr<RegistryEntry> DarwinFrequencyTables::entryAtPath(const std::string& path) {
     IOObject entry(IORegistryEntryFromPath(kIOMainPortDefault, path.c_str()));

@@ -43,6 +43,10 @@ ProcessorCounts DarwinProcessors::counts() {
             .all = processorCount("hw.logicalcpu")};
 }
 
+ProcessorTiers DarwinProcessors::tiers() {
+    return processorTiers();
+}
+
 int DarwinProcessors::readTicks(std::vector<HostTicks>& ticks) {
     natural_t processors = 0;
     KernelArray counters;

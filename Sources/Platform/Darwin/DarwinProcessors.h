@@ -10,6 +10,8 @@ class DarwinProcessors : public Processors {
 public:
     /// "hw.perflevel0.logicalcpu", "hw.perflevel1.logicalcpu" and "hw.logicalcpu".
     ProcessorCounts counts() override;
+    /// "hw.perflevel0.name" and "hw.perflevel1.name".
+    ProcessorTiers tiers() override;
     /// host_processor_info; the kernel numbers the efficiency cores first.
     int readTicks(std::vector<HostTicks>& ticks) override;
 

@@ -1,6 +1,8 @@
 #include "Platform/Darwin/DarwinSMCService.h"
 
+#include "Platform/Darwin/ChipNames.h"
 #include "Platform/Darwin/IOObject.h"
+#include "Platform/Darwin/Sysctl.h"
 
 #include <cstddef>
 #include <mach/mach.h>
@@ -36,6 +38,10 @@ bool DarwinSMCService::call(std::uint32_t handle, const SMCKeyData& request, SMC
 
 std::uint32_t DarwinSMCService::close(std::uint32_t handle) {
     return static_cast<std::uint32_t>(IOServiceClose(handle));
+}
+
+bool DarwinSMCService::measuresCoresUnderTs() const {
+    return hasMiddleTier(processorTiers());
 }
 
 } // namespace vantoro

@@ -13,6 +13,8 @@ public:
     bool call(std::uint32_t handle, const SMCKeyData& request, SMCKeyData& reply) override;
     /// IOServiceClose.
     std::uint32_t close(std::uint32_t handle) override;
+    /// On chips with a middle tier of cores.
+    bool measuresCoresUnderTs() const override;
 };
 
 } // namespace vantoro

@@ -1,5 +1,7 @@
 #include "Platform/Darwin/Sysctl.h"
 
+#include "Platform/Darwin/ChipNames.h"
+
 #include <cstddef>
 #include <cstring>
 #include <sys/sysctl.h>
@@ -30,6 +32,10 @@ std::optional<std::string> sysctlText(const char* name) {
     // The size counts the terminating NUL.
     text.resize(::strnlen(text.data(), size));
     return text.empty() ? std::nullopt : std::optional(text);
+}
+
+ProcessorTiers processorTiers() {
+    return tiersNamed(sysctlText("hw.perflevel0.name"), sysctlText("hw.perflevel1.name"));
 }
 
 } // namespace vantoro

@@ -115,7 +115,8 @@ void CapabilityCheck::checkCores() {
     monitor.sample();
     const bool ok = !monitor.cores().empty();
     print("Per-core load and frequency", ok,
-          ok ? fmt::format("{}P + {}E cores", monitor.performanceCount(), monitor.efficiencyCount())
+          ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
+                           monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
              : "host_processor_info returned nothing");
 }
 

@@ -5,6 +5,12 @@
 
 namespace vantoro {
 
+/// "P" of "performance".
+inline std::string tierLetter(const std::string& tierName) {
+    const char first = tierName.empty() ? '?' : tierName.front();
+    return {first >= 'a' && first <= 'z' ? static_cast<char>(first - 'a' + 'A') : first};
+}
+
 struct Core {
     int index = 0;
     bool isPerformance = false;
@@ -14,9 +20,12 @@ struct Core {
     double megahertz = 0;
     /// Position among the cores of its kind.
     int clusterIndex = 0;
+    /// What the system calls its kind ("super"); empty for the usual names.
+    std::string tier = {};
 
-    /// "P0", "E3".
-    std::string label() const { return (isPerformance ? "P" : "E") + std::to_string(clusterIndex); }
+    std::string tierName() const { return !tier.empty() ? tier : isPerformance ? "performance" : "efficiency"; }
+    /// "P0", "E3": the first letter of its kind.
+    std::string label() const { return tierLetter(tierName()) + std::to_string(clusterIndex); }
 
     bool operator==(const Core&) const = default;
 };

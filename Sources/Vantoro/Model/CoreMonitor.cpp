@@ -26,14 +26,18 @@ double busyShare(const HostTicks& previous, const HostTicks& current) {
 
 CoreMonitor::CoreMonitor(std::shared_ptr<Processors> processors) : processors_(std::move(processors)) {
     const ProcessorCounts counts = processors_ ? processors_->counts() : ProcessorCounts{};
+    if (processors_)
+        tiers_ = processors_->tiers();
     const int all = std::max(counts.performance + counts.efficiency, counts.all);
     // A machine without performance levels counts every processor as a performance core.
     performanceCount_ = counts.performance >= 1 ? counts.performance : all;
     efficiencyCount_ = counts.efficiency;
     for (int i = 0; i < all; ++i) {
         const bool isPerformance = i >= efficiencyCount_;
-        cores_.push_back(
-            {.index = i, .isPerformance = isPerformance, .clusterIndex = isPerformance ? i - efficiencyCount_ : i});
+        cores_.push_back({.index = i,
+                          .isPerformance = isPerformance,
+                          .clusterIndex = isPerformance ? i - efficiencyCount_ : i,
+                          .tier = isPerformance ? tiers_.performance : tiers_.efficiency});
     }
     frequencyAvailable_ = cpufreq_init() != 0;
     if (frequencyAvailable_) {

@@ -24,6 +24,7 @@ public:
 
     int performanceCount() const { return performanceCount_; }
     int efficiencyCount() const { return efficiencyCount_; }
+    const ProcessorTiers& tiers() const { return tiers_; }
     double maxPerformanceMHz() const override { return maxPerformanceMHz_; }
     double maxEfficiencyMHz() const override { return maxEfficiencyMHz_; }
     bool frequencyAvailable() const { return frequencyAvailable_; }
@@ -32,6 +33,7 @@ private:
     void sampleFrequency();
 
     std::shared_ptr<Processors> processors_;
+    ProcessorTiers tiers_;
     std::vector<Core> cores_;
     double maxPerformanceMHz_ = 0;
     double maxEfficiencyMHz_ = 0;

@@ -74,7 +74,7 @@ void SMCReader::discoverSensors() {
     std::vector<std::string> reserve;
     for (std::string& key : floatKeys(smc_key_count())) {
         const std::string_view family = std::string_view(key).substr(0, 2);
-        if (family == "Tp")
+        if (family == "Tp" || (family == "Ts" && options_.measuresCoresUnderTs))
             socKeys_.push_back(std::move(key));
         else if (family == "Tg")
             gpuKeys_.push_back(std::move(key));

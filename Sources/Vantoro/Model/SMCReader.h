@@ -21,6 +21,8 @@ public:
         SensorTrust trust = SensorTrust::manyAndNoisy;
         /// Waits this long between tries of the fan count.
         std::function<void(int milliseconds)> pause;
+        /// Keys "Ts…" are sensors of the cores rather than of the enclosure.
+        bool measuresCoresUnderTs = false;
     };
 
     explicit SMCReader(Options options);

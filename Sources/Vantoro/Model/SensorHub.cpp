@@ -48,6 +48,7 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
                      HubEnvironment environment)
     : machine_(platform.machine)
     , thermalState_(platform.thermalState)
+    , activity_(platform.activity)
     , sources_(std::move(sources))
     , settings_(settings)
     , environment_(std::move(environment))
@@ -83,6 +84,8 @@ void SensorHub::start() {
     tick();
     timer_ = std::make_unique<QTimer>();
     connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tick);
+    if (activity_)
+        sampling_ = activity_->begin("Measuring how warm and busy the machine is");
     timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
 }
 

@@ -153,6 +153,7 @@ private:
 
     std::shared_ptr<Machine> machine_;
     std::shared_ptr<ThermalState> thermalState_;
+    std::shared_ptr<Activity> activity_;
     SensorSources sources_;
     const Settings& settings_;
     HubEnvironment environment_;
@@ -180,6 +181,8 @@ private:
     Cooling cooling_ = Cooling::fans;
     ProcessMonitor processes_;
     std::unique_ptr<QTimer> timer_;
+    /// While the timer runs.
+    std::unique_ptr<Activity::Held> sampling_;
     bool windowVisible_ = true;
     bool coresPaneVisible_ = false;
     bool sensorListVisible_ = false;

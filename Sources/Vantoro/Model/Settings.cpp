@@ -1,6 +1,7 @@
 #include "Model/Settings.h"
 
 #include "Model/Numbers.h"
+#include "Platform/SettingsStore.h"
 
 #include <cmath>
 #include <QDateTime>
@@ -65,10 +66,50 @@ QString withPeriodMarked(const QString& format) {
 
 } // namespace
 
-Settings::Settings() : store_(std::make_unique<QSettings>("Brisel", "Vantoro")) {}
+/// The system's own store where it has one, else Qt's.
+class Settings::Store {
+public:
+    explicit Store(std::unique_ptr<SettingsStore> ofSystem) : ofSystem_(std::move(ofSystem)) {}
+    explicit Store(std::unique_ptr<QSettings> ofQt) : ofQt_(std::move(ofQt)) {}
+
+    QVariant value(const QString& key) const {
+        if (ofQt_)
+            return ofQt_->value(key);
+        const auto value = ofSystem_->value(key.toStdString());
+        return value ? std::visit([](const auto& held) { return variant(held); }, *value) : QVariant();
+    }
+    void setValue(const QString& key, const QVariant& value) {
+        if (ofQt_)
+            ofQt_->setValue(key, value);
+        else if (value.typeId() == QMetaType::Bool)
+            ofSystem_->store(key.toStdString(), value.toBool());
+        else if (value.typeId() == QMetaType::Double || value.typeId() == QMetaType::Int)
+            ofSystem_->store(key.toStdString(), value.toDouble());
+        else
+            ofSystem_->store(key.toStdString(), value.toString().toStdString());
+    }
+    void remove(const QString& key) { ofQt_ ? ofQt_->remove(key) : ofSystem_->forget(key.toStdString()); }
+    void sync() { ofQt_ ? ofQt_->sync() : ofSystem_->sync(); }
+
+private:
+    static QVariant variant(const std::string& text) { return toQString(text); }
+    static QVariant variant(double number) { return number; }
+    static QVariant variant(bool flag) { return flag; }
+
+    std::unique_ptr<SettingsStore> ofSystem_;
+    std::unique_ptr<QSettings> ofQt_;
+};
+
+Settings::Settings() {
+    std::unique_ptr<SettingsStore> ofSystem = systemSettingsStore();
+    store_ = ofSystem ? std::make_unique<Store>(std::move(ofSystem))
+                      : std::make_unique<Store>(std::make_unique<QSettings>("Brisel", "Vantoro"));
+}
 
 Settings::Settings(const std::string& iniFile)
-    : store_(std::make_unique<QSettings>(toQString(iniFile), QSettings::IniFormat)) {}
+    : store_(std::make_unique<Store>(std::make_unique<QSettings>(toQString(iniFile), QSettings::IniFormat))) {}
+
+Settings::Settings(std::unique_ptr<SettingsStore> store) : store_(std::make_unique<Store>(std::move(store))) {}
 
 Settings::~Settings() = default;
 

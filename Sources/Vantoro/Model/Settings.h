@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-class QSettings;
-
 namespace vantoro {
+
+class SettingsStore;
 
 /// Read at the moment of each call; a value that is missing, of another type or not finite is the default. Main thread.
 class Settings {
@@ -17,6 +17,8 @@ public:
     Settings();
     /// A store kept in this file, for tests.
     explicit Settings(const std::string& iniFile);
+    /// A store of the system's own kind.
+    explicit Settings(std::unique_ptr<SettingsStore> store);
     ~Settings();
 
     /// Seconds between samples; 2 unless a number above 0 is stored.
@@ -61,7 +63,8 @@ public:
     void sync();
 
 private:
-    std::unique_ptr<QSettings> store_;
+    class Store;
+    std::unique_ptr<Store> store_;
 };
 
 /// The settings and the user's locale, for Format and Motion.

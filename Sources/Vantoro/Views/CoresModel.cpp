@@ -55,6 +55,21 @@ int narrowColumnCount(int cores, double gridWidth) {
     return columns > 1 ? columns : fitting;
 }
 
+QString coreCounts(const std::vector<Core>& cores) {
+    int performanceCount = 0;
+    std::string performance = Core{.isPerformance = true}.tierName();
+    std::string efficiency = Core().tierName();
+    for (const Core& core : cores) {
+        performanceCount += core.isPerformance ? 1 : 0;
+        (core.isPerformance ? performance : efficiency) = core.tierName();
+    }
+    return tr("%1 %2 · %3 %4")
+        .arg(performanceCount)
+        .arg(tr(performance.c_str()))
+        .arg(static_cast<int>(cores.size()) - performanceCount)
+        .arg(tr(efficiency.c_str()));
+}
+
 CoreFigures coreFigures(const Core& core, double ceiling) {
     constexpr double busyFrom = 0.55;
     constexpr double leastFill = 0.001;
@@ -121,7 +136,7 @@ CoresModel CoresModel::of(const SensorHub& hub) {
         (core.isPerformance ? performance : efficiency).push_back(core);
     CoresModel model;
     model.coreCount = static_cast<int>(hub.cores().size());
-    model.subtitle = tr("%1 performance · %2 efficiency").arg(performance.size()).arg(efficiency.size());
+    model.subtitle = coreCounts(hub.cores());
     if (!performance.empty())
         model.clusters.push_back(clusterSummary(performance, hub.coreCeilingMHz(true)));
     if (!efficiency.empty())

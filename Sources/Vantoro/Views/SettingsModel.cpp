@@ -1,5 +1,6 @@
 #include "Views/SettingsModel.h"
 
+#include "Views/CoresModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -161,7 +162,7 @@ QString coresText(const std::vector<Core>& cores) {
         return emDash();
     if (performance == 0 || performance == all)
         return QString::number(all);
-    return tr("%1 performance · %2 efficiency").arg(performance).arg(all - performance);
+    return coreCounts(cores);
 }
 
 SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names) {

@@ -3,6 +3,7 @@
 #include "Model/Log.h"
 #include "Model/Updates.h"
 #include "Platform/Memory.h"
+#include "Views/AppMenus.h"
 #include "Views/MenuBarItem.h"
 #include "Views/MenuBarPanel.h"
 #include "Views/NoticeAlert.h"
@@ -10,9 +11,15 @@
 #include "Views/SettingsView.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QShortcut>
+#include <QUrl>
 
 namespace vantoro {
+
+namespace {
+constexpr const char* homePage = "https://vantoro.example";
+} // namespace
 
 Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
     : options_(std::move(options))
@@ -37,6 +44,8 @@ Shell::~Shell() {
 
 void Shell::open() {
     QApplication::setQuitOnLastWindowClosed(false);
+    if (options_.hasMenus)
+        makeMenus();
     raiseWindow();
     item_ = std::make_unique<MenuBarItem>(menuBarContext_, options_.menuBar);
     connect(item_.get(), &MenuBarItem::panelRequested, this, &Shell::togglePanel);
@@ -55,6 +64,51 @@ void Shell::open() {
     if (options_.updates != nullptr && options_.updates->takeWantsSettings()) {
         Log::updates("reopening Settings, where the install was clicked");
         openSettings();
+    }
+}
+
+void Shell::makeMenus() {
+    menus_ = std::make_unique<AppMenus>();
+    connect(menus_.get(), &AppMenus::chosen, this, &Shell::perform);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        // What brought the program to the front may be a window or the panel, about to be shown.
+        if (state == Qt::ApplicationActive)
+            QMetaObject::invokeMethod(this, &Shell::cameToFront, Qt::QueuedConnection);
+    });
+}
+
+void Shell::cameToFront() {
+    if (!window_ && !settingsWindow_ && (!panel_ || !panel_->isVisible()))
+        raiseWindow();
+}
+
+void Shell::perform(AppCommand command) {
+    QWidget* const active = QApplication::activeWindow();
+    switch (command) {
+    case AppCommand::about:
+        if (options_.showAbout)
+            options_.showAbout();
+        break;
+    case AppCommand::settings:
+        openSettings();
+        break;
+    case AppCommand::quit:
+        QApplication::quit();
+        break;
+    case AppCommand::minimise:
+        if (active != nullptr)
+            active->showMinimized();
+        break;
+    case AppCommand::close:
+        if (active != nullptr)
+            active->close();
+        break;
+    case AppCommand::open:
+        raiseWindow();
+        break;
+    case AppCommand::help:
+        QDesktopServices::openUrl(QUrl(homePage));
+        break;
     }
 }
 

@@ -2,6 +2,7 @@
 // whom.
 #pragma once
 
+#include "Views/AppMenusModel.h"
 #include "Views/MainWindow.h"
 #include "Views/MenuBarImage.h"
 #include "Views/SourceNames.h"
@@ -13,6 +14,7 @@
 
 namespace vantoro {
 
+class AppMenus;
 class MenuBarItem;
 class MenuBarPanel;
 class SettingsView;
@@ -30,6 +32,10 @@ struct ShellOptions {
     std::shared_ptr<SystemLooks> looks;
     /// What room the menu bar has for the item.
     MenuBarArrangement menuBar = MenuBarArrangement::withinSquare;
+    /// There are menus at the top of the screen, and the program can come to the front without a window.
+    bool hasMenus = false;
+    /// Says which program this is, for the menu's item.
+    std::function<void()> showAbout;
     /// Starts what feeds the hub, once, when the window is first shown.
     std::function<void()> start;
 };
@@ -52,8 +58,14 @@ public:
     bool isMoving() const { return clock_.isBeating(); }
     /// The main window while it is open.
     MainWindow* window() const { return window_; }
+    /// The menus at the top of the screen, where there are any.
+    const AppMenus* menus() const { return menus_.get(); }
 
 private:
+    void makeMenus();
+    void perform(AppCommand command);
+    /// Someone asked for the program: the window opens if nothing of it is to be seen.
+    void cameToFront();
     void windowClosed();
     void noteMissingMenuBar();
     void togglePanel(const QPoint& anchor);
@@ -74,6 +86,7 @@ private:
     SettingsView* settingsWindow_ = nullptr;
     std::unique_ptr<MenuBarPanel> panel_;
     std::unique_ptr<MenuBarItem> item_;
+    std::unique_ptr<AppMenus> menus_;
 };
 
 } // namespace vantoro

@@ -18,6 +18,7 @@ extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotificati
 @property(class, readonly, strong) NSApplication* sharedApplication;
 @property(strong) NSAppearance* appearance;
 @property(readonly, strong) NSAppearance* effectiveAppearance;
+- (void)orderFrontStandardAboutPanel:(id)sender;
 @end
 
 @interface NSWorkspace : NSObject

@@ -18,9 +18,17 @@ typedef enum NSProcessInfoThermalState : NSInteger {
     NSProcessInfoThermalStateCritical
 } NSProcessInfoThermalState;
 
+typedef enum NSActivityOptions : uint64_t {
+    NSActivityIdleSystemSleepDisabled = 1ULL << 20,
+    NSActivityUserInitiated = 0x00FFFFFFULL | NSActivityIdleSystemSleepDisabled,
+    NSActivityUserInitiatedAllowingIdleSystemSleep = NSActivityUserInitiated & ~NSActivityIdleSystemSleepDisabled
+} NSActivityOptions;
+
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
 @property(readonly) NSProcessInfoThermalState thermalState;
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
+- (void)endActivity:(id<NSObject>)activity;
 @end
 
 typedef double NSTimeInterval;

@@ -1,0 +1,9 @@
+#include "Platform/SettingsStore.h"
+
+namespace vantoro {
+
+std::unique_ptr<SettingsStore> systemSettingsStore() {
+    return nullptr;
+}
+
+} // namespace vantoro
