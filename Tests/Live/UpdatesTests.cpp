@@ -232,6 +232,22 @@ TEST_F(UpdatesTest, ABusyUpdaterIsWaitedForAndThenGivenUp) {
     EXPECT_EQ(calls("check"), 1);
 }
 
+TEST_F(UpdatesTest, WaitingForAnUpdaterThatIsBusyWithTheSameUpdateDoesNotBreakItsDownload) {
+    engine->canCheck = false; // an automatic check runs
+    updates().install(UpdateOrigin::controlBar);
+    pass(1);
+    engine->find(newer);
+    pass(0.5);
+    ASSERT_EQ(calls("install"), 1);
+    engine->driver->showDownloadInitiated({});
+    engine->driver->showDownloadDidReceiveData(5'000'000);
+    pass(60);
+    EXPECT_EQ(phase().kind, Kind::downloading);
+    engine->canCheck = true;
+    pass(60);
+    EXPECT_EQ(calls("check"), 0) << "nobody waits for that check any more";
+}
+
 TEST_F(UpdatesTest, AnErrorAfterTheHandOverTakesTheMarkerBack) {
     updates().install(UpdateOrigin::controlBar);
     engine->find(newer);

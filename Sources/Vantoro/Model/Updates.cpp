@@ -113,8 +113,7 @@ void Updates::check() {
     if (updater_ == nullptr || isUnderWay() || phase_.kind == Kind::checking)
         return;
     installRequested_ = false;
-    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+    checkWhenFree();
 }
 
 void Updates::install(Origin origin) {
@@ -125,8 +124,7 @@ void Updates::install(Origin origin) {
     if (reply_) {
         proceedWithFoundUpdate();
     } else if (phase_.kind != Kind::checking) {
-        setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-        whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+        checkWhenFree();
     }
 }
 
@@ -345,6 +343,11 @@ void Updates::fail(const UpdateError& error) {
     setPhase({.kind = Kind::failed, .release = knownRelease(), .message = words.message, .detail = words.detail});
 }
 
+void Updates::checkWhenFree() {
+    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+}
+
 void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
     if (attempt > lastAttempt) {
         installFailed_ = std::exchange(installRequested_, false);
@@ -355,10 +358,12 @@ void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
     } else if (updater_->canCheckForUpdates()) {
         work();
     } else {
-        environment_.after(secondsBetweenAttempts, [self = QPointer(this), work = std::move(work), attempt] {
-            if (self)
-                self->whenSparkleIsFree(work, attempt + 1);
-        });
+        // What kept the updater busy can have brought what is waited for, or something else to do.
+        environment_.after(secondsBetweenAttempts,
+                           [self = QPointer(this), work = std::move(work), attempt, number = phaseNumber_] {
+                               if (self && self->phaseNumber_ == number)
+                                   self->whenSparkleIsFree(work, attempt + 1);
+                           });
     }
 }
 
