@@ -2,6 +2,7 @@
 
 #include "Platform/SystemLog.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -10,9 +11,13 @@ namespace vantoro {
 bool Log::updatesEnabled = false;
 
 void Log::updates(const std::string& message) {
-    writeSystemLog("updates", message);
+    // Servers and feeds have their say in it.
+    std::string line = message;
+    std::ranges::replace_if(
+        line, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    writeSystemLog("updates", line);
     if (updatesEnabled) {
-        fmt::print("UPDATE {}\n", message);
+        fmt::print("UPDATE {}\n", line);
         std::fflush(stdout);
     }
 }
