@@ -21,9 +21,10 @@
 namespace {
 
 constexpr std::string_view help = R"(Usage:
-  sign-update make-keys KEYFILE
-      Writes a new private key into KEYFILE, which must not be there yet, and prints the public key. Keep the file where
-      nobody else reads it, and a copy of it: without it no installed copy takes an update any more.
+  sign-update make-keys KEYFILE [PUBLICKEYFILE]
+      Writes a new private key into KEYFILE and the public one into PUBLICKEYFILE, and prints the public one. Neither may
+      be there yet. Keep KEYFILE where nobody else reads it, and a copy of it: without it no installed copy takes an
+      update any more.
   sign-update public-key KEYFILE
       Prints the public key; a program built with it (Packaging/update-public-key) takes what the private one signs.
   sign-update sign KEYFILE ARCHIVE
@@ -65,6 +66,13 @@ bool writeFile(const std::string& path, const std::string& text) {
     return file.good();
 }
 
+Key keyOf(const std::array<unsigned char, crypto_sign_SEEDBYTES>& seed) {
+    Key key = {};
+    std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicKey = {};
+    ::crypto_sign_seed_keypair(publicKey.data(), key.data(), seed.data());
+    return key;
+}
+
 /// Of the seed in the file: 32 bytes in base64.
 std::optional<Key> privateKey(const std::string& path) {
     std::string text = fileText(path).value_or("");
@@ -75,10 +83,7 @@ std::optional<Key> privateKey(const std::string& path) {
                             sodium_base64_VARIANT_ORIGINAL) != 0 ||
         size != seed.size())
         return std::nullopt;
-    Key key = {};
-    std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicKey = {};
-    ::crypto_sign_seed_keypair(publicKey.data(), key.data(), seed.data());
-    return key;
+    return keyOf(seed);
 }
 
 std::string publicKeyOf(const Key& key) {
@@ -87,17 +92,36 @@ std::string publicKeyOf(const Key& key) {
     return base64(publicKey);
 }
 
-int makeKeys(const std::string& path) {
+/// Why the file cannot be made with this text, or nothing. One that is there stays as it is; half of one does not stay.
+std::optional<std::string> makeFile(const std::string& path, const std::string& text, mode_t mode) {
+    const auto fault = [&path] { return fmt::format("{}: {}", path, std::strerror(errno)); };
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (file < 0)
+        return fault();
+    errno = ENOSPC; // what a write says that is merely short
+    const bool isWritten =
+        ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) && ::fsync(file) == 0;
+    std::optional<std::string> why = isWritten ? std::nullopt : std::optional(fault());
+    if (::close(file) != 0 && !why)
+        why = fault();
+    if (why)
+        ::unlink(path.c_str());
+    return why;
+}
+
+int makeKeys(const std::string& path, const std::optional<std::string>& publicPath) {
     std::array<unsigned char, crypto_sign_SEEDBYTES> seed = {};
     ::randombytes_buf(seed.data(), seed.size());
-    const std::string text = base64(seed) + "\n";
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file < 0)
-        return fail(fmt::format("{}: {}", path, std::strerror(errno)));
-    const bool isWritten = ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    if (::close(file) != 0 || !isWritten)
-        return fail(fmt::format("{}: {}", path, std::strerror(errno)));
-    fmt::print("{}\n", publicKeyOf(*privateKey(path)));
+    const std::string publicKey = publicKeyOf(keyOf(seed));
+    if (const auto why = makeFile(path, base64(seed) + "\n", 0600))
+        return fail(*why);
+    if (publicPath)
+        if (const auto why = makeFile(*publicPath, publicKey + "\n", 0644)) {
+            // Nothing is signed with it yet.
+            ::unlink(path.c_str());
+            return fail(*why);
+        }
+    fmt::print("{}\n", publicKey);
     return 0;
 }
 
@@ -180,8 +204,8 @@ int run(const std::vector<std::string>& words) {
         fmt::print("{}", help);
         return 0;
     }
-    if (command == "make-keys" && words.size() == 2)
-        return makeKeys(words[1]);
+    if (command == "make-keys" && (words.size() == 2 || words.size() == 3))
+        return makeKeys(words[1], words.size() == 3 ? std::optional(words[2]) : std::nullopt);
     const bool isEntry = command == "entry" && words.size() >= 3 && words.size() % 2 == 1;
     if (!(command == "public-key" && words.size() == 2) && !(command == "sign" && words.size() == 3) && !isEntry) {
         fmt::print(stderr, "{}", help);

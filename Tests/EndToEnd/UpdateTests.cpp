@@ -106,6 +106,26 @@ TEST_F(ProgramUpdate, VersionOneBecomesVersionTwo) {
     EXPECT_EQ(again.wait(), 0);
 }
 
+TEST_F(ProgramUpdate, KeysThatAreThereAreNeverWrittenOver) {
+    const auto make = [&](const std::string& privateKey, const std::string& publicKey) {
+        ChildProgram tool({VANTORO_SIGN_UPDATE, "make-keys", path(privateKey), path(publicKey)});
+        return tool.wait();
+    };
+    EXPECT_EQ(make("mine", "mine.public"), 0);
+    const std::string privateKey = fileText(path("mine"));
+    const std::string publicKey = fileText(path("mine.public"));
+    EXPECT_EQ(publicKey.size(), 45U);
+    EXPECT_EQ(signUpdate({"public-key", path("mine")}) + "\n", publicKey);
+    EXPECT_EQ(fs::status(path("mine")).permissions(), fs::perms(0600));
+    EXPECT_NE(make("mine", "other.public"), 0);
+    EXPECT_NE(make("other", "mine.public"), 0);
+    EXPECT_NE(make("third", "nowhere/public"), 0);
+    EXPECT_EQ(fileText(path("mine")), privateKey);
+    EXPECT_EQ(fileText(path("mine.public")), publicKey);
+    for (const char* const half : {"other", "other.public", "third"})
+        EXPECT_FALSE(fs::exists(path(half))) << half;
+}
+
 TEST_F(ProgramUpdate, AForgedVersionTwoLeavesVersionOneRunning) {
     const QByteArray archive = testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200"));
     publish(archive);

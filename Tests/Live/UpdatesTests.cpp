@@ -1,4 +1,5 @@
 // The update controller, driven by a scripted engine and a clock of the test's own.
+#include "Model/Log.h"
 #include "Model/Settings.h"
 #include "Model/Updates.h"
 #include "Support/Folders.h"
@@ -179,8 +180,53 @@ TEST_F(UpdatesTest, InstallsUnaskedOnlyWhereToldSo) {
     AppcastItem toRead = newer;
     toRead.isInformationOnlyUpdate = true;
     engine->find(toRead);
+    updates().install(UpdateOrigin::settings);
     pass(0.5);
     EXPECT_EQ(calls("install"), 1) << "there is nothing to install in it";
+    updates().setInstallsWhenFound(false);
+    engine->find(newer);
+    pass(0.5);
+    EXPECT_EQ(calls("install"), 1) << "what was asked for then is not meant for what comes later";
+}
+
+TEST_F(UpdatesTest, ADownloadCanBeCancelledAndTriedAgain) {
+    updates().install(UpdateOrigin::menuBar);
+    engine->find(newer);
+    EXPECT_FALSE(updates().canCancel());
+    pass(0.5);
+    int cancelled = 0;
+    const auto cancel = [&] {
+        ++cancelled;
+        engine->driver->dismissUpdateInstallation();
+    };
+    engine->driver->showDownloadInitiated(cancel);
+    engine->driver->showDownloadDidReceiveData(5'000'000);
+    EXPECT_TRUE(updates().canCancel());
+    updates().cancel();
+    expectFailure("The update was cancelled.", "Nothing was changed.");
+    updates().cancel();
+    EXPECT_EQ(cancelled, 1);
+    updates().tryAgain(UpdateOrigin::menuBar);
+    engine->find(newer);
+    pass(0.5);
+    EXPECT_EQ(calls("install"), 2);
+    engine->driver->showDownloadInitiated(cancel);
+    engine->driver->showDownloadDidStartExtractingUpdate();
+    EXPECT_FALSE(updates().canCancel()) << "it was the download's";
+}
+
+TEST_F(UpdatesTest, TextsFromAFeedAreBoundedBeforeTheyAreKeptOrLogged) {
+    updates().check();
+    AppcastItem hostile = newer;
+    hostile.displayVersionString = "2.0\nUPDATE phase updated\x1B[2J" + std::string(5000, '9');
+    engine->find(hostile);
+    EXPECT_EQ(phase().release->version, "2.0UPDATE phase updated[2J" + std::string(38, '9'));
+    EXPECT_EQ(decodedRelease(*settings.storedText(availableKey))->version, phase().release->version);
+    Log::updatesEnabled = true;
+    ::testing::internal::CaptureStdout();
+    Log::updates("one\r\ntwo\x1B");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "UPDATE one  two \n");
+    Log::updatesEnabled = false;
 }
 
 TEST_F(UpdatesTest, NothingFound) {
@@ -232,6 +278,22 @@ TEST_F(UpdatesTest, ABusyUpdaterIsWaitedForAndThenGivenUp) {
     EXPECT_EQ(calls("check"), 1);
 }
 
+TEST_F(UpdatesTest, WaitingForAnUpdaterThatIsBusyWithTheSameUpdateDoesNotBreakItsDownload) {
+    engine->canCheck = false; // an automatic check runs
+    updates().install(UpdateOrigin::controlBar);
+    pass(1);
+    engine->find(newer);
+    pass(0.5);
+    ASSERT_EQ(calls("install"), 1);
+    engine->driver->showDownloadInitiated({});
+    engine->driver->showDownloadDidReceiveData(5'000'000);
+    pass(60);
+    EXPECT_EQ(phase().kind, Kind::downloading);
+    engine->canCheck = true;
+    pass(60);
+    EXPECT_EQ(calls("check"), 0) << "nobody waits for that check any more";
+}
+
 TEST_F(UpdatesTest, AnErrorAfterTheHandOverTakesTheMarkerBack) {
     updates().install(UpdateOrigin::controlBar);
     engine->find(newer);
@@ -281,11 +343,10 @@ TEST_F(UpdatesTest, AMarkerIsSettledOnce) {
 }
 
 TEST_F(UpdatesTest, WhatIsRememberedIsForgottenOnceItIsNotNewer) {
-    const std::vector<std::pair<std::string, Kind>> cases{{R"({"version":"2.0","build":"121"})", Kind::available},
-                                                          {R"({"version":"2.0","build":"120"})", Kind::idle},
-                                                          {R"({"version":"2.0","build":"9"})", Kind::idle},
-                                                          {R"({"version":"2.0"})", Kind::idle},
-                                                          {"garbage", Kind::idle}};
+    const std::vector<std::pair<std::string, Kind>> cases{
+        {R"({"version":"2.0","build":"121"})", Kind::available}, {R"({"version":"2.0","build":"120"})", Kind::idle},
+        {R"({"version":"2.0","build":"9"})", Kind::idle},        {R"({"version":"2.0"})", Kind::idle},
+        {R"({"version":"2\n0","build":"121"})", Kind::idle},     {"garbage", Kind::idle}};
     for (const auto& [stored, kind] : cases) {
         settings.storeText(availableKey, stored);
         EXPECT_EQ(relaunched("120").phase().kind, kind) << stored;

@@ -64,6 +64,7 @@ TEST(InfoPlist, SaysWhatTheSystemAndTheUpdaterReadInTheTypesTheyExpect) {
         {"SUFeedURL", text("https://" + std::string(vantoro::Updates::host) + "/appcast.xml")},
         {"SUPublicEDKey", text(VANTORO_UPDATE_PUBLIC_KEY)},
         {"SUScheduledCheckInterval", "integer 86400"},
+        {"SUVerifyUpdateBeforeExtraction", "true"},
     };
     EXPECT_EQ(propertiesIn(VANTORO_INFO_PLIST), expected);
 }

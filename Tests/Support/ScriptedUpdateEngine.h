@@ -16,6 +16,7 @@ public:
     int compareVersion(const std::string& one, const std::string& other) const override {
         return compareVersions(one, other);
     }
+    bool canInstallUpdates() const override { return canInstall; }
     std::optional<UpdateError> startUpdater(UpdateDriver& told) override {
         calls.emplace_back("start");
         if (!startError)
@@ -42,6 +43,7 @@ public:
     std::string build = "120";
     std::optional<UpdateError> startError;
     bool canCheck = true;
+    bool canInstall = true;
     bool isAutomatic = true;
     std::optional<double> lastCheck;
     std::vector<std::string> calls;

@@ -56,7 +56,11 @@ protected:
                 .program = copy() + "/bin/vantoro",
                 .recall = [this](std::string_view name) { return settings.storedText(name).value_or(""); },
                 .remember = [this](std::string_view name, const std::string& text) { settings.storeText(name, text); },
-                .now = [this] { return now; },
+                .now =
+                    [this] {
+                        ++looksAtTheClock;
+                        return now;
+                    },
                 .relaunch = [this](const std::string& program) { relaunched = program; }},
             VANTORO_UPDATE_PROGRAM, [] { return 0.5; });
         updates = std::make_unique<Updates>(
@@ -96,6 +100,7 @@ protected:
         EXPECT_EQ(relaunched, "") << what;
         EXPECT_EQ(settings.storedText("vantoro.updates.relaunch"), std::nullopt) << what;
         EXPECT_TRUE(contents() == before) << what;
+        archiveRequests = server.requestsFor("/archive.tar.gz");
         updates.reset();
         engine.reset();
         server.resources.clear();
@@ -113,6 +118,9 @@ protected:
     testing::SigningKey key;
     bool trustsServer = true;
     double now = today;
+    int looksAtTheClock = 0;
+    /// In what was refused last.
+    int archiveRequests = 0;
     std::string relaunched;
     std::set<Kind> seen;
     std::map<std::string, std::string> before;
@@ -237,6 +245,25 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
     expectRefused(unverified, "an unsigned entry");
     publish(good, {.version = "2.0", .build = "200", .length = 600ULL * 1024 * 1024});
     expectRefused(unverified, "an archive without bounds");
+    const std::string longest(64, '9');
+    for (const auto& [what, version, build] :
+         std::vector<std::array<std::string, 3>>{{"no short version", "", "200"},
+                                                 {"a line break in the version", "2.0\nUPDATE phase updated", "200"},
+                                                 {"a line break in the build", "2.0",
+                                                  "200\n"
+                                                  "1"},
+                                                 {"a version without end", longest + "9", "200"},
+                                                 {"a build without end", "2.0", longest + "9"},
+                                                 {"letters that turn the line around", "2.0\xE2\x80\xAE", "200"}}) {
+        publish(good, {.version = version, .build = build});
+        expectRefused(unverified, what);
+        EXPECT_EQ(archiveRequests, 0) << what;
+    }
+    QByteArray attributes = "<rss";
+    for (int i = 0; i < 100'000; ++i)
+        attributes += " a" + QByteArray::number(i) + "='1'";
+    serves({.body = attributes + "/>"});
+    expectRefused(unverified, "attributes for minutes");
     serves({.body = "<rss>", .announcedLength = 100'000'000, .isEndless = true});
     expectRefused(unverified, "a feed of 100 MB");
     serves({.body = "<rss><channel>", .isEndless = true});
@@ -313,6 +340,12 @@ TEST_F(AppcastEngineTest, SignedArchivesThatAreRefused) {
     }
     publish(with({.path = "Vantoro-2.0/stowaway"}));
     expectRefused(unverified, "a file that the manifest does not name");
+    publish(good, {.version = "2.1", .build = "200"});
+    expectRefused(unverified, "another version than the manifest's");
+    auto other = testing::release("2.0", "200");
+    other[0].content = "#!/bin/sh\necho vantoro 12.0\n";
+    publish(testing::archiveOf(other));
+    expectRefused(unfinished, "a program that says another version");
     publish(testing::archiveOf(testing::release("0.9", "90")));
     expectRefused(unverified, "an older release under a newer one's name");
     publish(testing::archiveOf(testing::release("0.9", "90")), {.version = "2.0", .build = "90"});
@@ -336,6 +369,7 @@ TEST_F(AppcastEngineTest, CopiesThatCannotBeReplacedStayAsTheyAre) {
     before = contents();
     start();
     EXPECT_FALSE(updates->automaticallyChecksForUpdates()) << "a package manager looks after it";
+    EXPECT_TRUE(updates->isInformationOnly()) << "nor is an install offered";
     expectRefused(immovable, "a package manager's");
     EXPECT_EQ(server.requestsFor("/archive.tar.gz"), 0);
     folder.write("Vantoro/share/vantoro/manifest.json", text);
@@ -389,6 +423,69 @@ TEST_F(AppcastEngineTest, AutomaticChecksComeOnceADayAndNeverUnseenOrUnwanted) {
         start();
         updates->windowWasSeen();
         EXPECT_EQ(next(), today + 1800) << stored;
+    }
+}
+
+/// Never answers.
+class Undecided : public Updates {
+public:
+    using Updates::Updates;
+
+    void showUpdateFound(const AppcastItem&, const UserUpdateState&, UpdateReply) override { hasFound = true; }
+
+    bool hasFound = false;
+};
+
+TEST_F(AppcastEngineTest, ACheckThatFallsDueDuringASessionWaitsForItsEnd) {
+    publish(good);
+    settings.storeText("vantoro.updates.nextCheck", std::to_string(today - 1));
+    start();
+    Undecided undecided(engine, settings);
+    undecided.start();
+    undecided.check();
+    undecided.windowWasSeen();
+    EXPECT_TRUE(waitUntil([&] { return undecided.hasFound; }));
+    looksAtTheClock = 0;
+    EXPECT_FALSE(waitUntil([&] { return looksAtTheClock > 2; }, std::chrono::milliseconds(50)));
+    EXPECT_EQ(server.requests.size(), 1U);
+}
+
+TEST_F(AppcastEngineTest, WhatIsOnlyToBeReadIsShownAndNotInstalled) {
+    server.resources["/appcast.xml"].body =
+        "<rss xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel><item>"
+        "<sparkle:version>200</sparkle:version><link>https://updates.vantoro.example/2</link></item></channel></rss>";
+    start();
+    updates->install(UpdateOrigin::controlBar);
+    EXPECT_TRUE(waitUntil([&] { return updates->phase().kind == Kind::available && engine->canCheckForUpdates(); }));
+    EXPECT_EQ(updates->phase().release->version, "200");
+    EXPECT_TRUE(updates->isInformationOnly());
+    EXPECT_EQ(server.requests.size(), 1U);
+    updates.reset();
+    start();
+    EXPECT_EQ(updates->phase().kind, Kind::available);
+    EXPECT_TRUE(updates->isInformationOnly()) << "after a restart too";
+}
+
+TEST_F(AppcastEngineTest, ADrippingArchiveIsGivenUpAndKept) {
+    using namespace std::chrono_literals;
+    server.resources["/archive.tar.gz"] = {.body = "drops", .announcedLength = 100'000, .isStuck = true};
+    UpdateRequests requests("1.0", testing::UpdateServer::authorities());
+    for (const DownloadLimits& limits :
+         {DownloadLimits{.altogether = 1h, .span = 300ms}, DownloadLimits{.altogether = 300ms, .span = 1h}}) {
+        std::optional<UpdateError> fault;
+        std::uint64_t came = 0;
+        const std::string path = folder.path() + "/archive";
+        ArchiveDownload download(requests, QUrl(QString::fromStdString(server.address("/archive.tar.gz"))), 100'000,
+                                 path,
+                                 {.received = [&](std::uint64_t bytes) { came += bytes; },
+                                  .startedOver = [] {},
+                                  .finished = [&](std::optional<UpdateError> error) { fault = std::move(error); }},
+                                 limits);
+        download.start();
+        EXPECT_TRUE(waitUntil([&] { return fault.has_value(); }));
+        EXPECT_EQ(fault->code, SparkleCode::download);
+        EXPECT_EQ(testing::fileText(path), std::string("drops").substr(0, came));
+        fs::remove(path);
     }
 }
 

@@ -64,15 +64,72 @@ TEST(HostileInput, FeedsAndManifests) {
     EXPECT_LT(readFeeds, 3000);
 }
 
-TEST(HostileInput, NestingAndRepetitionWithoutEnd) {
-    QByteArray deep = "<rss>";
-    QByteArray many = "<rss xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>";
-    for (int i = 0; i < 50'000; ++i) {
-        deep += "<item>";
-        many += "<item><sparkle:version>1</sparkle:version></item>";
+/// A feed of one item, with this beside its version.
+QByteArray feedWith(const QByteArray& extra) {
+    return "<rss xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel><item>"
+           "<sparkle:version>200</sparkle:version>" +
+           extra + "</item></channel></rss>";
+}
+
+QByteArray attributes(int count) {
+    QByteArray element = "<x";
+    for (int i = 0; i < count; ++i)
+        element += " a" + QByteArray::number(i) + "=\"\"";
+    return element + "/>";
+}
+
+TEST(HostileInput, FeedsHaveNoReasonToBeLarge) {
+    struct Case {
+        const char* what;
+        QByteArray feed;
+        bool isRead;
+    };
+    const QByteArray quoted = "<x a='" + QByteArray("b=&lt;\"c\" >").repeated(100) + "'/>";
+    for (const Case& one :
+         {Case{"attributes for a minute's reading", feedWith(attributes(30'000)), false},
+          Case{"some attributes too many, after a '>' in a text", feedWith("<y z='>'/>" + attributes(40)), false},
+          Case{"as many as an element may have", feedWith(attributes(30)), true},
+          Case{"what looks like attributes in a text", feedWith(quoted + "<![CDATA[" + attributes(900) + "]]>"), true},
+          Case{"the same in a comment", feedWith("<!-- " + attributes(900) + " -->"), true},
+          Case{"nested without end", "<rss>" + QByteArray("<item>").repeated(40'000), false},
+          Case{"nested and closed", feedWith(QByteArray("<x>").repeated(100) + QByteArray("</x>").repeated(100)),
+               false},
+          Case{"more elements than releases have", feedWith(QByteArray("<x/>").repeated(20'000)), false},
+          Case{"many elements", feedWith(QByteArray("<x/>").repeated(2'000)), true},
+          Case{"just too large", feedWith(QByteArray(256 * 1024, ' ')), false},
+          Case{"large", feedWith(QByteArray(200 * 1024, ' ')), true},
+          Case{"another encoding", QByteArray("\xFE\xFF\0<\0r\0s\0s\0/\0>", 14), false},
+          Case{"one that is only claimed", "<?xml version=\"1.0\" encoding=\"utf-16\"?>" + feedWith(""), true},
+          Case{"a document type", "<!DOCTYPE x [<!ENTITY a 'b'>]>" + feedWith(""), false},
+          Case{"not closed", "<rss><channel><item>", false}})
+        EXPECT_EQ(parseAppcast(one.feed, {}).has_value(), one.isRead) << one.what;
+}
+
+TEST(HostileInput, WhichEntriesAreOffered) {
+    const auto offered = [](const QByteArray& extra) {
+        const auto entries = parseAppcast(feedWith(extra), QUrl("https://updates.vantoro.example/appcast.xml"));
+        return chooseUpdate(*entries, "100", "linux-x86_64", "2.36").update;
+    };
+    const QByteArray archive = "<enclosure url=\"a.tar.gz\" length=\"5\" sparkle:os=\"linux-x86_64\"/>";
+    EXPECT_TRUE(offered(archive));
+    EXPECT_FALSE(offered(archive)->item.isInformationOnlyUpdate);
+    EXPECT_FALSE(offered("<sparkle:channel>beta</sparkle:channel>" + archive)) << "nobody asked for it";
+    EXPECT_TRUE(offered("<sparkle:channel/>" + archive));
+    EXPECT_FALSE(offered("<enclosure url=\"a\" sparkle:os=\"macos\"/><link>https://b/</link>")) << "for a Mac";
+    EXPECT_FALSE(offered("<enclosure url=\"" + QByteArray(3000, 'a') + "\"/>"));
+    for (const QByteArray& information :
+         {QByteArray("<link>https://b/</link>"), "<sparkle:informationalUpdate/>" + archive,
+          "<sparkle:informationalUpdate><sparkle:version>100</sparkle:version></sparkle:informationalUpdate>" +
+              archive}) {
+        const auto entry = offered(information);
+        ASSERT_TRUE(entry) << information.toStdString();
+        EXPECT_TRUE(entry->item.isInformationOnlyUpdate) << information.toStdString();
     }
-    EXPECT_FALSE(parseAppcast(deep, {}));
-    EXPECT_EQ(parseAppcast(many + "</channel></rss>", {})->size(), 1000U);
+    EXPECT_FALSE(
+        offered("<sparkle:informationalUpdate><sparkle:version>99</sparkle:version></sparkle:informationalUpdate>" +
+                archive)
+            ->item.isInformationOnlyUpdate)
+        << "this build can take it";
 }
 
 TEST(HostileInput, Archives) {

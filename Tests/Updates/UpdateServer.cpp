@@ -97,7 +97,7 @@ void UpdateServer::answer(QTcpSocket& socket, const std::string& head) {
             if (socket.bytesToWrite() + (secure != nullptr ? secure->encryptedBytesToWrite() : 0) < block.size())
                 socket.write(block);
         });
-    else
+    else if (!resource.isStuck)
         socket.disconnectFromHost();
 }
 

@@ -25,6 +25,8 @@ struct Resource {
     std::optional<qint64> cutAfter;
     /// Goes on for ever after the body.
     bool isEndless = false;
+    /// Nothing comes after the body, nor does the connection end.
+    bool isStuck = false;
     bool supportsRanges = true;
     /// Its end is told by the connection's alone.
     bool hidesLength = false;

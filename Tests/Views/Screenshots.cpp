@@ -60,7 +60,7 @@ void playUpdate(UpdatingStage& stage, Scene scene) {
     stage.runLater();
     if (scene == Scene::available)
         return;
-    stage.updates.showDownloadInitiated({});
+    stage.updates.showDownloadInitiated([] {});
     stage.updates.showDownloadDidReceiveData(5'000'000);
     if (scene == Scene::installing)
         stage.updates.showReadyToInstallAndRelaunch([](UpdateChoice) {});

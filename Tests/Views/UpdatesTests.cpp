@@ -76,6 +76,11 @@ TEST(UpdatesModelTests, SaysEachPhaseInItsWords) {
     EXPECT_EQ(updateChip(state(Kind::downloading, 0.45)).mark.ring, 0.45);
     EXPECT_TRUE(updateChip(state(Kind::installing)).mark.turns);
     EXPECT_EQ(updateChip(state(Kind::available)).more, "Quieter.\nFaster.");
+    UpdateState cancellable = state(Kind::downloading, 0.45);
+    cancellable.canCancel = true;
+    EXPECT_EQ(updateChip(cancellable).command, UpdateCommand::cancel);
+    EXPECT_EQ(updateRow(cancellable).command, UpdateCommand::cancel);
+    EXPECT_TRUE(updatesGroup(cancellable).canPress);
     UpdateState toRead = state(Kind::available);
     toRead.isToReadOnly = true;
     EXPECT_EQ(updateChip(toRead).command, std::nullopt);
@@ -188,6 +193,36 @@ TEST(UpdateChipTests, StandsInTheBarAndInstallsByPointerAndByKeyboard) {
     QTest::keyClick(chip, Qt::Key_Return);
     EXPECT_EQ(stage.engine->calls, (Calls{"check", "check"}));
     EXPECT_EQ(chip->describe().role, QAccessible::StaticText);
+}
+
+TEST(UpdateChipTests, CancelsADownloadByPointerAndByKeyboard) {
+    UpdatingStage stage;
+    stage.play("design-fans.jsonl.gz");
+    MainWindow window(stage.context, false, [] {});
+    window.show();
+    stage.updates.install(UpdateOrigin::controlBar);
+    stage.find();
+    stage.runLater();
+    UpdateChip* const chip = window.findChild<UpdateChip*>();
+    const auto download = [&](const auto& act) {
+        bool isCancelled = false;
+        stage.engine->driver->showDownloadInitiated([&] { isCancelled = true; });
+        stage.settle();
+        EXPECT_EQ(chip->describe().actions.at(0).name, "Cancel");
+        act();
+        return isCancelled;
+    };
+    EXPECT_TRUE(download([&] {
+        chip->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(chip, Qt::Key_Space);
+    }));
+    EXPECT_TRUE(download([&] {
+        const auto word = [&] { return QPoint(chip->width() - 20, chip->height() / 2); };
+        QTest::mousePress(chip, Qt::LeftButton, Qt::NoModifier, word());
+        stage.engine->driver->showDownloadDidReceiveData(1'000'000);
+        stage.settle();
+        QTest::mouseRelease(chip, Qt::LeftButton, Qt::NoModifier, word());
+    })) << "also where the figure goes on between press and release";
 }
 
 TEST(UpdateChipTests, KeepsClearOfTheSwitcherAtEveryWidthAndScale) {

@@ -59,6 +59,18 @@ std::string dumped(const Json& value) {
 
 } // namespace
 
+std::string plainVersion(std::string_view text) {
+    std::string plain;
+    for (const char c : text)
+        if (c >= ' ' && c <= '~' && plain.size() < longestVersion)
+            plain += c;
+    return plain;
+}
+
+bool isPlainVersion(std::string_view text) {
+    return !text.empty() && plainVersion(text) == text;
+}
+
 std::string_view rawValue(UpdateOrigin origin) {
     return std::ranges::find(origins, origin, &std::pair<UpdateOrigin, std::string_view>::first)->second;
 }
@@ -85,7 +97,7 @@ std::optional<Release> decodedRelease(std::string_view text) {
     const Json object = parsed(text);
     const auto version = textUnder(object, "version");
     const auto build = textUnder(object, "build");
-    if (!version || !build)
+    if (!version || !build || !isPlainVersion(*version) || !isPlainVersion(*build))
         return std::nullopt;
     return Release{.version = *version, .build = *build, .notes = {}};
 }

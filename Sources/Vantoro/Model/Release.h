@@ -20,6 +20,12 @@ struct Release {
     bool operator==(const Release&) const = default;
 };
 
+inline constexpr std::size_t longestVersion = 64;
+/// A version or a build as it may be shown, logged and kept: what of it is printable ASCII, up to `longestVersion`.
+std::string plainVersion(std::string_view text);
+/// Whether it is one as it stands, and not empty.
+bool isPlainVersion(std::string_view text);
+
 /// Where the user asked for an install.
 enum class UpdateOrigin { controlBar, settings, menuBar };
 
@@ -69,7 +75,7 @@ std::string logText(const UpdatePhase& phase);
 
 /// JSON with the keys `version` and `build`.
 std::string encoded(const Release& release);
-/// Nothing for anything else.
+/// Nothing for anything else, and where either is no plain version.
 std::optional<Release> decodedRelease(std::string_view text);
 /// JSON with the keys `fromBuild`, `at` and, where there is one, `origin`.
 std::string encoded(const Relaunch& relaunch);

@@ -19,7 +19,6 @@ namespace {
 using Kind = UpdatePhase::Kind;
 
 constexpr std::string_view relaunchKey = "vantoro.updates.relaunch";
-constexpr std::string_view availableKey = "vantoro.updates.available";
 
 constexpr double secondsBetweenAttempts = 0.25;
 constexpr int lastAttempt = 39;
@@ -44,8 +43,8 @@ UpdatesEnvironment withDefaults(UpdatesEnvironment environment) {
 }
 
 Release releaseOf(const AppcastItem& item) {
-    return {.version = item.displayVersionString,
-            .build = item.versionString,
+    return {.version = plainVersion(item.displayVersionString),
+            .build = plainVersion(item.versionString),
             .notes = item.itemDescription ? std::optional(plainNotes(*item.itemDescription)) : std::nullopt};
 }
 
@@ -76,6 +75,14 @@ std::string Updates::currentVersion() const {
 
 std::string Updates::currentBuild() const {
     return engine_ ? engine_->currentBuild() : std::string();
+}
+
+bool Updates::isInformationOnly() const {
+    return isInformationOnly_ || (updater_ != nullptr && !updater_->canInstallUpdates());
+}
+
+bool Updates::canCancel() const {
+    return phase_.kind == Kind::downloading && cancellation_;
 }
 
 bool Updates::automaticallyChecksForUpdates() const {
@@ -113,20 +120,18 @@ void Updates::check() {
     if (updater_ == nullptr || isUnderWay() || phase_.kind == Kind::checking)
         return;
     installRequested_ = false;
-    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+    checkWhenFree();
 }
 
 void Updates::install(Origin origin) {
-    if (updater_ == nullptr || isUnderWay())
+    if (updater_ == nullptr || isUnderWay() || (reply_ && isInformationOnly_))
         return;
     installRequested_ = true;
     installOrigin_ = origin;
     if (reply_) {
         proceedWithFoundUpdate();
     } else if (phase_.kind != Kind::checking) {
-        setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-        whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+        checkWhenFree();
     }
 }
 
@@ -135,6 +140,11 @@ void Updates::tryAgain(Origin origin) {
         install(origin);
     else
         check();
+}
+
+void Updates::cancel() {
+    if (canCancel())
+        std::exchange(cancellation_, nullptr)();
 }
 
 void Updates::checkForUpdatesInBackground() {
@@ -177,22 +187,6 @@ bool Updates::consumeRelaunch() {
     return true;
 }
 
-std::optional<Release> Updates::restoredAvailability() {
-    const std::optional<std::string> stored = settings_.storedText(availableKey);
-    if (!engine_ || !stored)
-        return std::nullopt;
-    std::optional<Release> release = decodedRelease(*stored);
-    if (!release || engine_->compareVersion(release->build, currentBuild()) <= 0) {
-        settings_.forget(availableKey);
-        return std::nullopt;
-    }
-    return release;
-}
-
-std::optional<Release> Updates::knownRelease() {
-    return phase_.release ? phase_.release : restoredAvailability();
-}
-
 void Updates::setProgress(double progress) {
     const double shown = progress > 0 ? std::round(std::min(progress, 1.0) * 100) / 100 : 0;
     if (shown == progress_)
@@ -221,10 +215,10 @@ void Updates::showUpdateFound(const AppcastItem& item, const UserUpdateState& /*
         if (!self || !self->reply_)
             return;
         if (self->installRequested_ && !self->isInformationOnly_)
-            self->install(self->installOrigin_);
-        else
-            // The updater is set free: whoever installs later has the feed asked anew.
-            std::exchange(self->reply_, {})(UpdateChoice::dismiss);
+            return self->install(self->installOrigin_);
+        // The updater is set free: whoever installs later has the feed asked anew.
+        self->installRequested_ = false;
+        std::exchange(self->reply_, {})(UpdateChoice::dismiss);
     });
 }
 
@@ -254,10 +248,12 @@ void Updates::showUpdaterError(const UpdateError& error, UpdateAction acknowledg
     call(acknowledgement);
 }
 
-void Updates::showDownloadInitiated(UpdateAction /*cancellation*/) {
+void Updates::showDownloadInitiated(UpdateAction cancellation) {
+    cancellation_ = std::move(cancellation);
     receivedBytes_ = 0;
     setProgress(0);
     setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
+    emit changed();
 }
 
 void Updates::showDownloadDidReceiveExpectedContentLength(std::uint64_t expectedContentLength) {
@@ -272,6 +268,8 @@ void Updates::showDownloadDidReceiveData(std::uint64_t length) {
 }
 
 void Updates::showDownloadDidStartExtractingUpdate() {
+    // It was the download's.
+    cancellation_ = nullptr;
     setProgress(extractionStart);
 }
 
@@ -300,6 +298,7 @@ void Updates::showUpdateInstalledAndRelaunched(bool /*relaunched*/, UpdateAction
 
 void Updates::dismissUpdateInstallation() {
     reply_ = nullptr;
+    cancellation_ = nullptr;
     cancelledBeforeHandover();
 }
 
@@ -339,10 +338,16 @@ void Updates::fail(const UpdateError& error) {
     installFailed_ = installRequested_ || isUnderWay();
     installRequested_ = false;
     reply_ = nullptr;
+    cancellation_ = nullptr;
     // Nothing was handed over after all.
     if (std::exchange(handedOver_, false))
         settings_.forget(relaunchKey);
     setPhase({.kind = Kind::failed, .release = knownRelease(), .message = words.message, .detail = words.detail});
+}
+
+void Updates::checkWhenFree() {
+    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
 }
 
 void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
@@ -355,10 +360,12 @@ void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
     } else if (updater_->canCheckForUpdates()) {
         work();
     } else {
-        environment_.after(secondsBetweenAttempts, [self = QPointer(this), work = std::move(work), attempt] {
-            if (self)
-                self->whenSparkleIsFree(work, attempt + 1);
-        });
+        // What kept the updater busy can have brought what is waited for, or something else to do.
+        environment_.after(secondsBetweenAttempts,
+                           [self = QPointer(this), work = std::move(work), attempt, number = phaseNumber_] {
+                               if (self && self->phaseNumber_ == number)
+                                   self->whenSparkleIsFree(work, attempt + 1);
+                           });
     }
 }
 
@@ -374,16 +381,6 @@ void Updates::proceedWithFoundUpdate() {
     setProgress(0);
     setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
     std::exchange(reply_, {})(UpdateChoice::install);
-}
-
-void Updates::remember(const Release& release) {
-    settings_.storeText(availableKey, encoded(release));
-    announcesUpdate_ = true;
-}
-
-void Updates::forgetAvailability() {
-    settings_.forget(availableKey);
-    announcesUpdate_ = false;
 }
 
 void Updates::cancelledBeforeHandover() {

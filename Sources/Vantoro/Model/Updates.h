@@ -41,8 +41,10 @@ public:
     double progress() const { return progress_; }
     /// An update is known and should be announced.
     bool announcesUpdate() const { return announcesUpdate_; }
-    /// What was found last cannot be installed, only read about.
-    bool isInformationOnly() const { return isInformationOnly_; }
+    /// What was found last cannot be installed, only read about; nothing can over a copy that others look after.
+    bool isInformationOnly() const;
+    /// A download runs that `cancel` ends.
+    bool canCancel() const;
     /// The settings should be opened, at the updates, because the install was clicked there; asking forgets it.
     bool takeWantsSettings();
     bool revealsUpdatesInSettings() const { return revealsUpdatesInSettings_; }
@@ -67,6 +69,8 @@ public:
     void install(Origin origin);
     /// After a failure: the install once more where one failed and its update is known, else a check.
     void tryAgain(Origin origin);
+    /// Ends the download; what came of it is gone on with the next time.
+    void cancel();
     /// Asks in silence; only an update that is found shows.
     void checkForUpdatesInBackground();
     /// The user has seen a window: automatic checks may begin.
@@ -113,11 +117,14 @@ signals:
 private:
     void setPhase(Phase phase);
     void fail(const UpdateError& error);
+    void checkWhenFree();
+    /// Does the work once the updater is free, unless the phase is another by then.
     void whenSparkleIsFree(std::function<void()> work, int attempt = 0);
     /// Back to idle after a while, unless the phase is another by then.
     void retireLater();
     void proceedWithFoundUpdate();
     void remember(const Release& release);
+    void forgetRemembered();
     void forgetAvailability();
     void cancelledBeforeHandover();
     bool isUnderWay() const;
@@ -142,6 +149,8 @@ private:
     std::uint64_t receivedBytes_ = 0;
     /// The answer that the engine waits for after an update was found.
     UpdateReply reply_;
+    /// While a download runs.
+    UpdateAction cancellation_;
     /// The found update can only be read about.
     bool isInformationOnly_ = false;
 };

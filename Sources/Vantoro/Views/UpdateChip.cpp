@@ -42,10 +42,11 @@ void UpdateChip::show(const UpdateLine& line) {
     if (line == line_)
         return;
     const bool isSteps = line.mark.ring && line_.mark.ring;
+    // The word stays pressed while the figures beside it go on.
+    pressedDown_ = pressedDown_ && line.command == line_.command;
     line_ = line;
     mark_->show(line.mark);
     setFocusPolicy(line.command ? Qt::StrongFocus : Qt::NoFocus);
-    pressedDown_ = false;
     setHovered(hovered_ && line.command);
     explain();
     update();

@@ -14,14 +14,14 @@ namespace {
 
 using Kind = UpdatePhase::Kind;
 
-constexpr int longestVersion = 32;
+constexpr int longestShownVersion = 32;
 /// While it turns, the ring is open by this much.
 constexpr double turningRing = 0.92;
 
 /// A text from a feed on one line of bounded length.
 QString shownVersion(const UpdatePhase& phase) {
     const QString version = phase.release ? toQString(phase.release->version).simplified() : QString();
-    return version.size() > longestVersion ? version.left(longestVersion - 1) + u'…' : version;
+    return version.size() > longestShownVersion ? version.left(longestShownVersion - 1) + u'…' : version;
 }
 
 /// About a dozen lines of the window; what is longer ends in an ellipsis.
@@ -97,6 +97,8 @@ QString more(const UpdatePhase& phase) {
 std::optional<UpdateCommand> commandFor(const UpdateState& state) {
     if (state.phase.kind == Kind::available)
         return state.isToReadOnly ? std::nullopt : std::optional(UpdateCommand::install);
+    if (state.phase.kind == Kind::downloading)
+        return state.canCancel ? std::optional(UpdateCommand::cancel) : std::nullopt;
     return state.phase.kind == Kind::failed ? std::optional(UpdateCommand::tryAgain) : std::nullopt;
 }
 
@@ -120,6 +122,7 @@ UpdateState updateState(const Updates& updates) {
             .progress = updates.progress(),
             .isAnnounced = updates.announcesUpdate(),
             .isToReadOnly = updates.isInformationOnly(),
+            .canCancel = updates.canCancel(),
             .checksAutomatically = updates.automaticallyChecksForUpdates(),
             .lastCheck = updates.lastUpdateCheckDate(),
             .now = updates.now(),
@@ -134,6 +137,8 @@ QString updateWord(UpdateCommand command) {
         return tr("Install");
     case UpdateCommand::tryAgain:
         return tr("Try Again");
+    case UpdateCommand::cancel:
+        return tr("Cancel");
     }
     return {};
 }
@@ -148,6 +153,9 @@ void perform(UpdateCommand command, Updates& updates, UpdateOrigin origin) {
         break;
     case UpdateCommand::tryAgain:
         updates.tryAgain(origin);
+        break;
+    case UpdateCommand::cancel:
+        updates.cancel();
         break;
     }
 }
@@ -186,7 +194,8 @@ UpdatesGroupModel updatesGroup(const UpdateState& state) {
             .version = tr("Vantoro %1").arg(state.currentVersion),
             .status = kind == Kind::idle ? restingText(state) : phaseText(state),
             .command = commandFor(state).value_or(UpdateCommand::check),
-            .canPress = kind != Kind::checking && kind != Kind::downloading && kind != Kind::installing,
+            .canPress =
+                kind != Kind::checking && kind != Kind::installing && (kind != Kind::downloading || state.canCancel),
             .note = about.isEmpty() ? asked : about + "\n\n" + asked};
 }
 

@@ -18,6 +18,8 @@ struct UpdateState {
     bool isAnnounced = false;
     /// What was found cannot be installed, only read about.
     bool isToReadOnly = false;
+    /// A download can be ended.
+    bool canCancel = false;
     bool checksAutomatically = false;
     /// Seconds since 1970 of the last answer; nothing before the first.
     std::optional<double> lastCheck;
@@ -29,9 +31,9 @@ struct UpdateState {
 UpdateState updateState(const Updates& updates);
 
 /// What an update button does.
-enum class UpdateCommand { check, install, tryAgain };
+enum class UpdateCommand { check, install, tryAgain, cancel };
 
-/// "Check Now", "Install", "Try Again".
+/// "Check Now", "Install", "Try Again", "Cancel".
 QString updateWord(UpdateCommand command);
 void perform(UpdateCommand command, Updates& updates, UpdateOrigin origin);
 

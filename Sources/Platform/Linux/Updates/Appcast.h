@@ -22,17 +22,28 @@ struct AppcastEntry {
     std::string system;
     /// The oldest system that it runs on; empty for any.
     std::string minimumSystem;
+    /// Those who asked for it get it, as "beta"; empty for everybody.
+    std::string channel;
+    /// The feed names the version that people read, which the archive has to bear out.
+    bool hasShortVersion = false;
+    /// The builds to which this is only something to read.
+    std::vector<std::string> informationFor;
 
     bool operator==(const AppcastEntry&) const = default;
 };
 
+/// The largest feed that is read, in bytes.
+inline constexpr qsizetype mostAppcastBytes = 256 * 1024;
+
 /// Reads sparkle:version, sparkle:shortVersionString (each as element or as attribute of the enclosure), description,
-/// sparkle:minimumSystemVersion and <enclosure url length sparkle:edSignature sparkle:os>; an item without archive and
-/// with a <link> is one to read about. An item without a version is left out. Nothing for what is not RSS, does not end
-/// well or brings a document type of its own. At most 1,000 items.
+/// sparkle:minimumSystemVersion, sparkle:channel and <enclosure url length sparkle:edSignature sparkle:os>; an item
+/// with sparkle:informationalUpdate is one to read about, and so is one without archive and with a <link>. An item
+/// without a version is left out. Nothing for what is not RSS in UTF-8, does not end well, brings a document type of
+/// its own, or is larger than a feed has reason to be: in bytes, elements, attributes of one element, or depth. Takes
+/// time proportional to the bytes.
 std::optional<std::vector<AppcastEntry>> parseAppcast(const QByteArray& xml, const QUrl& feed);
 
-/// The newest release for this system that is newer than `build`, or why there is none.
+/// The newest release for this system and for everybody that is newer than `build`, or why there is none.
 struct AppcastChoice {
     std::optional<AppcastEntry> update;
     /// With none: the newest release for this system, and `reasonSystemIsTooOld` when that is what stands against it.

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Updates/AppcastEngine.h"
 
 #include "Model/Numbers.h"
+#include "Model/Release.h"
 #include "Model/VersionOrder.h"
 #include "Platform/Linux/Updates/PreparationProtocol.h"
 #include "Platform/Linux/Updates/UpdateSchedule.h"
@@ -39,6 +40,7 @@ AppcastEngine::AppcastEngine(UpdateSetup setup, std::string preparer, std::funct
     , share_(std::move(share))
     , copy_(setup_.program)
     , canBeReplaced_(!copy_.reasonToStay())
+    , wasMadeByArchive_(copy_.wasMadeByArchive())
     , requests_(setup_.version, setup_.authorities) {
     untilCheck_.setSingleShot(true);
     untilCheck_.setTimerType(Qt::VeryCoarseTimer);
@@ -83,26 +85,21 @@ void AppcastEngine::begin(UpdateCheck check) {
     ++sessionNumber_;
     session_ = std::make_unique<Session>();
     session_->check = check;
-    session_->feed = std::make_unique<FeedRequest>(
-        requests_, QUrl(QString::fromStdString(setup_.feed)),
-        [this](std::variant<QByteArray, UpdateError> result) { answered(std::move(result)); });
+    session_->feed =
+        std::make_unique<FeedRequest>(requests_, QUrl(QString::fromStdString(setup_.feed), QUrl::StrictMode),
+                                      [this](FeedRequest::Result result) { answered(std::move(result)); });
 }
 
-void AppcastEngine::answered(std::variant<QByteArray, UpdateError> result) {
+void AppcastEngine::answered(FeedRequest::Result result) {
     // The request is still telling.
     session_->feed.release()->deleteLater();
     if (const UpdateError* error = std::get_if<UpdateError>(&result)) {
         fail(*error);
         return;
     }
-    const auto entries =
-        parseAppcast(std::get<QByteArray>(result), QUrl(QString::fromStdString(setup_.feed), QUrl::StrictMode));
-    if (!entries) {
-        fail(sparkleError(SparkleCode::appcastParse, "what the server gives is no feed"));
-        return;
-    }
     setup_.remember(lastCheckKey, fmt::format("{:.0f}", setup_.now()));
-    AppcastChoice choice = chooseUpdate(*entries, setup_.build, systemName(), ::gnu_get_libc_version());
+    AppcastChoice choice =
+        chooseUpdate(std::get<std::vector<AppcastEntry>>(result), setup_.build, systemName(), ::gnu_get_libc_version());
     if (choice.update) {
         offer(std::move(*choice.update));
         return;
@@ -118,9 +115,17 @@ void AppcastEngine::answered(std::variant<QByteArray, UpdateError> result) {
 
 void AppcastEngine::offer(AppcastEntry entry) {
     const std::uint64_t length = entry.item.contentLength;
+    if (!isPlainVersion(entry.item.versionString) || !isPlainVersion(entry.item.displayVersionString)) {
+        fail(sparkleError(SparkleCode::appcastParse, "the newest entry's version is none"));
+        return;
+    }
     if (!entry.item.isInformationOnlyUpdate) {
         if (entry.signature.empty()) {
             fail(sparkleError(SparkleCode::insufficientSigning, "the newest entry is not signed"));
+            return;
+        }
+        if (!entry.hasShortVersion) {
+            fail(sparkleError(SparkleCode::appcastParse, "the newest entry has no short version"));
             return;
         }
         if (length == 0 || length > mostArchiveBytes) {
@@ -307,7 +312,8 @@ void AppcastEngine::windowWasSeen() {
 
 void AppcastEngine::planCheck() {
     using namespace std::chrono;
-    if (!windowWasSeen_ || driver_ == nullptr || !automaticallyChecksForUpdates()) {
+    // A session's end plans anew.
+    if (!windowWasSeen_ || driver_ == nullptr || session_ || !automaticallyChecksForUpdates()) {
         untilCheck_.stop();
         return;
     }
@@ -318,7 +324,8 @@ void AppcastEngine::planCheck() {
         setup_.remember(nextCheckKey, fmt::format("{:.0f}", planned));
     // Timers stand still while the machine sleeps: the clock is looked at once an hour.
     constexpr double longestWait = 3600;
-    untilCheck_.start(duration_cast<milliseconds>(duration<double>(std::clamp(planned - now, 0.0, longestWait))));
+    const double wait = planned <= now ? 0 : std::clamp(planned - now, 1.0, longestWait);
+    untilCheck_.start(duration_cast<milliseconds>(duration<double>(wait)));
 }
 
 void AppcastEngine::checkWhenDue() {

@@ -30,6 +30,7 @@ public:
     std::string currentVersion() const override { return setup_.version; }
     std::string currentBuild() const override { return setup_.build; }
     int compareVersion(const std::string& version, const std::string& other) const override;
+    bool canInstallUpdates() const override { return wasMadeByArchive_; }
     std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
     bool canCheckForUpdates() const override { return driver_ != nullptr && !session_; }
     void checkForUpdates() override;
@@ -54,7 +55,7 @@ private:
     };
 
     void begin(UpdateCheck check);
-    void answered(std::variant<QByteArray, UpdateError> result);
+    void answered(FeedRequest::Result result);
     void offer(AppcastEntry entry);
     void download();
     void prepare();
@@ -77,6 +78,7 @@ private:
     InstalledCopy copy_;
     /// Read once: it does not change while the program runs.
     bool canBeReplaced_;
+    bool wasMadeByArchive_;
     UpdateRequests requests_;
     UpdateDriver* driver_ = nullptr;
     std::unique_ptr<Session> session_;

@@ -33,12 +33,18 @@ Descriptor openPrivately(const std::string& path) {
 } // namespace
 
 ArchiveDownload::ArchiveDownload(UpdateRequests& requests, QUrl url, std::uint64_t length, std::string path,
-                                 DownloadListener listener)
+                                 DownloadListener listener, DownloadLimits limits)
     : requests_(requests)
     , url_(std::move(url))
     , length_(length)
     , path_(std::move(path))
-    , listener_(std::move(listener)) {}
+    , listener_(std::move(listener))
+    , limits_(limits) {
+    deadline_.setSingleShot(true);
+    connect(&deadline_, &QTimer::timeout, this,
+            [this] { finish(sparkleError(SparkleCode::download, "the archive took too long")); });
+    connect(&pace_, &QTimer::timeout, this, &ArchiveDownload::judgePace);
+}
 
 ArchiveDownload::~ArchiveDownload() {
     stop();
@@ -46,10 +52,14 @@ ArchiveDownload::~ArchiveDownload() {
 
 void ArchiveDownload::cancel() {
     isCancelled_ = true;
+    deadline_.stop();
+    pace_.stop();
     stop();
 }
 
 void ArchiveDownload::start() {
+    deadline_.start(limits_.altogether);
+    pace_.start(limits_.span);
     // Nobody is told before this returns.
     QTimer::singleShot(0, this, [this] {
         if (isCancelled_)
@@ -71,6 +81,11 @@ void ArchiveDownload::start() {
         else
             request();
     });
+}
+
+void ArchiveDownload::judgePace() {
+    if (came_ - std::exchange(paced_, came_) < limits_.leastBytes)
+        finish(sparkleError(SparkleCode::download, "the archive comes too slowly"));
 }
 
 void ArchiveDownload::request() {
@@ -135,6 +150,7 @@ void ArchiveDownload::read() {
             return;
         }
         received_ += static_cast<std::uint64_t>(size);
+        came_ += static_cast<std::uint64_t>(size);
         listener_.received(static_cast<std::uint64_t>(size));
     }
 }
@@ -183,7 +199,7 @@ void ArchiveDownload::refuse(const std::string& why) {
 }
 
 void ArchiveDownload::finish(std::optional<UpdateError> error) {
-    stop();
+    cancel();
     if (error && file_ && received_ == 0)
         ::unlink(path_.c_str());
     // Whoever is told may destroy this.

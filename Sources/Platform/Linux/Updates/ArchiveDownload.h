@@ -4,6 +4,9 @@
 #include "Platform/Linux/KeptFile.h"
 #include "Platform/Linux/Updates/UpdateRequest.h"
 
+#include <chrono>
+#include <QTimer>
+
 namespace vantoro {
 
 /// Whom a download tells, on the main thread.
@@ -17,6 +20,14 @@ struct DownloadListener {
     std::function<void(std::optional<UpdateError> error)> finished;
 };
 
+/// How long a download may take, however little comes of it: what came is kept for the next one.
+struct DownloadLimits {
+    std::chrono::milliseconds altogether = std::chrono::hours(1);
+    /// In each span of that length at least so many bytes.
+    std::chrono::milliseconds span = std::chrono::minutes(1);
+    std::uint64_t leastBytes = 16 * 1024;
+};
+
 /// One download; ending it early leaves what came for the next one. A connection that breaks
 /// is taken up again where it brought anything, up to five times. More or less than the length asked for is refused and
 /// thrown away.
@@ -24,7 +35,7 @@ class ArchiveDownload : public QObject {
     Q_OBJECT
 public:
     ArchiveDownload(UpdateRequests& requests, QUrl url, std::uint64_t length, std::string path,
-                    DownloadListener listener);
+                    DownloadListener listener, DownloadLimits limits = {});
     ~ArchiveDownload() override;
 
     void start();
@@ -33,6 +44,7 @@ public:
 
 private:
     void request();
+    void judgePace();
     void judgeHeaders();
     void read();
     void ended();
@@ -47,6 +59,12 @@ private:
     std::uint64_t length_;
     std::string path_;
     DownloadListener listener_;
+    DownloadLimits limits_;
+    QTimer deadline_;
+    QTimer pace_;
+    /// All that came until the span that runs began.
+    std::uint64_t paced_ = 0;
+    std::uint64_t came_ = 0;
     Descriptor file_;
     std::unique_ptr<QNetworkReply> reply_;
     std::uint64_t received_ = 0;

@@ -7,9 +7,8 @@ namespace vantoro {
 
 using namespace std::chrono_literals;
 
-FeedRequest::FeedRequest(UpdateRequests& requests, const QUrl& url,
-                         std::function<void(std::variant<QByteArray, UpdateError>)> done)
-    : done_(std::move(done)), reply_(requests.get(url)) {
+FeedRequest::FeedRequest(UpdateRequests& requests, const QUrl& url, std::function<void(Result)> done)
+    : url_(url), done_(std::move(done)), reply_(requests.get(url)) {
     deadline_.setSingleShot(true);
     connect(&deadline_, &QTimer::timeout, this, [this] {
         answer(reply_ ? sparkleError(SparkleCode::appcast, "the feed took too long")
@@ -24,6 +23,9 @@ FeedRequest::FeedRequest(UpdateRequests& requests, const QUrl& url,
 
 FeedRequest::~FeedRequest() {
     cancel();
+    // It reads what this owns; milliseconds, the feed's bounds see to that.
+    if (parser_)
+        parser_->wait();
 }
 
 void FeedRequest::cancel() {
@@ -38,8 +40,8 @@ void FeedRequest::cancel() {
 void FeedRequest::read() {
     // A redirect or an error page is no feed.
     if (httpStatus(*reply_) == 200)
-        bytes_ += reply_->read(mostBytes + 1 - bytes_.size());
-    if (bytes_.size() > mostBytes)
+        bytes_ += reply_->read(mostAppcastBytes + 1 - bytes_.size());
+    if (bytes_.size() > mostAppcastBytes)
         answer(sparkleError(SparkleCode::appcastParse, "the feed is too large"));
 }
 
@@ -52,10 +54,27 @@ void FeedRequest::finish() {
     else if (httpStatus(*reply_) != 200)
         answer(sparkleError(SparkleCode::appcast, "the server gives no feed"));
     else
-        answer(std::move(bytes_));
+        parse();
 }
 
-void FeedRequest::answer(std::variant<QByteArray, UpdateError> result) {
+void FeedRequest::parse() {
+    deadline_.stop();
+    parser_.reset(QThread::create([this] { entries_ = parseAppcast(bytes_, url_); }));
+    connect(parser_.get(), &QThread::finished, this, &FeedRequest::parsed);
+    parser_->start();
+    if (!parser_->isRunning() && !parser_->isFinished())
+        answer(sparkleError(SparkleCode::temporaryDirectory, "no thread starts that could read the feed"));
+}
+
+void FeedRequest::parsed() {
+    parser_->wait();
+    if (entries_)
+        answer(std::move(*entries_));
+    else
+        answer(sparkleError(SparkleCode::appcastParse, "what the server gives is no feed"));
+}
+
+void FeedRequest::answer(Result result) {
     if (!done_)
         return;
     const auto done = std::exchange(done_, nullptr);

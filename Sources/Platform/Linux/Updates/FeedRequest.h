@@ -1,23 +1,24 @@
-// Fetches the feed.
+// Fetches and reads the feed.
 #pragma once
 
+#include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/UpdateRequest.h"
 
+#include <QThread>
 #include <QTimer>
 #include <variant>
 
 namespace vantoro {
 
-/// One fetch.
+/// One fetch. What came is read on a thread of its own, which hands over what it has read when it ends.
 class FeedRequest : public QObject {
     Q_OBJECT
 public:
-    static constexpr qint64 mostBytes = 1024 * 1024;
+    using Result = std::variant<std::vector<AppcastEntry>, UpdateError>;
 
-    /// `done` is told once, never before this returns: the feed, or what went wrong. A feed above `mostBytes` and one
-    /// that takes longer than a minute are broken off.
-    FeedRequest(UpdateRequests& requests, const QUrl& url,
-                std::function<void(std::variant<QByteArray, UpdateError>)> done);
+    /// `done` is told once, never before this returns: the feed's entries, or what went wrong. A feed above
+    /// `mostAppcastBytes` and one that takes longer than a minute are broken off.
+    FeedRequest(UpdateRequests& requests, const QUrl& url, std::function<void(Result)> done);
     ~FeedRequest() override;
 
     /// Ends it without a word, also from within its own telling.
@@ -26,11 +27,17 @@ public:
 private:
     void read();
     void finish();
-    void answer(std::variant<QByteArray, UpdateError> result);
+    void parse();
+    void parsed();
+    void answer(Result result);
 
-    std::function<void(std::variant<QByteArray, UpdateError>)> done_;
+    QUrl url_;
+    std::function<void(Result)> done_;
     std::unique_ptr<QNetworkReply> reply_;
     QByteArray bytes_;
+    /// The thread's until it has ended.
+    std::optional<std::vector<AppcastEntry>> entries_;
+    std::unique_ptr<QThread> parser_;
     QTimer deadline_;
 };
 

@@ -90,6 +90,11 @@ std::optional<std::string> InstalledCopy::reasonToStay() const {
     return std::nullopt;
 }
 
+bool InstalledCopy::wasMadeByArchive() const {
+    std::error_code ignored;
+    return !folder_.empty() && fs::is_regular_file(folder_ + "/" + manifestPath, ignored);
+}
+
 std::string InstalledCopy::hidden(const std::string& ending) const {
     return fmt::format("{}/.{}.{}", parent_, name_, ending);
 }

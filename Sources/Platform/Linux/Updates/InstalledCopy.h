@@ -38,6 +38,9 @@ public:
     /// manifest.
     std::optional<std::string> reasonToStay() const;
 
+    /// It brings a manifest; what a package manager installed has none.
+    bool wasMadeByArchive() const;
+
     /// A file for the archive with that signature, so that another archive never goes on where this one stopped.
     std::string downloadPath(const std::string& signature) const;
     /// A new, empty folder beside the copy that only this user may enter; empty on failure.

@@ -39,8 +39,9 @@ std::optional<std::string> faultIn(const std::string& folder, const ExpectedRele
     const auto manifest = manifestOfWholeCopy(folder);
     if (!manifest)
         return "its files are not those that its manifest names";
-    if (manifest->build != expected.build)
-        return fmt::format("it is build {}, not {}", manifest->build, expected.build);
+    if (manifest->version != expected.version || manifest->build != expected.build)
+        return fmt::format("it is {} ({}), not {} ({})", manifest->version, manifest->build, expected.version,
+                           expected.build);
     if (compareVersions(manifest->build, expected.currentBuild) <= 0)
         return fmt::format("build {} is not newer", manifest->build);
     return std::nullopt;
@@ -56,7 +57,7 @@ bool saysItsVersion(const std::string& program, const std::string& version) {
         return false;
     }
     return trial.exitStatus() == QProcess::NormalExit && trial.exitCode() == 0 &&
-           trial.readAllStandardOutput().contains(QByteArray::fromStdString(version));
+           trial.readAllStandardOutput().trimmed() == QByteArray::fromStdString("vantoro " + version);
 }
 
 } // namespace
