@@ -52,6 +52,13 @@ inline constexpr int installationAuthorizeLater = 4008;
 inline constexpr int installationWriteNoPermission = 4012;
 } // namespace SparkleCode
 
+/// What no framework has a code for.
+inline constexpr std::string_view ownErrorDomain = "VantoroUpdateErrorDomain";
+namespace OwnCode {
+/// Apart from the codes of other domains, so that a number alone tells.
+inline constexpr int diskFull = 100'001;
+} // namespace OwnCode
+
 /// Why there is no update (SPUNoUpdateFoundReason): the newest entry asks for a newer system than this one.
 inline constexpr int reasonSystemIsTooOld = 3;
 

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gnu/libc-version.h>
 #include <QPointer>
@@ -46,8 +46,15 @@ AppcastEngine::AppcastEngine(UpdateSetup setup, std::string preparer, std::funct
 }
 
 AppcastEngine::~AppcastEngine() {
-    if (session_ && session_->preparation)
+    if (!session_)
+        return;
+    if (session_->preparation) {
         session_->preparation->disconnect(this);
+        session_->preparation->kill();
+        session_->preparation->waitForFinished();
+    }
+    if (!session_->isInstalled)
+        session_->staging.remove();
 }
 
 std::optional<std::string> AppcastEngine::feedAddress() const {
@@ -161,11 +168,8 @@ void AppcastEngine::download() {
         end(std::nullopt);
         return;
     }
-    // Asked anew: the folder can have changed hands since.
-    if (const auto reason = copy_.reasonToStay()) {
-        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+    if (!takeCopy())
         return;
-    }
     const AppcastEntry& entry = session_->entry;
     const std::string path = copy_.downloadPath(entry.signature);
     copy_.removeDownloadsBut(path);
@@ -185,10 +189,37 @@ void AppcastEngine::download() {
     session_->download->start();
 }
 
+bool AppcastEngine::takeCopy() {
+    // Asked anew: the folder can have changed hands since.
+    if (const auto reason = copy_.reasonToStay()) {
+        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+        return false;
+    }
+    auto lock = copy_.lock();
+    if (const UpdateError* error = std::get_if<UpdateError>(&lock)) {
+        fail(*error);
+        return false;
+    }
+    session_->copyLock = std::move(std::get<Descriptor>(lock));
+    copy_.cleanUp(setup_.build);
+    const auto installed = manifestIn(copy_.folder());
+    const bool isInstalled = installed && compareVersions(installed->build, setup_.build) > 0 &&
+                             compareVersions(installed->build, session_->entry.item.versionString) >= 0;
+    session_->isInstalled = isInstalled;
+    if (isInstalled)
+        driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
+    return !isInstalled;
+}
+
 void AppcastEngine::prepare() {
     driver_->showDownloadDidStartExtractingUpdate();
     const AppcastEntry& entry = session_->entry;
     session_->download.release()->deleteLater(); // it is telling
+    session_->staging = copy_.makeStagingFolder();
+    if (!session_->staging) {
+        fail(fileError(SparkleCode::installationWriteNoPermission, copy_.folder(), errno));
+        return;
+    }
     session_->preparation = std::make_unique<QProcess>();
     QProcess& preparation = *session_->preparation;
     connect(&preparation, &QProcess::readyReadStandardOutput, this, &AppcastEngine::readPreparation);
@@ -201,8 +232,10 @@ void AppcastEngine::prepare() {
     QStringList arguments;
     for (const std::string& argument :
          {copy_.downloadPath(entry.signature), setup_.publicKey, entry.signature, entry.item.displayVersionString,
-          entry.item.versionString, setup_.build, copy_.program()})
+          entry.item.versionString, setup_.build, copy_.program(), session_->staging.copy()})
         arguments << QString::fromStdString(argument);
+    // It works on for a moment where this program is killed: the folder stays locked for as long.
+    preparation.setChildProcessModifier([lock = session_->staging.lock()] { ::fcntl(lock, F_SETFD, 0); });
     preparation.start(QString::fromStdString(preparer_), arguments);
 }
 
@@ -226,16 +259,18 @@ void AppcastEngine::prepared() {
         fail(*error);
         return;
     }
-    session_->staged = std::get<std::string>(outcome);
     driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
 }
 
 void AppcastEngine::install() {
-    if (const auto reason = copy_.exchangeWith(session_->staged)) {
-        fail(sparkleError(SparkleCode::fileCopyFailure, *reason));
-        return;
+    if (!session_->isInstalled) {
+        const AppcastItem& item = session_->entry.item;
+        if (const auto error = copy_.exchangeWith(session_->staging, item.versionString, item.displayVersionString)) {
+            fail(*error);
+            return;
+        }
+        session_->isInstalled = true;
     }
-    session_->staged.clear();
     driver_->showInstallingUpdate(false, [] {});
     setup_.relaunch(copy_.program());
 }
@@ -262,12 +297,11 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
     if (ended->preparation) {
         ended->preparation->disconnect(this);
         ended->preparation->kill();
+        ended->preparation->waitForFinished();
         ended->preparation.release()->deleteLater();
     }
-    if (!ended->staged.empty()) {
-        std::error_code ignored;
-        std::filesystem::remove_all(ended->staged, ignored);
-    }
+    if (!ended->isInstalled)
+        ended->staging.remove();
     setup_.remember(nextCheckKey,
                     fmt::format("{:.0f}", nextAutomaticCheck(setup_.now(), true, error.has_value(), share_())));
     planCheck();
@@ -301,7 +335,7 @@ void AppcastEngine::windowWasSeen() {
     if (std::exchange(windowWasSeen_, true))
         return;
     // This copy has started: nobody needs the one before it any more.
-    copy_.removePrevious();
+    copy_.cleanUp(setup_.build);
     planCheck();
 }
 

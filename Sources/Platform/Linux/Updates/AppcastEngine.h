@@ -50,13 +50,19 @@ private:
         std::unique_ptr<QProcess> preparation;
         /// The last thing it said.
         std::string outcome;
-        std::string staged;
+        /// Hold the copy, and what is being made of its successor, against other instances.
+        Descriptor copyLock;
+        UpdateFolder staging;
+        /// Another instance has put the release in the copy's place already.
+        bool isInstalled = false;
     };
 
     void begin(UpdateCheck check);
     void answered(std::variant<QByteArray, UpdateError> result);
     void offer(AppcastEntry entry);
     void download();
+    /// Gets hold of the copy and sees whether it can be replaced; false when the session has gone another way.
+    bool takeCopy();
     void prepare();
     void prepared();
     void install();
