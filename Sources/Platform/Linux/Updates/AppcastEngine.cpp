@@ -335,6 +335,7 @@ void AppcastEngine::windowWasSeen() {
     if (std::exchange(windowWasSeen_, true))
         return;
     // This copy has started: nobody needs the one before it any more.
+    startSucceeded();
     copy_.cleanUp(setup_.build);
     planCheck();
 }
