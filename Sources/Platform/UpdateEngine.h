@@ -132,6 +132,9 @@ public:
     /// Below 0 when `version` is the older, above 0 when it is the newer one (SUStandardVersionComparator).
     virtual int compareVersion(const std::string& version, const std::string& other) const = 0;
 
+    /// The marker of a hand-over is for this run to settle: another instance's is not, which may be about to read it.
+    virtual bool settlesHandOver() const { return true; }
+
     /// Begins; the driver must stay until the engine is destroyed. What went wrong when it cannot.
     virtual std::optional<UpdateError> startUpdater(UpdateDriver& driver) = 0;
     virtual bool canCheckForUpdates() const = 0;

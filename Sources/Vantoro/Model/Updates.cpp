@@ -150,7 +150,7 @@ void Updates::windowWasSeen() {
 
 bool Updates::consumeRelaunch() {
     const std::optional<std::string> stored = settings_.storedText(relaunchKey);
-    if (!engine_ || !stored)
+    if (!engine_ || !stored || !engine_->settlesHandOver())
         return false;
     const std::optional<Relaunch> marker = decodedRelaunch(*stored);
     settings_.forget(relaunchKey);

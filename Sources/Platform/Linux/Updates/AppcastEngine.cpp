@@ -7,7 +7,9 @@
 #include "Platform/Memory.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gnu/libc-version.h>
@@ -22,6 +24,7 @@ namespace {
 
 constexpr std::string_view automaticKey = "vantoro.updates.automatic";
 constexpr std::string_view lastCheckKey = "vantoro.updates.lastCheck";
+constexpr std::string_view handedOverByKey = "vantoro.updates.handedOverBy";
 constexpr std::string_view nextCheckKey = "vantoro.updates.nextCheck";
 
 /// "linux-x86_64": what the feed's entries for this kind of machine say.
@@ -64,6 +67,17 @@ std::optional<std::string> AppcastEngine::feedAddress() const {
 
 int AppcastEngine::compareVersion(const std::string& version, const std::string& other) const {
     return compareVersions(version, other);
+}
+
+bool AppcastEngine::settlesHandOver() const {
+    const std::string by = setup_.recall(handedOverByKey);
+    const std::size_t end = by.find(' ');
+    const auto process = parseInt32(by.substr(0, end));
+    // The successor is the same process. Where that has ended since, whoever is started next from its copy stands in.
+    if (!process || end == std::string::npos || *process == ::getpid())
+        return true;
+    const bool hasEnded = ::kill(*process, 0) != 0 && errno == ESRCH;
+    return hasEnded && by.substr(end + 1) == copy_.program();
 }
 
 std::optional<UpdateError> AppcastEngine::startUpdater(UpdateDriver& driver) {
@@ -271,6 +285,7 @@ void AppcastEngine::install() {
         }
         session_->isInstalled = true;
     }
+    setup_.remember(handedOverByKey, fmt::format("{} {}", ::getpid(), copy_.program()));
     driver_->showInstallingUpdate(false, [] {});
     setup_.relaunch(copy_.program());
 }

@@ -30,6 +30,7 @@ public:
     std::string currentVersion() const override { return setup_.version; }
     std::string currentBuild() const override { return setup_.build; }
     int compareVersion(const std::string& version, const std::string& other) const override;
+    bool settlesHandOver() const override;
     std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
     bool canCheckForUpdates() const override { return driver_ != nullptr && !session_; }
     void checkForUpdates() override;

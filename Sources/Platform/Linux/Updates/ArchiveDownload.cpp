@@ -148,8 +148,9 @@ void ArchiveDownload::read() {
         }
         if (!writeAt(file_.number(), block.data(), static_cast<std::size_t>(size), received_)) {
             const UpdateError error = fileError(SparkleCode::temporaryDirectory, path_, errno);
-            // What came takes the room that the user needs to make some.
+            // What came takes room that is needed.
             ::unlink(path_.c_str());
+            file_ = {};
             finish(error);
             return;
         }
