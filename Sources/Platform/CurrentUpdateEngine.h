@@ -4,6 +4,7 @@
 #include "Platform/UpdateEngine.h"
 
 #include <memory>
+#include <vector>
 
 namespace vantoro {
 
@@ -27,6 +28,25 @@ struct UpdateSetup {
     /// Ends this program in its own good time and starts the one at that path in its place.
     std::function<void(const std::string& program)> relaunch;
 };
+
+/// What a run with a window is, for starting it once more.
+struct ProgramStart {
+    /// This program's.
+    std::string build;
+    /// The command line, the program's name included.
+    std::vector<std::string> arguments;
+    /// Seconds until a window has to have been seen.
+    double patience = 60;
+};
+
+/// The very first thing that such a run does. Where an update has put this version in its place and no window of it was
+/// seen yet, the start is counted. One that crashes or shows no window in time is made once more; then the copy before
+/// gets its place back and is started instead. The version that gave way like that to this one, where it is so.
+std::optional<std::string> beginStart(const ProgramStart& start);
+/// A window was seen, or the run has come as far as one that is to have none: this version stays.
+void startSucceeded();
+/// This run ends in good order before that, which says nothing about this version.
+void startEnded();
 
 /// Null where the build found nothing to update with.
 std::shared_ptr<UpdateEngine> currentUpdateEngine(UpdateSetup setup);

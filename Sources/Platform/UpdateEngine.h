@@ -52,6 +52,13 @@ inline constexpr int installationAuthorizeLater = 4008;
 inline constexpr int installationWriteNoPermission = 4012;
 } // namespace SparkleCode
 
+/// What no framework has a code for.
+inline constexpr std::string_view ownErrorDomain = "VantoroUpdateErrorDomain";
+namespace OwnCode {
+/// Apart from the codes of other domains, so that a number alone tells.
+inline constexpr int diskFull = 100'001;
+} // namespace OwnCode
+
 /// Why there is no update (SPUNoUpdateFoundReason): the newest entry asks for a newer system than this one.
 inline constexpr int reasonSystemIsTooOld = 3;
 
@@ -127,6 +134,9 @@ public:
 
     /// What is found can be installed over this copy; where not, somebody else looks after it.
     virtual bool canInstallUpdates() const { return true; }
+
+    /// The marker of a hand-over is for this run to settle: another instance's is not, which may be about to read it.
+    virtual bool settlesHandOver() const { return true; }
 
     /// Begins; the driver must stay until the engine is destroyed. What went wrong when it cannot.
     virtual std::optional<UpdateError> startUpdater(UpdateDriver& driver) = 0;

@@ -16,6 +16,8 @@ struct ProgramIdentity {
     std::string publicKey;
     /// Certificates (PEM) to trust beside the system's; empty in what people install.
     std::string authorities;
+    /// Seconds that a version which has just been installed has until a window of it is seen.
+    double startPatience = 60;
 };
 
 ProgramIdentity programIdentity();

@@ -206,29 +206,42 @@ std::shared_ptr<UpdateEngine> updateEngine(Settings& settings, std::function<voi
          .relaunch = std::move(relaunch)});
 }
 
-void startUpdates(Updates& updates, const CommandLine& line) {
+void startUpdates(Updates& updates, const CommandLine& line, const std::optional<std::string>& gaveWay) {
     Log::updatesEnabled = line.debugUpdates;
-    updates.consumeRelaunch();
+    if (gaveWay)
+        updates.tellGaveWay(*gaveWay);
+    else
+        updates.consumeRelaunch();
     updates.setInstallsWhenFound(line.installUpdate);
     updates.start();
     if (line.checkForUpdates && updates.hasUpdater())
         updates.checkForUpdatesInBackground();
 }
 
-/// Starts the program in this one's place, with what this one was asked for except for the update, which is done.
-/// Comes back only when it cannot.
-int becomeProgram(const std::string& program, int argc, char** argv) {
+/// What this program was asked for except for the update, which is done.
+std::vector<std::string> argumentsAfterUpdate(int argc, char** argv) {
+    std::vector<std::string> arguments(argv, argv + argc);
+    std::erase_if(arguments, [](const std::string& argument) {
+        return argument == "--install-update" || argument == "--check-for-updates";
+    });
+    return arguments;
+}
+
+/// Starts the program in this one's place. Comes back only when it cannot.
+int becomeProgram(const std::string& program, std::vector<std::string> words) {
     std::vector<char*> arguments;
-    for (char* const argument : std::vector<char*>(argv, argv + argc))
-        if (std::string_view(argument) != "--install-update" && std::string_view(argument) != "--check-for-updates")
-            arguments.push_back(argument);
+    for (std::string& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
     ::execv(program.c_str(), arguments.data());
     complain("the new version cannot be started: " + program);
     return EXIT_FAILURE;
 }
 
-int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& successor) {
+/// `gaveWay`: the version that did not start and that this one took the place of again. `successor` is told what is to
+/// be started once this has ended.
+int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::optional<std::string>& gaveWay,
+                 std::string& successor) {
     qInstallMessageHandler(reportFatally);
     // What Qt would take of the command line for itself is not ours to offer.
     int own = std::min(argc, 1);
@@ -283,7 +296,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& su
                  .start = [&] { replay ? replay->start() : hub.start(); }});
     QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
-    startUpdates(updates, line);
+    startUpdates(updates, line, gaveWay);
     shell.open();
     FirstFrameReport firstFrame;
     if (isAsked(false, "VANTORO_FIRST_FRAME"))
@@ -298,10 +311,19 @@ int run(const CommandLine& line, int argc, char** argv) {
     case CommandLine::Action::version:
         return print(fmt::format("vantoro {}\n", programIdentity().version));
     case CommandLine::Action::window: {
+        const std::vector<std::string> arguments = argumentsAfterUpdate(argc, argv);
+        std::optional<std::string> gaveWay;
+        if (!line.replayFile) {
+            const ProgramIdentity identity = programIdentity();
+            gaveWay = beginStart({.build = identity.build, .arguments = arguments, .patience = identity.startPatience});
+        }
         std::string successor;
-        const int status = runOnDesktop(line, argc, argv, successor);
-        // Everything of this run is given back by now: its windows, its children, its place as the only instance.
-        return successor.empty() ? status : becomeProgram(successor, argc, argv);
+        const int status = runOnDesktop(line, argc, argv, gaveWay, successor);
+        if (status == EXIT_SUCCESS)
+            startEnded();
+        // Everything of this run is given back by now: its windows, its children, its place as the only instance. Who
+        // asked this program to stop meant what would follow it too.
+        return successor.empty() || InterruptWatcher::wasInterrupted() ? status : becomeProgram(successor, arguments);
     }
     case CommandLine::Action::explain:
         if (line.replayFile) {

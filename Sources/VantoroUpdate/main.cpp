@@ -1,5 +1,5 @@
-// Checks a downloaded release and unpacks it beside the copy it is to replace. Started by the program's updater; prints
-// how far it is and what came of it.
+// Checks a downloaded release and unpacks it into a folder beside the copy it is to replace. Started by the program's
+// updater; prints how far it is and what came of it.
 
 #include "Platform/Linux/Updates/PreparationProtocol.h"
 #include "Platform/Linux/Updates/ReleasePreparation.h"
@@ -24,8 +24,9 @@ bool printLine(const std::string& line) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv, argv + argc);
-    if (words.size() != 8) {
-        std::fprintf(stderr, "usage: vantoro-update ARCHIVE KEY SIGNATURE VERSION BUILD CURRENT-BUILD PROGRAM\n");
+    if (words.size() != 9) {
+        std::fprintf(stderr,
+                     "usage: vantoro-update ARCHIVE KEY SIGNATURE VERSION BUILD CURRENT-BUILD PROGRAM FOLDER\n");
         return usageFault;
     }
     const Descriptor archive(::open(words[1].c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
@@ -38,12 +39,14 @@ int main(int argc, char** argv) {
         // Nobody listens any more: the program has ended.
         return printLine(preparationProgressLine(share));
     };
-    const PreparationOutcome outcome = prepareRelease(archive,
-                                                      {.publicKey = words[2],
-                                                       .signature = words[3],
-                                                       .version = words[4],
-                                                       .build = words[5],
-                                                       .currentBuild = words[6]},
-                                                      InstalledCopy(words[7]), progress);
+    const std::string& folder = words[8];
+    const auto error = prepareRelease(archive,
+                                      {.publicKey = words[2],
+                                       .signature = words[3],
+                                       .version = words[4],
+                                       .build = words[5],
+                                       .currentBuild = words[6]},
+                                      InstalledCopy(words[7]), folder, progress);
+    const PreparationOutcome outcome = error ? PreparationOutcome(*error) : PreparationOutcome(folder);
     return printLine(preparationOutcomeLine(outcome)) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,5 +1,6 @@
 // The built program updating itself: version 1 in a folder of its own, version 2 signed and published by the
 // maintainer's tool on a server of the test's.
+#include "Platform/Linux/Updates/InstalledCopy.h"
 #include "Support/ChildProgram.h"
 #include "Support/EventLoop.h"
 #include "Updates/ReleaseMaker.h"
@@ -8,6 +9,9 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <QFile>
+#include <random>
+#include <set>
+#include <thread>
 
 namespace vantoro {
 namespace {
@@ -31,14 +35,21 @@ protected:
         ::setenv("VANTORO_TEST_FEED", server.address("/appcast.xml").c_str(), 1);
         ::setenv("VANTORO_TEST_AUTHORITIES", testing::UpdateServer::authorities().c_str(), 1);
         ::setenv("VANTORO_TEST_KEY", signUpdate({"make-keys", path("private-key")}).c_str(), 1);
+        unpackVersionOne();
+    }
+
+    ~ProgramUpdate() override {
+        for (const char* name : {"TMPDIR", "VANTORO_TEST_FAULT"})
+            ::unsetenv(name);
+    }
+
+    void unpackVersionOne() const {
         for (const ArchiveItem& item : program(VANTORO_PROGRAM_1, "1.0", "100")) {
             const std::string name = "Vantoro" + item.path.substr(item.path.find('/'));
             folder.write(name, item.content);
             fs::permissions(path(name), fs::perms(item.mode));
         }
     }
-
-    ~ProgramUpdate() override { ::unsetenv("TMPDIR"); }
 
     std::string path(const std::string& name) const { return folder.path() + "/" + name; }
 
@@ -72,6 +83,25 @@ protected:
     std::vector<std::string> command() const {
         return {path("Vantoro/bin/vantoro"), "--simulate", "--check-for-updates", "--install-update",
                 "--debug-updates"};
+    }
+
+    static bool says(const ChildProgram& program, const std::string& line) {
+        return program.output().find(line + "\n") != std::string::npos;
+    }
+    /// What the copy is, whole and able to run; empty where it is not.
+    std::string installedVersion() const {
+        const auto manifest = manifestOfWholeCopy(path("Vantoro"));
+        ChildProgram version({path("Vantoro/bin/vantoro"), "--version"});
+        return version.wait() == 0 && manifest && version.output() == "vantoro " + manifest->version + "\n"
+                   ? manifest->version
+                   : "";
+    }
+    std::set<std::string> namesBeside() const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder.path()))
+            if (entry.path().filename().string().starts_with(".Vantoro"))
+                names.insert(entry.path().filename());
+        return names;
     }
 
     test::TemporaryFolder folder;
@@ -144,6 +174,76 @@ TEST_F(ProgramUpdate, AForgedVersionTwoLeavesVersionOneRunning) {
     ChildProgram version({path("Vantoro/bin/vantoro"), "--version"});
     version.wait();
     EXPECT_EQ(version.output(), "vantoro 1.0\n");
+}
+
+TEST_F(ProgramUpdate, AVersionWithoutAWindowGivesWayToTheOneBefore) {
+    publish(testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200")));
+    const std::string gaveWay = "UPDATE phase failed 2.0 (200): Vantoro 2.0 didn't start.";
+    for (const char* const fault : {"abort", "hang"}) {
+        ::setenv("VANTORO_TEST_FAULT", fault, 1);
+        ChildProgram vantoro(command());
+        EXPECT_TRUE(waitUntil([&] { return says(vantoro, gaveWay); }, std::chrono::seconds(60)))
+            << fault << "\n"
+            << vantoro.output() << vantoro.errors();
+        EXPECT_EQ(fs::read_symlink(fmt::format("/proc/{}/exe", vantoro.pid())), path("Vantoro/bin/vantoro"));
+        EXPECT_TRUE(waitUntil([&] { return namesBeside().empty(); })) << fault;
+        vantoro.signal(SIGTERM);
+        EXPECT_EQ(vantoro.wait(), 0);
+        EXPECT_EQ(installedVersion(), "1.0") << fault;
+    }
+    // One that ends by itself is counted all the same, over as many starts as it takes.
+    ::setenv("VANTORO_TEST_FAULT", "exit", 1);
+    for (int start = 0; start < 2; ++start) {
+        ChildProgram vantoro(command());
+        EXPECT_TRUE(waitUntil([&] { return vantoro.hasEnded(); }, std::chrono::seconds(60)));
+        EXPECT_EQ(vantoro.wait(), EXIT_FAILURE);
+        EXPECT_EQ(installedVersion(), "2.0");
+    }
+    ChildProgram third(command());
+    EXPECT_TRUE(waitUntil([&] { return says(third, gaveWay); }, std::chrono::seconds(60))) << third.output();
+    // What did not start is not installed again by the words that asked for it.
+    EXPECT_EQ(third.output().find("downloading"), std::string::npos);
+}
+
+TEST_F(ProgramUpdate, BeingAskedToStopDuringTheHandOverIsHeard) {
+    publish(testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200")));
+    ChildProgram vantoro(command());
+    EXPECT_TRUE(
+        waitUntil([&] { return says(vantoro, "UPDATE phase installing 2.0 (200)"); }, std::chrono::seconds(60)));
+    vantoro.signal(SIGTERM);
+    EXPECT_TRUE(waitUntil([&] { return vantoro.hasEnded(); }));
+    EXPECT_FALSE(says(vantoro, "UPDATE phase updated"));
+    EXPECT_NE(installedVersion(), "");
+}
+
+/// VANTORO_KILLS=120 kills as often as that, VANTORO_SEED others.
+TEST_F(ProgramUpdate, KilledAtAnyMomentTheCopyIsOneOfTheTwo) {
+    publish(testing::archiveOf(program(VANTORO_PROGRAM_2, "2.0", "200")));
+    const auto number = [](const char* name, int otherwise) {
+        const char* const text = std::getenv(name);
+        return text != nullptr ? std::atoi(text) : otherwise;
+    };
+    std::mt19937 random(static_cast<unsigned>(number("VANTORO_SEED", 1)));
+    const std::vector<std::string> phases{"started", "phase available", "phase downloading", "phase installing"};
+    for (int kill = number("VANTORO_KILLS", 4); kill > 0; --kill) {
+        ChildProgram vantoro(command());
+        const std::string phase = phases[random() % phases.size()];
+        const auto delay = std::chrono::microseconds(random() % (phase == "phase downloading" ? 1'500'000 : 60'000));
+        EXPECT_TRUE(waitUntil([&] { return vantoro.output().find("UPDATE " + phase) != std::string::npos; },
+                              std::chrono::seconds(60)));
+        std::this_thread::sleep_for(delay);
+        vantoro.signal(SIGKILL);
+        vantoro.wait();
+        const std::string version = installedVersion();
+        ASSERT_NE(version, "") << phase << " and " << delay.count() << " microseconds";
+        if (version == "1.0")
+            continue;
+        folder.remove("Vantoro");
+        unpackVersionOne();
+    }
+    ChildProgram vantoro(command());
+    EXPECT_TRUE(waitUntil([&] { return says(vantoro, "UPDATE phase updated"); }, std::chrono::seconds(60)));
+    EXPECT_TRUE(waitUntil([&] { return namesBeside().empty(); })) << "the next update has cleaned up";
 }
 
 } // namespace

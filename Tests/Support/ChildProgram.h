@@ -56,10 +56,14 @@ public:
             ::kill(pid_, number);
     }
 
+    /// Whether it has ended by now.
+    bool hasEnded() {
+        hasEnded_ = hasEnded_ || ::waitpid(pid_, &status_, WNOHANG) == pid_;
+        return hasEnded_;
+    }
     /// Its exit status; -1 when a signal ended it or it does not end.
     int wait() {
-        hasEnded_ = hasEnded_ || comesTrue([this] { return ::waitpid(pid_, &status_, WNOHANG) == pid_; });
-        return hasEnded_ && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+        return comesTrue([this] { return hasEnded(); }) && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
     }
 
     std::string output() const { return testing::fileText(folder_.path() + "/output"); }

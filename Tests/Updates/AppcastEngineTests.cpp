@@ -49,7 +49,7 @@ protected:
         engine = std::make_shared<AppcastEngine>(
             UpdateSetup{
                 .version = "1.0",
-                .build = "100",
+                .build = build,
                 .feed = server.address(feedPath),
                 .publicKey = key.publicKey(),
                 .authorities = trustsServer ? testing::UpdateServer::authorities() : "",
@@ -123,6 +123,7 @@ protected:
     int archiveRequests = 0;
     std::string relaunched;
     std::set<Kind> seen;
+    std::string build = "100";
     std::map<std::string, std::string> before;
     std::shared_ptr<AppcastEngine> engine;
     std::unique_ptr<Updates> updates;
@@ -149,8 +150,13 @@ TEST_F(AppcastEngineTest, ANewerReleaseTakesTheCopysPlace) {
     ASSERT_EQ(::stat(copy().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0750U);
     // The old copy stays until the new one has shown a window.
-    EXPECT_EQ(manifestOfWholeCopy(folder.path() + "/.Vantoro.previous")->build, "100");
+    EXPECT_EQ(manifestOfWholeCopy(folder.path() + "/.Vantoro.previous/copy")->build, "100");
     updates.reset();
+    start();
+    updates->windowWasSeen();
+    EXPECT_TRUE(fs::exists(folder.path() + "/.Vantoro.previous")) << "this is the old copy's window";
+    updates.reset();
+    build = "200";
     start();
     updates->windowWasSeen();
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2)

@@ -12,11 +12,13 @@ namespace vantoro {
 namespace {
 
 std::atomic<int> writeEnd{-1};
+std::atomic<bool> hasCome{false};
 
 constexpr std::array stopSignals{SIGINT, SIGTERM, SIGHUP};
 
 // Writing a byte is one of the few things a signal handler may do.
 void writeByte(int /*signal*/) {
+    hasCome = true;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(writeEnd.load(), &byte, 1);
 }
@@ -51,6 +53,10 @@ InterruptWatcher::~InterruptWatcher() {
     notifier_.reset();
     for (const int descriptor : pipe_)
         ::close(descriptor);
+}
+
+bool InterruptWatcher::wasInterrupted() {
+    return hasCome;
 }
 
 } // namespace vantoro

@@ -18,6 +18,9 @@ public:
     InterruptWatcher(const InterruptWatcher&) = delete;
     InterruptWatcher& operator=(const InterruptWatcher&) = delete;
 
+    /// Whether one of the signals has come to any watcher of this process, told by then or not.
+    static bool wasInterrupted();
+
 private:
     std::array<int, 2> pipe_{-1, -1};
     std::array<void (*)(int), 3> former_{};

@@ -10,6 +10,8 @@ Updates::Words Updates::describe(const UpdateError& error) {
     Words unfinished{"The update didn't finish.", "Nothing was changed. Try again in a moment."};
     if (error.domain == urlErrorDomain)
         return unreachable;
+    if (error.domain == ownErrorDomain && error.code == OwnCode::diskFull)
+        return {"The update didn't finish.", "The disk is full. Nothing was changed: make some room and try again."};
     if (error.domain != sparkleErrorDomain)
         return unfinished;
     switch (error.code) {

@@ -153,13 +153,14 @@ void Updates::checkForUpdatesInBackground() {
 }
 
 void Updates::windowWasSeen() {
-    if (updater_ != nullptr)
-        updater_->windowWasSeen();
+    // Told also where it checks for nothing: this version has started.
+    if (engine_)
+        engine_->windowWasSeen();
 }
 
 bool Updates::consumeRelaunch() {
     const std::optional<std::string> stored = settings_.storedText(relaunchKey);
-    if (!engine_ || !stored)
+    if (!engine_ || !stored || !engine_->settlesHandOver())
         return false;
     const std::optional<Relaunch> marker = decodedRelaunch(*stored);
     settings_.forget(relaunchKey);
@@ -185,6 +186,16 @@ bool Updates::consumeRelaunch() {
     wantsSettings_ = marker->origin == Origin::settings;
     revealsUpdatesInSettings_ = wantsSettings_;
     return true;
+}
+
+void Updates::tellGaveWay(const std::string& version) {
+    settings_.forget(relaunchKey);
+    installFailed_ = true;
+    Log::updates(fmt::format("{} gave way to {}", version, currentVersion()));
+    setPhase({.kind = Kind::failed,
+              .release = restoredAvailability(),
+              .message = fmt::format("Vantoro {} didn't start.", version),
+              .detail = fmt::format("This is {} again, as it was before the update.", currentVersion())});
 }
 
 void Updates::setProgress(double progress) {

@@ -77,6 +77,8 @@ public:
     void windowWasSeen();
     /// Reads and settles the marker that an installation left; whether there was a fresh one.
     bool consumeRelaunch();
+    /// That version was installed and did not start, so that this one has taken its place again.
+    void tellGaveWay(const std::string& version);
     void setInstallsWhenFound(bool installs) { installsWhenFound_ = installs; }
 
     /// The words for a failure.

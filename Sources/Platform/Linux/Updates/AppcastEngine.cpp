@@ -8,8 +8,10 @@
 #include "Platform/Memory.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
-#include <filesystem>
+#include <csignal>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gnu/libc-version.h>
 #include <QPointer>
@@ -23,6 +25,7 @@ namespace {
 
 constexpr std::string_view automaticKey = "vantoro.updates.automatic";
 constexpr std::string_view lastCheckKey = "vantoro.updates.lastCheck";
+constexpr std::string_view handedOverByKey = "vantoro.updates.handedOverBy";
 constexpr std::string_view nextCheckKey = "vantoro.updates.nextCheck";
 
 /// "linux-x86_64": what the feed's entries for this kind of machine say.
@@ -48,8 +51,15 @@ AppcastEngine::AppcastEngine(UpdateSetup setup, std::string preparer, std::funct
 }
 
 AppcastEngine::~AppcastEngine() {
-    if (session_ && session_->preparation)
+    if (!session_)
+        return;
+    if (session_->preparation) {
         session_->preparation->disconnect(this);
+        session_->preparation->kill();
+        session_->preparation->waitForFinished();
+    }
+    if (!session_->isInstalled)
+        session_->staging.remove();
 }
 
 std::optional<std::string> AppcastEngine::feedAddress() const {
@@ -59,6 +69,17 @@ std::optional<std::string> AppcastEngine::feedAddress() const {
 
 int AppcastEngine::compareVersion(const std::string& version, const std::string& other) const {
     return compareVersions(version, other);
+}
+
+bool AppcastEngine::settlesHandOver() const {
+    const std::string by = setup_.recall(handedOverByKey);
+    const std::size_t end = by.find(' ');
+    const auto process = parseInt32(by.substr(0, end));
+    // The successor is the same process. Where that has ended since, whoever is started next from its copy stands in.
+    if (!process || end == std::string::npos || *process == ::getpid())
+        return true;
+    const bool hasEnded = ::kill(*process, 0) != 0 && errno == ESRCH;
+    return hasEnded && by.substr(end + 1) == copy_.program();
 }
 
 std::optional<UpdateError> AppcastEngine::startUpdater(UpdateDriver& driver) {
@@ -166,11 +187,8 @@ void AppcastEngine::download() {
         end(std::nullopt);
         return;
     }
-    // Asked anew: the folder can have changed hands since.
-    if (const auto reason = copy_.reasonToStay()) {
-        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+    if (!takeCopy())
         return;
-    }
     const AppcastEntry& entry = session_->entry;
     const std::string path = copy_.downloadPath(entry.signature);
     copy_.removeDownloadsBut(path);
@@ -190,10 +208,37 @@ void AppcastEngine::download() {
     session_->download->start();
 }
 
+bool AppcastEngine::takeCopy() {
+    // Asked anew: the folder can have changed hands since.
+    if (const auto reason = copy_.reasonToStay()) {
+        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+        return false;
+    }
+    auto lock = copy_.lock();
+    if (const UpdateError* error = std::get_if<UpdateError>(&lock)) {
+        fail(*error);
+        return false;
+    }
+    session_->copyLock = std::move(std::get<Descriptor>(lock));
+    copy_.cleanUp(setup_.build);
+    const auto installed = manifestIn(copy_.folder());
+    const bool isInstalled = installed && compareVersions(installed->build, setup_.build) > 0 &&
+                             compareVersions(installed->build, session_->entry.item.versionString) >= 0;
+    session_->isInstalled = isInstalled;
+    if (isInstalled)
+        driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
+    return !isInstalled;
+}
+
 void AppcastEngine::prepare() {
     driver_->showDownloadDidStartExtractingUpdate();
     const AppcastEntry& entry = session_->entry;
     session_->download.release()->deleteLater(); // it is telling
+    session_->staging = copy_.makeStagingFolder();
+    if (!session_->staging) {
+        fail(fileError(SparkleCode::installationWriteNoPermission, copy_.folder(), errno));
+        return;
+    }
     session_->preparation = std::make_unique<QProcess>();
     QProcess& preparation = *session_->preparation;
     connect(&preparation, &QProcess::readyReadStandardOutput, this, &AppcastEngine::readPreparation);
@@ -206,8 +251,10 @@ void AppcastEngine::prepare() {
     QStringList arguments;
     for (const std::string& argument :
          {copy_.downloadPath(entry.signature), setup_.publicKey, entry.signature, entry.item.displayVersionString,
-          entry.item.versionString, setup_.build, copy_.program()})
+          entry.item.versionString, setup_.build, copy_.program(), session_->staging.copy()})
         arguments << QString::fromStdString(argument);
+    // It works on for a moment where this program is killed: the folder stays locked for as long.
+    preparation.setChildProcessModifier([lock = session_->staging.lock()] { ::fcntl(lock, F_SETFD, 0); });
     preparation.start(QString::fromStdString(preparer_), arguments);
 }
 
@@ -231,16 +278,19 @@ void AppcastEngine::prepared() {
         fail(*error);
         return;
     }
-    session_->staged = std::get<std::string>(outcome);
     driver_->showReadyToInstallAndRelaunch(replyTo([this] { install(); }));
 }
 
 void AppcastEngine::install() {
-    if (const auto reason = copy_.exchangeWith(session_->staged)) {
-        fail(sparkleError(SparkleCode::fileCopyFailure, *reason));
-        return;
+    if (!session_->isInstalled) {
+        const AppcastItem& item = session_->entry.item;
+        if (const auto error = copy_.exchangeWith(session_->staging, item.versionString, item.displayVersionString)) {
+            fail(*error);
+            return;
+        }
+        session_->isInstalled = true;
     }
-    session_->staged.clear();
+    setup_.remember(handedOverByKey, fmt::format("{} {}", ::getpid(), copy_.program()));
     driver_->showInstallingUpdate(false, [] {});
     setup_.relaunch(copy_.program());
 }
@@ -267,12 +317,11 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
     if (ended->preparation) {
         ended->preparation->disconnect(this);
         ended->preparation->kill();
+        ended->preparation->waitForFinished();
         ended->preparation.release()->deleteLater();
     }
-    if (!ended->staged.empty()) {
-        std::error_code ignored;
-        std::filesystem::remove_all(ended->staged, ignored);
-    }
+    if (!ended->isInstalled)
+        ended->staging.remove();
     setup_.remember(nextCheckKey,
                     fmt::format("{:.0f}", nextAutomaticCheck(setup_.now(), true, error.has_value(), share_())));
     planCheck();
@@ -306,7 +355,8 @@ void AppcastEngine::windowWasSeen() {
     if (std::exchange(windowWasSeen_, true))
         return;
     // This copy has started: nobody needs the one before it any more.
-    copy_.removePrevious();
+    startSucceeded();
+    copy_.cleanUp(setup_.build);
     planCheck();
 }
 

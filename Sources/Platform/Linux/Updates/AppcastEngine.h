@@ -31,6 +31,7 @@ public:
     std::string currentBuild() const override { return setup_.build; }
     int compareVersion(const std::string& version, const std::string& other) const override;
     bool canInstallUpdates() const override { return wasMadeByArchive_; }
+    bool settlesHandOver() const override;
     std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
     bool canCheckForUpdates() const override { return driver_ != nullptr && !session_; }
     void checkForUpdates() override;
@@ -51,13 +52,19 @@ private:
         std::unique_ptr<QProcess> preparation;
         /// The last thing it said.
         std::string outcome;
-        std::string staged;
+        /// Hold the copy, and what is being made of its successor, against other instances.
+        Descriptor copyLock;
+        UpdateFolder staging;
+        /// Another instance has put the release in the copy's place already.
+        bool isInstalled = false;
     };
 
     void begin(UpdateCheck check);
     void answered(FeedRequest::Result result);
     void offer(AppcastEntry entry);
     void download();
+    /// Gets hold of the copy and sees whether it can be replaced; false when the session has gone another way.
+    bool takeCopy();
     void prepare();
     void prepared();
     void install();

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <QTimer>
@@ -20,14 +19,33 @@ constexpr int pauseMilliseconds = 500;
 constexpr int partialContent = 206;
 constexpr int rangeNotSatisfiable = 416;
 
-/// Opens the file for this user alone; none when something else than a plain file of the user's own lies there.
+/// Opens the file for this user alone. None, with errno, when it cannot be or something else than a plain file of the
+/// user's own lies there.
 Descriptor openPrivately(const std::string& path) {
     Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
     struct stat status = {};
-    if (!file || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != ::geteuid() ||
-        status.st_nlink != 1 || ::fchmod(file.number(), 0600) != 0)
-        return Descriptor();
-    return file;
+    if (!file || ::fstat(file.number(), &status) != 0)
+        return {};
+    if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink != 1) {
+        errno = EEXIST;
+        return {};
+    }
+    return ::fchmod(file.number(), 0600) == 0 ? std::move(file) : Descriptor();
+}
+
+/// A write that the disk has no more room for is a short one first.
+bool writeAt(int file, const char* bytes, std::size_t size, std::uint64_t place) {
+    while (size > 0) {
+        const ssize_t written = ::pwrite(file, bytes, size, static_cast<off_t>(place));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+        place += static_cast<std::uint64_t>(written);
+    }
+    return true;
 }
 
 } // namespace
@@ -66,8 +84,7 @@ void ArchiveDownload::start() {
             return;
         file_ = openPrivately(path_);
         if (!file_) {
-            finish(sparkleError(SparkleCode::installationWriteNoPermission,
-                                fmt::format("{}: {}", path_, std::strerror(errno))));
+            finish(fileError(SparkleCode::installationWriteNoPermission, path_, errno));
             return;
         }
         const off_t size = ::lseek(file_.number(), 0, SEEK_END);
@@ -144,9 +161,12 @@ void ArchiveDownload::read() {
             refuse("the server sends more than was announced");
             return;
         }
-        if (::pwrite(file_.number(), block.data(), static_cast<std::size_t>(size), static_cast<off_t>(received_)) !=
-            size) {
-            finish(sparkleError(SparkleCode::temporaryDirectory, fmt::format("{}: {}", path_, std::strerror(errno))));
+        if (!writeAt(file_.number(), block.data(), static_cast<std::size_t>(size), received_)) {
+            const UpdateError error = fileError(SparkleCode::temporaryDirectory, path_, errno);
+            // What came takes room that is needed.
+            ::unlink(path_.c_str());
+            file_ = {};
+            finish(error);
             return;
         }
         received_ += static_cast<std::uint64_t>(size);
@@ -186,7 +206,7 @@ void ArchiveDownload::stop() {
 bool ArchiveDownload::startOver() {
     received_ = 0;
     if (::ftruncate(file_.number(), 0) != 0) {
-        finish(sparkleError(SparkleCode::temporaryDirectory, fmt::format("{}: {}", path_, std::strerror(errno))));
+        finish(fileError(SparkleCode::temporaryDirectory, path_, errno));
         return false;
     }
     listener_.startedOver();

@@ -6,7 +6,6 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <memory>
@@ -44,11 +43,18 @@ std::optional<std::vector<std::string>> namesIn(std::string_view path) {
     return names;
 }
 
+/// The user's own mask is about what the user makes.
+bool makeFolder(int parent, const char* name) {
+    if (::mkdirat(parent, name, 0755) != 0)
+        return errno == EEXIST;
+    return ::fchmodat(parent, name, 0755, 0) == 0;
+}
+
 /// Opens the folder that a path's names but the last lead to, making those that are missing; never over a link.
 Descriptor folderFor(int top, const std::vector<std::string>& names) {
     Descriptor folder(::openat(top, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (std::size_t i = 0; folder && i + 1 < names.size(); ++i) {
-        if (::mkdirat(folder.number(), names[i].c_str(), 0755) != 0 && errno != EEXIST)
+        if (!makeFolder(folder.number(), names[i].c_str()))
             return Descriptor(-1);
         folder =
             Descriptor(::openat(folder.number(), names[i].c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -69,8 +75,12 @@ bool writeAll(int file, const char* bytes, std::size_t size) {
     return true;
 }
 
-std::string systemFault(const std::string& what) {
-    return fmt::format("{}: {}", what, std::strerror(errno));
+UnpackFault systemFault(const std::string& what) {
+    return {.text = what, .systemError = errno};
+}
+
+UnpackFault archiveFault(std::string text) {
+    return {.text = std::move(text), .systemError = 0};
 }
 
 /// The library does not always say what is wrong.
@@ -85,57 +95,56 @@ public:
     Unpacking(archive* reader, int top, const UnpackLimits& limits) : reader_(reader), top_(top), limits_(limits) {}
 
     /// What is wrong with it, or nothing once it lies in its place.
-    std::optional<std::string> take(archive_entry* entry, const std::function<bool()>& goesOn) {
+    std::optional<UnpackFault> take(archive_entry* entry, const std::function<bool()>& goesOn) {
         const char* const path = archive_entry_pathname(entry);
         if (++entries_ > limits_.entries)
-            return "the archive has too many entries";
+            return archiveFault("the archive has too many entries");
         if (path == nullptr)
-            return "an entry has no name";
+            return archiveFault("an entry has no name");
         auto names = namesIn(path);
         if (!names)
-            return fmt::format("the path '{}' leaves its folder", path);
+            return archiveFault(fmt::format("the path '{}' leaves its folder", path));
         if (!names->empty()) {
             if (!topName_.empty() && topName_ != names->front())
-                return "not everything lies in one folder";
+                return archiveFault("not everything lies in one folder");
             topName_ = names->front();
             names->erase(names->begin());
         }
         const auto type = archive_entry_filetype(entry);
         const bool isFolder = type == AE_IFDIR;
         if ((!isFolder && type != AE_IFREG) || archive_entry_hardlink(entry) != nullptr)
-            return fmt::format("'{}' is neither a folder nor a plain file", path);
+            return archiveFault(fmt::format("'{}' is neither a folder nor a plain file", path));
         if (names->empty())
-            return isFolder ? std::nullopt : std::optional<std::string>("a file lies beside the folder");
+            return isFolder ? std::nullopt : std::optional(archiveFault("a file lies beside the folder"));
         const Descriptor folder = folderFor(top_, *names);
         if (!folder)
             return systemFault(path);
         if (isFolder)
-            return ::mkdirat(folder.number(), names->back().c_str(), 0755) == 0 || errno == EEXIST
-                       ? std::nullopt
-                       : std::optional(systemFault(path));
+            return makeFolder(folder.number(), names->back().c_str()) ? std::nullopt : std::optional(systemFault(path));
         const bool isProgram = (archive_entry_perm(entry) & 0100) != 0;
+        const mode_t mode = isProgram ? 0755 : 0644;
         const Descriptor file(::openat(folder.number(), names->back().c_str(),
-                                       O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, isProgram ? 0755 : 0644));
-        if (!file)
+                                       O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+        if (!file || ::fchmod(file.number(), mode) != 0)
             return systemFault(path);
         return copyInto(file.number(), path, goesOn);
     }
 
 private:
-    std::optional<std::string> copyInto(int file, const char* path, const std::function<bool()>& goesOn) {
+    std::optional<UnpackFault> copyInto(int file, const char* path, const std::function<bool()>& goesOn) {
         for (;;) {
             const la_ssize_t size = archive_read_data(reader_, block_.data(), block_.size());
             if (size == 0)
                 return std::nullopt;
             if (size < 0)
-                return fmt::format("'{}' is damaged: {}", path, libraryFault(reader_));
+                return archiveFault(fmt::format("'{}' is damaged: {}", path, libraryFault(reader_)));
             bytes_ += static_cast<std::uint64_t>(size);
             if (bytes_ > limits_.bytes)
-                return "the archive holds too much";
+                return archiveFault("the archive holds too much");
             if (!writeAll(file, block_.data(), static_cast<std::size_t>(size)))
                 return systemFault(path);
             if (!goesOn())
-                return "stopped";
+                return archiveFault("stopped");
         }
     }
 
@@ -150,7 +159,7 @@ private:
 
 } // namespace
 
-std::optional<std::string> unpackArchive(int file, const std::string& folder,
+std::optional<UnpackFault> unpackArchive(int file, const std::string& folder,
                                          const std::function<bool(double share)>& progress, UnpackLimits limits) {
     const Descriptor top(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status = {};
@@ -162,7 +171,7 @@ std::optional<std::string> unpackArchive(int file, const std::string& folder,
     archive_read_support_filter_xz(reader.get());
     archive_read_support_filter_zstd(reader.get());
     if (archive_read_open_fd(reader.get(), file, blockBytes) != ARCHIVE_OK)
-        return fmt::format("not an archive: {}", libraryFault(reader.get()));
+        return archiveFault(fmt::format("not an archive: {}", libraryFault(reader.get())));
 
     const auto total = static_cast<double>(std::max<off_t>(status.st_size, 1));
     const auto goesOn = [&] {
@@ -175,13 +184,10 @@ std::optional<std::string> unpackArchive(int file, const std::string& folder,
         if (result == ARCHIVE_EOF)
             break;
         if (result != ARCHIVE_OK)
-            return fmt::format("the archive is damaged: {}", libraryFault(reader.get()));
+            return archiveFault(fmt::format("the archive is damaged: {}", libraryFault(reader.get())));
         if (auto fault = unpacking.take(entry, goesOn))
             return fault;
     }
-    // What takes the place of a working copy has to be on the disk before it does.
-    if (::syncfs(top.number()) != 0)
-        return systemFault(folder);
     return std::nullopt;
 }
 

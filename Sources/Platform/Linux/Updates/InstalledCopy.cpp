@@ -1,5 +1,8 @@
 #include "Platform/Linux/Updates/InstalledCopy.h"
 
+#include "Model/VersionOrder.h"
+#include "Platform/Linux/Updates/UpdateErrors.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +16,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,8 +29,18 @@ namespace fs = std::filesystem;
 constexpr const char* manifestPath = "share/vantoro/manifest.json";
 constexpr std::size_t mostFiles = 20'000;
 
-std::string systemFault(const std::string& what) {
-    return fmt::format("{}: {}", what, std::strerror(errno));
+/// A plain file of this user's, as downloads are.
+bool isOwnFile(const std::string& path) {
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid();
+}
+
+UpdateError wrongRelease(std::string why) {
+    return sparkleError(SparkleCode::validation, std::move(why));
+}
+
+bool exchange(const std::string& one, const std::string& other) {
+    return ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0;
 }
 
 bool mayBeWritten(const std::string& folder) {
@@ -51,9 +65,13 @@ std::optional<CopyManifest> parseManifest(const std::string& json) {
     return manifest;
 }
 
-std::optional<CopyManifest> manifestOfWholeCopy(const std::string& folder) {
+std::optional<CopyManifest> manifestIn(const std::string& folder) {
     std::ifstream file(folder + "/" + manifestPath);
-    auto manifest = parseManifest(std::string(std::istreambuf_iterator<char>(file), {}));
+    return parseManifest(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+std::optional<CopyManifest> manifestOfWholeCopy(const std::string& folder) {
+    auto manifest = manifestIn(folder);
     if (!manifest)
         return std::nullopt;
     std::set<std::string> missing(manifest->files.begin(), manifest->files.end());
@@ -87,6 +105,8 @@ std::optional<std::string> InstalledCopy::reasonToStay() const {
         return fmt::format("{} was not made by an archive, or holds other files too", folder_);
     if (!mayBeWritten(folder_) || !mayBeWritten(parent_))
         return fmt::format("{} may not be replaced by this user", folder_);
+    if (UpdateFolder::isMarked(parent_))
+        return fmt::format("{} has been replaced already", folder_);
     return std::nullopt;
 }
 
@@ -103,47 +123,91 @@ std::string InstalledCopy::downloadPath(const std::string& signature) const {
     return hidden(fmt::format("{:016x}.download", std::hash<std::string>()(signature)));
 }
 
-std::string InstalledCopy::makeStagingFolder() const {
-    std::string path = hidden("update-XXXXXX");
-    return ::mkdtemp(path.data()) != nullptr ? path : std::string();
+std::variant<Descriptor, UpdateError> InstalledCopy::lock() const {
+    Descriptor folder(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || ::flock(folder.number(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK)
+            return sparkleError(SparkleCode::installation, folder_ + " is being updated by another Vantoro");
+        return fileError(SparkleCode::installationWriteNoPermission, folder_, errno);
+    }
+    if (!isLockedBy(folder))
+        return sparkleError(SparkleCode::installation, folder_ + " has just been replaced");
+    return folder;
 }
 
-std::optional<std::string> InstalledCopy::exchangeWith(const std::string& staged) const {
-    // What mkdtemp made is open to this user alone; the copy is open to whom the old one was.
-    struct stat status = {};
-    if (::stat(folder_.c_str(), &status) != 0 || ::chmod(staged.c_str(), status.st_mode & 0777) != 0)
-        return systemFault(folder_);
-    std::error_code ignored;
-    fs::remove_all(hidden("previous"), ignored);
-    if (::renameat2(AT_FDCWD, staged.c_str(), AT_FDCWD, folder_.c_str(), RENAME_EXCHANGE) != 0)
-        return systemFault(folder_);
-    // A failure leaves the old copy under the staging name, which is removed alike.
-    (void)std::rename(staged.c_str(), hidden("previous").c_str());
+bool InstalledCopy::isLockedBy(const Descriptor& folder) const {
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(folder.number(), &opened) == 0 && ::stat(folder_.c_str(), &named) == 0 &&
+           opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
+}
+
+UpdateFolder InstalledCopy::makeStagingFolder() const {
+    return UpdateFolder::make(parent_, name_);
+}
+
+std::optional<UpdateError> InstalledCopy::exchangeWith(UpdateFolder& staging, const std::string& build,
+                                                       const std::string& version) const {
+    const auto staged = manifestOfWholeCopy(staging.copy());
+    if (!staged || staged->build != build)
+        return wrongRelease(staging.copy() + " is not the release that was unpacked there");
+    if (::faccessat(AT_FDCWD, (staging.copy() + "/bin/" + programName_).c_str(), X_OK, AT_EACCESS) != 0)
+        return wrongRelease(staging.copy() + " has no program");
+    if (const auto reason = reasonToStay())
+        return sparkleError(SparkleCode::installationWriteNoPermission, *reason);
+    const auto installed = manifestIn(folder_);
+    if (!installed || compareVersions(build, installed->build) <= 0)
+        return wrongRelease(fmt::format("{} is not older than build {}", folder_, build));
+    if (!staging.lockCopy())
+        return fileError(SparkleCode::fileCopyFailure, staging.copy(), errno);
+    staging.takeKnownName(parent_);
+    if (!staging.setRecord({.copy = name_, .from = installed->build, .to = build, .version = version}))
+        return fileError(SparkleCode::fileCopyFailure, staging.path(), errno);
+    if (!exchange(staging.copy(), folder_))
+        return fileError(SparkleCode::fileCopyFailure, folder_, errno);
+    // What was saved into the copy since it was looked at last must not go with the old copy.
+    if (!manifestOfWholeCopy(staging.copy()) && exchange(staging.copy(), folder_))
+        return sparkleError(SparkleCode::installationWriteNoPermission,
+                            folder_ + " has got other files while it was replaced");
+    const Descriptor parent(::open(parent_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (parent)
+        ::fsync(parent.number());
     return std::nullopt;
 }
 
-void InstalledCopy::removePrevious() const {
-    if (name_.empty())
+std::vector<UpdateFolder> InstalledCopy::idleFolders() const {
+    std::vector<UpdateFolder> folders;
+    if (!name_.empty())
+        for (const std::string& path : UpdateFolder::namedLikeOne(parent_, name_))
+            if (auto folder = UpdateFolder::open(path, name_))
+                folders.push_back(std::move(folder));
+    return folders;
+}
+
+void InstalledCopy::cleanUp(const std::string& build) const {
+    const auto installed = manifestIn(folder_);
+    if (!installed)
         return;
-    std::error_code ignored;
-    fs::remove_all(hidden("previous"), ignored);
-    removeSiblings("update-", "");
+    for (UpdateFolder& folder : idleFolders()) {
+        const bool isOnTrial = folder.record().to == installed->build;
+        if (!isOnTrial || build == installed->build)
+            folder.remove();
+    }
 }
 
 void InstalledCopy::removeDownloadsBut(const std::string& path) const {
-    removeSiblings(".download", path);
-}
-
-void InstalledCopy::removeSiblings(const std::string& ending, const std::string& kept) const {
-    if (name_.empty())
-        return;
+    constexpr std::string_view ending = ".download";
+    constexpr std::size_t digits = 16;
     const std::string beginning = "." + name_ + ".";
-    std::error_code ignored;
-    for (fs::directory_iterator entry(parent_, ignored), end; !ignored && entry != end; entry.increment(ignored)) {
+    std::error_code fault;
+    for (fs::directory_iterator entry(parent_, fault), end; !fault && entry != end; entry.increment(fault)) {
         const std::string name = entry->path().filename();
-        if (name.starts_with(beginning) && name.find(ending, beginning.size()) != std::string::npos &&
-            entry->path() != kept)
-            fs::remove_all(entry->path(), ignored);
+        if (name.size() != beginning.size() + digits + ending.size() || !name.starts_with(beginning) ||
+            !name.ends_with(ending) ||
+            name.find_first_not_of("0123456789abcdef", beginning.size()) != beginning.size() + digits)
+            continue;
+        if (entry->path() != path && isOwnFile(entry->path()))
+            ::unlink(entry->path().c_str());
     }
 }
 

@@ -1,8 +1,12 @@
 // The copy of the program that runs: a folder that an archive made, and what may be done with it.
 #pragma once
 
+#include "Platform/Linux/Updates/UpdateFolder.h"
+#include "Platform/UpdateEngine.h"
+
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace vantoro {
@@ -22,6 +26,9 @@ std::optional<CopyManifest> parseManifest(const std::string& json);
 
 /// What lies in the folder, its manifest apart, is exactly what the manifest names. Nothing where it has none.
 std::optional<CopyManifest> manifestOfWholeCopy(const std::string& folder);
+
+/// What the folder's manifest says, whatever else lies there; nothing where it has none.
+std::optional<CopyManifest> manifestIn(const std::string& folder);
 
 /// The folder whose bin/ the program lies in, and the names beside it that an update uses. All of them begin with a
 /// dot.
@@ -43,20 +50,26 @@ public:
 
     /// A file for the archive with that signature, so that another archive never goes on where this one stopped.
     std::string downloadPath(const std::string& signature) const;
-    /// A new, empty folder beside the copy that only this user may enter; empty on failure.
-    std::string makeStagingFolder() const;
-    /// Puts the staged folder in the copy's place in one step (renameat2); the old copy is then what `removePrevious`
-    /// removes. What went wrong, or nothing; the copy is then as it was.
-    std::optional<std::string> exchangeWith(const std::string& staged) const;
-    /// Removes the copy that this one took the place of, and what attempts that came to nothing have left, but for a
-    /// download that can go on.
-    void removePrevious() const;
+    /// Holds this copy for one update: for as long as the descriptor, or a duplicate, is open, nobody else gets it.
+    std::variant<Descriptor, UpdateError> lock() const;
+    /// A new folder beside the copy for an update to work in; none on failure, errno then says why.
+    UpdateFolder makeStagingFolder() const;
+    /// Puts the copy in the staging folder, which has to be whole, of that build and newer than the installed one, in
+    /// this copy's place in one step (renameat2), and the old one where it lay, for `cleanUp` to remove. What went
+    /// wrong, or nothing; the copy is then as it was, with everything that was saved into it.
+    std::optional<UpdateError> exchangeWith(UpdateFolder& staging, const std::string& build,
+                                            const std::string& version) const;
+    /// Removes what updates that are over have left beside the copy, but for a download that can go on: never what
+    /// another process works with, and the old copy only once its successor, `build`, asks for it.
+    void cleanUp(const std::string& build) const;
+    /// The folders of updates beside this copy that nobody works with, locked.
+    std::vector<UpdateFolder> idleFolders() const;
     /// Downloads of other releases.
     void removeDownloadsBut(const std::string& path) const;
 
 private:
     std::string hidden(const std::string& ending) const;
-    void removeSiblings(const std::string& ending, const std::string& kept) const;
+    bool isLockedBy(const Descriptor& folder) const;
 
     std::string programName_;
     std::string folder_;

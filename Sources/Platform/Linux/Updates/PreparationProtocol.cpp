@@ -42,6 +42,8 @@ PreparationOutcome parsePreparationOutcome(const std::string& line) {
     const std::string rest = afterWord(line, "error").value_or("");
     const std::size_t end = std::min(rest.find(' '), rest.size());
     const auto code = parseInt32(rest.substr(0, end));
+    if (code == OwnCode::diskFull)
+        return ownError(*code, rest.substr(end));
     return sparkleError(code.value_or(SparkleCode::unarchiving),
                         code ? rest.substr(end) : "the archive could not be prepared: " + line);
 }

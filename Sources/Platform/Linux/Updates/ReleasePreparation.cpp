@@ -3,11 +3,14 @@
 #include "Model/VersionOrder.h"
 #include "Platform/Linux/Updates/ArchiveSignature.h"
 #include "Platform/Linux/Updates/ArchiveUnpacker.h"
+#include "Platform/Linux/Updates/CopyRights.h"
 #include "Platform/Linux/Updates/UpdateErrors.h"
 
-#include <filesystem>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <QProcess>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vantoro {
 
@@ -15,24 +18,11 @@ namespace {
 
 constexpr int trialMilliseconds = 20'000;
 
-/// Removed with everything in it, unless it is kept.
-class StagingFolder {
-public:
-    explicit StagingFolder(std::string path) : path_(std::move(path)) {}
-    ~StagingFolder() {
-        std::error_code ignored;
-        if (!path_.empty())
-            std::filesystem::remove_all(path_, ignored);
-    }
-    StagingFolder(const StagingFolder&) = delete;
-    StagingFolder& operator=(const StagingFolder&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string keep() { return std::exchange(path_, {}); }
-
-private:
-    std::string path_;
-};
+/// The whole of what is written to the disk that the folder lies on.
+bool writeOut(const std::string& folder) {
+    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return descriptor && ::syncfs(descriptor.number()) == 0;
+}
 
 /// What is wrong with the unpacked release, or nothing.
 std::optional<std::string> faultIn(const std::string& folder, const ExpectedRelease& expected) {
@@ -62,22 +52,27 @@ bool saysItsVersion(const std::string& program, const std::string& version) {
 
 } // namespace
 
-std::variant<std::string, UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
-                                                      const InstalledCopy& copy,
-                                                      const std::function<bool(double share)>& progress) {
+std::optional<UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
+                                          const InstalledCopy& copy, const std::string& folder,
+                                          const std::function<bool(double share)>& progress) {
     if (!isSignedBy(expected.publicKey, expected.signature, archive.number()))
         return sparkleError(SparkleCode::signature, "the archive's signature does not match");
-    StagingFolder staging(copy.makeStagingFolder());
-    if (staging.path().empty())
-        return sparkleError(SparkleCode::installationWriteNoPermission, "no folder can be made beside the copy");
-    if (const auto fault = unpackArchive(archive.number(), staging.path(), progress))
-        return sparkleError(SparkleCode::unarchiving, *fault);
-    if (const auto fault = faultIn(staging.path(), expected))
+    if (::mkdir(folder.c_str(), 0700) != 0)
+        return fileError(SparkleCode::installationWriteNoPermission, folder, errno);
+    if (const auto fault = unpackArchive(archive.number(), folder, progress))
+        return fault->systemError == 0 ? sparkleError(SparkleCode::unarchiving, fault->text)
+                                       : fileError(SparkleCode::unarchiving, fault->text, fault->systemError);
+    if (const auto fault = faultIn(folder, expected))
         return sparkleError(SparkleCode::validation, *fault);
-    const std::string program = staging.path() + copy.program().substr(copy.folder().size());
+    if (const auto path = takeRightsOver(folder, copy.folder()))
+        return fileError(SparkleCode::installationWriteNoPermission, *path, errno);
+    // What takes the place of a working copy has to be on the disk before it does.
+    if (!writeOut(folder))
+        return fileError(SparkleCode::unarchiving, folder, errno);
+    const std::string program = folder + copy.program().substr(copy.folder().size());
     if (!saysItsVersion(program, expected.version))
         return sparkleError(SparkleCode::installation, "the new version does not run here");
-    return staging.keep();
+    return std::nullopt;
 }
 
 } // namespace vantoro
