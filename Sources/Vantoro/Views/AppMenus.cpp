@@ -34,6 +34,7 @@ QAction::MenuRole menuRole(AppMenuItem::Role role) {
 AppMenus::AppMenus() : bar_(std::make_unique<QMenuBar>()) {
     for (const AppMenu& menu : appMenus(hasActiveWindow())) {
         QMenu* const shown = bar_->addMenu(menu.title); // owned by Qt as a child, like its actions
+        connect(shown, &QMenu::aboutToShow, this, &AppMenus::refresh);
         for (const AppMenuItem& item : menu.items) {
             if (item.startsGroup)
                 shown->addSeparator();
@@ -45,6 +46,7 @@ AppMenus::AppMenus() : bar_(std::make_unique<QMenuBar>()) {
             actions_.push_back(action);
         }
     }
+    // For the items' keys, which work while no menu is open.
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &AppMenus::refresh);
 }
 
