@@ -2,6 +2,7 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
+#include "Model/SystemKind.h"
 #include "Platform/AppIdentity.h"
 #include "Platform/DataSourceNames.h"
 #include "Platform/EnergyReport.h"
@@ -35,6 +36,7 @@ struct Platform {
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;
     DataSourceNames sources;
+    SystemKind system = SystemKind::macos;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;
 };

@@ -26,10 +26,10 @@ UnixSeconds secondsSinceEpoch() {
 
 int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
     RecordingWriter writer;
-    RecordingWriter::Failure failure =
-        writer.open(line.recordFile, {.machine = hub.machineName(), .created = utcText(secondsSinceEpoch())});
+    RecordingWriter::Failure failure = writer.open(line.recordFile, hub.recordingHeader(secondsSinceEpoch()));
     const auto takeOne = [&] {
         Snapshot snapshot = hub.measure(secondsSinceEpoch());
+        hub.addSingleReadings(snapshot);
         History::keepBusiest(snapshot.processes);
         failure = writer.append(snapshot);
         if (failure)

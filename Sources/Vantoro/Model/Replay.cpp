@@ -9,7 +9,7 @@ namespace vantoro {
 Replay::Replay(SensorHub& hub, const std::string& path) : hub_(hub), result_(readRecording(path, [](Snapshot&&) {})) {
     if (result_.error)
         return;
-    hub_.beginReplay(result_.header.machine);
+    hub_.beginReplay(result_.header.machine, result_.header.processors);
     reader_.emplace(path);
     next_ = reader_->next();
     timer_.setSingleShot(true);
