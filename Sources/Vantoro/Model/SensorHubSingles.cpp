@@ -97,7 +97,7 @@ bool SensorHub::hasGPUSensors() const {
 }
 
 double SensorHub::coreCeilingMHz(bool isPerformance) const {
-    if (!sources_.cores)
+    if (!sources_.cores || recordedCores_)
         return 0;
     return coreCeilings_.of(isPerformance,
                             isPerformance ? sources_.cores->maxPerformanceMHz() : sources_.cores->maxEfficiencyMHz());
