@@ -141,7 +141,7 @@ TEST(CoresViewTests, ReadsSingleSensorsOnlyWhileItIsSeen) {
     EXPECT_EQ(stage.hub.dieSensors().size(), 38U) << "what nobody looks at is not read";
 }
 
-TEST(CoresViewTests, LeavesTheGraphicsPanelOutOnlyWhereThereAreNoSuchSensors) {
+TEST(CoresViewTests, LeavesPanelsOutOnlyWhereThereAreNoSuchSensors) {
     Stage stage;
     stage.play("calm.jsonl");
     CoresView view(stage.context);
@@ -156,6 +156,11 @@ TEST(CoresViewTests, LeavesTheGraphicsPanelOutOnlyWhereThereAreNoSuchSensors) {
     stage.sensors->hasGPU = false;
     stage.hub.publish(true);
     EXPECT_EQ(shownPanels(), 2);
+    stage.sensors->dieCount = 0;
+    stage.hub.publish(true);
+    EXPECT_EQ(shownPanels(), 1);
+    if (const char* const folder = std::getenv("VANTORO_PICTURES"))
+        stage.picture(view, {1040, 778}).save(QString("%1/cores-none.png").arg(folder));
 }
 
 TEST(CoresViewTests, MetersGlideOnTheSameTilesAndStepWhenSampledFast) {
