@@ -2,6 +2,7 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
+#include "Model/SystemKind.h"
 #include "Platform/Activity.h"
 #include "Platform/AppIdentity.h"
 #include "Platform/DataSourceNames.h"
@@ -39,6 +40,7 @@ struct Platform {
     /// Null where the system leaves the timers of hidden programs alone.
     std::shared_ptr<Activity> activity;
     DataSourceNames sources;
+    SystemKind system = SystemKind::macos;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;
     /// Every program has menus at the top of the screen, and can be brought to the front while it has no window.

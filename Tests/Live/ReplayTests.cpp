@@ -60,6 +60,26 @@ TEST_F(ReplayTest, KeepsTheRecordedPaceAndTheHubStaysOutOfIt) {
     EXPECT_TRUE(killed.empty()) << "the recorded number is another process's by now";
 }
 
+TEST_F(ReplayTest, CoresAndSingleSensorsAreThoseOfTheRecording) {
+    hub.beginReplay("Another Mac", RecordedProcessors{.performance = 6, .efficiency = 2});
+    hub.accept({.timestamp = 1});
+    EXPECT_TRUE(hub.lacksSingleSensors());
+    EXPECT_FALSE(hub.coresAreMeasured());
+    EXPECT_EQ(hub.processors(), (RecordedProcessors{.performance = 6, .efficiency = 2}));
+    Snapshot snapshot{.timestamp = 2};
+    snapshot.cores = {{{false, 10, 900}, {true, 50, 3000}, {true, 60, 0}}};
+    snapshot.dieSensors = {{70, 50}};
+    snapshot.gpuSensors.emplace();
+    hub.accept(snapshot);
+    EXPECT_EQ(hub.cores(), (std::vector<Core>{{0, false, 0.1, 900, 0}, {1, true, 0.5, 3000, 0}, {2, true, 0.6, 0, 1}}));
+    EXPECT_EQ(hub.dieSensors(), (std::vector<double>{50, 70}));
+    EXPECT_TRUE(hub.hasDieSensors() && !hub.hasGPUSensors() && !hub.lacksSingleSensors());
+    EXPECT_FALSE(hub.history().snapshots().back().cores) << "they are of the moment";
+    EXPECT_EQ(hub.processors(), (RecordedProcessors{.performance = 2, .efficiency = 1}));
+    hub.accept({.timestamp = 3});
+    EXPECT_TRUE(hub.cores().empty() && hub.dieSensors().empty());
+}
+
 TEST_F(ReplayTest, RefusesTheWholeOfABadRecordingBeforeItBegins) {
     const Replay replay(hub, record({R"({"timestamp":1000})", R"({"timestamp":999})"}));
     ASSERT_TRUE(replay.error().has_value());

@@ -25,7 +25,13 @@ public:
     std::vector<FanReading> readFans() override { return fans; }
     Temperatures readTemperatures() override { return {.soc = soc}; }
     PowerReading readPower() override { return {.systemWatts = 20, .gpuWatts = 99}; }
-    std::vector<double> readDieSensors() override { return dies; }
+    std::vector<double> readDieSensors() override {
+        ++dieReads;
+        return dies;
+    }
+    std::vector<double> latestDieSensors() const override { return dies; }
+    std::optional<std::size_t> dieSensorCount() const override { return dieCount; }
+    double maxPerformanceMHz() const override { return announcedMHz; }
     std::vector<double> readGPUSensors() override { return gpus; }
     void sample() override {}
     const std::vector<Core>& cores() const override { return coreList; }
@@ -36,6 +42,9 @@ public:
     double soc = 50;
     std::vector<FanReading> fans{{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
     std::vector<double> dies;
+    std::optional<std::size_t> dieCount;
+    int dieReads = 0;
+    double announcedMHz = 4000;
     std::vector<double> gpus;
     std::vector<Core> coreList{{.index = 0}};
 };
@@ -128,6 +137,61 @@ TEST_F(SensorHubTest, SingleSensorsAreReadForThePaneOnlyAndAPartialReadingKeepsT
     subject.setCoresPaneVisible(true);
     EXPECT_EQ(readWith(dies, gpus), std::pair(dies, gpus));
     EXPECT_EQ(readWith(std::vector<double>(7, 10), std::vector<double>(3, 10)), std::pair(dies, gpus));
+}
+
+TEST_F(SensorHubTest, AFewSensorsAreShownWhereThereAreNoMore) {
+    SensorHub& subject = makeHub();
+    subject.setCoresPaneVisible(true);
+    const auto shownOf = [&](std::size_t known, std::vector<double> dies) {
+        sensors->dieCount = known;
+        sensors->dies = std::move(dies);
+        subject.tick();
+        return subject.dieSensors();
+    };
+    EXPECT_EQ(shownOf(1, {50}), std::vector<double>{50});
+    EXPECT_EQ(shownOf(7, {50, 51, 52, 53}).size(), 4U);
+    EXPECT_EQ(shownOf(7, {50, 51, 52}).size(), 4U) << "a partial reading";
+    for (int i = 0; i < 4; ++i)
+        shownOf(7, {50, 51, 52});
+    EXPECT_EQ(subject.dieSensors().size(), 3U) << "what is always missing is not waited for";
+    EXPECT_FALSE(subject.dieSensorsAreSilent());
+    for (int i = 0; i < 5; ++i)
+        shownOf(7, {});
+    EXPECT_TRUE(subject.dieSensorsAreSilent());
+    EXPECT_TRUE(subject.hasDieSensors());
+    sensors->dieCount = 0;
+    EXPECT_FALSE(subject.hasDieSensors());
+}
+
+TEST_F(SensorHubTest, ABoostBeyondWhatIsAnnouncedIsTheNewCeiling) {
+    SensorHub& subject = makeHub();
+    sensors->coreList = {{.isPerformance = true, .megahertz = 3900}};
+    subject.tick();
+    EXPECT_EQ(subject.coreCeilingMHz(true), 4000);
+    sensors->coreList[0].megahertz = 4250;
+    subject.tick();
+    sensors->coreList[0].megahertz = 1000;
+    subject.tick();
+    EXPECT_EQ(subject.coreCeilingMHz(true), 4250);
+    sensors->announcedMHz = 0;
+    EXPECT_EQ(subject.coreCeilingMHz(true), 0) << "what was seen is no limit where none is announced";
+}
+
+TEST_F(SensorHubTest, ARecordingHoldsCoresAndSingleSensorsWithoutReadingThemTwice) {
+    platform.system = SystemKind::gnuLinux;
+    SensorHub& subject = makeHub();
+    sensors->dies = {50, 61};
+    sensors->coreList = {{.isPerformance = true, .busy = 0.25, .megahertz = 3000}, {.index = 1}};
+    EXPECT_EQ(subject.recordingHeader(0).processors, (RecordedProcessors{.performance = 1, .efficiency = 1}));
+    EXPECT_EQ(subject.recordingHeader(0).system, SystemKind::gnuLinux);
+    Snapshot first = subject.measure(1);
+    subject.addSingleReadings(first);
+    EXPECT_FALSE(first.cores) << "loads are known from the second look on";
+    Snapshot second = subject.measure(2);
+    subject.addSingleReadings(second);
+    EXPECT_EQ(second.cores, (std::vector<CoreReading>{{true, 25, 3000}, {}}));
+    EXPECT_EQ(second.dieSensors, sensors->dies);
+    EXPECT_EQ(sensors->dieReads, 0);
 }
 
 TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) {

@@ -39,7 +39,7 @@ void expectRefusals(const std::string& file, const auto& parse) {
 }
 
 TEST(Recording, GivesBackWhatWasWritten) {
-    const Snapshot rich = testing::richSnapshot();
+    const Snapshot rich = testing::richestSnapshot();
     const std::string line = snapshotLine(rich);
     EXPECT_EQ(line.find('\n'), std::string::npos);
     EXPECT_EQ(parsed(line), rich);
@@ -58,6 +58,43 @@ TEST(Recording, WritesOnlyWhatItCanReadBack) {
     tame.cpu = {.userPercent = 100, .systemPercent = 0, .idlePercent = 0};
     tame.processes = {{.identity = ProcessIdentity{.pid = 1, .rawName = "\uFFFDx\uFFFD"}}};
     EXPECT_EQ(parsed(snapshotLine(wild, 9)), tame);
+}
+
+TEST(Recording, WhatCameLaterIsWrittenOnlyWhereItIsKnown) {
+    const std::string old = snapshotLine({.timestamp = 5, .processes = {{.identity = ProcessIdentity{.pid = 1}}}});
+    for (const char* const later :
+         {"cpuWatts", "availableBytes", "stalls", "throttle", "gpuPercent", "cores", "dieSensors", "gpuSensors"})
+        EXPECT_EQ(old.find(later), std::string::npos) << later;
+    Snapshot expected;
+    expected.timestamp = 5;
+    EXPECT_EQ(parsed(R"({"timestamp":5,"stalls":null,"throttle":null,"gpuPercent":null,"cores":null,"dieSensors":null,)"
+                     R"("gpuSensors":null,"power":{"cpuWatts":null},"memory":{"availableBytes":null}})"),
+              expected);
+    expected.throttle = {{ThrottleReason::power}};
+    expected.stalls.memory = 3;
+    expected.cores = {{{.busyPercent = 7}}};
+    EXPECT_EQ(parsed(R"({"throttle":["power","power"],"stalls":{"io":9,"x":{"cpu":1}},"stalls":{"memory":3,"io":null},)"
+                     R"("cores":[{"busyPercent":7,"x":[{"megahertz":1}]}],"timestamp":5})"),
+              expected);
+    expected.cores = {{{.busyPercent = 120}, {.busyPercent = std::nan("")}}};
+    expected.gpuPercent = std::nan("");
+    expected.stalls.memory = -0.25;
+    const Snapshot held = parsed(snapshotLine(expected));
+    EXPECT_EQ(held.cores, (std::vector<CoreReading>{{.busyPercent = 100}, {}}));
+    EXPECT_EQ(held.stalls.memory, 0);
+    EXPECT_FALSE(held.gpuPercent) << "what is no number is not known";
+}
+
+TEST(Recording, OfEndlessListsTheBeginningIsKept) {
+    std::string cores = "{}";
+    std::string sensors = "50";
+    for (int i = 0; i < 5000; ++i) {
+        cores += ",{}";
+        sensors += ",50";
+    }
+    const Snapshot snapshot = parsed(R"({"timestamp":1,"cores":[)" + cores + R"(],"dieSensors":[)" + sensors + "]}");
+    EXPECT_EQ(snapshot.cores->size(), 1024U);
+    EXPECT_EQ(snapshot.dieSensors->size(), 1024U);
 }
 
 TEST(Recording, FieldsMayBeMissingUnknownOrNullWhereAbsent) {
@@ -114,6 +151,18 @@ TEST(Recording, HeaderSaysWhatItIs) {
     EXPECT_EQ(std::get<RecordingHeader>(parser.parseHeader(headerLine(header))), header);
     EXPECT_TRUE(std::holds_alternative<RecordingHeader>(
         parser.parseHeader(R"({"version":1,"new":{"version":3,"format":[]},"format":"vantoro-recording"})")));
+    const RecordingHeader later{.machine = "m",
+                                .created = "c",
+                                .system = SystemKind::gnuLinux,
+                                .processors = RecordedProcessors{.performance = 6, .efficiency = 4}};
+    EXPECT_EQ(std::get<RecordingHeader>(parser.parseHeader(headerLine(later))), later);
+    EXPECT_EQ(std::get<RecordingHeader>(parser.parseHeader(
+                  R"({"processors":{"x":{"efficiency":9},"performance":6,"efficiency":4},"machine":"m","created":"c",)"
+                  R"("performance":7,"system":"linux","format":"vantoro-recording","version":1})")),
+              later);
+    EXPECT_EQ(std::get<RecordingHeader>(
+                  parser.parseHeader(R"({"processors":null,"system":null,"format":"vantoro-recording","version":1})")),
+              RecordingHeader());
 }
 
 } // namespace

@@ -157,6 +157,11 @@ TEST_F(SMCReaderTest, HonestSensorsFallBackOnlyWhenNoneReads) {
     SMCReader reader = make(false, SensorTrust::fewAndHonest);
     EXPECT_EQ(reader.readTemperatures().soc, 61);
     EXPECT_EQ(reader.readDieSensors().size(), 5U);
+    reader.readTemperatures();
+    const int calls = smc->calls;
+    EXPECT_EQ(reader.latestDieSensors().size(), 5U);
+    EXPECT_TRUE(reader.latestGPUSensors().empty());
+    EXPECT_EQ(smc->calls, calls) << "what the temperatures were made of is not read again";
     smc->keys.erase(smc->keys.begin() + 1, smc->keys.end());
     smc->setFloat("Tp00", 55);
     EXPECT_EQ(reader.readTemperatures().soc, 55);

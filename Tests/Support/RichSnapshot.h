@@ -1,4 +1,4 @@
-// A snapshot in which no field has its initial value and the names are as hostile as names can be.
+// Snapshots in which no field has its initial value and the names are as hostile as names can be.
 #pragma once
 
 #include "Model/Telemetry.h"
@@ -9,6 +9,7 @@
 
 namespace vantoro::testing {
 
+/// All that the first recordings held.
 inline Snapshot richSnapshot() {
     Snapshot snapshot;
     snapshot.timestamp = 1772356440.2500001;
@@ -39,6 +40,21 @@ inline Snapshot richSnapshot() {
     hostile.owningAppName = std::nullopt;
     hostile.kind = ProcessKind::helper;
     snapshot.processes.push_back({.identity = hostile, .cpuPercent = 0.7});
+    return snapshot;
+}
+
+/// With what came later.
+inline Snapshot richestSnapshot() {
+    Snapshot snapshot = richSnapshot();
+    snapshot.memory.availableBytes = (std::uint64_t{1} << 63U) + 1;
+    snapshot.power.cpuWatts = 17.125;
+    snapshot.stalls = {.cpu = 0, .memory = 100, .io = 1.0 / 7};
+    snapshot.throttle = {{ThrottleReason::profile, ThrottleReason::temperature}};
+    snapshot.gpuPercent = 99.5;
+    snapshot.cores = {{{.isPerformance = true, .busyPercent = 100, .megahertz = 3504.5}, {}}};
+    snapshot.dieSensors = {{-1, 61.25}};
+    snapshot.gpuSensors.emplace();
+    snapshot.processes.back().gpuPercent = 0;
     return snapshot;
 }
 

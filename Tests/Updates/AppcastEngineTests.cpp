@@ -252,7 +252,7 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
     publish(good, {.version = "2.0", .build = "200", .length = 600ULL * 1024 * 1024});
     expectRefused(unverified, "an archive without bounds");
     const std::string longest(64, '9');
-    for (const auto& [what, version, build] :
+    for (const auto& [what, version, number] :
          std::vector<std::array<std::string, 3>>{{"no short version", "", "200"},
                                                  {"a line break in the version", "2.0\nUPDATE phase updated", "200"},
                                                  {"a line break in the build", "2.0",
@@ -261,7 +261,7 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
                                                  {"a version without end", longest + "9", "200"},
                                                  {"a build without end", "2.0", longest + "9"},
                                                  {"letters that turn the line around", "2.0\xE2\x80\xAE", "200"}}) {
-        publish(good, {.version = version, .build = build});
+        publish(good, {.version = version, .build = number});
         expectRefused(unverified, what);
         EXPECT_EQ(archiveRequests, 0) << what;
     }

@@ -59,7 +59,7 @@ TEST(CoresModelTests, ATileSaysLoadAndFrequencyAndWhatIsNotKnown) {
 }
 
 TEST(CoresModelTests, ASpreadIsFourFiguresAndATickPerSensor) {
-    const Spread spread = spreadOf({19, 60, 70, 91}, "caption", plainFormat());
+    const Spread spread = spreadOf({19, 60, 70, 91}, false, "caption", plainFormat());
     EXPECT_EQ(spread.subtitle, "4 sensors");
     EXPECT_EQ(spread.spokenValue, "coolest 19°C, median 70°C, average 60°C, hottest 91°C");
     ASSERT_EQ(spread.ticks.size(), 4U);
@@ -70,8 +70,53 @@ TEST(CoresModelTests, ASpreadIsFourFiguresAndATickPerSensor) {
     ASSERT_EQ(spread.marks.size(), 4U);
     EXPECT_EQ(spread.marks[1].text, "65°");
     EXPECT_DOUBLE_EQ(spread.marks[1].position, 0.5);
-    EXPECT_EQ(spreadOf({60, 70}, "", plainFormat()).figures[1].value, "70°C");
-    EXPECT_EQ(spreadOf({}, "", plainFormat()).placeholder, "Measuring…");
+    EXPECT_EQ(spreadOf({60, 70}, false, "", plainFormat()).figures[1].value, "70°C");
+    EXPECT_EQ(spreadOf({60}, false, "", plainFormat()).subtitle, "1 sensor");
+    EXPECT_EQ(spreadOf({}, false, "", plainFormat()).placeholder, "Measuring…");
+    EXPECT_EQ(spreadOf({}, true, "", plainFormat()).placeholder, "None of its sensors measures at the moment.");
+}
+
+TEST(CoresModelTests, WhatIsNotThereIsSaidAndNothingIsMeasuredForEver) {
+    Stage few;
+    few.sensors->dieSensors = {50, 52};
+    few.sensors->dieCount = 2;
+    few.sensors->hasGPU = false;
+    few.makeCores();
+    few.hub.setCoresPaneVisible(true);
+    few.hub.start();
+    CoresModel model = CoresModel::of(few.hub);
+    EXPECT_EQ(model.clusters[0].busyText, "Measuring…") << "the first look tells no load";
+    EXPECT_EQ(model.clusters[0].cores[0].busyText, "—");
+    EXPECT_EQ(model.die->subtitle, "2 sensors");
+    EXPECT_FALSE(model.gpu);
+    few.hub.tick();
+    EXPECT_EQ(CoresModel::of(few.hub).clusters[0].cores[0].busyText, "93%");
+    few.sensors->dieCount = 0;
+    model = CoresModel::of(few.hub);
+    EXPECT_FALSE(model.die);
+    EXPECT_EQ(model.sensorsNote, "No temperatures of the die are reported here.");
+}
+
+TEST(CoresModelTests, AReplayShowsWhatItsRecordingHolds) {
+    Stage stage;
+    stage.sensors->openable = false;
+    stage.hub.beginReplay("Another", RecordedProcessors{.performance = 1, .efficiency = 4});
+    stage.hub.accept({.timestamp = 1});
+    CoresModel model = CoresModel::of(stage.hub);
+    EXPECT_EQ(model.subtitle, "1 performance · 4 efficiency");
+    EXPECT_EQ(model.coresNote, "This recording does not hold what each core did.");
+    EXPECT_EQ(model.sensorsNote, "This recording does not hold the die's single sensors.");
+    EXPECT_FALSE(model.die || model.gpu);
+    Snapshot snapshot{.timestamp = 2};
+    snapshot.cores = {{{true, 62, 3000}}};
+    snapshot.dieSensors = {{50, 60}};
+    stage.hub.accept(snapshot);
+    model = CoresModel::of(stage.hub);
+    EXPECT_EQ(model.coresNote + model.sensorsNote, "");
+    EXPECT_EQ(model.clusters[0].cores[0].spokenValue, "62 percent busy at 3.00 GHz");
+    EXPECT_EQ(model.clusters[0].ceilingText, "") << "nobody recorded it";
+    EXPECT_EQ(model.die->subtitle, "2 sensors");
+    EXPECT_FALSE(model.gpu);
 }
 
 TEST(CoresViewTests, ReadsSingleSensorsOnlyWhileItIsSeen) {
@@ -96,7 +141,7 @@ TEST(CoresViewTests, ReadsSingleSensorsOnlyWhileItIsSeen) {
     EXPECT_EQ(stage.hub.dieSensors().size(), 38U) << "what nobody looks at is not read";
 }
 
-TEST(CoresViewTests, LeavesTheGraphicsPanelOutOnlyWhereThereAreNoSuchSensors) {
+TEST(CoresViewTests, LeavesPanelsOutOnlyWhereThereAreNoSuchSensors) {
     Stage stage;
     stage.play("calm.jsonl");
     CoresView view(stage.context);
@@ -111,6 +156,11 @@ TEST(CoresViewTests, LeavesTheGraphicsPanelOutOnlyWhereThereAreNoSuchSensors) {
     stage.sensors->hasGPU = false;
     stage.hub.publish(true);
     EXPECT_EQ(shownPanels(), 2);
+    stage.sensors->dieCount = 0;
+    stage.hub.publish(true);
+    EXPECT_EQ(shownPanels(), 1);
+    if (const char* const folder = std::getenv("VANTORO_PICTURES"))
+        stage.picture(view, {1040, 778}).save(QString("%1/cores-none.png").arg(folder));
 }
 
 TEST(CoresViewTests, MetersGlideOnTheSameTilesAndStepWhenSampledFast) {

@@ -96,6 +96,22 @@ TEST(SensorsModelTests, BeforeTheFirstFigureNothingIsZero) {
     EXPECT_FALSE(modelOf(stage).fans.has_value());
 }
 
+TEST(SensorsModelTests, AMachineThatReportsNothingIsToldSo) {
+    Stage stage;
+    stage.sensors->dieCount = 0;
+    stage.sensors->hasGPU = false;
+    stage.hub.start();
+    SensorsModel model = modelOf(stage);
+    EXPECT_EQ(model.complaint, "This computer reports no temperatures, fans or power.");
+    EXPECT_FALSE(model.fans.has_value()) << "no empty gauge";
+    for (const SensorRowModel& row : model.temperatures)
+        EXPECT_FALSE(row.isExpandable) << row.label.toStdString() << " would unfold into nothing, for ever";
+    stage.hub.accept(warm(0));
+    model = modelOf(stage);
+    EXPECT_EQ(model.complaint, "");
+    EXPECT_TRUE(model.fans.has_value());
+}
+
 TEST(SensorsModelTests, ThePlainTextHoldsAllThatIsShown) {
     Stage stage;
     stage.sensors->dieSensors = {61, 62, 63, 64, 65, 66, 67, 68.4};

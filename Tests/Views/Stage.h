@@ -16,7 +16,7 @@ namespace vantoro::testing {
 /// Sensors and cores as a test sets them.
 class StageSensors : public SensorReader, public CoreSource {
 public:
-    bool isOpen() const override { return true; }
+    bool isOpen() const override { return openable; }
     Cooling cooling() const override { return cools; }
     int fanCount() const override { return fans; }
     int sensorCount() const override { return 148; }
@@ -26,17 +26,20 @@ public:
     std::vector<FanReading> readFans() override { return {}; }
     Temperatures readTemperatures() override { return {}; }
     PowerReading readPower() override { return {}; }
+    std::optional<std::size_t> dieSensorCount() const override { return dieCount; }
     std::vector<double> readDieSensors() override { return dieSensors; }
     std::vector<double> readGPUSensors() override { return gpuSensors; }
     void sample() override {}
     const std::vector<Core>& cores() const override { return coreList; }
 
+    bool openable = true;
     Cooling cools = Cooling::fans;
     int fans = 2;
     std::vector<double> dieSensors;
     std::vector<double> gpuSensors;
     std::vector<Core> coreList;
     bool hasGPU = true;
+    std::optional<std::size_t> dieCount;
     double performanceMHz = 4056;
     double efficiencyMHz = 2748;
 };

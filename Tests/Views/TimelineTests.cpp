@@ -45,6 +45,10 @@ void leave(TimelineChart& chart) {
     QCoreApplication::sendEvent(&chart, &event);
 }
 
+void click(TimelineChart& chart, double x) {
+    QTest::mouseClick(&chart, Qt::LeftButton, {}, QPoint(static_cast<int>(x), 60));
+}
+
 QString spokenValue(QWidget& widget) {
     return QAccessible::queryAccessibleInterface(&widget)->text(QAccessible::Value);
 }
@@ -128,22 +132,90 @@ TEST(TimelineModelTests, GathersAMinuteThenStacksTheChartsOfTheMachine) {
     }
 }
 
+TEST(TimelineModelTests, AChartWithoutASensorIsLeftOutAndAnEmptyOneSaysWhy) {
+    struct Case {
+        const char* name;
+        Snapshot snapshot;
+        QStringList titles;
+        QString firstCaption;
+        QString firstEmptyText;
+        QString firstValue;
+    };
+    const FanReading still{.index = 0, .rpm = 0, .minRPM = 1000, .maxRPM = 3000};
+    const FanReading unlimited{.index = 0, .rpm = 900};
+    Snapshot warm{.temps = {.soc = 50, .socMean = 45}, .cpu = {.idlePercent = 40}};
+    Snapshot passive = warm;
+    passive.cooling = Cooling::passive;
+    const QString temperatures = "whole chip · hottest core dashed · hover to rewind, click to keep";
+    for (const Case& each :
+         {Case{"nothing known", {}, {"Processor"}, "hover to rewind, click to keep", "Idle all this time.", "0%"},
+          Case{"no fan found", warm, {"Temperature", "Processor"}, temperatures, "", "45°C · 50°C"},
+          Case{"fanless", passive, {"Heat", "Processor"}, temperatures, "", "45°C · 50°C"},
+          Case{"fans at rest",
+               {.fans = {still}, .power = {.systemWatts = 9}},
+               {"Fans", "Processor", "Power"},
+               "hover to rewind, click to keep",
+               "The fans stood still, or ran at their floor, all this time.",
+               "0%"},
+          Case{"fans without limits",
+               {.fans = {unlimited}},
+               {"Fans", "Processor"},
+               "hover to rewind, click to keep",
+               "How hard the fans work is not known: they report no limits.",
+               "—"}}) {
+        Stage stage;
+        for (int i = 0; i < 40; ++i) {
+            Snapshot snapshot = each.snapshot;
+            snapshot.timestamp = start + 2 * i;
+            stage.hub.accept(std::move(snapshot));
+        }
+        const TimelineModel model = timelineModel(stage.hub);
+        QStringList titles;
+        for (const ChartModel& chart : model.charts)
+            titles.append(chart.title);
+        EXPECT_EQ(titles, each.titles) << each.name;
+        EXPECT_EQ(model.charts[0].caption, each.firstCaption) << each.name;
+        EXPECT_EQ(model.charts[0].emptyText, each.firstEmptyText) << each.name;
+        EXPECT_EQ(chartReadings(model, stage.hub.snapshot(), {}, stage.hub.format())[0].value, each.firstValue)
+            << each.name;
+        EXPECT_TRUE(timelineModel(stage.hub, true).charts[0].caption.endsWith("arrow keys step · Esc lets go"));
+    }
+}
+
+TEST(TimelineModelTests, TimesStandAtMultiplesOfTheirStepAndMoveWithTheLines) {
+    Stage stage;
+    std::vector<UnixSeconds> marks;
+    for (int i = 0; i < 600; ++i) {
+        stage.hub.accept({.timestamp = start + 2 * i, .cpu = {.idlePercent = 40}});
+        if (i < 450)
+            continue;
+        const TimelineModel model = timelineModel(stage.hub);
+        for (std::size_t mark = 0; mark + 1 < model.times.size(); ++mark) {
+            EXPECT_EQ(std::fmod(model.times[mark].time, 180), 0) << i;
+            marks.push_back(model.times[mark].time);
+        }
+    }
+    std::sort(marks.begin(), marks.end());
+    marks.erase(std::unique(marks.begin(), marks.end()), marks.end());
+    EXPECT_LE(marks.size(), 8U) << "within five minutes two labels come in at most";
+}
+
 TEST(RewindModelTests, ReconstructsWhatWasMeasuredThen) {
     Stage stage;
     const Format& format = stage.hub.format();
-    EXPECT_EQ(rewindModel(nullptr, format).title, "Rewind");
-    EXPECT_FALSE(rewindModel(nullptr, format).isAtMoment());
+    EXPECT_EQ(rewindModel(nullptr, false, format).title, "Rewind");
+    EXPECT_FALSE(rewindModel(nullptr, false, format).isAtMoment());
     feed(stage, 1);
     Snapshot snapshot = stage.hub.snapshot();
     snapshot.fans.push_back({1, 4604, 2317, 6550, 0});
-    RewindModel model = rewindModel(&snapshot, format);
+    RewindModel model = rewindModel(&snapshot, false, format);
     EXPECT_EQ(model.readings[0], (RewindModel::Reading{"Fans", "4,730 · 4,600 rpm"}));
     EXPECT_EQ(model.readings[4], (RewindModel::Reading{"Power", "44 W"}));
     EXPECT_EQ(model.processes, (std::vector<RewindModel::Process>{{"Xcode", "clang", "94%"}}));
     snapshot.cooling = Cooling::passive;
     snapshot.power.systemWatts = 0;
     snapshot.processes.clear();
-    model = rewindModel(&snapshot, format);
+    model = rewindModel(&snapshot, false, format);
     EXPECT_EQ(model.readings[0].label, "Whole chip");
     EXPECT_EQ(model.readings[3].value, "—");
     EXPECT_EQ(model.notice, "No process data was captured for this moment.");
@@ -173,6 +245,65 @@ TEST(TimelineViewTests, AHoverRewindsAndLeavingEndsIt) {
     EXPECT_EQ(spokenName(view.rewind()), "Rewind");
 }
 
+TEST(TimelineViewTests, AClickPinsARecordUntilItIsLetGo) {
+    Stage stage;
+    stage.play("design-fans.jsonl.gz");
+    TimelineView view(stage.context);
+    stage.picture(view, {1040, 778});
+    const std::vector<TimelineChart*>& charts = view.charts().charts();
+    click(*charts[1], 300);
+    ASSERT_TRUE(view.isPinned());
+    const UnixSeconds pinned = *view.scrubDate();
+    EXPECT_EQ(snapshotNearest(stage.hub.history(), pinned)->timestamp, pinned) << "a record, not a place";
+    const QString title = spokenName(view.rewind());
+    hover(*charts[0], 500);
+    leave(*charts[0]);
+    charts[1]->clearFocus();
+    EXPECT_EQ(view.scrubDate(), pinned) << "the pointer moves nothing";
+    EXPECT_EQ(spokenName(view.rewind()), title);
+    EXPECT_TRUE(spokenValue(*charts[1]).endsWith(", pinned"));
+    EXPECT_TRUE(view.rewind().unpin().isVisible());
+    keepPicture(stage.picture(view, {1040, 778}), "timeline-pinned-dark");
+    keepPicture(stage.picture(view, {820, 508}), "timeline-pinned-narrow");
+
+    click(*charts[0], 420);
+    EXPECT_GT(*view.scrubDate(), pinned) << "another click pins another moment";
+    charts[0]->setFocus();
+    QTest::keyClick(charts[0], Qt::Key_Left);
+    EXPECT_TRUE(view.isPinned()) << "stepped, it stays pinned";
+    QTest::keyClick(charts[0], Qt::Key_Escape);
+    EXPECT_FALSE(view.scrubDate());
+    EXPECT_EQ(spokenName(view.rewind()), "Rewind");
+    EXPECT_FALSE(view.rewind().unpin().isVisible());
+
+    QTest::keyClick(charts[0], Qt::Key_Return);
+    EXPECT_EQ(view.scrubDate(), stage.hub.series().cpu.back().time) << "without a moment the present is kept";
+    QTest::mouseClick(&view.rewind().unpin(), Qt::LeftButton, {}, view.rewind().unpin().rect().center());
+    EXPECT_FALSE(view.scrubDate());
+}
+
+TEST(TimelineViewTests, APinnedRecordStaysAsTimeGoesOnAndGoesWithItsHistory) {
+    Stage stage;
+    feed(stage, 60);
+    TimelineView view(stage.context);
+    stage.picture(view, {1040, 778});
+    click(*view.charts().charts()[0], 300);
+    ASSERT_TRUE(view.isPinned());
+    const UnixSeconds pinned = *view.scrubDate();
+    const QString said = spokenValue(view.rewind());
+    feed(stage, 400);
+    EXPECT_EQ(view.scrubDate(), pinned);
+    feed(stage, 600);
+    EXPECT_FALSE(timelineModel(stage.hub).span->holds(pinned)) << "beyond the charts";
+    EXPECT_EQ(spokenValue(view.rewind()), said) << "but still remembered";
+    view.hide();
+    feed(stage, 700);
+    view.show();
+    EXPECT_EQ(view.scrubDate(), pinned);
+    feed(stage, 1100);
+    EXPECT_FALSE(view.scrubDate()) << "forgotten";
+}
+
 TEST(TimelineViewTests, TheKeyboardPicksPointByPoint) {
     Stage stage(Theme::Appearance::light);
     stage.play("design-fanless.jsonl.gz");
@@ -184,13 +315,17 @@ TEST(TimelineViewTests, TheKeyboardPicksPointByPoint) {
     struct Step {
         Qt::Key key;
         std::optional<UnixSeconds> moment;
+        Qt::KeyboardModifiers modifiers = {};
     };
-    for (const auto& [key, moment] :
-         {Step{Qt::Key_Left, points[points.size() - 2].time}, Step{Qt::Key_Right, points.back().time},
+    const std::size_t tenth = points.size() / 10;
+    for (const auto& [key, moment, modifiers] :
+         {Step{Qt::Key_Left, points[points.size() - 1 - tenth].time, Qt::ShiftModifier},
+          Step{Qt::Key_Right, points.back().time, Qt::ShiftModifier},
+          Step{Qt::Key_Left, points[points.size() - 2].time}, Step{Qt::Key_Right, points.back().time},
           Step{Qt::Key_Right, points.back().time}, Step{Qt::Key_Home, points[0].time},
           Step{Qt::Key_Left, points[0].time}, Step{Qt::Key_Right, points[1].time},
           Step{Qt::Key_End, points.back().time}, Step{Qt::Key_Escape, std::nullopt}}) {
-        QTest::keyClick(&chart, key);
+        QTest::keyClick(&chart, key, modifiers);
         EXPECT_EQ(view.scrubDate(), moment) << key;
     }
 }

@@ -50,7 +50,8 @@ Platform currentPlatform(const std::string& programFolder) {
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
             .machine = std::make_shared<LinuxMachine>(root),
             .thermalState = std::make_shared<LinuxThermalState>(root, lane),
-            .sources = {.sensors = "hwmon", .reports = "cpufreq"}};
+            .sources = {.sensors = "hwmon", .reports = "cpufreq"},
+            .system = SystemKind::gnuLinux};
 }
 
 } // namespace vantoro

@@ -10,6 +10,8 @@ constexpr std::array<std::string_view, 2> coolingNames{"fans", "passive"};
 constexpr std::array<std::string_view, 4> thermalPressureNames{"nominal", "fair", "serious", "critical"};
 constexpr std::array<std::string_view, 5> processKindNames{"userApp", "helper", "commandLine", "systemDaemon",
                                                            "kernel"};
+constexpr std::array<std::string_view, 5> throttleReasonNames{"temperature", "power", "current", "firmware", "profile"};
+constexpr std::array<std::string_view, 2> systemKindNames{"macos", "linux"};
 constexpr std::array<std::string_view, 5> severityNames{"calm", "normal", "elevated", "high", "critical"};
 constexpr std::array<std::string_view, 5> stressLevelNames{"idle", "light", "moderate", "heavy", "extreme"};
 
@@ -28,6 +30,16 @@ std::span<const std::string_view> caseNames<ThermalPressure>() {
 template <>
 std::span<const std::string_view> caseNames<ProcessKind>() {
     return processKindNames;
+}
+
+template <>
+std::span<const std::string_view> caseNames<ThrottleReason>() {
+    return throttleReasonNames;
+}
+
+template <>
+std::span<const std::string_view> caseNames<SystemKind>() {
+    return systemKindNames;
 }
 
 template <>

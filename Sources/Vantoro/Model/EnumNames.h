@@ -1,6 +1,7 @@
 // Case names of the enumerations, as recordings and reports write and read them.
 #pragma once
 
+#include "Model/SystemKind.h"
 #include "Model/Verdict.h"
 
 #include <algorithm>
@@ -21,6 +22,11 @@ template <>
 std::span<const std::string_view> caseNames<ThermalPressure>();
 template <>
 std::span<const std::string_view> caseNames<ProcessKind>();
+template <>
+std::span<const std::string_view> caseNames<ThrottleReason>();
+/// The words of a recording: "macos" and "linux".
+template <>
+std::span<const std::string_view> caseNames<SystemKind>();
 template <>
 std::span<const std::string_view> caseNames<Severity>();
 template <>

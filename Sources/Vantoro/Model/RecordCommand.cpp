@@ -28,10 +28,10 @@ int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::mill
     // From before the file is there: what was begun is finished.
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
     RecordingWriter writer;
-    RecordingWriter::Failure failure =
-        writer.open(line.recordFile, {.machine = hub.machineName(), .created = utcText(secondsSinceEpoch())});
+    RecordingWriter::Failure failure = writer.open(line.recordFile, hub.recordingHeader(secondsSinceEpoch()));
     const auto takeOne = [&] {
         Snapshot snapshot = hub.measure(secondsSinceEpoch());
+        hub.addSingleReadings(snapshot);
         History::keepBusiest(snapshot.processes);
         failure = writer.append(snapshot);
         if (failure)

@@ -4,6 +4,7 @@
 #include "Model/EnumNames.h"
 #include "Model/RecordingFields.h"
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -28,6 +29,10 @@ inline Json toJson(double number) {
     return finite(number);
 }
 
+inline Json toJson(bool truth) {
+    return truth;
+}
+
 inline Json toJson(int number) {
     return number;
 }
@@ -47,6 +52,14 @@ inline Json toJson(const std::optional<std::string>& text) {
 template <class Number>
 Json toJson(const ProcessorShare<Number>& share) {
     return finite(share.percent);
+}
+
+template <class Number>
+Json toJson(const HeldShare<Number>& share) {
+    if constexpr (std::is_same_v<std::remove_const_t<Number>, double>)
+        return std::clamp(finite(share.percent), 0.0, 100.0);
+    else
+        return std::clamp(*share.percent, 0.0, 100.0);
 }
 
 template <class Enum>
@@ -72,13 +85,57 @@ Json toJson(const std::vector<Element>& list) {
     return array;
 }
 
+/// Whether a record stands without this field: what is not known and came after the first recordings, which went
+/// without it too. Texts were there from the start, as null.
+template <class Field>
+bool isLeftOut(const Field& /*field*/) {
+    return false;
+}
+
+inline bool isLeftOut(const std::optional<double>& number) {
+    return !number || !std::isfinite(*number);
+}
+
+inline bool isLeftOut(const std::optional<std::uint64_t>& number) {
+    return !number;
+}
+
+inline bool isLeftOut(const StallShares& stalls) {
+    return stalls == StallShares();
+}
+
+template <class Element>
+bool isLeftOut(const std::optional<std::vector<Element>>& list) {
+    return !list;
+}
+
+template <class Number>
+bool isLeftOut(const HeldShare<Number>& share) {
+    return isLeftOut(share.percent);
+}
+
+template <class Value>
+const Value& presentValue(const std::optional<Value>& value) {
+    return *value;
+}
+
+template <class Value>
+const Value& presentValue(const Value& value) {
+    return value;
+}
+
+inline const std::optional<std::string>& presentValue(const std::optional<std::string>& text) {
+    return text;
+}
+
 /// Adds each field that is visited to an object.
 struct JsonFields {
     Json& object;
 
     template <class Field>
     void operator()(const char* name, const Field& field) const {
-        object.emplace(name, toJson(field));
+        if (!isLeftOut(field))
+            object.emplace(name, toJson(presentValue(field)));
     }
 };
 

@@ -2,21 +2,35 @@
 // one Snapshot, oldest first. Lines are given and taken without their newline.
 #pragma once
 
+#include "Model/SystemKind.h"
 #include "Model/Telemetry.h"
 
+#include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
 namespace vantoro {
 
+/// How many processors of each kind a machine has.
+struct RecordedProcessors {
+    std::int32_t performance = 0;
+    std::int32_t efficiency = 0;
+
+    bool operator==(const RecordedProcessors&) const = default;
+};
+
 struct RecordingHeader {
     /// What the machine calls itself.
     std::string machine;
     /// When the recording was begun, as utcText writes it.
     std::string created;
+    /// What the machine runs; the first recordings did not say, and are all of Macs.
+    std::optional<SystemKind> system = {};
+    std::optional<RecordedProcessors> processors = {};
 
     bool operator==(const RecordingHeader&) const = default;
 };

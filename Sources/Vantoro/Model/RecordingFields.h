@@ -23,6 +23,17 @@ ProcessorShare<Number> shareOf(Number& percent) {
     return {percent};
 }
 
+/// A share that came later: held to 0 to 100 as it is written. `Number` may be optional.
+template <class Number>
+struct HeldShare {
+    Number& percent;
+};
+
+template <class Number>
+HeldShare<Number> heldShare(Number& percent) {
+    return {percent};
+}
+
 template <MaybeConst<FanReading> Record, class Visit>
 void visitFields(Record& fan, Visit&& visit) {
     visit("index", fan.index);
@@ -47,6 +58,7 @@ void visitFields(Record& power, Visit&& visit) {
     visit("adapterWatts", power.adapterWatts);
     visit("batteryWatts", power.batteryWatts);
     visit("gpuWatts", power.gpuWatts);
+    visit("cpuWatts", power.cpuWatts);
 }
 
 template <MaybeConst<CPULoad> Record, class Visit>
@@ -64,6 +76,21 @@ void visitFields(Record& memory, Visit&& visit) {
     visit("wiredBytes", memory.wiredBytes);
     visit("compressedBytes", memory.compressedBytes);
     visit("swapOutEvents", memory.swapOutEvents);
+    visit("availableBytes", memory.availableBytes);
+}
+
+template <MaybeConst<StallShares> Record, class Visit>
+void visitFields(Record& stalls, Visit&& visit) {
+    visit("cpu", heldShare(stalls.cpu));
+    visit("memory", heldShare(stalls.memory));
+    visit("io", heldShare(stalls.io));
+}
+
+template <MaybeConst<CoreReading> Record, class Visit>
+void visitFields(Record& core, Visit&& visit) {
+    visit("isPerformance", core.isPerformance);
+    visit("busyPercent", heldShare(core.busyPercent));
+    visit("megahertz", core.megahertz);
 }
 
 /// One process row: who it is, and what it did (whose own identity is not looked at).
@@ -80,6 +107,7 @@ void visitRowFields(Identity& identity, Sample& sample, Visit&& visit) {
     visit("energyImpact", sample.energyImpact);
     visit("user", identity.user);
     visit("kind", identity.kind);
+    visit("gpuPercent", heldShare(sample.gpuPercent));
 }
 
 template <MaybeConst<Snapshot> Record, class Visit>
@@ -94,6 +122,12 @@ void visitFields(Record& snapshot, Visit&& visit) {
     visit("cpu", snapshot.cpu);
     visit("memory", snapshot.memory);
     visit("processes", snapshot.processes);
+    visit("stalls", snapshot.stalls);
+    visit("throttle", snapshot.throttle);
+    visit("gpuPercent", heldShare(snapshot.gpuPercent));
+    visit("cores", snapshot.cores);
+    visit("dieSensors", snapshot.dieSensors);
+    visit("gpuSensors", snapshot.gpuSensors);
 }
 
 } // namespace vantoro

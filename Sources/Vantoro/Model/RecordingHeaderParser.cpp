@@ -19,33 +19,51 @@ public:
     bool isRecording = false;
     std::optional<double> version;
 
-    void null() override { wrongUnlessUnknown("null"); }
+    void null() override {
+        if (depth_ == 1 && name_ == "system")
+            header.system.reset();
+        else if (depth_ == 1 && name_ == "processors")
+            header.processors.reset();
+        else
+            wrongUnlessUnknown("null");
+    }
     void boolean(bool /*value*/) override { wrongUnlessUnknown("a truth value"); }
     void number(const JsonNumber& value) override {
         if (depth_ == 1 && name_ == "version")
             takeVersion(value);
+        else if (isInProcessors() && (name_ == "performance" || name_ == "efficiency"))
+            takeProcessors(value);
         else
             wrongUnlessUnknown("a number");
     }
     void string(std::string_view value) override {
         if (depth_ != 1)
-            return;
-        if (name_ == "format")
+            wrongUnlessUnknown("a string");
+        else if (name_ == "format")
             isRecording = value == "vantoro-recording";
         else if (name_ == "machine")
             header.machine = value;
         else if (name_ == "created")
             header.created = value;
-        else if (name_ == "version")
+        else if (name_ == "system")
+            takeSystem(value);
+        else
             wrongUnlessUnknown("a string");
     }
     void startObject() override {
-        wrongUnlessUnknown("an object");
+        if (depth_ == 1 && name_ == "processors") {
+            header.processors.emplace();
+            inProcessors_ = true;
+        } else {
+            wrongUnlessUnknown("an object");
+        }
         isObject = isObject || depth_ == 0;
         ++depth_;
     }
     void key(std::string_view name) override {
         if (depth_ == 1)
+            inProcessors_ = false;
+        if (depth_ == 1 || isInProcessors())
             name_ = name;
     }
     void endObject() override { --depth_; }
@@ -62,10 +80,32 @@ private:
             refuse(fmt::format("version is {}, not a whole number", numberText(value)));
     }
 
+    bool isInProcessors() const { return inProcessors_ && depth_ == 2; }
+
+    void takeProcessors(const JsonNumber& value) {
+        constexpr std::uint64_t most = 2147483647;
+        if (!value.wholeMagnitude || *value.wholeMagnitude > most || (value.isNegative && *value.wholeMagnitude != 0)) {
+            refuse(fmt::format("processors.{} is {}, not a whole number from 0 to {}", name_, numberText(value), most));
+            return;
+        }
+        const auto count = static_cast<std::int32_t>(*value.wholeMagnitude);
+        (name_ == "performance" ? header.processors->performance : header.processors->efficiency) = count;
+    }
+
+    void takeSystem(std::string_view word) {
+        header.system = caseNamed<SystemKind>(word);
+        if (!header.system)
+            refuse(fmt::format("system is {}, not {}", quoted(word), wordsFor<SystemKind>()));
+    }
+
     void wrongUnlessUnknown(std::string_view found) {
+        if (isInProcessors() && (name_ == "performance" || name_ == "efficiency"))
+            refuse(fmt::format("processors.{} is {}, not a number", name_, found));
         if (depth_ != 1)
             return;
-        if (name_ == "format" || name_ == "machine" || name_ == "created")
+        if (name_ == "processors")
+            refuse(fmt::format("processors is {}, not an object", found));
+        else if (name_ == "format" || name_ == "machine" || name_ == "created" || name_ == "system")
             refuse(fmt::format("{} is {}, not a string", name_, found));
         else if (name_ == "version")
             refuse(fmt::format("version is {}, not a number", found));
@@ -77,6 +117,7 @@ private:
     }
 
     std::size_t depth_ = 0;
+    bool inProcessors_ = false;
     std::string name_;
 };
 

@@ -1,10 +1,10 @@
-#include "Model/EnumNames.h"
 #include "Model/History.h"
 #include "Model/JsonScanner.h"
 #include "Model/KnownIdentities.h"
 #include "Model/Recording.h"
 #include "Model/RecordingFields.h"
 #include "Model/RecordingReasons.h"
+#include "Model/RecordingTargets.h"
 
 #include <cmath>
 #include <fmt/format.h>
@@ -17,6 +17,8 @@ namespace {
 
 /// Beyond this many rows a line is cut down to its busiest, so that no line can cost more than its own length.
 constexpr std::size_t mostRows = 1024;
+/// No machine has more; a list that goes on is cut off here.
+constexpr std::size_t mostCores = 1024;
 
 } // namespace
 
@@ -42,17 +44,16 @@ public:
     }
 
     void null() override {
-        scalar("null", [](auto target) {
-            if constexpr (std::is_same_v<decltype(target), std::optional<std::string>*>) {
-                target->reset();
-                return true;
-            }
-            return false;
+        scalar("null", [this](auto target) -> Taken {
+            if constexpr (std::is_same_v<decltype(target), Place>)
+                return empty(target) ? Taken("") : std::nullopt;
+            else
+                return takeNull(target);
         });
     }
 
-    void boolean(bool /*value*/) override {
-        scalar("a truth value", [](auto /*target*/) { return false; });
+    void boolean(bool value) override {
+        scalar("a truth value", [value](auto target) { return takeTruth(target, value); });
     }
 
     void number(const JsonNumber& number) override {
@@ -73,8 +74,10 @@ public:
             place_ = Place::fan;
         } else if (place_ == Place::processes) {
             startRow();
+        } else if (place_ == Place::cores) {
+            startCore();
         } else if (!startRecord()) {
-            scalar("an object", [](auto /*target*/) { return false; });
+            scalar("an object", [](auto /*target*/) { return Taken(); });
             ignoredDepth_ = 1;
         }
     }
@@ -108,6 +111,12 @@ public:
             visitRowFields(rowIdentity_, row_, finder);
             hasPid_ = hasPid_ || isTarget(rowIdentity_.pid);
             break;
+        case Place::stalls:
+            visitFields(snapshot_.stalls, finder);
+            break;
+        case Place::core:
+            visitFields(core_, finder);
+            break;
         default:
             break;
         }
@@ -120,6 +129,8 @@ public:
             endRow();
         } else if (place_ == Place::fan) {
             place_ = Place::fans;
+        } else if (place_ == Place::core) {
+            endCore();
         } else {
             place_ = place_ == Place::snapshot ? Place::line : Place::snapshot;
         }
@@ -129,15 +140,10 @@ public:
         const Place* const list = ignoredDepth_ == 0 && isInRecord() ? std::get_if<Place>(&target_) : nullptr;
         if (ignoredDepth_ > 0) {
             ++ignoredDepth_;
-        } else if (list != nullptr && *list == Place::fans) {
-            snapshot_.fans.clear();
-            place_ = Place::fans;
-        } else if (list != nullptr && *list == Place::processes) {
-            snapshot_.processes.clear();
-            rowCount_ = 0;
-            place_ = Place::processes;
+        } else if (list != nullptr && (isRecordList(*list) || isValueList(*list))) {
+            startList(*list);
         } else {
-            scalar("a list", [](auto /*target*/) { return false; });
+            scalar("a list", [](auto /*target*/) { return Taken(); });
             ignoredDepth_ = 1;
         }
     }
@@ -150,16 +156,7 @@ public:
     }
 
 private:
-    /// Where in the line the scan stands: in one of its records, or between the elements of a list.
-    enum class Place { line, snapshot, fans, fan, temps, power, cpu, memory, processes, process };
-
-    struct Share {
-        double* percent;
-    };
-
-    /// What the value after a key goes to; nothing for an unknown key.
-    using Target = std::variant<std::monostate, double*, Share, std::uint64_t*, std::int32_t*, std::string*,
-                                std::optional<std::string>*, Cooling*, ThermalPressure*, ProcessKind*, Place>;
+    using Place = RecordingPlace;
 
     struct Finder {
         std::string_view wanted;
@@ -174,16 +171,28 @@ private:
         }
 
         template <class Field>
-        static Target targetOf(Field& field) {
+        static RecordingTarget targetOf(Field& field) {
             return &field;
         }
-        static Target targetOf(ProcessorShare<double>& share) { return Share{&share.percent}; }
-        static Target targetOf(std::vector<FanReading>& /*list*/) { return Place::fans; }
-        static Target targetOf(std::vector<ProcessSample>& /*list*/) { return Place::processes; }
-        static Target targetOf(Temperatures& /*record*/) { return Place::temps; }
-        static Target targetOf(PowerReading& /*record*/) { return Place::power; }
-        static Target targetOf(CPULoad& /*record*/) { return Place::cpu; }
-        static Target targetOf(MemoryLoad& /*record*/) { return Place::memory; }
+        static RecordingTarget targetOf(ProcessorShare<double>& share) { return ShareTarget{&share.percent}; }
+        static RecordingTarget targetOf(HeldShare<double>& share) { return ShareTarget{&share.percent}; }
+        static RecordingTarget targetOf(HeldShare<std::optional<double>>& share) {
+            return OptionalShareTarget{&share.percent};
+        }
+        static RecordingTarget targetOf(std::vector<FanReading>& /*list*/) { return Place::fans; }
+        static RecordingTarget targetOf(std::vector<ProcessSample>& /*list*/) { return Place::processes; }
+        static RecordingTarget targetOf(Temperatures& /*record*/) { return Place::temps; }
+        static RecordingTarget targetOf(PowerReading& /*record*/) { return Place::power; }
+        static RecordingTarget targetOf(CPULoad& /*record*/) { return Place::cpu; }
+        static RecordingTarget targetOf(MemoryLoad& /*record*/) { return Place::memory; }
+        static RecordingTarget targetOf(StallShares& /*record*/) { return Place::stalls; }
+        static RecordingTarget targetOf(std::optional<std::vector<CoreReading>>& /*list*/) { return Place::cores; }
+        static RecordingTarget targetOf(std::optional<std::vector<ThrottleReason>>& /*list*/) {
+            return Place::throttle;
+        }
+        RecordingTarget targetOf(std::optional<std::vector<double>>& list) const {
+            return &list == &events.snapshot_.dieSensors ? Place::dieSensors : Place::gpuSensors;
+        }
     };
 
     template <class Field>
@@ -192,107 +201,30 @@ private:
         return target != nullptr && *target == &field;
     }
 
-    bool isInRecord() const { return place_ != Place::line && place_ != Place::fans && place_ != Place::processes; }
+    bool isInRecord() const { return place_ != Place::line && !isRecordList(place_) && !isValueList(place_); }
 
-    /// Gives a value to the target through `take`, which says whether it is of the target's type.
+    /// Gives a value to the target through `take`.
     template <class Take>
     void scalar(std::string_view found, Take take) {
         if (ignoredDepth_ > 0 || !refusal_.empty())
             return;
         if (place_ == Place::line)
             return refuse("not a JSON object");
-        if (!isInRecord())
+        if (isRecordList(place_))
             return refuse(fmt::format("{} is {}, not an object", path(), found));
         std::visit(
             [&](auto target) {
                 if constexpr (!std::is_same_v<decltype(target), std::monostate>) {
-                    if (!take(target))
-                        refuse(fmt::format("{} is {}, not {}", path(), found, expected(target)));
+                    const Taken fault = take(target);
+                    if (!fault)
+                        refuse(fmt::format("{} is {}, not {}", path(), found, expectedValue(target)));
+                    else if (!fault->empty())
+                        refuse(fmt::format("{} {}", path(), *fault));
                 }
             },
             target_);
-    }
-
-    template <class Other>
-    bool takeNumber(Other /*target*/, const JsonNumber& /*number*/) {
-        return false;
-    }
-
-    bool takeNumber(double* target, const JsonNumber& number) {
-        *target = number.value;
-        if (!std::isfinite(number.value))
-            refuse(fmt::format("{} is not a finite number", path()));
-        return true;
-    }
-
-    bool takeNumber(Share target, const JsonNumber& number) {
-        takeNumber(target.percent, number);
-        if (!(number.value >= 0 && number.value <= 100))
-            refuse(fmt::format("{} is {}, outside 0 to 100", path(), numberText(number)));
-        return true;
-    }
-
-    bool takeNumber(std::uint64_t* target, const JsonNumber& number) {
-        if (!number.wholeMagnitude || (number.isNegative && *number.wholeMagnitude != 0))
-            refuseWhole(number, "0 to 18446744073709551615");
-        else
-            *target = *number.wholeMagnitude;
-        return true;
-    }
-
-    bool takeNumber(std::int32_t* target, const JsonNumber& number) {
-        const std::uint64_t most = number.isNegative ? 2147483648U : 2147483647U;
-        if (!number.wholeMagnitude || *number.wholeMagnitude > most) {
-            refuseWhole(number, "-2147483648 to 2147483647");
-        } else {
-            const auto magnitude = static_cast<std::int64_t>(*number.wholeMagnitude);
-            *target = static_cast<std::int32_t>(number.isNegative ? -magnitude : magnitude);
-        }
-        return true;
-    }
-
-    void refuseWhole(const JsonNumber& number, std::string_view range) {
-        const bool isFraction = !number.wholeMagnitude && std::trunc(number.value) != number.value;
-        if (!std::isfinite(number.value))
-            refuse(fmt::format("{} is not a finite number", path()));
-        else if (isFraction)
-            refuse(fmt::format("{} is {}, not a whole number", path(), numberText(number)));
-        else
-            refuse(fmt::format("{} is {}, outside {}", path(), numberText(number), range));
-    }
-
-    template <class Other>
-    bool takeText(Other target, std::string_view text) {
-        if constexpr (std::is_same_v<Other, std::string*>) {
-            target->assign(text);
-            return true;
-        } else if constexpr (std::is_same_v<Other, std::optional<std::string>*>) {
-            target->emplace(text);
-            return true;
-        } else if constexpr (isWord<Other>) {
-            using Enum = std::remove_pointer_t<Other>;
-            if (const std::optional<Enum> named = caseNamed<Enum>(text))
-                *target = *named;
-            else
-                refuse(fmt::format("{} is {}, not {}", path(), quoted(text), wordsFor<Enum>()));
-            return true;
-        } else {
-            return false;
-        }
-    }
-
-    template <class Pointer>
-    static constexpr bool isWord = std::is_pointer_v<Pointer>&& std::is_enum_v<std::remove_pointer_t<Pointer>>;
-
-    template <class Other>
-    static std::string_view expected(Other target) {
-        if constexpr (std::is_same_v<Other, Place>)
-            return target == Place::fans || target == Place::processes ? "a list" : "an object";
-        else if constexpr (std::is_same_v<Other, std::string*> || std::is_same_v<Other, std::optional<std::string>*> ||
-                           isWord<Other>)
-            return "a string";
-        else
-            return "a number";
+        if (isValueList(place_))
+            ++elementCount_;
     }
 
     /// The field in hand, as "processes[3].kind".
@@ -304,6 +236,16 @@ private:
             return fmt::format("fans[{}].{}", snapshot_.fans.size() - 1, name_);
         case Place::processes:
             return fmt::format("processes[{}]", rowCount_);
+        case Place::cores:
+            return fmt::format("cores[{}]", elementCount_);
+        case Place::core:
+            return fmt::format("cores[{}].{}", elementCount_, name_);
+        case Place::throttle:
+        case Place::dieSensors:
+        case Place::gpuSensors:
+            return fmt::format("{}[{}]", name_, elementCount_);
+        case Place::stalls:
+            return fmt::format("stalls.{}", name_);
         case Place::process:
             return fmt::format("processes[{}].{}", rowCount_, name_);
         case Place::temps:
@@ -327,7 +269,7 @@ private:
     /// Enters the record that the key in hand names; false when it names none.
     bool startRecord() {
         const Place* const place = std::get_if<Place>(&target_);
-        if (place == nullptr || *place == Place::fans || *place == Place::processes)
+        if (place == nullptr || isRecordList(*place) || isValueList(*place))
             return false;
         place_ = *place;
         if (place_ == Place::temps)
@@ -336,9 +278,57 @@ private:
             snapshot_.power = {};
         else if (place_ == Place::cpu)
             snapshot_.cpu = {};
+        else if (place_ == Place::stalls)
+            snapshot_.stalls = {};
         else
             snapshot_.memory = {};
         return true;
+    }
+
+    void startList(Place list) {
+        place_ = list;
+        elementCount_ = 0;
+        rowCount_ = 0;
+        if (list == Place::fans)
+            snapshot_.fans.clear();
+        else if (list == Place::processes)
+            snapshot_.processes.clear();
+        else if (list == Place::cores)
+            snapshot_.cores.emplace();
+        else if (list == Place::throttle)
+            target_ = WordsTarget{&snapshot_.throttle.emplace()};
+        else
+            target_ =
+                NumbersTarget{&(list == Place::dieSensors ? snapshot_.dieSensors : snapshot_.gpuSensors).emplace()};
+    }
+
+    /// For a null in place of what may be absent; false where it may not.
+    bool empty(Place place) {
+        if (place == Place::stalls)
+            snapshot_.stalls = {};
+        else if (place == Place::cores)
+            snapshot_.cores.reset();
+        else if (place == Place::throttle)
+            snapshot_.throttle.reset();
+        else if (place == Place::dieSensors)
+            snapshot_.dieSensors.reset();
+        else if (place == Place::gpuSensors)
+            snapshot_.gpuSensors.reset();
+        else
+            return false;
+        return true;
+    }
+
+    void startCore() {
+        place_ = Place::core;
+        core_ = {};
+    }
+
+    void endCore() {
+        place_ = Place::cores;
+        ++elementCount_;
+        if (snapshot_.cores->size() < mostCores)
+            snapshot_.cores->push_back(core_);
     }
 
     void startRow() {
@@ -372,7 +362,7 @@ private:
     Snapshot snapshot_;
     std::string refusal_;
     Place place_ = Place::line;
-    Target target_;
+    RecordingTarget target_;
     /// The known name that target_ stands for.
     std::string_view name_;
     /// How many containers are open below the value that is passed over.
@@ -383,6 +373,10 @@ private:
     ProcessSample row_;
     std::size_t rowCount_ = 0;
     bool hasPid_ = false;
+
+    CoreReading core_;
+    /// In the list of cores, or of plain values, that the scan is in.
+    std::size_t elementCount_ = 0;
 
     KnownIdentities identities_;
 };

@@ -31,6 +31,11 @@ std::string headerLine(const RecordingHeader& header) {
     line["version"] = 1;
     line["machine"] = header.machine;
     line["created"] = header.created;
+    if (header.system)
+        line["system"] = caseName(*header.system);
+    if (header.processors)
+        line["processors"] = {{"performance", std::max(header.processors->performance, 0)},
+                              {"efficiency", std::max(header.processors->efficiency, 0)}};
     return jsonText(line);
 }
 

@@ -28,16 +28,15 @@ std::vector<double> readAll(const std::vector<std::string>& keys) {
     return values;
 }
 
-FamilyReading summarise(const std::vector<std::string>& keys, SensorTrust trust) {
-    return summarise(readAll(keys), static_cast<int>(keys.size()), trust);
-}
-
 /// Many noisy sensors seldom all say nonsense twice: another look often helps. Honest ones would only say it again.
-FamilyReading summarisePatiently(const std::vector<std::string>& keys, SensorTrust trust) {
+FamilyReading summarisePatiently(const std::vector<std::string>& keys, SensorTrust trust,
+                                 std::vector<double>& readings) {
     const int tries = trust == SensorTrust::manyAndNoisy ? 3 : 1;
-    FamilyReading reading = summarise(keys, trust);
-    for (int i = 1; i < tries && !reading.isCredible(trust); ++i)
-        reading = summarise(keys, trust);
+    FamilyReading reading;
+    for (int i = 0; i < tries && (i == 0 || !reading.isCredible(trust)); ++i) {
+        readings = readAll(keys);
+        reading = summarise(readings, static_cast<int>(keys.size()), trust);
+    }
     return reading;
 }
 
@@ -134,8 +133,8 @@ std::vector<FanReading> SMCReader::readFans() {
 Temperatures SMCReader::readTemperatures() {
     if (!isAvailable_)
         return {};
-    const FamilyReading soc = summarisePatiently(socKeys_, options_.trust);
-    const FamilyReading gpu = summarisePatiently(gpuKeys_, options_.trust);
+    const FamilyReading soc = summarisePatiently(socKeys_, options_.trust, socReadings_);
+    const FamilyReading gpu = summarisePatiently(gpuKeys_, options_.trust, gpuReadings_);
     const double battery = averageOf(readAll(batteryKeys_));
     const double enclosure = averageOf(readAll(enclosureKeys_));
     const bool believesSoc = soc.isCredible(options_.trust);
@@ -153,6 +152,14 @@ PowerReading SMCReader::readPower() {
     return {.systemWatts = readKey("PSTR").value_or(0),
             .adapterWatts = readKey("PDTR").value_or(0),
             .batteryWatts = readKey("PPBR").value_or(0)};
+}
+
+std::vector<double> SMCReader::latestDieSensors() const {
+    return measuring(socReadings_, static_cast<int>(socKeys_.size()), options_.trust);
+}
+
+std::vector<double> SMCReader::latestGPUSensors() const {
+    return measuring(gpuReadings_, static_cast<int>(gpuKeys_.size()), options_.trust);
 }
 
 std::vector<double> SMCReader::measuringSensors(const std::vector<std::string>& keys) {

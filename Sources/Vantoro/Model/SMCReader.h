@@ -36,6 +36,8 @@ public:
     int fanCount() const override { return fanCount_; }
     int sensorCount() const override;
     bool hasGPUSensors() const override { return !gpuKeys_.empty(); }
+    std::optional<std::size_t> dieSensorCount() const override { return socKeys_.size(); }
+    std::optional<std::size_t> gpuSensorCount() const override { return gpuKeys_.size(); }
 
     bool isAvailable() const { return isAvailable_; }
     bool reportsNoFans() const { return reportsNoFans_; }
@@ -49,6 +51,8 @@ public:
     PowerReading readPower() override;
     std::vector<double> readDieSensors() override { return measuringSensors(socKeys_); }
     std::vector<double> readGPUSensors() override { return measuringSensors(gpuKeys_); }
+    std::vector<double> latestDieSensors() const override;
+    std::vector<double> latestGPUSensors() const override;
     /// The values of those keys that measure at this moment, ascending, degrees Celsius.
     std::vector<double> measuringSensors(const std::vector<std::string>& keys);
 
@@ -65,6 +69,9 @@ private:
     std::vector<std::string> batteryKeys_;
     std::vector<std::string> enclosureKeys_;
     Temperatures lastGood_;
+    /// What every key of the family gave the last time.
+    std::vector<double> socReadings_;
+    std::vector<double> gpuReadings_;
 };
 
 } // namespace vantoro

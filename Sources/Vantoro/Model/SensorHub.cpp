@@ -58,7 +58,8 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , cooling_(foundCooling())
     , processes_(
           platform, [this] { return ProcessMonitor::mode(environment_.processMode, settings_.processMonitorMode()); },
-          environment_.processTiming) {
+          environment_.processTiming)
+    , system_(platform.system) {
     snapshot_ = measure(environment_.now());
     vitals_ = Vitals::quantising(snapshot_);
     verdict_.cooling = cooling_;
@@ -139,13 +140,15 @@ void SensorHub::tick() {
         appendAndPublish(measure(environment_.now()));
 }
 
-void SensorHub::beginReplay(const std::string& machineName) {
+void SensorHub::beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors) {
     isReplay_ = true;
     machineName_ = machineName;
+    recordedProcessors_ = processors;
 }
 
 void SensorHub::accept(Snapshot snapshot) {
     cooling_ = snapshot.cooling;
+    takeSingleReadings(snapshot);
     const bool hasSensors = !snapshot.fans.empty() || snapshot.temps != Temperatures();
     if (hasSensors && !sensorsAvailable_) {
         sensorsAvailable_ = true;
@@ -184,18 +187,10 @@ void SensorHub::publish(bool force) {
 }
 
 void SensorHub::publishDerived(bool force) {
-    if (sources_.cores)
-        sources_.cores->sample();
+    sampleCores();
     Vitals vitals = Vitals::quantising(snapshot_);
     Verdict verdict = DiagnosisEngine::evaluate(history_, format_);
     std::vector<ProcessGroup> suspects = rankedSuspects(history_);
-    std::vector<double> dieSensors;
-    std::vector<double> gpuSensors;
-    if (readsSingleSensors() && hasOpenSensors()) {
-        dieSensors = sources_.sensors->readDieSensors();
-        gpuSensors = sources_.sensors->readGPUSensors();
-    }
-
     animation_ = motion_.update();
     emit transactionBegan();
     if (vitals != vitals_) {
@@ -205,19 +200,10 @@ void SensorHub::publishDerived(bool force) {
     verdict_ = std::move(verdict);
     emit verdictChanged();
     assignSuspects(std::move(suspects));
-    cores_ = sources_.cores ? sources_.cores->cores() : std::vector<Core>();
+    cores_ = recordedCores_ ? *recordedCores_ : sources_.cores ? sources_.cores->cores() : std::vector<Core>();
     emit coresChanged();
-    // A shorter list is a partial reading: the one before stays, so that the pane does not flicker.
-    constexpr std::size_t fewestDieSensors = 8;
-    constexpr std::size_t fewestGPUSensors = 4;
-    if (readsSingleSensors() && dieSensors.size() >= fewestDieSensors) {
-        dieSensors_ = std::move(dieSensors);
-        emit dieSensorsChanged();
-    }
-    if (readsSingleSensors() && gpuSensors.size() >= fewestGPUSensors) {
-        gpuSensors_ = std::move(gpuSensors);
-        emit gpuSensorsChanged();
-    }
+    if (readsSingleSensors())
+        lookAtSingleSensors();
     emit transactionEnded();
 
     if ((windowVisible_ || force) && ticks_ % 2 == 0)
@@ -245,12 +231,6 @@ void SensorHub::forceQuit(const ProcessGroup& group) {
         if (member.pid > 0)
             environment_.killProcess(member.pid);
     QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tick);
-}
-
-double SensorHub::coreCeilingMHz(bool isPerformance) const {
-    if (!sources_.cores)
-        return 0;
-    return isPerformance ? sources_.cores->maxPerformanceMHz() : sources_.cores->maxEfficiencyMHz();
 }
 
 const std::string& SensorHub::machineName() {

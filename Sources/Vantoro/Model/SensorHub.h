@@ -6,12 +6,15 @@
 #include "Design/Motion.h"
 #include "Model/ChartSeries.h"
 #include "Model/Core.h"
+#include "Model/CoreCeilings.h"
 #include "Model/Extremes.h"
 #include "Model/HeatSmoothing.h"
 #include "Model/History.h"
 #include "Model/ProcessMonitor.h"
+#include "Model/Recording.h"
 #include "Model/SensorSources.h"
 #include "Model/Settings.h"
+#include "Model/SingleSensors.h"
 #include "Model/Verdict.h"
 #include "Platform/Platform.h"
 
@@ -70,15 +73,26 @@ public:
     int unreadableProcessCount() const { return unreadableProcessCount_; }
     const std::vector<ProcessGroup>& suspects() const { return suspects_; }
     const std::vector<Core>& cores() const { return cores_; }
-    const std::vector<double>& dieSensors() const { return dieSensors_; }
-    const std::vector<double>& gpuSensors() const { return gpuSensors_; }
+    /// False while nothing is known of the cores but how many there are.
+    bool coresAreMeasured() const { return recordedCores_ || coreSamples_ > 1; }
+    /// How many cores of each kind there are; none where that is not known.
+    std::optional<RecordedProcessors> processors() const;
+    const std::vector<double>& dieSensors() const { return dieSensors_.celsius(); }
+    const std::vector<double>& gpuSensors() const { return gpuSensors_.celsius(); }
+    /// Looked at long enough to say that none of them measures.
+    bool dieSensorsAreSilent() const { return dieSensors_.areSilent(); }
+    bool gpuSensorsAreSilent() const { return gpuSensors_.areSilent(); }
     const ChartSeries& series() const { return series_; }
     /// The lowest and the highest that every figure has been since launch.
     const Extremes& extremes() const { return extremes_; }
-    /// The highest frequency of a kind of core in MHz; 0 when not known.
+    /// The highest frequency of a kind of core in MHz, as announced or beyond that as seen; 0 when not known.
     double coreCeilingMHz(bool isPerformance) const;
     /// Whether the graphics processor has sensors at all, measuring or not.
-    bool hasGPUSensors() const { return hasOpenSensors() && sources_.sensors->hasGPUSensors(); }
+    bool hasGPUSensors() const;
+    /// The same of the die.
+    bool hasDieSensors() const;
+    /// Whether the figures are a recording's that holds no single sensors.
+    bool lacksSingleSensors() const { return isReplay_ && !recordsSingleSensors_; }
 
     const History& history() const { return history_; }
     History& history() { return history_; }
@@ -101,7 +115,7 @@ public:
     void tick();
     /// From now on the figures are another time's, of the machine called this: nothing is measured, and nobody's
     /// processes are ended.
-    void beginReplay(const std::string& machineName);
+    void beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors = std::nullopt);
     /// One round with a snapshot that was measured elsewhere or before, in place of the sensors. What it holds is taken
     /// as it stands; it tells how the machine is cooled and whether it has sensors.
     void accept(Snapshot snapshot);
@@ -111,6 +125,11 @@ public:
     void restartTimer();
     /// Everything measured at this moment, with the process list and machine figures that were delivered last.
     Snapshot measure(UnixSeconds now);
+    /// Adds to what was measured what a recording holds beside it: what each core did since the call before, and the
+    /// single sensors, which are not read a second time.
+    void addSingleReadings(Snapshot& measured);
+    /// What this machine is to be called in a recording of it, begun at this time.
+    RecordingHeader recordingHeader(UnixSeconds begun);
     /// Ends every process of the group, as far as the system allows, and looks again a quarter of a second later.
     void forceQuit(const ProcessGroup& group);
 
@@ -148,6 +167,9 @@ private:
     ThermalPressure readThermalPressure() const;
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
+    void takeSingleReadings(Snapshot& recorded);
+    void sampleCores();
+    void lookAtSingleSensors();
     void assignSuspects(std::vector<ProcessGroup> suspects);
     void rebuildSeries();
 
@@ -171,8 +193,10 @@ private:
     int unreadableProcessCount_ = 0;
     std::vector<ProcessGroup> suspects_;
     std::vector<Core> cores_;
-    std::vector<double> dieSensors_;
-    std::vector<double> gpuSensors_;
+    // More than any machine with few sensors has, and much less than those have that misread some at times.
+    SingleSensors dieSensors_{8};
+    SingleSensors gpuSensors_{4};
+    CoreCeilings coreCeilings_;
     ChartSeries series_;
     Extremes extremes_;
     std::optional<Animation> animation_;
@@ -187,6 +211,11 @@ private:
     bool coresPaneVisible_ = false;
     bool sensorListVisible_ = false;
     bool isReplay_ = false;
+    bool recordsSingleSensors_ = false;
+    std::optional<std::vector<Core>> recordedCores_;
+    std::optional<RecordedProcessors> recordedProcessors_;
+    std::uint64_t coreSamples_ = 0;
+    SystemKind system_;
     std::uint64_t ticks_ = 0;
     std::vector<ProcessSample> latestProcesses_;
     SystemLine latestSystem_;

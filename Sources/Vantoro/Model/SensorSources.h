@@ -5,7 +5,9 @@
 #include "Model/Core.h"
 #include "Model/Telemetry.h"
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vantoro {
@@ -24,6 +26,9 @@ public:
     virtual int sensorCount() const = 0;
     /// Whether any sensor of the graphics processor was found, measuring or not.
     virtual bool hasGPUSensors() const { return true; }
+    /// How many single sensors there are of each kind, measuring or not; none when that is not known.
+    virtual std::optional<std::size_t> dieSensorCount() const { return std::nullopt; }
+    virtual std::optional<std::size_t> gpuSensorCount() const { return std::nullopt; }
 
     virtual std::vector<FanReading> readFans() = 0;
     virtual Temperatures readTemperatures() = 0;
@@ -32,6 +37,9 @@ public:
     /// The single sensors' readings, degrees Celsius, of those that measure at this moment.
     virtual std::vector<double> readDieSensors() = 0;
     virtual std::vector<double> readGPUSensors() = 0;
+    /// The same as readTemperatures() came upon them the last time: nothing is read anew.
+    virtual std::vector<double> latestDieSensors() const { return {}; }
+    virtual std::vector<double> latestGPUSensors() const { return {}; }
 };
 
 /// What each processor core is doing.

@@ -90,6 +90,8 @@ Vitals Vitals::quantising(const Snapshot& snapshot) {
                     .adapterWatts = roundedToHalf(snapshot.power.adapterWatts),
                     .batteryWatts = roundedTo(0.1, snapshot.power.batteryWatts),
                     .gpuWatts = roundedTo(0.1, snapshot.power.gpuWatts)};
+    if (snapshot.power.cpuWatts)
+        vitals.power.cpuWatts = roundedToHalf(*snapshot.power.cpuWatts);
     vitals.cpu = {.userPercent = std::round(snapshot.cpu.userPercent),
                   .systemPercent = std::round(snapshot.cpu.systemPercent),
                   .idlePercent = std::round(snapshot.cpu.idlePercent),

@@ -46,6 +46,8 @@ struct PowerReading {
     double adapterWatts = 0;
     double batteryWatts = 0;
     double gpuWatts = 0;
+    /// What the processors draw.
+    std::optional<double> cpuWatts = {};
 
     bool operator==(const PowerReading&) const = default;
 };
@@ -67,6 +69,8 @@ struct MemoryLoad {
     std::uint64_t wiredBytes = 0;
     std::uint64_t compressedBytes = 0;
     std::uint64_t swapOutEvents = 0;
+    /// What could be had without swapping.
+    std::optional<std::uint64_t> availableBytes = {};
 
     bool operator==(const MemoryLoad&) const = default;
 };
@@ -83,6 +87,29 @@ std::optional<ThermalPressure> thermalPressure(int rawValue);
 /// Whether the machine has at least one fan.
 enum class Cooling : std::uint8_t { fans, passive };
 
+/// Per cent of the last ten seconds in which some work waited for it, 0 to 100.
+struct StallShares {
+    std::optional<double> cpu = {};
+    std::optional<double> memory = {};
+    std::optional<double> io = {};
+
+    bool operator==(const StallShares&) const = default;
+};
+
+/// What slows a machine down.
+enum class ThrottleReason : std::uint8_t { temperature, power, current, firmware, profile };
+
+/// What one processor core did, as a recording holds it. Cores stand in their kind's order.
+struct CoreReading {
+    bool isPerformance = false;
+    /// 0 to 100.
+    double busyPercent = 0;
+    /// 0 when not known.
+    double megahertz = 0;
+
+    bool operator==(const CoreReading&) const = default;
+};
+
 /// One process in one tick. What stays the same from tick to tick is shared (see ProcessIdentity.h).
 struct ProcessSample {
     SharedProcessIdentity identity;
@@ -90,6 +117,8 @@ struct ProcessSample {
     double cpuPercent = 0;
     std::uint64_t memoryBytes = 0;
     double energyImpact = 0;
+    /// The part of the graphics processor's busy share that was this process's, 0 to 100.
+    std::optional<double> gpuPercent = {};
 
     std::int32_t pid() const { return identity->pid; }
     const std::string& rawName() const { return identity->rawName; }
@@ -116,6 +145,16 @@ struct Snapshot {
     Cooling cooling = Cooling::fans;
     /// Degrees Celsius: the smoothed chip temperature.
     double chipHeat = 0;
+    StallShares stalls = {};
+    /// None where it cannot be told; empty where nothing does.
+    std::optional<std::vector<ThrottleReason>> throttle = {};
+    /// Busy share of the busiest engine of the busiest graphics device, 0 to 100.
+    std::optional<double> gpuPercent = {};
+    /// Single readings, only on their way into a recording and out of one: a history holds none. None where they were
+    /// not taken; temperatures ascend, in degrees Celsius.
+    std::optional<std::vector<CoreReading>> cores = {};
+    std::optional<std::vector<double>> dieSensors = {};
+    std::optional<std::vector<double>> gpuSensors = {};
 
     /// How hard the fans work, 0 to 1: the largest share of its span that any fan has climbed. A fan whose limits lie
     /// no more than 1 rpm apart counts as 0; no fans gives 0.

@@ -29,6 +29,23 @@ int wholePercent(double share) {
     return static_cast<int>(share * 100);
 }
 
+/// A load is known from the second look on: until then it is not 0 but unknown.
+void forgetLoads(CoreCluster& cluster) {
+    cluster.busyText = tr("Measuring…");
+    for (CoreFigures& core : cluster.cores) {
+        core.busyText = QStringLiteral("—");
+        core.spokenValue = cluster.busyText;
+    }
+}
+
+QString whyNoSensors(const SensorHub& hub) {
+    if (hub.lacksSingleSensors())
+        return tr("This recording does not hold the die's single sensors.");
+    if (!hub.isReplay() && !hub.sensorsAvailable())
+        return tr("The sensors could not be read.");
+    return tr("No temperatures of the die are reported here.");
+}
+
 } // namespace
 
 int columnCount(int cores) {
@@ -99,16 +116,17 @@ CoreCluster clusterSummary(const std::vector<Core>& cores, double ceiling) {
     return cluster;
 }
 
-Spread spreadOf(const std::vector<double>& ascendingCelsius, const QString& caption, const Format& format) {
+Spread spreadOf(const std::vector<double>& ascendingCelsius, bool areSilent, const QString& caption,
+                const Format& format) {
     const std::size_t count = ascendingCelsius.size();
     Spread spread;
-    spread.subtitle = tr("%1 sensors").arg(count);
     spread.caption = caption;
     if (count == 0) {
-        spread.placeholder = tr("Measuring…");
+        spread.placeholder = areSilent ? tr("None of its sensors measures at the moment.") : tr("Measuring…");
         spread.spokenValue = spread.placeholder;
         return spread;
     }
+    spread.subtitle = count == 1 ? tr("1 sensor") : tr("%1 sensors").arg(count);
     const double mean =
         std::accumulate(ascendingCelsius.begin(), ascendingCelsius.end(), 0.0) / static_cast<double>(count);
     const auto temperature = [&format](double celsius) { return toQString(format.temperature(celsius)); };
@@ -136,18 +154,33 @@ CoresModel CoresModel::of(const SensorHub& hub) {
         (core.isPerformance ? performance : efficiency).push_back(core);
     CoresModel model;
     model.coreCount = static_cast<int>(hub.cores().size());
-    model.subtitle = coreCounts(hub.cores());
+    if (const auto processors = hub.processors())
+        model.subtitle =
+            hub.cores().empty()
+                ? tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency)
+                : coreCounts(hub.cores());
+    if (hub.cores().empty())
+        model.coresNote = hub.isReplay() ? tr("This recording does not hold what each core did.")
+                                         : tr("The processor cores could not be read.");
     if (!performance.empty())
         model.clusters.push_back(clusterSummary(performance, hub.coreCeilingMHz(true)));
     if (!efficiency.empty())
         model.clusters.push_back(clusterSummary(efficiency, hub.coreCeilingMHz(false)));
-    model.die = spreadOf(hub.dieSensors(),
-                         tr("Every sensor that is actively measuring, coolest to hottest. The die carries several "
-                            "sensors per core and they warm together, so this shows where the heat sits rather than "
-                            "which core is hot. Blocks that power down report a placeholder and are left out."),
-                         hub.format());
-    if (hub.hasGPUSensors() || !hub.gpuSensors().empty())
-        model.gpu = spreadOf(hub.gpuSensors(), tr("The same view across the graphics cores."), hub.format());
+    if (!hub.coresAreMeasured())
+        for (CoreCluster& cluster : model.clusters)
+            forgetLoads(cluster);
+    if (hub.hasDieSensors())
+        model.die =
+            spreadOf(hub.dieSensors(), hub.dieSensorsAreSilent(),
+                     tr("Every sensor that is actively measuring, coolest to hottest. The die carries several "
+                        "sensors per core and they warm together, so this shows where the heat sits rather than "
+                        "which core is hot. Blocks that power down report a placeholder and are left out."),
+                     hub.format());
+    else
+        model.sensorsNote = whyNoSensors(hub);
+    if (hub.hasGPUSensors())
+        model.gpu = spreadOf(hub.gpuSensors(), hub.gpuSensorsAreSilent(),
+                             tr("The same view across the graphics cores."), hub.format());
     return model;
 }
 

@@ -78,13 +78,18 @@ struct Spread {
 };
 
 struct CoresModel {
+    /// How many of each kind; empty where that is not known.
     QString subtitle;
+    /// In place of the tiles where nothing is known of the cores; else empty.
+    QString coresNote;
     /// Performance first; a kind without cores is left out.
     std::vector<CoreCluster> clusters;
     int coreCount = 0;
-    Spread die;
-    /// None on a machine whose graphics processor has no sensors.
+    /// None on a machine without such sensors.
+    std::optional<Spread> die;
     std::optional<Spread> gpu;
+    /// Why the die's sensors are not shown; else empty.
+    QString sensorsNote;
 
     static CoresModel of(const SensorHub& hub);
 
@@ -102,6 +107,8 @@ QString coreCounts(const std::vector<Core>& cores);
 /// `ceiling` is the highest frequency of this kind of core in MHz, 0 when not known.
 CoreFigures coreFigures(const Core& core, double ceiling);
 CoreCluster clusterSummary(const std::vector<Core>& cores, double ceiling);
-Spread spreadOf(const std::vector<double>& ascendingCelsius, const QString& caption, const Format& format);
+/// `areSilent` says of an empty list that it will stay so.
+Spread spreadOf(const std::vector<double>& ascendingCelsius, bool areSilent, const QString& caption,
+                const Format& format);
 
 } // namespace vantoro

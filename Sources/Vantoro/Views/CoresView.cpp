@@ -136,9 +136,16 @@ CoresView::CoresView(ViewContext& context, QWidget* parent)
     cores_->setTitle(vantoro::tr("Cores"));
     cores_->setIcon("cpu");
     cores_->setBottomPadding(coresBottom);
+    coresNote_ = newNote();
+    cores_->body()->addWidget(coresNote_);
     scroll_->column()->addWidget(cores_);
     die_ = addSpreadPanel(vantoro::tr("Die temperature"), "thermometer.medium");
     gpu_ = addSpreadPanel(vantoro::tr("GPU temperature"), "cube.transparent");
+    sensorsNote_ = newNote();
+    auto* const noteRow = new QHBoxLayout;
+    noteRow->setContentsMargins(Space::panelPadding, 0, Space::panelPadding, 0);
+    noteRow->addWidget(sensorsNote_);
+    scroll_->column()->addLayout(noteRow);
     scroll_->column()->addStretch();
 }
 
@@ -210,10 +217,25 @@ void CoresView::showClusters(const CoresModel& model) {
     }
 }
 
-void CoresView::showSpread(const SpreadPanel& widgets, const Spread& spread) {
-    widgets.panel->setSubtitle(spread.subtitle);
-    widgets.ruler->show(spread);
-    widgets.caption->setText(spread.caption);
+void CoresView::showSpread(const SpreadPanel& widgets, const std::optional<Spread>& spread) {
+    widgets.panel->setVisible(spread.has_value());
+    if (!spread)
+        return;
+    widgets.panel->setSubtitle(spread->subtitle);
+    widgets.ruler->show(*spread);
+    widgets.caption->setText(spread->caption);
+}
+
+void CoresView::showNote(TextLabel& label, const QString& note) {
+    label.setText(note);
+    label.setVisible(!note.isEmpty());
+}
+
+TextLabel* CoresView::newNote() {
+    auto* const note = new TextLabel(look(), Type::body, Tone::textSecondary); // owned by what it is laid out in
+    note->setWraps(true);
+    note->hide();
+    return note;
 }
 
 void CoresView::refresh() {
@@ -223,10 +245,10 @@ void CoresView::refresh() {
     const bool otherCount = model.coreCount != model_.coreCount;
     cores_->setSubtitle(model.subtitle);
     showClusters(model);
+    showNote(*coresNote_, model.coresNote);
     showSpread(die_, model.die);
-    gpu_.panel->setVisible(model.gpu.has_value());
-    if (model.gpu)
-        showSpread(gpu_, *model.gpu);
+    showSpread(gpu_, model.gpu);
+    showNote(*sensorsNote_, model.sensorsNote);
     model_ = std::move(model);
     if (otherCount)
         placeTiles();

@@ -42,11 +42,15 @@ private:
 
     SpreadPanel addSpreadPanel(const QString& title, const QString& icon);
     void showClusters(const CoresModel& model);
-    static void showSpread(const SpreadPanel& widgets, const Spread& spread);
+    static void showSpread(const SpreadPanel& widgets, const std::optional<Spread>& spread);
+    TextLabel* newNote();
+    static void showNote(TextLabel& label, const QString& note);
     void placeTiles();
 
-    ScrollPane* scroll_; // owned by Qt as a child
-    Panel* cores_;       // owned by Qt as a child
+    ScrollPane* scroll_;               // owned by Qt as a child
+    Panel* cores_;                     // owned by Qt as a child
+    TextLabel* coresNote_ = nullptr;   // owned by Qt as a child
+    TextLabel* sensorsNote_ = nullptr; // owned by Qt as a child
     std::vector<ClusterWidgets> clusters_;
     SpreadPanel die_;
     SpreadPanel gpu_;

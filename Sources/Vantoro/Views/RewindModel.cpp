@@ -51,13 +51,14 @@ QString scrubTitle(const Snapshot* snapshot, const Format& format) {
     return snapshot != nullptr ? tr("At %1").arg(toQString(format.timeWithSeconds(snapshot->timestamp))) : tr("Rewind");
 }
 
-RewindModel rewindModel(const Snapshot* snapshot, const Format& format) {
+RewindModel rewindModel(const Snapshot* snapshot, bool isPinned, const Format& format) {
     RewindModel model{.title = scrubTitle(snapshot, format)};
     if (snapshot == nullptr) {
         model.notice =
             tr("Hover anywhere on a chart to reconstruct that moment, including which processes were running.");
         return model;
     }
+    model.isPinned = isPinned;
     model.readings = readingsOf(*snapshot, format);
     if (snapshot->processes.empty())
         model.notice = tr("No process data was captured for this moment.");

@@ -32,6 +32,8 @@ struct RewindModel {
     std::vector<Process> processes;
     /// In place of the processes, or of everything when there is no moment.
     QString notice;
+    /// The moment stays until it is let go.
+    bool isPinned = false;
 
     bool isAtMoment() const { return !readings.empty(); }
 
@@ -39,7 +41,7 @@ struct RewindModel {
 };
 
 /// Of this snapshot; without one it says how to rewind.
-RewindModel rewindModel(const Snapshot* snapshot, const Format& format);
+RewindModel rewindModel(const Snapshot* snapshot, bool isPinned, const Format& format);
 
 /// "At 2:36:12 PM", or "Rewind" without a snapshot.
 QString scrubTitle(const Snapshot* snapshot, const Format& format);

@@ -37,8 +37,30 @@ QRectF cutTrailing(QRectF& row, double width) {
 
 } // namespace
 
-RewindPanel::RewindPanel(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+RewindPanel::RewindPanel(Look& look, QWidget* parent)
+    : PaintedWidget(look, parent), unpin_(new Button(look, Button::Kind::bordered, tr("Unpin"), this)) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    unpin_->setDrawnHeight(24);
+    unpin_->hide();
+    connect(unpin_, &Button::clicked, this, &RewindPanel::unpinAsked);
+}
+
+void RewindPanel::placeUnpin() {
+    constexpr int drawnWidth = 56;
+    const QSize hint = unpin_->sizeHint();
+    const int wide = std::max(hint.width(), drawnWidth + 2 * Button::ringMargin);
+    const QRectF title = titleRect();
+    const QRect place(qRound(title.right()) + Button::ringMargin - wide, qRound(title.center().y()) - hint.height() / 2,
+                      wide, hint.height());
+    unpin_->setGeometry(mirrored(place));
+}
+
+void RewindPanel::resizeEvent(QResizeEvent*) {
+    placeUnpin();
+}
+
+void RewindPanel::themeChanged() {
+    placeUnpin();
 }
 
 QRectF RewindPanel::titleRect() const {
@@ -81,6 +103,7 @@ void RewindPanel::setModel(const RewindModel& model) {
     if (model == model_)
         return;
     const RewindModel before = std::exchange(model_, model);
+    unpin_->setVisible(model.isPinned);
     if (before.readings.size() != model.readings.size() || before.notice != model.notice ||
         before.processes.size() != model.processes.size()) {
         update();
@@ -189,6 +212,8 @@ void RewindPanel::paintEvent(QPaintEvent* event) {
     QRectF title = titleRect();
     drawIcon(painter, cutLeading(title, icon), "clock.rewind", icon, color(Tone::textSecondary));
     cutLeading(title, 8);
+    if (model_.isPinned)
+        cutTrailing(title, unpin_->width());
     drawText(painter, title, Type::sectionTitle, color(Tone::textPrimary), model_.title, Qt::AlignLeft);
     if (!model_.isAtMoment()) {
         paintHint(painter);

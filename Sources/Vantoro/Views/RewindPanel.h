@@ -1,7 +1,7 @@
 // The panel beside the charts: the picked moment's readings and processes, or how to pick one.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Button.h"
 #include "Views/RewindModel.h"
 
 namespace vantoro {
@@ -14,13 +14,21 @@ public:
 
     void setModel(const RewindModel& model);
 
+    Button& unpin() { return *unpin_; }
+
     QSize minimumSizeHint() const override;
     Description describe() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void themeChanged() override;
+
+signals:
+    void unpinAsked();
 
 private:
+    void placeUnpin();
     QRectF titleRect() const;
     QRectF readingRect(std::size_t row) const;
     QRectF processRect(std::size_t row) const;
@@ -36,6 +44,7 @@ private:
     void paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from, Qt::Alignment alignment) const;
 
     RewindModel model_;
+    Button* unpin_; // owned by Qt as a child
 };
 
 } // namespace vantoro

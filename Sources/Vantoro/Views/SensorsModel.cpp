@@ -105,12 +105,17 @@ SensorRowModel temperatureRow(const SensorHub& hub, const TemperatureKind& kind)
     return row;
 }
 
-void unfold(SensorRowModel& row, bool isExpanded, const std::vector<double>& sensors, const Format& format) {
+void unfold(SensorRowModel& row, bool isExpanded, const std::vector<double>& sensors, bool areSilent,
+            const Format& format) {
     row.isExpandable = true;
     row.isExpanded = isExpanded;
     if (!isExpanded)
         return;
-    row.sensorsTitle = sensors.empty() ? tr("Measuring…") : tr("%1 sensors, coolest to hottest").arg(sensors.size());
+    if (sensors.empty())
+        row.sensorsTitle = areSilent ? tr("None of its sensors measures at the moment.") : tr("Measuring…");
+    else
+        row.sensorsTitle =
+            sensors.size() == 1 ? tr("1 sensor") : tr("%1 sensors, coolest to hottest").arg(sensors.size());
     for (const double celsius : sensors)
         row.sensors.append(toQString(format.degrees(celsius)));
 }
@@ -256,14 +261,21 @@ SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const Un
     model.dataSources = vantoro::dataSources(hub.processSource(), names);
     if (!hub.sensorsAvailable())
         model.complaint = tr("The sensors could not be read.");
-    if (hub.cooling() == Cooling::fans)
+    else if (hub.isReady() && hub.extremes() == Extremes())
+        model.complaint = tr("This computer reports no temperatures, fans or power.");
+    // A fan that was never seen is none, whatever the machine is taken for.
+    const bool mayHaveFans = !hub.isReady() || !hub.extremes().fans.empty();
+    if (hub.cooling() == Cooling::fans && mayHaveFans)
         model.fans = fanRows(hub);
     for (const TemperatureKind& kind : temperatureKinds)
         model.temperatures.push_back(temperatureRow(hub, kind));
-    unfold(model.temperatures[0], unfolded.hottestCore, hub.dieSensors(), hub.format());
-    unfold(model.temperatures[1], unfolded.wholeChip, hub.dieSensors(), hub.format());
+    if (hub.hasDieSensors()) {
+        const bool areSilent = hub.dieSensorsAreSilent();
+        unfold(model.temperatures[0], unfolded.hottestCore, hub.dieSensors(), areSilent, hub.format());
+        unfold(model.temperatures[1], unfolded.wholeChip, hub.dieSensors(), areSilent, hub.format());
+    }
     if (hub.hasGPUSensors())
-        unfold(model.temperatures[2], unfolded.graphics, hub.gpuSensors(), hub.format());
+        unfold(model.temperatures[2], unfolded.graphics, hub.gpuSensors(), hub.gpuSensorsAreSilent(), hub.format());
     model.pressure = hub.vitals().thermalPressure;
     for (const PowerKind& kind : powerKinds)
         model.power.push_back(powerRow(hub, kind));

@@ -89,7 +89,7 @@ struct SensorsModel {
     QString dataSources;
     /// Empty while they can be read.
     QString complaint;
-    /// None on a machine without fans.
+    /// None on a machine without fans, and on one that reports none.
     std::optional<std::vector<FanRowModel>> fans;
     /// Hottest core, whole chip and graphics processor come first, in this order.
     std::vector<SensorRowModel> temperatures;

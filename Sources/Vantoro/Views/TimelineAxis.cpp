@@ -14,6 +14,8 @@ constexpr TextStyle pillText = Type::caption.semibold();
 constexpr double pillHeight = 22;
 constexpr double pillPadding = 7;
 constexpr double pillRadius = 6;
+constexpr int pinIcon = 12;
+constexpr double pinGap = 3;
 constexpr double apart = 8; // labels closer than that would seem to touch
 
 double lineCentre(const Theme& theme) {
@@ -54,10 +56,14 @@ QRectF TimelineAxis::labelRect(const TimeMark& mark) const {
     return {left, lineCentre(theme()) - height / 2, wide + 1, height};
 }
 
+double TimelineAxis::pinWidth() const {
+    return isPinned_ ? pinIcon + pinGap : 0;
+}
+
 QRectF TimelineAxis::pillRect() const {
     if (!scrub_)
         return {};
-    const double wide = textWidth(pillText, scrubText_) + 2 * pillPadding;
+    const double wide = pinWidth() + textWidth(pillText, scrubText_) + 2 * pillPadding;
     const double height = pillHeight * theme().textScale();
     const double left = std::clamp(x(*scrub_) - wide / 2, double{TimelineChart::sideInset},
                                    std::max(double{TimelineChart::sideInset}, plotRight() - wide));
@@ -72,8 +78,8 @@ void TimelineAxis::setTimes(const std::vector<TimeMark>& times, const TimeSpan& 
     update();
 }
 
-void TimelineAxis::setScrub(std::optional<UnixSeconds> scrub, const QString& text) {
-    if (scrub == scrub_ && text == scrubText_)
+void TimelineAxis::setScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned) {
+    if (scrub == scrub_ && text == scrubText_ && isPinned == isPinned_)
         return;
     const auto updateAround = [this] {
         if (!scrub_)
@@ -88,6 +94,7 @@ void TimelineAxis::setScrub(std::optional<UnixSeconds> scrub, const QString& tex
     updateAround();
     scrub_ = scrub;
     scrubText_ = text;
+    isPinned_ = isPinned;
     updateAround();
 }
 
@@ -117,7 +124,13 @@ void TimelineAxis::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(color(Tone::pill));
     painter.drawRoundedRect(pill, pillRadius, pillRadius);
-    drawText(painter, pill, pillText, color(Tone::onPill), scrubText_, Qt::AlignHCenter, Qt::ElideNone);
+    QRectF inside = pill.adjusted(pillPadding, 0, -pillPadding, 0);
+    if (isPinned_)
+        drawIcon(painter, QRectF(inside.left(), inside.top(), pinIcon, inside.height()), "pin", pinIcon,
+                 color(Tone::onPill));
+    inside.setLeft(inside.left() + pinWidth());
+    drawText(painter, inside.adjusted(-1, 0, 1, 0), pillText, color(Tone::onPill), scrubText_, Qt::AlignHCenter,
+             Qt::ElideNone);
 }
 
 } // namespace vantoro

@@ -16,8 +16,8 @@ public:
     static int riseAboveFooter(const Theme& theme);
 
     void setTimes(const std::vector<TimeMark>& times, const TimeSpan& span);
-    /// The moment under the rule and its text; none hides the pill.
-    void setScrub(std::optional<UnixSeconds> scrub, const QString& text);
+    /// The moment under the rule and its text; none hides the pill. Pinned, the pill shows so.
+    void setScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned);
 
     Description describe() override;
 
@@ -30,11 +30,13 @@ private:
     /// A label as wide as its text, its middle at the time, held within the plot.
     QRectF labelRect(const TimeMark& mark) const;
     QRectF pillRect() const;
+    double pinWidth() const;
 
     std::vector<TimeMark> times_;
     TimeSpan span_;
     std::optional<UnixSeconds> scrub_;
     QString scrubText_;
+    bool isPinned_ = false;
 };
 
 } // namespace vantoro

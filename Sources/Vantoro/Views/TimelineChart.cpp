@@ -90,13 +90,14 @@ void TimelineChart::setReading(const ChartReading& reading, std::optional<UnixSe
     const QRect valueBefore = valueRect();
     const QRect ruleBefore = ruleRect();
     const bool isNewValue = reading.value != reading_.value;
+    const bool isNewlySpoken = reading.spokenValue != reading_.spokenValue;
     reading_ = reading;
     scrub_ = scrub;
     if (isNewValue)
         update(valueBefore.united(valueRect()));
     update(ruleBefore);
     update(ruleRect());
-    if (isNewValue && hasFocus())
+    if ((isNewValue || (isNewlySpoken && scrub)) && hasFocus())
         announceChange();
 }
 
@@ -112,7 +113,10 @@ Description TimelineChart::describe() {
     return {.role = QAccessible::Chart,
             .name = model_.spokenName,
             .value = reading_.spokenValue,
-            .actions = {{"Earlier", [this] { emit stepped(-1); }}, {"Later", [this] { emit stepped(1); }}}};
+            .actions = {{"Earlier", [this] { emit stepped(-1); }},
+                        {"Later", [this] { emit stepped(1); }},
+                        reading_.isPinned ? Description::Action{"Unpin", [this] { emit letGoAsked(); }}
+                                          : Description::Action{"Pin", [this] { emit keepPickedAsked(); }}}};
 }
 
 void TimelineChart::paintGround(QPainter& painter) const {
@@ -148,6 +152,18 @@ void TimelineChart::paintLines(QPainter& painter) const {
     for (const ChartLine& line : model_.lines)
         drawPlotLine(painter, plot, {line.points, line.bands, line.stroke == ChartLine::Stroke::dashed}, theme());
     painter.setClipping(false);
+    paintEmptyText(painter, plot);
+}
+
+void TimelineChart::paintEmptyText(QPainter& painter, const PlotFrame& plot) const {
+    if (model_.emptyText.isEmpty())
+        return;
+    // Between two lines of the scale, which would strike it through.
+    const double high = lineHeight(Type::small);
+    drawText(
+        painter,
+        QRectF(plot.area.left(), plot.area.center().y() + plot.area.height() / 4 - high / 2, plot.area.width(), high),
+        Type::small, color(Tone::textTertiary), model_.emptyText, Qt::AlignHCenter);
 }
 
 void TimelineChart::paintRamp(QPainter& painter, const PlotFrame& plot) const {
@@ -228,6 +244,15 @@ void TimelineChart::mouseMoveEvent(QMouseEvent* event) {
     emit scrubbed(frame().timeAt(event->position().x()));
 }
 
+void TimelineChart::mousePressEvent(QMouseEvent* event) {
+    event->setAccepted(event->button() == Qt::LeftButton);
+}
+
+void TimelineChart::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        emit keepAsked(frame().timeAt(event->position().x()));
+}
+
 void TimelineChart::leaveEvent(QEvent*) {
     emit scrubEnded();
 }
@@ -237,12 +262,18 @@ void TimelineChart::keyPressEvent(QKeyEvent* event) {
     if (!focus_.showsRing())
         update();
     focus_.keyUsed();
+    const bool strides = event->modifiers().testFlag(Qt::ShiftModifier);
+    const auto go = [&](int direction) { strides ? emit strode(direction) : emit stepped(direction); };
     switch (event->key()) {
     case Qt::Key_Left:
-        emit stepped(-1);
+        go(-1);
         break;
     case Qt::Key_Right:
-        emit stepped(1);
+        go(1);
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        emit keepPickedAsked();
         break;
     case Qt::Key_Home:
         emit stepped(-beyond);
@@ -252,11 +283,11 @@ void TimelineChart::keyPressEvent(QKeyEvent* event) {
         break;
     case Qt::Key_Escape:
         // Without a moment to leave, it is the window's.
-        if (!scrub_) {
+        if (!scrub_ && !reading_.isPinned) {
             PaintedWidget::keyPressEvent(event);
             return;
         }
-        emit scrubEnded();
+        emit letGoAsked();
         break;
     default:
         PaintedWidget::keyPressEvent(event);

@@ -39,12 +39,20 @@ signals:
     void scrubEnded();
     /// The keyboard asks for the point this many points later; beyond the ends means the end.
     void stepped(int points);
+    /// The same by so many tenths of the points.
+    void strode(int tenths);
+    /// The moment under the pointer is to stay, or the one that is picked.
+    void keepAsked(double time);
+    void keepPickedAsked();
+    void letGoAsked();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
@@ -59,6 +67,7 @@ private:
     double ruleX() const;
     void paintGround(QPainter& painter) const;
     void paintLines(QPainter& painter) const;
+    void paintEmptyText(QPainter& painter, const PlotFrame& frame) const;
     void paintRamp(QPainter& painter, const PlotFrame& frame) const;
     void paintScrub(QPainter& painter) const;
     const QPixmap& drawn();

@@ -41,6 +41,10 @@ void TimelineCharts::matchCharts(std::size_t count) {
         connect(chart, &TimelineChart::scrubbed, this, &TimelineCharts::scrubbed);
         connect(chart, &TimelineChart::scrubEnded, this, &TimelineCharts::scrubEnded);
         connect(chart, &TimelineChart::stepped, this, &TimelineCharts::stepped);
+        connect(chart, &TimelineChart::strode, this, &TimelineCharts::strode);
+        connect(chart, &TimelineChart::keepAsked, this, &TimelineCharts::keepAsked);
+        connect(chart, &TimelineChart::keepPickedAsked, this, &TimelineCharts::keepPickedAsked);
+        connect(chart, &TimelineChart::letGoAsked, this, &TimelineCharts::letGoAsked);
         chart->show();
         charts_.push_back(chart);
     }
@@ -71,11 +75,14 @@ void TimelineCharts::setModel(const TimelineModel& model) {
     axis_->setTimes(model.times, *model.span);
 }
 
-void TimelineCharts::setReadings(const std::vector<ChartReading>& readings, std::optional<UnixSeconds> scrub,
+void TimelineCharts::setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
                                  const QString& scrubText) {
+    std::optional<UnixSeconds> rule;
+    if (scrub && model_.span && model_.span->holds(scrub->time))
+        rule = scrub->time;
     for (std::size_t i = 0; i < std::min(charts_.size(), readings.size()); ++i)
-        charts_[i]->setReading(readings[i], scrub);
-    axis_->setScrub(scrub, scrubText);
+        charts_[i]->setReading(readings[i], rule);
+    axis_->setScrub(rule, scrubText, scrub && scrub->isPinned);
 }
 
 void TimelineCharts::setReveal(double share) {

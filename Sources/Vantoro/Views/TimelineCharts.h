@@ -14,8 +14,8 @@ public:
     explicit TimelineCharts(Look& look, QWidget* parent = nullptr);
 
     void setModel(const TimelineModel& model);
-    /// One reading per chart, and the picked moment with its text.
-    void setReadings(const std::vector<ChartReading>& readings, std::optional<UnixSeconds> scrub,
+    /// One reading per chart, and the picked moment with its text. A moment that lies outside the axis has no rule.
+    void setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
                      const QString& scrubText);
     void setReveal(double share);
 
@@ -29,6 +29,10 @@ signals:
     void scrubbed(double time);
     void scrubEnded();
     void stepped(int points);
+    void strode(int tenths);
+    void keepAsked(double time);
+    void keepPickedAsked();
+    void letGoAsked();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -19,6 +19,45 @@ std::vector<ChartKind> chartsOf(Cooling cooling) {
     return {ChartKind::fans, ChartKind::temperature, ChartKind::processor, ChartKind::power};
 }
 
+/// Whether there is a sensor for it: one that was never seen is taken not to exist.
+bool hasSensor(ChartKind kind, const Extremes& extremes) {
+    switch (kind) {
+    case ChartKind::fans:
+        return !extremes.fans.empty();
+    case ChartKind::temperature:
+    case ChartKind::heat:
+        return extremes.soc || extremes.socMean;
+    case ChartKind::processor:
+        return true;
+    case ChartKind::power:
+        break;
+    }
+    return extremes.systemWatts.has_value();
+}
+
+/// Without limits nobody can tell how hard a fan works.
+bool knowsLimits(const Snapshot& snapshot) {
+    return std::ranges::any_of(snapshot.fans, [](const FanReading& fan) { return fan.maxRPM - fan.minRPM > 1; });
+}
+
+QString emptyTextOf(const ChartModel& chart, const Snapshot& now) {
+    const auto isEmpty = [](const ChartLine& line) { return line.points.empty(); };
+    if (!std::ranges::all_of(chart.lines, isEmpty))
+        return {};
+    if (chart.kind == ChartKind::processor)
+        return tr("Idle all this time.");
+    if (chart.kind != ChartKind::fans || now.fans.empty())
+        return tr("Nothing was reported in this time.");
+    return knowsLimits(now) ? tr("The fans stood still, or ran at their floor, all this time.")
+                            : tr("How hard the fans work is not known: they report no limits.");
+}
+
+/// What can be done with the charts, after what the first of them says of itself.
+QString withHint(const QString& caption, bool isPinned) {
+    const QString hint = isPinned ? tr("arrow keys step · Esc lets go") : tr("hover to rewind, click to keep");
+    return caption.isEmpty() ? hint : caption + tr(" · ") + hint;
+}
+
 /// When the present climb began, and how the chart says so.
 struct RampMark {
     UnixSeconds time = 0;
@@ -52,7 +91,6 @@ ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& form
     case ChartKind::fans:
         return {.kind = kind,
                 .title = tr("Fans"),
-                .caption = tr("hover to rewind"),
                 .height = 190,
                 .scale = percentScale(),
                 .lines = {{.points = measured(series.fan), .bands = {6, 22, 48, 78}, .fillsArea = true}}};
@@ -68,7 +106,7 @@ ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& form
     case ChartKind::heat:
         return {.kind = kind,
                 .title = tr("Heat"),
-                .caption = tr("whole chip · hottest core dashed · hover to rewind"),
+                .caption = tr("whole chip · hottest core dashed"),
                 .height = 300,
                 .least = coolestShown,
                 .most = hottestShown,
@@ -102,13 +140,14 @@ std::optional<RampMark> rampMark(const SensorHub& hub, const TimeSpan& shown) {
                                                              : tr("fans began climbing %1").arg(time)};
 }
 
-/// A time at every so many whole minutes, about a fifth of the span apart, and "now" at the end.
+/// Times at multiples of so many whole minutes, about a fifth of the span, and "now" at the end: as time goes on they
+/// move with the lines, and never from one minute to the next.
 std::vector<TimeMark> timeMarks(const TimeSpan& shown, const Format& format) {
     constexpr double minute = 60;
     constexpr double wanted = 5;
     const double step = std::max(1.0, std::round(shown.seconds() / wanted / minute)) * minute;
     std::vector<TimeMark> marks;
-    for (double time = std::ceil(shown.first / minute) * minute; time < shown.last; time += step)
+    for (double time = std::ceil(shown.first / step) * step; time < shown.last; time += step)
         marks.push_back({time, toQString(format.clockFace(time))});
     marks.push_back({shown.last, tr("now")});
     return marks;
@@ -126,7 +165,7 @@ ChartReading readingOf(ChartKind kind, const Snapshot& snapshot, const Format& f
     const auto plain = [](const QString& value) { return ChartReading{.value = value, .spokenValue = value}; };
     switch (kind) {
     case ChartKind::fans:
-        return plain(snapshot.fans.empty() ? QStringLiteral("—") : percent(snapshot.fanLoad() * 100));
+        return plain(knowsLimits(snapshot) ? percent(snapshot.fanLoad() * 100) : QStringLiteral("—"));
     case ChartKind::temperature:
     case ChartKind::heat: {
         if (!(snapshot.temps.socMean > 0 || snapshot.temps.soc > 0))
@@ -226,7 +265,11 @@ std::optional<UnixSeconds> pointBeside(const std::vector<TimePoint>& points, std
     return points[static_cast<std::size_t>(to)].time;
 }
 
-TimelineModel timelineModel(const SensorHub& hub) {
+int tenthOf(const std::vector<TimePoint>& points) {
+    return std::max(1, static_cast<int>(points.size() / 10));
+}
+
+TimelineModel timelineModel(const SensorHub& hub, bool isPinned) {
     const ChartSeries& series = hub.series();
     const std::optional<TimeSpan> shown = span(series.cpu);
     if (!shown || shown->seconds() < gatheringSeconds)
@@ -235,7 +278,12 @@ TimelineModel timelineModel(const SensorHub& hub) {
     TimelineModel model{.span = shown, .times = timeMarks(*shown, hub.format())};
     const std::optional<RampMark> ramp = rampMark(hub, *shown);
     for (const ChartKind kind : chartsOf(hub.cooling())) {
+        if (!hasSensor(kind, hub.extremes()))
+            continue;
         ChartModel chart = chartOf(kind, series, hub.format(), hub.cooling() == Cooling::passive);
+        chart.emptyText = emptyTextOf(chart, hub.snapshot());
+        if (model.charts.empty())
+            chart.caption = withHint(chart.caption, isPinned);
         chart.spokenName = tr("%1, last 15 minutes").arg(chart.title);
         if (ramp) {
             chart.ramp = ramp->time;
@@ -247,15 +295,19 @@ TimelineModel timelineModel(const SensorHub& hub) {
 }
 
 std::vector<ChartReading> chartReadings(const TimelineModel& model, const Snapshot& snapshot,
-                                        std::optional<UnixSeconds> scrub, const Format& format) {
+                                        const std::optional<Scrub>& scrub, const Format& format) {
     std::vector<ChartReading> readings;
     for (const ChartModel& chart : model.charts) {
         ChartReading reading = readingOf(chart.kind, snapshot, format);
         const QString when = scrub ? tr("At %1").arg(toQString(format.timeWithSeconds(snapshot.timestamp))) : tr("Now");
         reading.spokenValue = tr("%1: %2").arg(when, reading.spokenValue);
+        reading.isPinned = scrub && scrub->isPinned;
+        if (reading.isPinned)
+            reading.spokenValue = tr("%1, pinned").arg(reading.spokenValue);
         const std::vector<double> values = valuesOfLines(chart.kind, snapshot);
         for (std::size_t i = 0; i < chart.lines.size(); ++i)
-            reading.rings.push_back(scrub && values[i] > 0 ? valueAt(chart.lines[i].points, *scrub) : std::nullopt);
+            reading.rings.push_back(scrub && values[i] > 0 ? valueAt(chart.lines[i].points, scrub->time)
+                                                           : std::nullopt);
         readings.push_back(std::move(reading));
     }
     return readings;

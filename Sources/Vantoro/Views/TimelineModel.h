@@ -63,6 +63,8 @@ struct ChartModel {
     /// Top to bottom.
     std::vector<ScaleMark> scale;
     std::vector<ChartLine> lines;
+    /// Why none of them holds a point; empty where one does.
+    QString emptyText;
     /// When the present climb began; none also where that was before the axis begins.
     std::optional<UnixSeconds> ramp;
     /// Only the first chart says what it is.
@@ -84,12 +86,22 @@ struct TimelineModel {
     bool operator==(const TimelineModel&) const = default;
 };
 
+/// A moment that was picked.
+struct Scrub {
+    UnixSeconds time = 0;
+    /// It stays whatever the pointer does.
+    bool isPinned = false;
+
+    bool operator==(const Scrub&) const = default;
+};
+
 /// The part of a chart that follows the pointer, or the present without one.
 struct ChartReading {
     QString value;
     QString spokenValue;
     /// Per line, where it stands at the scrub; none where it was not measured then.
     std::vector<std::optional<double>> rings;
+    bool isPinned = false;
 
     bool operator==(const ChartReading&) const = default;
 };
@@ -97,12 +109,14 @@ struct ChartReading {
 /// Length of history, in seconds, that ends the gathering.
 inline constexpr double gatheringSeconds = 60;
 
-TimelineModel timelineModel(const SensorHub& hub);
+/// A chart whose sensor was never seen is left out. The first one says what can be done with the charts, which is
+/// another thing while a moment is pinned.
+TimelineModel timelineModel(const SensorHub& hub, bool isPinned = false);
 
 /// For each chart of the model in turn: what it says of this snapshot. `scrub` is the moment under the rule, none for
 /// the present.
 std::vector<ChartReading> chartReadings(const TimelineModel& model, const Snapshot& snapshot,
-                                        std::optional<UnixSeconds> scrub, const Format& format);
+                                        const std::optional<Scrub>& scrub, const Format& format);
 
 /// The points that were measured: a missing reading is 0.
 std::vector<TimePoint> measured(const std::vector<TimePoint>& points);
@@ -123,5 +137,8 @@ const Snapshot* snapshotNearest(const History& history, std::optional<UnixSecond
 /// scrub; held to the points there are.
 std::optional<UnixSeconds> pointBeside(const std::vector<TimePoint>& points, std::optional<UnixSeconds> scrub,
                                        int steps);
+
+/// How many points are a tenth of them; at least 1.
+int tenthOf(const std::vector<TimePoint>& points);
 
 } // namespace vantoro

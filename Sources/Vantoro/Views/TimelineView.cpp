@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <QKeyEvent>
 #include <QShowEvent>
 
 namespace vantoro {
@@ -33,9 +34,15 @@ TimelineView::TimelineView(ViewContext& context, QWidget* parent)
     row->addWidget(charts_, 1);
     row->addWidget(rewind_);
     pane->column()->addLayout(row, 1);
-    connect(charts_, &TimelineCharts::scrubbed, this, [this](double time) { scrub(time); });
-    connect(charts_, &TimelineCharts::scrubEnded, this, [this] { scrub(std::nullopt); });
+    connect(charts_, &TimelineCharts::scrubbed, this, [this](double time) { hover(time); });
+    connect(charts_, &TimelineCharts::scrubEnded, this, [this] { hover(std::nullopt); });
     connect(charts_, &TimelineCharts::stepped, this, &TimelineView::step);
+    connect(charts_, &TimelineCharts::strode, this, [this](int tenths) { step(tenths * tenthOf(hub().series().cpu)); });
+    connect(charts_, &TimelineCharts::keepAsked, this, [this](double time) { pin(time); });
+    connect(charts_, &TimelineCharts::keepPickedAsked, this,
+            [this] { pin(scrub_ ? scrubDate() : pointBeside(hub().series().cpu, std::nullopt, 0)); });
+    connect(charts_, &TimelineCharts::letGoAsked, this, [this] { pick(std::nullopt); });
+    connect(rewind_, &RewindPanel::unpinAsked, this, &TimelineView::unpin);
 }
 
 // The charts lose the pointer when they go, after this view has gone.
@@ -47,37 +54,75 @@ Description TimelineView::describe() {
     return {.role = QAccessible::Pane, .name = tr("Timeline")};
 }
 
+void TimelineView::showModel() {
+    TimelineModel model = timelineModel(hub(), isPinned());
+    if (model == model_)
+        return;
+    model_ = std::move(model);
+    charts_->setModel(model_);
+}
+
+bool TimelineView::isStillThere() const {
+    if (!scrub_->isPinned)
+        return model_.span && model_.span->holds(scrub_->time);
+    const Snapshot* const nearest = snapshotNearest(hub().history(), scrub_->time);
+    return nearest != nullptr && nearest->timestamp == scrub_->time;
+}
+
 void TimelineView::refresh() {
-    TimelineModel model = timelineModel(hub());
-    if (model != model_) {
-        model_ = std::move(model);
-        charts_->setModel(model_);
-    }
-    // Time goes on under a moment that stays picked, until it leaves the charts.
-    if (scrubDate_ && (!model_.span || !model_.span->holds(*scrubDate_)))
-        scrubDate_.reset();
-    showReadings();
+    showModel();
+    // Time goes on under a moment that stays picked, until it leaves the charts, or pinned, the history.
+    if (scrub_ && !isStillThere())
+        pick(std::nullopt);
+    else
+        showReadings();
 }
 
 void TimelineView::showReadings() {
     const Format& format = hub().format();
-    const Snapshot* const nearest = snapshotNearest(hub().history(), scrubDate_);
+    const Snapshot* const nearest = snapshotNearest(hub().history(), scrubDate());
     const Snapshot& shown = nearest != nullptr ? *nearest : hub().snapshot();
     const QString time = nearest != nullptr ? toQString(format.timeWithSeconds(nearest->timestamp)) : QString();
-    charts_->setReadings(chartReadings(model_, shown, scrubDate_, format), scrubDate_, time);
-    rewind_->setModel(rewindModel(nearest, format));
+    charts_->setReadings(chartReadings(model_, shown, scrub_, format), scrub_, time);
+    rewind_->setModel(rewindModel(nearest, isPinned(), format));
 }
 
-void TimelineView::scrub(std::optional<UnixSeconds> date) {
-    if (date == scrubDate_)
+void TimelineView::pick(const std::optional<Scrub>& scrub) {
+    if (scrub == scrub_)
         return;
-    scrubDate_ = date;
+    scrub_ = scrub;
+    showModel();
     showReadings();
 }
 
+void TimelineView::hover(std::optional<UnixSeconds> date) {
+    if (isPinned())
+        return;
+    pick(date ? std::optional(Scrub{.time = *date}) : std::nullopt);
+}
+
 void TimelineView::step(int points) {
-    if (const auto time = pointBeside(hub().series().cpu, scrubDate_, points))
-        scrub(time);
+    if (const auto time = pointBeside(hub().series().cpu, scrubDate(), points))
+        pick(Scrub{.time = *time, .isPinned = isPinned()});
+}
+
+void TimelineView::pin(std::optional<UnixSeconds> date) {
+    if (const Snapshot* const nearest = snapshotNearest(hub().history(), date))
+        pick(Scrub{.time = nearest->timestamp, .isPinned = true});
+}
+
+void TimelineView::unpin() {
+    // The button goes, and the keyboard stays with what it spoke of.
+    if (rewind_->unpin().hasFocus() && !charts_->charts().empty())
+        charts_->charts().front()->setFocus(Qt::OtherFocusReason);
+    pick(std::nullopt);
+}
+
+void TimelineView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && scrub_)
+        unpin();
+    else
+        View::keyPressEvent(event);
 }
 
 void TimelineView::showEvent(QShowEvent* event) {
@@ -93,7 +138,7 @@ void TimelineView::showEvent(QShowEvent* event) {
 void TimelineView::hideEvent(QHideEvent* event) {
     look().clock.stop(*this);
     charts_->setReveal(1);
-    scrub(std::nullopt);
+    hover(std::nullopt);
     View::hideEvent(event);
 }
 

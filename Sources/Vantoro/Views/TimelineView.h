@@ -17,7 +17,8 @@ public:
     void refresh() override;
 
     /// The moment under the pointer or picked by the keyboard.
-    std::optional<UnixSeconds> scrubDate() const { return scrubDate_; }
+    std::optional<UnixSeconds> scrubDate() const { return scrub_ ? std::optional(scrub_->time) : std::nullopt; }
+    bool isPinned() const { return scrub_ && scrub_->isPinned; }
     TimelineCharts& charts() { return *charts_; }
     RewindPanel& rewind() { return *rewind_; }
 
@@ -27,15 +28,24 @@ protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void scrub(std::optional<UnixSeconds> date);
+    void pick(const std::optional<Scrub>& scrub);
+    /// What the pointer picks, or with none leaves: nothing while a moment is pinned.
+    void hover(std::optional<UnixSeconds> date);
     void step(int points);
+    /// Pins the record nearest to this moment.
+    void pin(std::optional<UnixSeconds> date);
+    void unpin();
+    /// Whether the picked moment can still be shown.
+    bool isStillThere() const;
+    void showModel();
     void showReadings();
     bool advance(double now) override;
 
     TimelineModel model_;
-    std::optional<UnixSeconds> scrubDate_;
+    std::optional<Scrub> scrub_;
     double drawInBegan_ = 0;
     TimelineCharts* charts_; // owned by Qt as a child
     RewindPanel* rewind_;    // owned by Qt as a child
