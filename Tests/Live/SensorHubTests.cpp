@@ -26,11 +26,13 @@ public:
     std::vector<double> readGPUSensors() override { return gpus; }
     void sample() override {}
     const std::vector<Core>& cores() const override { return coreList; }
-    double sampleWatts() override { return 3.5; }
+    double sampleWatts() override { return ++gpuLooks, gpuWatts; }
 
     bool open = true;
     Cooling cools = Cooling::fans;
     double soc = 50;
+    double gpuWatts = 3.5;
+    int gpuLooks = 0;
     std::vector<FanReading> fans{{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
     std::vector<double> dies;
     std::vector<double> gpus;
@@ -171,6 +173,35 @@ TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
     subject.forceQuit(group);
     EXPECT_EQ(killed, (std::vector<std::int32_t>{30, 20})) << "0 and -1 would reach every process there is";
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() == 1; })) << "the list is looked at again";
+}
+
+TEST_F(SensorHubTest, NeverSamplesTwiceInAMomentNorTakesGraphicsPowerOverNextToNoTime) {
+    environment.now = [this] { return now; };
+    settings.setSampleInterval(1);
+    SensorHub& subject = makeHub();
+    const auto roundsAfter = [&](double seconds) {
+        now += seconds;
+        const std::size_t before = subject.history().snapshots().size();
+        subject.tickUnlessJustDone();
+        return subject.history().snapshots().size() - before;
+    };
+    EXPECT_EQ(roundsAfter(0.001), 1U) << "the look at creation was none";
+    EXPECT_EQ(roundsAfter(0.0005), 0U);
+    EXPECT_EQ(roundsAfter(0.25), 1U) << "after an application was ended";
+    EXPECT_EQ(roundsAfter(-3600), 1U) << "a clock that stepped back";
+    EXPECT_EQ(shortestGapSeconds(10s), 0.2);
+
+    now += 1;
+    subject.tick();
+    sensors->gpuWatts = 0; // as over less than 50 ms
+    const int looks = sensors->gpuLooks;
+    now += 0.03;
+    subject.tick();
+    EXPECT_EQ(sensors->gpuLooks, looks) << "its counter keeps its reference";
+    EXPECT_EQ(subject.snapshot().power.gpuWatts, 3.5);
+    now += 0.25;
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().power.gpuWatts, 0);
 }
 
 TEST(SensorHubIntervals, SettingAndEnvironment) {

@@ -93,7 +93,7 @@ int explainThisMachine(const CommandLine& line, SensorHub& hub) {
         hub.start();
         QCoreApplication::exec();
         // What was delivered since the last tick counts too.
-        hub.tick();
+        hub.tickUnlessJustDone();
     }
     return print(line, hub.history(), conclude(hub.history(), hub.format()));
 }

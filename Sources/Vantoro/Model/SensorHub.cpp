@@ -40,6 +40,12 @@ std::chrono::milliseconds timerInterval(const std::optional<std::string>& enviro
     return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
+double shortestGapSeconds(std::chrono::milliseconds timerInterval) {
+    constexpr double share = 0.1;
+    constexpr double longest = 0.2;
+    return std::min(longest, share * std::chrono::duration<double>(timerInterval).count());
+}
+
 int processInterval(double sampleInterval) {
     return static_cast<int>(std::clamp(std::round(sampleInterval), 1.0, longestIntervalSeconds));
 }
@@ -82,7 +88,7 @@ void SensorHub::start() {
     startProcesses();
     tick();
     timer_ = std::make_unique<QTimer>();
-    connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tick);
+    connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tickUnlessJustDone);
     timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
 }
 
@@ -124,16 +130,40 @@ Snapshot SensorHub::measure(UnixSeconds now) {
         snapshot.temps = sources_.sensors->readTemperatures();
         snapshot.power = sources_.sensors->readPower();
     }
-    snapshot.power.gpuWatts = sources_.gpu ? sources_.gpu->sampleWatts() : 0;
+    snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
     snapshot.processes = latestProcesses_;
     snapshot.chipHeat = heat_.smoothed(now, snapshot.temps.soc);
     return snapshot;
 }
 
+double SensorHub::readGPUWatts(UnixSeconds now) {
+    // Below 50 ms the source gives nothing: until it can, what it gave last still holds.
+    constexpr double shortestSeconds = 0.1;
+    if (!sources_.gpu)
+        return 0;
+    if (!gpuReadAt_ || now < *gpuReadAt_ || now - *gpuReadAt_ >= shortestSeconds) {
+        gpuWatts_ = sources_.gpu->sampleWatts();
+        gpuReadAt_ = now;
+    }
+    return gpuWatts_;
+}
+
 void SensorHub::tick() {
     if (!isReplay_)
         appendAndPublish(measure(environment_.now()));
+}
+
+void SensorHub::tickUnlessJustDone() {
+    if (isReplay_)
+        return;
+    const UnixSeconds now = environment_.now();
+    const double elapsed = now - snapshot_.timestamp;
+    const double shortest = shortestGapSeconds(timerInterval(environment_.interval, settings_.sampleInterval()));
+    // A clock that stepped back says nothing of when the last round was.
+    if (ticks_ > 0 && elapsed >= 0 && elapsed < shortest)
+        return;
+    appendAndPublish(measure(now));
 }
 
 void SensorHub::beginReplay(const std::string& machineName) {
@@ -241,7 +271,7 @@ void SensorHub::forceQuit(const ProcessGroup& group) {
         // To the kernel 0 and below are not processes but whole groups of them, our own included.
         if (member.pid > 0)
             environment_.killProcess(member.pid);
-    QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tick);
+    QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tickUnlessJustDone);
 }
 
 double SensorHub::coreCeilingMHz(bool isPerformance) const {

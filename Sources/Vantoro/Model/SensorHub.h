@@ -45,6 +45,9 @@ struct HubEnvironment {
 /// setting's, between 10 milliseconds and a day.
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval);
 
+/// Less than this after one sampling round there is no other.
+double shortestGapSeconds(std::chrono::milliseconds timerInterval);
+
 /// The process monitor's interval in whole seconds, at least 1; the environment plays no part.
 int processInterval(double sampleInterval);
 
@@ -99,6 +102,9 @@ public:
     void startProcesses();
     /// One sampling round.
     void tick();
+    /// The same, but nothing right after another round: what is measured over next to no time would be nonsense, and
+    /// the moment would count twice. How soon is too soon is a tenth of the interval, at most a fifth of a second.
+    void tickUnlessJustDone();
     /// From now on the figures are another time's, of the machine called this: nothing is measured, and nobody's
     /// processes are ended.
     void beginReplay(const std::string& machineName);
@@ -146,6 +152,7 @@ private:
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
     ThermalPressure readThermalPressure() const;
+    double readGPUWatts(UnixSeconds now);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void assignSuspects(std::vector<ProcessGroup> suspects);
@@ -188,6 +195,8 @@ private:
     std::vector<ProcessSample> latestProcesses_;
     SystemLine latestSystem_;
     HeatSmoothing heat_;
+    double gpuWatts_ = 0;
+    std::optional<UnixSeconds> gpuReadAt_;
     std::optional<std::string> machineName_;
 };
 
