@@ -99,12 +99,14 @@ TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
     const QSignalSpy suspects(&subject, &SensorHub::suspectsChanged);
     const QSignalSpy series(&subject, &SensorHub::seriesChanged);
     const QSignalSpy verdicts(&subject, &SensorHub::verdictChanged);
+    const QSignalSpy transactions(&subject, &SensorHub::transactionEnded);
     for (int i = 0; i < 4; ++i)
         subject.tick();
     EXPECT_EQ(vitals.count(), 0) << "the first look had the same figures";
     EXPECT_EQ(suspects.count(), 0);
     EXPECT_EQ(series.count(), 4) << "once each tick";
     EXPECT_EQ(verdicts.count(), 8) << "published, then concluded again";
+    EXPECT_EQ(transactions.count(), 4) << "a tick is shown as one";
     sensors->soc = 50.3;
     subject.tick();
     EXPECT_EQ(vitals.count(), 0) << "less than a shown step";
@@ -162,6 +164,34 @@ TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
     subject.restartTimer();
     const qsizetype before = snapshots.count();
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
+}
+
+TEST_F(SensorHubTest, ThereIsNoVerdictBeforeTwoSamplesWithAListHoweverSlowTheTimer) {
+    environment.interval = "3600";
+    SensorHub& subject = makeHub();
+    std::vector<bool> movesWhenDone;
+    QObject::connect(&subject, &SensorHub::transactionEnded, &subject, [&] {
+        if (subject.measuring() == Measuring::done)
+            movesWhenDone.push_back(subject.animation().has_value());
+    });
+    EXPECT_EQ(subject.measuring(), Measuring::looking) << "nothing was started, nothing is overdue";
+    subject.start();
+    EXPECT_EQ(subject.measuring(), Measuring::looking);
+    EXPECT_FALSE(subject.hasProcessFigures());
+    EXPECT_TRUE(waitUntil([&] { return subject.processesReady(); }));
+    EXPECT_EQ(subject.measuring(), Measuring::looking) << "a list alone is no sample";
+    EXPECT_TRUE(waitUntil([&] { return subject.measuring() == Measuring::done; }));
+    EXPECT_EQ(subject.history().snapshots().size(), 3U);
+    EXPECT_EQ(movesWhenDone, std::vector<bool>{false}) << "the first verdict is there in one step";
+
+    SensorHub& without = makeHub();
+    for (int i = 0; i < 5; ++i)
+        without.tick();
+    EXPECT_EQ(without.measuring(), Measuring::looking);
+    without.tick();
+    EXPECT_EQ(without.measuring(), Measuring::withoutList) << "10 seconds";
+    without.accept({.timestamp = now + 1});
+    EXPECT_EQ(without.measuring(), Measuring::done) << "a recording's snapshot has its list";
 }
 
 TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {

@@ -9,6 +9,7 @@
 #include "Model/Extremes.h"
 #include "Model/HeatSmoothing.h"
 #include "Model/History.h"
+#include "Model/Measuring.h"
 #include "Model/ProcessMonitor.h"
 #include "Model/SensorSources.h"
 #include "Model/Settings.h"
@@ -51,7 +52,8 @@ double shortestGapSeconds(std::chrono::milliseconds timerInterval);
 /// The process monitor's interval in whole seconds, at least 1; the environment plays no part.
 int processInterval(double sampleInterval);
 
-/// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned.
+/// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned; whatever
+/// is published at one moment is published within one transaction.
 class SensorHub : public QObject {
     Q_OBJECT
 public:
@@ -69,6 +71,10 @@ public:
     bool isReady() const { return isReady_; }
     bool sensorsAvailable() const { return sensorsAvailable_; }
     bool processesReady() const { return processesReady_; }
+    /// How far the sampling is from anything that may be said; a recording is always past it.
+    Measuring measuring() const;
+    /// Whether the snapshot has a list of processes and the machine's figures that come with it.
+    bool hasProcessFigures() const { return isReplay_ || samplesWithList_ > 0; }
     ProcessMonitor::Source processSource() const { return processSource_; }
     int unreadableProcessCount() const { return unreadableProcessCount_; }
     const std::vector<ProcessGroup>& suspects() const { return suspects_; }
@@ -113,6 +119,8 @@ public:
     void accept(Snapshot snapshot);
     /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
     void publish(bool force);
+    /// Publishes anew once figures are to be written in another way: in another unit, say.
+    void publishInNewFormat();
     /// Reads the sampling interval again and restarts the process monitor and the timer.
     void restartTimer();
     /// Everything measured at this moment, with the process list and machine figures that were delivered last.
@@ -141,13 +149,15 @@ signals:
     void dieSensorsChanged();
     void gpuSensorsChanged();
     void seriesChanged();
-    /// Around the assignments of one publishing: they are to be shown together, with animation().
+    /// The way figures are written has changed, and with it every text that holds one.
+    void formatChanged();
+    /// Around all that is published at one moment, a whole tick say: it is to be shown together, with animation().
     void transactionBegan();
     void transactionEnded();
-    /// At the end of every tick and every publish() from outside: all that was to be published is.
-    void refreshed();
 
 private:
+    class Transaction;
+
     bool readsSingleSensors() const { return coresPaneVisible_ || sensorListVisible_; }
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
@@ -155,6 +165,10 @@ private:
     double readGPUWatts(UnixSeconds now);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
+    void assignProcessesReady();
+    void assignSensorsAvailable(bool available);
+    void countSample();
+    void lookSoon();
     void assignSuspects(std::vector<ProcessGroup> suspects);
     void rebuildSeries();
 
@@ -182,16 +196,21 @@ private:
     ChartSeries series_;
     Extremes extremes_;
     std::optional<Animation> animation_;
+    int openTransactions_ = 0;
 
     History history_;
     Cooling cooling_ = Cooling::fans;
     ProcessMonitor processes_;
     std::unique_ptr<QTimer> timer_;
+    /// Runs until there is enough for a verdict.
+    std::unique_ptr<QTimer> firstLooks_;
     bool windowVisible_ = true;
     bool coresPaneVisible_ = false;
     bool sensorListVisible_ = false;
     bool isReplay_ = false;
     std::uint64_t ticks_ = 0;
+    int samplesWithList_ = 0;
+    UnixSeconds firstSampleAt_ = 0;
     std::vector<ProcessSample> latestProcesses_;
     SystemLine latestSystem_;
     HeatSmoothing heat_;

@@ -140,6 +140,7 @@ CoresView::CoresView(ViewContext& context, QWidget* parent)
     die_ = addSpreadPanel(vantoro::tr("Die temperature"), "thermometer.medium");
     gpu_ = addSpreadPanel(vantoro::tr("GPU temperature"), "cube.transparent");
     scroll_->column()->addStretch();
+    shows({&SensorHub::coresChanged, &SensorHub::dieSensorsChanged, &SensorHub::gpuSensorsChanged});
 }
 
 CoresView::~CoresView() = default;
@@ -163,7 +164,7 @@ CoresView::SpreadPanel CoresView::addSpreadPanel(const QString& title, const QSt
 
 void CoresView::showEvent(QShowEvent* event) {
     hub().setCoresPaneVisible(true);
-    // The single sensors' figures come with this publishing, not with the next tick; it ends in a refresh().
+    // The single sensors' figures come with this publishing, not with the next tick.
     if (hub().isReady())
         hub().publish(true);
     View::showEvent(event);

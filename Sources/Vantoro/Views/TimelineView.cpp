@@ -36,6 +36,7 @@ TimelineView::TimelineView(ViewContext& context, QWidget* parent)
     connect(charts_, &TimelineCharts::scrubbed, this, [this](double time) { scrub(time); });
     connect(charts_, &TimelineCharts::scrubEnded, this, [this] { scrub(std::nullopt); });
     connect(charts_, &TimelineCharts::stepped, this, &TimelineView::step);
+    shows({&SensorHub::snapshotChanged, &SensorHub::verdictChanged, &SensorHub::seriesChanged});
 }
 
 // The charts lose the pointer when they go, after this view has gone.
