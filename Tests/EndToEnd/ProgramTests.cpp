@@ -189,6 +189,24 @@ TEST_F(Program, NamesWhoIsBusyWithAndWithoutTheStream) {
     }
 }
 
+TEST_F(Program, SaysThatNoListCameRatherThanThatAllIsQuiet) {
+    const std::string silent = path("silent");
+    std::ofstream(silent) << "#!/bin/sh\nexec sleep 60\n";
+    std::filesystem::permissions(silent, std::filesystem::perms::owner_all);
+    ChildProgram brief(vantoro({"--explain", "--seconds", "0.1"}));
+    ::setenv("VANTORO_TOP", silent.c_str(), 1);
+    ChildProgram text(vantoro({"--explain", "--seconds", "0.1"}));
+    ChildProgram json(vantoro({"--explain", "--seconds", "0.1", "--json"}));
+    EXPECT_EQ(brief.wait(), 0) << "it waits for the first list";
+    EXPECT_NE(brief.output().find("Based on "), std::string::npos);
+    for (ChildProgram* const program : {&text, &json}) {
+        EXPECT_EQ(program->wait(), 1);
+        EXPECT_EQ(program->errors(), "vantoro: no list of processes has come; there is no verdict\n");
+    }
+    EXPECT_EQ(text.output(), "Looking…\n\nNo list of processes has come yet.\n");
+    EXPECT_EQ(json.output(), "");
+}
+
 TEST_F(Program, LeavesNoStreamBehindWhenItIsKilled) {
     ChildProgram program(vantoro({"--explain", "--seconds", "600"}));
     Words children;

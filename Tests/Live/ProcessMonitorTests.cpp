@@ -128,12 +128,12 @@ TEST_F(ProcessMonitorTest, DeliversTheStreamFromItsSecondBlockOn) {
     EXPECT_EQ(watched.loads, (std::vector<double>{2, 3}));
     EXPECT_EQ(watched.sources, (std::vector<ProcessMonitor::Source>{{Kind::system}}));
     EXPECT_EQ(watched.monitor->unreadableCount(), 0);
-    const ProcessSample& row = watched.monitor->processes().at(0);
+    const ProcessSample& row = watched.lists.back().at(0);
     EXPECT_EQ(row.rawName(), "ed");
     EXPECT_EQ(row.owningAppPath(), "/opt/Editor.app");
     EXPECT_EQ(row.cpuPercent, 50);
     EXPECT_TRUE(row.identity.sharesRecordWith(watched.lists[0][0].identity)) << "texts are shared from tick to tick";
-    const ProcessSample& thread = watched.monitor->processes().at(1);
+    const ProcessSample& thread = watched.lists.back().at(1);
     EXPECT_EQ(thread.identity->kind, ProcessKind::kernel);
     EXPECT_EQ(thread.displayName(), "kworker/0:1");
     EXPECT_EQ(thread.executablePath(), "") << "the path list's mark is no path";

@@ -35,11 +35,13 @@ public:
     std::vector<double> readGPUSensors() override { return gpus; }
     void sample() override {}
     const std::vector<Core>& cores() const override { return coreList; }
-    double sampleWatts() override { return 3.5; }
+    double sampleWatts() override { return ++gpuLooks, gpuWatts; }
 
     bool open = true;
     Cooling cools = Cooling::fans;
     double soc = 50;
+    double gpuWatts = 3.5;
+    int gpuLooks = 0;
     std::vector<FanReading> fans{{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
     std::vector<double> dies;
     std::optional<std::size_t> dieCount;
@@ -109,12 +111,14 @@ TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
     const QSignalSpy suspects(&subject, &SensorHub::suspectsChanged);
     const QSignalSpy series(&subject, &SensorHub::seriesChanged);
     const QSignalSpy verdicts(&subject, &SensorHub::verdictChanged);
+    const QSignalSpy transactions(&subject, &SensorHub::transactionEnded);
     for (int i = 0; i < 4; ++i)
         subject.tick();
     EXPECT_EQ(vitals.count(), 0) << "the first look had the same figures";
     EXPECT_EQ(suspects.count(), 0);
     EXPECT_EQ(series.count(), 4) << "once each tick";
     EXPECT_EQ(verdicts.count(), 8) << "published, then concluded again";
+    EXPECT_EQ(transactions.count(), 4) << "a tick is shown as one";
     sensors->soc = 50.3;
     subject.tick();
     EXPECT_EQ(vitals.count(), 0) << "less than a shown step";
@@ -262,6 +266,34 @@ TEST_F(SensorHubTest, TheSystemIsToldOfTheSamplingWhileItGoesOn) {
     EXPECT_EQ(activity->held, 0) << "a recording is measured by nobody";
 }
 
+TEST_F(SensorHubTest, ThereIsNoVerdictBeforeTwoSamplesWithAListHoweverSlowTheTimer) {
+    environment.interval = "3600";
+    SensorHub& subject = makeHub();
+    std::vector<bool> movesWhenDone;
+    QObject::connect(&subject, &SensorHub::transactionEnded, &subject, [&] {
+        if (subject.measuring() == Measuring::done)
+            movesWhenDone.push_back(subject.animation().has_value());
+    });
+    EXPECT_EQ(subject.measuring(), Measuring::looking) << "nothing was started, nothing is overdue";
+    subject.start();
+    EXPECT_EQ(subject.measuring(), Measuring::looking);
+    EXPECT_FALSE(subject.hasProcessFigures());
+    EXPECT_TRUE(waitUntil([&] { return subject.processesReady(); }));
+    EXPECT_EQ(subject.measuring(), Measuring::looking) << "a list alone is no sample";
+    EXPECT_TRUE(waitUntil([&] { return subject.measuring() == Measuring::done; }));
+    EXPECT_EQ(subject.history().snapshots().size(), 3U);
+    EXPECT_EQ(movesWhenDone, std::vector<bool>{false}) << "the first verdict is there in one step";
+
+    SensorHub& without = makeHub();
+    for (int i = 0; i < 5; ++i)
+        without.tick();
+    EXPECT_EQ(without.measuring(), Measuring::looking);
+    without.tick();
+    EXPECT_EQ(without.measuring(), Measuring::withoutList) << "10 seconds";
+    without.accept({.timestamp = now + 1});
+    EXPECT_EQ(without.measuring(), Measuring::done) << "a recording's snapshot has its list";
+}
+
 TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
     SensorHub& subject = makeHub();
     const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
@@ -271,6 +303,35 @@ TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
     subject.forceQuit(group);
     EXPECT_EQ(killed, (std::vector<std::int32_t>{30, 20})) << "0 and -1 would reach every process there is";
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() == 1; })) << "the list is looked at again";
+}
+
+TEST_F(SensorHubTest, NeverSamplesTwiceInAMomentNorTakesGraphicsPowerOverNextToNoTime) {
+    environment.now = [this] { return now; };
+    settings.setSampleInterval(1);
+    SensorHub& subject = makeHub();
+    const auto roundsAfter = [&](double seconds) {
+        now += seconds;
+        const std::size_t before = subject.history().snapshots().size();
+        subject.tickUnlessJustDone();
+        return subject.history().snapshots().size() - before;
+    };
+    EXPECT_EQ(roundsAfter(0.001), 1U) << "the look at creation was none";
+    EXPECT_EQ(roundsAfter(0.0005), 0U);
+    EXPECT_EQ(roundsAfter(0.25), 1U) << "after an application was ended";
+    EXPECT_EQ(roundsAfter(-3600), 1U) << "a clock that stepped back";
+    EXPECT_EQ(shortestGapSeconds(10s), 0.2);
+
+    now += 1;
+    subject.tick();
+    sensors->gpuWatts = 0; // as over less than 50 ms
+    const int looks = sensors->gpuLooks;
+    now += 0.03;
+    subject.tick();
+    EXPECT_EQ(sensors->gpuLooks, looks) << "its counter keeps its reference";
+    EXPECT_EQ(subject.snapshot().power.gpuWatts, 3.5);
+    now += 0.25;
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().power.gpuWatts, 0);
 }
 
 TEST(SensorHubIntervals, SettingAndEnvironment) {

@@ -164,12 +164,16 @@ TEST(IdentityResolver, KeepsTheRecordUntilThePlatformHasAnotherAnswer) {
 
 TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
     EXPECT_EQ(UnprivilegedProcesses(nullptr, nullptr).sample(1).system, SystemLine{}) << "nor is a platform needed";
-    IdentityResolver resolver(nullptr, "anna");
-    for (std::int32_t pid = 1; pid <= 20'000; ++pid) {
-        resolver.resolve(pid, "short-lived", "", "anna");
+    const auto apps = std::make_shared<FixedMembership>();
+    IdentityResolver resolver(apps, "anna");
+    for (std::int32_t pid = 1; pid <= 200; ++pid) {
+        resolver.resolve(pid, "sh", "/bin/sh", "anna");
         resolver.endSample();
     }
-    EXPECT_LT(resolver.rememberedCount(), 200U);
+    resolver.resolve(200, "sh", "/bin/sh", "anna");
+    EXPECT_EQ(apps->calls, 200) << "the last one is still known";
+    resolver.resolve(1, "sh", "/bin/sh", "anna");
+    EXPECT_EQ(apps->calls, 201);
 }
 
 } // namespace

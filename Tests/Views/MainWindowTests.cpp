@@ -79,15 +79,21 @@ TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace)
 TEST(MainWindowTests, AsksNothingOfTheHubWhileNobodyCanSeeIt) {
     class CountingView : public View {
     public:
-        using View::View;
+        CountingView(ViewContext& context, HubSignal shown) : View(context) { shows({shown}); }
         void refresh() override { ++refreshes; }
         int refreshes = 0;
     };
     Stage stage;
-    CountingView view(stage.context);
+    CountingView view(stage.context, &SensorHub::verdictChanged);
+    CountingView other(stage.context, &SensorHub::suspectsChanged);
     view.show();
+    other.show();
     stage.hub.tick();
-    EXPECT_EQ(view.refreshes, 2) << "shown, then published";
+    EXPECT_EQ(view.refreshes, 2) << "shown, then published, twice in one transaction";
+    EXPECT_EQ(other.refreshes, 1) << "nothing that it shows has changed";
+    stage.hub.publishInNewFormat();
+    EXPECT_EQ(std::exchange(other.refreshes, 1), 2) << "all is written anew";
+    view.refreshes = 2;
     stage.clock.setPaused(true);
     stage.hub.tick();
     stage.hub.tick();

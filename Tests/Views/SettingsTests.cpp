@@ -185,7 +185,7 @@ TEST(SettingsViewTests, TheRateAndTheProcessListAreAppliedToTheRunningHub) {
     stage.hub.start();
     SettingsView view(stage.context, {});
     view.QWidget::show();
-    QSignalSpy ticks(&stage.hub, &SensorHub::refreshed);
+    QSignalSpy ticks(&stage.hub, &SensorHub::snapshotChanged);
     QTest::keyClick(&named<StepSlider>(view, "Sample rate"), Qt::Key_End);
     EXPECT_TRUE(ticks.wait(3000)) << "ten seconds would still be to come";
     chooseByKeys(view, "Process list", {Qt::Key_Down, Qt::Key_Return});

@@ -16,6 +16,8 @@ namespace vantoro::testing {
 /// Sensors and cores as a test sets them.
 class StageSensors : public SensorReader, public CoreSource {
 public:
+    explicit StageSensors(Cooling cooling = Cooling::fans) : cools(cooling) {}
+
     bool isOpen() const override { return openable; }
     Cooling cooling() const override { return cools; }
     int fanCount() const override { return fans; }
@@ -23,8 +25,8 @@ public:
     bool hasGPUSensors() const override { return hasGPU; }
     double maxPerformanceMHz() const override { return performanceMHz; }
     double maxEfficiencyMHz() const override { return efficiencyMHz; }
-    std::vector<FanReading> readFans() override { return {}; }
-    Temperatures readTemperatures() override { return {}; }
+    std::vector<FanReading> readFans() override { return fanList; }
+    Temperatures readTemperatures() override { return temperatures; }
     PowerReading readPower() override { return {}; }
     std::optional<std::size_t> dieSensorCount() const override { return dieCount; }
     std::vector<double> readDieSensors() override { return dieSensors; }
@@ -33,8 +35,10 @@ public:
     const std::vector<Core>& cores() const override { return coreList; }
 
     bool openable = true;
-    Cooling cools = Cooling::fans;
+    Cooling cools;
     int fans = 2;
+    std::vector<FanReading> fanList;
+    Temperatures temperatures;
     std::vector<double> dieSensors;
     std::vector<double> gpuSensors;
     std::vector<Core> coreList;
@@ -51,7 +55,8 @@ public:
 };
 
 struct Stage {
-    explicit Stage(Theme::Appearance appearance = Theme::Appearance::dark) : theme(appearance) {}
+    explicit Stage(Theme::Appearance appearance = Theme::Appearance::dark, Cooling cooling = Cooling::fans)
+        : theme(appearance), sensors(std::make_shared<StageSensors>(cooling)) {}
 
     /// Feeds a recording from Fixtures/recordings, whole.
     void play(const std::string& name) {
@@ -99,11 +104,12 @@ struct Stage {
     double seconds = 1000;
     AnimationClock clock{[this] { return seconds; }};
     Look look{theme, icons, clock, motion};
+    double wallSeconds = 1772357000;
     std::vector<std::int32_t> killed;
-    std::shared_ptr<StageSensors> sensors = std::make_shared<StageSensors>();
+    std::shared_ptr<StageSensors> sensors;
     SensorHub hub{Platform{.machine = std::make_shared<StageMachine>()}, SensorSources{sensors, sensors, nullptr},
                   settings,
-                  HubEnvironment{.now = [] { return 1772357000.0; },
+                  HubEnvironment{.now = [this] { return wallSeconds; },
                                  .killProcess = [this](std::int32_t pid) { killed.push_back(pid); }}};
     ViewContext context{hub, settings, look};
 };

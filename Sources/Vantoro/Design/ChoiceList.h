@@ -15,7 +15,6 @@ public:
 
     /// Under the anchor, at least as wide as it, or above where the screen ends.
     void openAt(const QWidget& anchor, const QRect& drawn);
-    int highlighted() const { return highlighted_; }
 
     QSize sizeHint() const override;
     Description describe() override;

@@ -38,6 +38,8 @@ struct ThermalDialFigures {
     /// The heat load, 0 to 1.
     std::optional<double> position;
     int heatStop = 0;
+    /// Nothing has been found yet: the dash alone.
+    bool isEmpty = false;
     QString spokenName;
     QString spokenValue;
 

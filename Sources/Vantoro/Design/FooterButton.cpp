@@ -37,13 +37,16 @@ QSize FooterButton::sizeHint() const {
 }
 
 Description FooterButton::describe() {
-    return {.role = QAccessible::Button, .name = text_, .actions = {{"Press", [this] { emit clicked(); }}}};
+    Description what{.role = QAccessible::Button, .name = text_};
+    if (isEnabled())
+        what.actions.push_back({"Press", [this] { emit clicked(); }});
+    return what;
 }
 
 void FooterButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (isHovered_) {
+    if (isHovered_ && isEnabled()) {
         QPainterPath shape;
         shape.addRoundedRect(QRectF(rect()).adjusted(0, -Space::panelRadius, 0, 0), Space::panelRadius,
                              Space::panelRadius);
@@ -53,9 +56,11 @@ void FooterButton::paintEvent(QPaintEvent*) {
     painter.fillRect(QRect(0, 0, width(), 1), color(Tone::line));
     const QRectF content(0, 2, width(), height() - 2);
     drawIcon(painter, QRectF(Space::panelPadding, content.top(), iconSize, content.height()), icon_, iconSize,
-             color(Tone::textSecondary));
+             color(isEnabled() ? Tone::textSecondary : Tone::textTertiary));
     drawText(painter, content.adjusted(textLeft, 0, -2 * chevronInset, 0), Type::body.medium(),
-             color(Tone::textPrimary), text_);
+             color(isEnabled() ? Tone::textPrimary : Tone::textTertiary), text_);
+    if (!isEnabled())
+        return;
     drawIcon(painter, QRectF(width() - chevronInset - 10, content.top(), 20, content.height()), "chevron.right",
              chevronSize, color(Tone::textTertiary));
     if (hasFocus() && focus_.showsRing())

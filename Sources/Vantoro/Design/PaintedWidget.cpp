@@ -83,7 +83,9 @@ QAccessibleInterface* describedInterface(const QString&, QObject* object) {
 } // namespace
 
 std::optional<Animation> Look::update() const {
-    return theme.reducesMotion() || clock.isPaused() ? std::nullopt : motion.update();
+    if (theme.reducesMotion() || clock.isPaused())
+        return std::nullopt;
+    return transaction != nullptr ? *transaction : motion.update();
 }
 
 PaintedWidget::PaintedWidget(Look& look, QWidget* parent) : QWidget(parent), look_(look) {

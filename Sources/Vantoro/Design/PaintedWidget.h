@@ -23,6 +23,8 @@ struct Look {
     Icons& icons;
     AnimationClock& clock;
     const Motion& motion;
+    /// While what was published together is being shown: its animation.
+    const std::optional<Animation>* transaction = nullptr;
 
     /// How a change of value is to be shown now; none (at once) also where the system asks for stillness.
     std::optional<Animation> update() const;

@@ -13,7 +13,6 @@ public:
 
     explicit Switch(Look& look, QWidget* parent = nullptr);
 
-    bool isOn() const { return on_; }
     /// Without the signal: what the model says.
     void setOn(bool on);
     /// What a screen reader calls it: the text beside it.

@@ -53,13 +53,6 @@ void TextLabel::setTone(Tone tone) {
     update();
 }
 
-void TextLabel::setHeatStop(std::optional<int> stop) {
-    if (stop == heatStop_)
-        return;
-    heatStop_ = stop;
-    update();
-}
-
 void TextLabel::setAlignment(Qt::Alignment alignment) {
     alignment_ = alignment;
     update();
@@ -73,11 +66,6 @@ void TextLabel::setWraps(bool wraps, int lines) {
     setSizePolicy(policy);
     brokenAt_ = -1;
     updateGeometry();
-    update();
-}
-
-void TextLabel::setElideMode(Qt::TextElideMode mode) {
-    elide_ = mode;
     update();
 }
 
@@ -124,9 +112,9 @@ QSize TextLabel::minimumSizeHint() const {
 
 void TextLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const QColor ink = heatStop_ ? theme().heatText(*heatStop_) : color(tone_);
+    const QColor ink = color(tone_);
     if (!wraps_) {
-        drawText(painter, QRectF(rect()), style_, ink, text_, alignment_, elide_);
+        drawText(painter, QRectF(rect()), style_, ink, text_, alignment_);
         return;
     }
     const double height = lineHeight(style_);

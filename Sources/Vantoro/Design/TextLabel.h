@@ -17,12 +17,9 @@ public:
     void setText(const QString& text);
     void setStyle(const TextStyle& style);
     void setTone(Tone tone);
-    /// A colour that no tone names: a stop of the heat ramp for words; none goes back to the tone.
-    void setHeatStop(std::optional<int> stop);
     void setAlignment(Qt::Alignment alignment);
     /// Wraps instead of eliding; at most `lines` (0: as many as it takes), the last one elided in the middle.
     void setWraps(bool wraps, int lines = 0);
-    void setElideMode(Qt::TextElideMode mode);
     /// Read as a heading rather than as plain text.
     void setHeading(bool heading);
 
@@ -45,12 +42,10 @@ private:
 
     TextStyle style_;
     Tone tone_;
-    std::optional<int> heatStop_;
     QString text_;
     Qt::Alignment alignment_ = Qt::AlignLeft;
     bool wraps_ = false;
     int mostLines_ = 0;
-    Qt::TextElideMode elide_ = Qt::ElideRight;
     bool heading_ = false;
     mutable double brokenAt_ = -1;
     mutable std::vector<Line> broken_;

@@ -14,6 +14,7 @@ constexpr double captionDrop = 32;
 constexpr double gapDrop = 88.5;
 constexpr double unitGap = -1; // the last digit brings room of its own
 constexpr double arcClearance = 6;
+constexpr TextStyle emptyFigure{28, 36, QFont::DemiBold};
 constexpr TextStyle gapFigureStyle = Type::small.semibold();
 
 TextStyle scaled(const TextStyle& style, double factor) {
@@ -67,8 +68,14 @@ QPointF ThermalDial::centre() const {
 
 void ThermalDial::paintFigure(QPainter& painter) const {
     if (isSmall()) {
-        drawText(painter, QRectF(0, 0, width(), height()), Type::panelTitle, color(Tone::textPrimary),
-                 figures_.smallFigure, Qt::AlignHCenter, Qt::ElideNone);
+        drawText(painter, QRectF(0, 0, width(), height()), Type::panelTitle,
+                 color(figures_.isEmpty ? Tone::textTertiary : Tone::textPrimary), figures_.smallFigure,
+                 Qt::AlignHCenter, Qt::ElideNone);
+        return;
+    }
+    if (figures_.isEmpty) {
+        drawText(painter, QRectF(0, centre().y() - emptyFigure.lineHeight / 2, width(), emptyFigure.lineHeight),
+                 emptyFigure, color(Tone::textTertiary), figures_.figure, Qt::AlignHCenter, Qt::ElideNone);
         return;
     }
     const GaugeShape shape = GaugeShape::ofSize(size_);

@@ -23,6 +23,7 @@ namespace vantoro {
 
 namespace {
 
+constexpr int nothingMeasured = 1;
 constexpr int recordingFault = 2;
 constexpr double defaultSeconds = 20;
 
@@ -79,20 +80,51 @@ private:
     QTimer timer_;
 };
 
+/// Lets the hub go on until there is enough for a verdict, for as long as anyone would wait.
+void awaitMeasurement(const SensorHub& hub) {
+    constexpr std::chrono::seconds patience{5};
+    QObject scope;
+    QObject::connect(&hub, &SensorHub::transactionEnded, &scope, [&hub] {
+        if (hub.measuring() == Measuring::done)
+            QCoreApplication::quit();
+    });
+    QTimer::singleShot(patience, &scope, &QCoreApplication::quit);
+    QCoreApplication::exec();
+}
+
+int reportNothing(const CommandLine& line, const SensorHub& hub) {
+    const char* const reason = hub.processesReady()
+                                   ? "this machine was watched for too short a time; there is no verdict"
+                                   : "no list of processes has come; there is no verdict";
+    complain(reason);
+    if (!line.json)
+        std::printf("Looking…\n\n%s\n", hub.processesReady() ? "Two samples are needed before anything can be said."
+                                                             : "No list of processes has come yet.");
+    return nothingMeasured;
+}
+
 } // namespace
 
 int explainThisMachine(const CommandLine& line, SensorHub& hub) {
     const double seconds = line.seconds.value_or(defaultSeconds);
     {
         const Progress progress(seconds);
-        const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+        bool isInterrupted = false;
+        const InterruptWatcher interrupt([&isInterrupted] {
+            isInterrupted = true;
+            QCoreApplication::quit();
+        });
         QTimer::singleShot(std::chrono::milliseconds(std::llround(std::min(seconds, 1e6) * 1e3)),
                            QCoreApplication::instance(), &QCoreApplication::quit);
         hub.start();
         QCoreApplication::exec();
         // What was delivered since the last tick counts too.
-        hub.tick();
+        hub.tickUnlessJustDone();
+        if (hub.measuring() != Measuring::done && !isInterrupted)
+            awaitMeasurement(hub);
     }
+    if (hub.measuring() != Measuring::done)
+        return reportNothing(line, hub);
     return print(line, hub.history(), conclude(hub.history(), hub.format()));
 }
 

@@ -27,8 +27,6 @@ public:
     /// Marks the end of one sample; identities that no recent sample asked for are forgotten.
     void endSample();
 
-    std::size_t rememberedCount() const { return remembered_.size(); }
-
 private:
     struct Remembered {
         std::string rawName;

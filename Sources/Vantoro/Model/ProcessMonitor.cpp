@@ -84,9 +84,9 @@ void ProcessMonitor::start(int intervalSeconds, int rows) {
             },
         .delivered =
             [this, generation](std::vector<ProcessSample> processes, const SystemLine& system, int hidden) {
-                thread_->onMain([this, generation, processes = std::move(processes), system, hidden]() mutable {
+                thread_->onMain([this, generation, processes = std::move(processes), system, hidden] {
                     if (generation == generation_)
-                        deliver(std::move(processes), system, hidden);
+                        deliver(processes, system, hidden);
                 });
             }};
     thread_->onWorker([intervalSeconds = std::max(1, intervalSeconds), rows, mode = currentMode_(),
@@ -113,12 +113,10 @@ void ProcessMonitor::setSource(Source source) {
         onSourceChange(source);
 }
 
-void ProcessMonitor::deliver(std::vector<ProcessSample> processes, const SystemLine& system, int hidden) {
-    processes_ = std::move(processes);
-    system_ = system;
+void ProcessMonitor::deliver(const std::vector<ProcessSample>& processes, const SystemLine& system, int hidden) {
     unreadableCount_ = hidden;
     if (onUpdate)
-        onUpdate(processes_, system_);
+        onUpdate(processes, system);
 }
 
 } // namespace vantoro

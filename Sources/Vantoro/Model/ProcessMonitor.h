@@ -80,8 +80,6 @@ public:
     /// Ends all child processes and timers; the source is `starting` again.
     void stop();
 
-    const std::vector<ProcessSample>& processes() const { return processes_; }
-    const SystemLine& system() const { return system_; }
     Source source() const { return source_; }
     /// Processes that could not be read; 0 while the stream is the source.
     int unreadableCount() const { return unreadableCount_; }
@@ -89,10 +87,8 @@ public:
 private:
     friend class ProcessMonitorThread;
     void setSource(Source source);
-    void deliver(std::vector<ProcessSample> processes, const SystemLine& system, int hidden);
+    void deliver(const std::vector<ProcessSample>& processes, const SystemLine& system, int hidden);
 
-    std::vector<ProcessSample> processes_;
-    SystemLine system_;
     Source source_;
     int unreadableCount_ = 0;
     ModeReader currentMode_;

@@ -40,9 +40,35 @@ std::chrono::milliseconds timerInterval(const std::optional<std::string>& enviro
     return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
+double shortestGapSeconds(std::chrono::milliseconds timerInterval) {
+    constexpr double share = 0.1;
+    constexpr double longest = 0.2;
+    return std::min(longest, share * std::chrono::duration<double>(timerInterval).count());
+}
+
 int processInterval(double sampleInterval) {
     return static_cast<int>(std::clamp(std::round(sampleInterval), 1.0, longestIntervalSeconds));
 }
+
+/// Opened within another one it is part of that.
+class SensorHub::Transaction {
+public:
+    explicit Transaction(SensorHub& hub) : hub_(hub) {
+        if (hub_.openTransactions_++ > 0)
+            return;
+        hub_.animation_ = hub_.motion_.update();
+        emit hub_.transactionBegan();
+    }
+    ~Transaction() {
+        if (--hub_.openTransactions_ == 0)
+            emit hub_.transactionEnded();
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+private:
+    SensorHub& hub_;
+};
 
 SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Settings& settings,
                      HubEnvironment environment)
@@ -79,33 +105,66 @@ Cooling SensorHub::foundCooling() const {
 void SensorHub::start() {
     if (timer_ || isReplay_)
         return;
-    sensorsAvailable_ = hasOpenSensors();
-    emit sensorsAvailableChanged();
+    assignSensorsAvailable(hasOpenSensors());
     startProcesses();
     tick();
+    lookSoon();
     timer_ = std::make_unique<QTimer>();
-    connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tick);
+    connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tickUnlessJustDone);
     if (activity_)
         sampling_ = activity_->begin("Measuring how warm and busy the machine is");
     timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
+}
+
+// The verdict is not to wait for two intervals of a slow timer: until it is there, what was delivered is taken soon.
+void SensorHub::lookSoon() {
+    constexpr std::chrono::milliseconds pause{500};
+    firstLooks_ = std::make_unique<QTimer>();
+    connect(firstLooks_.get(), &QTimer::timeout, this, [this] {
+        if (measuring() == Measuring::done)
+            firstLooks_->stop();
+        else if (processesReady_)
+            tickUnlessJustDone();
+    });
+    firstLooks_->start(pause);
+}
+
+Measuring SensorHub::measuring() const {
+    const double waited = ticks_ > 0 ? snapshot_.timestamp - firstSampleAt_ : 0;
+    return isReplay_ ? Measuring::done : measuringState(samplesWithList_, waited);
 }
 
 void SensorHub::startProcesses() {
     processes_.onUpdate = [this](const std::vector<ProcessSample>& processes, const SystemLine& system) {
         latestProcesses_ = processes;
         latestSystem_ = system;
-        unreadableProcessCount_ = processes_.unreadableCount();
-        emit unreadableProcessCountChanged();
-        if (!processesReady_) {
-            processesReady_ = true;
-            emit processesReadyChanged();
+        const Transaction transaction(*this);
+        if (const int unreadable = processes_.unreadableCount(); unreadable != unreadableProcessCount_) {
+            unreadableProcessCount_ = unreadable;
+            emit unreadableProcessCountChanged();
         }
+        assignProcessesReady();
     };
     processes_.onSourceChange = [this](ProcessMonitor::Source source) {
+        const Transaction transaction(*this);
         processSource_ = source;
         emit processSourceChanged();
     };
     processes_.start(processInterval(settings_.sampleInterval()), processRows);
+}
+
+void SensorHub::assignProcessesReady() {
+    if (processesReady_)
+        return;
+    processesReady_ = true;
+    emit processesReadyChanged();
+}
+
+void SensorHub::assignSensorsAvailable(bool available) {
+    if (available == sensorsAvailable_)
+        return;
+    sensorsAvailable_ = available;
+    emit sensorsAvailableChanged();
 }
 
 void SensorHub::restartTimer() {
@@ -128,16 +187,40 @@ Snapshot SensorHub::measure(UnixSeconds now) {
         snapshot.temps = sources_.sensors->readTemperatures();
         snapshot.power = sources_.sensors->readPower();
     }
-    snapshot.power.gpuWatts = sources_.gpu ? sources_.gpu->sampleWatts() : 0;
+    snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
     snapshot.processes = latestProcesses_;
     snapshot.chipHeat = heat_.smoothed(now, snapshot.temps.soc);
     return snapshot;
 }
 
+double SensorHub::readGPUWatts(UnixSeconds now) {
+    // Below 50 ms the source gives nothing: until it can, what it gave last still holds.
+    constexpr double shortestSeconds = 0.1;
+    if (!sources_.gpu)
+        return 0;
+    if (!gpuReadAt_ || now < *gpuReadAt_ || now - *gpuReadAt_ >= shortestSeconds) {
+        gpuWatts_ = sources_.gpu->sampleWatts();
+        gpuReadAt_ = now;
+    }
+    return gpuWatts_;
+}
+
 void SensorHub::tick() {
     if (!isReplay_)
         appendAndPublish(measure(environment_.now()));
+}
+
+void SensorHub::tickUnlessJustDone() {
+    if (isReplay_)
+        return;
+    const UnixSeconds now = environment_.now();
+    const double elapsed = now - snapshot_.timestamp;
+    const double shortest = shortestGapSeconds(timerInterval(environment_.interval, settings_.sampleInterval()));
+    // A clock that stands still or stepped back says nothing of when the last round was.
+    if (ticks_ > 0 && elapsed > 0 && elapsed < shortest)
+        return;
+    appendAndPublish(measure(now));
 }
 
 void SensorHub::beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors) {
@@ -147,24 +230,34 @@ void SensorHub::beginReplay(const std::string& machineName, std::optional<Record
 }
 
 void SensorHub::accept(Snapshot snapshot) {
+    const Transaction transaction(*this);
     cooling_ = snapshot.cooling;
     takeSingleReadings(snapshot);
-    const bool hasSensors = !snapshot.fans.empty() || snapshot.temps != Temperatures();
-    if (hasSensors && !sensorsAvailable_) {
-        sensorsAvailable_ = true;
-        emit sensorsAvailableChanged();
-    }
-    if (!processesReady_) {
-        processesReady_ = true;
-        emit processesReadyChanged();
-    }
+    if (!snapshot.fans.empty() || snapshot.temps != Temperatures())
+        assignSensorsAvailable(true);
+    assignProcessesReady();
+    // It brings its list along, and whoever measured it has looked often enough.
+    samplesWithList_ = samplesForVerdict;
     appendAndPublish(std::move(snapshot));
 }
 
+void SensorHub::countSample() {
+    if (ticks_ == 0)
+        firstSampleAt_ = snapshot_.timestamp;
+    if (!processesReady_ || samplesWithList_ >= samplesForVerdict)
+        return;
+    ++samplesWithList_;
+    // The first verdict is not a change of the one before.
+    if (samplesWithList_ == samplesForVerdict)
+        animation_.reset();
+}
+
 void SensorHub::appendAndPublish(Snapshot snapshot) {
+    const Transaction transaction(*this);
     history_.append(snapshot);
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
+    countSample();
     emit snapshotChanged();
     publishDerived(false);
     ++ticks_;
@@ -178,12 +271,17 @@ void SensorHub::appendAndPublish(Snapshot snapshot) {
         isReady_ = true;
         emit isReadyChanged();
     }
-    emit refreshed();
 }
 
 void SensorHub::publish(bool force) {
+    const Transaction transaction(*this);
     publishDerived(force);
-    emit refreshed();
+}
+
+void SensorHub::publishInNewFormat() {
+    const Transaction transaction(*this);
+    publishDerived(true);
+    emit formatChanged();
 }
 
 void SensorHub::publishDerived(bool force) {
@@ -191,8 +289,6 @@ void SensorHub::publishDerived(bool force) {
     Vitals vitals = Vitals::quantising(snapshot_);
     Verdict verdict = DiagnosisEngine::evaluate(history_, format_);
     std::vector<ProcessGroup> suspects = rankedSuspects(history_);
-    animation_ = motion_.update();
-    emit transactionBegan();
     if (vitals != vitals_) {
         vitals_ = std::move(vitals);
         emit vitalsChanged();
@@ -204,7 +300,6 @@ void SensorHub::publishDerived(bool force) {
     emit coresChanged();
     if (readsSingleSensors())
         lookAtSingleSensors();
-    emit transactionEnded();
 
     if ((windowVisible_ || force) && ticks_ % 2 == 0)
         rebuildSeries();
@@ -230,7 +325,7 @@ void SensorHub::forceQuit(const ProcessGroup& group) {
         // To the kernel 0 and below are not processes but whole groups of them, our own included.
         if (member.pid > 0)
             environment_.killProcess(member.pid);
-    QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tick);
+    QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tickUnlessJustDone);
 }
 
 const std::string& SensorHub::machineName() {

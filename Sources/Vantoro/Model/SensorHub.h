@@ -10,6 +10,7 @@
 #include "Model/Extremes.h"
 #include "Model/HeatSmoothing.h"
 #include "Model/History.h"
+#include "Model/Measuring.h"
 #include "Model/ProcessMonitor.h"
 #include "Model/Recording.h"
 #include "Model/SensorSources.h"
@@ -48,10 +49,14 @@ struct HubEnvironment {
 /// setting's, between 10 milliseconds and a day.
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval);
 
+/// Less than this after one sampling round there is no other.
+double shortestGapSeconds(std::chrono::milliseconds timerInterval);
+
 /// The process monitor's interval in whole seconds, at least 1; the environment plays no part.
 int processInterval(double sampleInterval);
 
-/// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned.
+/// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned; whatever
+/// is published at one moment is published within one transaction.
 class SensorHub : public QObject {
     Q_OBJECT
 public:
@@ -69,6 +74,10 @@ public:
     bool isReady() const { return isReady_; }
     bool sensorsAvailable() const { return sensorsAvailable_; }
     bool processesReady() const { return processesReady_; }
+    /// How far the sampling is from anything that may be said; a recording is always past it.
+    Measuring measuring() const;
+    /// Whether the snapshot has a list of processes and the machine's figures that come with it.
+    bool hasProcessFigures() const { return isReplay_ || samplesWithList_ > 0; }
     ProcessMonitor::Source processSource() const { return processSource_; }
     int unreadableProcessCount() const { return unreadableProcessCount_; }
     const std::vector<ProcessGroup>& suspects() const { return suspects_; }
@@ -113,6 +122,9 @@ public:
     void startProcesses();
     /// One sampling round.
     void tick();
+    /// The same, but nothing right after another round: what is measured over next to no time would be nonsense, and
+    /// the moment would count twice. How soon is too soon is a tenth of the interval, at most a fifth of a second.
+    void tickUnlessJustDone();
     /// From now on the figures are another time's, of the machine called this: nothing is measured, and nobody's
     /// processes are ended.
     void beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors = std::nullopt);
@@ -121,6 +133,8 @@ public:
     void accept(Snapshot snapshot);
     /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
     void publish(bool force);
+    /// Publishes anew once figures are to be written in another way: in another unit, say.
+    void publishInNewFormat();
     /// Reads the sampling interval again and restarts the process monitor and the timer.
     void restartTimer();
     /// Everything measured at this moment, with the process list and machine figures that were delivered last.
@@ -154,22 +168,29 @@ signals:
     void dieSensorsChanged();
     void gpuSensorsChanged();
     void seriesChanged();
-    /// Around the assignments of one publishing: they are to be shown together, with animation().
+    /// The way figures are written has changed, and with it every text that holds one.
+    void formatChanged();
+    /// Around all that is published at one moment, a whole tick say: it is to be shown together, with animation().
     void transactionBegan();
     void transactionEnded();
-    /// At the end of every tick and every publish() from outside: all that was to be published is.
-    void refreshed();
 
 private:
+    class Transaction;
+
     bool readsSingleSensors() const { return coresPaneVisible_ || sensorListVisible_; }
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
     ThermalPressure readThermalPressure() const;
+    double readGPUWatts(UnixSeconds now);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
     void sampleCores();
     void lookAtSingleSensors();
+    void assignProcessesReady();
+    void assignSensorsAvailable(bool available);
+    void countSample();
+    void lookSoon();
     void assignSuspects(std::vector<ProcessGroup> suspects);
     void rebuildSeries();
 
@@ -200,6 +221,7 @@ private:
     ChartSeries series_;
     Extremes extremes_;
     std::optional<Animation> animation_;
+    int openTransactions_ = 0;
 
     History history_;
     Cooling cooling_ = Cooling::fans;
@@ -207,6 +229,8 @@ private:
     std::unique_ptr<QTimer> timer_;
     /// While the timer runs.
     std::unique_ptr<Activity::Held> sampling_;
+    /// Runs until there is enough for a verdict.
+    std::unique_ptr<QTimer> firstLooks_;
     bool windowVisible_ = true;
     bool coresPaneVisible_ = false;
     bool sensorListVisible_ = false;
@@ -217,9 +241,13 @@ private:
     std::uint64_t coreSamples_ = 0;
     SystemKind system_;
     std::uint64_t ticks_ = 0;
+    int samplesWithList_ = 0;
+    UnixSeconds firstSampleAt_ = 0;
     std::vector<ProcessSample> latestProcesses_;
     SystemLine latestSystem_;
     HeatSmoothing heat_;
+    double gpuWatts_ = 0;
+    std::optional<UnixSeconds> gpuReadAt_;
     std::optional<std::string> machineName_;
 };
 

@@ -10,6 +10,11 @@ AdviceModel adviceModel(const SensorHub& hub) {
                       .items = {},
                       .emptyText = tr("Nothing needs doing."),
                       .explain = tr("Explain in full…")};
+    if (hub.measuring() != Measuring::done) {
+        model.emptyText.clear();
+        model.isPending = true;
+        return model;
+    }
     for (const Advice& advice : hub.verdict().advice) {
         AdviceItemModel item{.text = toQString(advice.text), .quitPID = advice.quitPID, .note = {}};
         if (advice.quitPID)

@@ -23,6 +23,8 @@ struct AdviceModel {
     /// In place of the items when there is none.
     QString emptyText;
     QString explain;
+    /// There is nothing to advise upon or to explain yet.
+    bool isPending = false;
 
     bool operator==(const AdviceModel&) const = default;
 };

@@ -35,6 +35,7 @@ void AdvicePanel::show(const AdviceModel& model) {
     model_ = model;
     setTitle(model.title);
     explain_->setText(model.explain);
+    explain_->setEnabled(!model.isPending);
     for (std::size_t i = 0; i < std::max(items_.size(), model.items.size()); ++i) {
         if (i >= items_.size())
             items_.push_back(newItem(i));
@@ -118,6 +119,20 @@ void AdvicePanel::paintEvent(QPaintEvent* event) {
     const double top = titleHeight * theme().textScale();
     const double line = lineHeight(Type::body);
     const double y = top + (explain_->y() - top - sealSize - gap - line) / 2;
+    if (model_.isPending) {
+        constexpr int barHeight = 10;
+        constexpr int pitch = 20;
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color(Tone::cell));
+        double bar = top + 4;
+        for (const double share : {0.95, 0.66}) {
+            const QRectF shape(Space::panelPadding, bar, share * (width() - 2 * Space::panelPadding), barHeight);
+            painter.drawRoundedRect(mirrored(shape), barHeight / 2.0, barHeight / 2.0);
+            bar += pitch;
+        }
+        return;
+    }
     const QRectF inner = QRectF(rect()).adjusted(Space::panelPadding, 0, -Space::panelPadding, 0);
     drawIcon(painter, QRectF(inner.left(), y, inner.width(), sealSize), "checkmark.seal", sealSize,
              color(Tone::textTertiary));

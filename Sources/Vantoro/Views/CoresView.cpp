@@ -147,6 +147,7 @@ CoresView::CoresView(ViewContext& context, QWidget* parent)
     noteRow->addWidget(sensorsNote_);
     scroll_->column()->addLayout(noteRow);
     scroll_->column()->addStretch();
+    shows({&SensorHub::coresChanged, &SensorHub::dieSensorsChanged, &SensorHub::gpuSensorsChanged});
 }
 
 CoresView::~CoresView() = default;
@@ -170,7 +171,7 @@ CoresView::SpreadPanel CoresView::addSpreadPanel(const QString& title, const QSt
 
 void CoresView::showEvent(QShowEvent* event) {
     hub().setCoresPaneVisible(true);
-    // The single sensors' figures come with this publishing, not with the next tick; it ends in a refresh().
+    // The single sensors' figures come with this publishing, not with the next tick.
     if (hub().isReady())
         hub().publish(true);
     View::showEvent(event);

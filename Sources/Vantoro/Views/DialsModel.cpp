@@ -57,7 +57,27 @@ FanRotorFigures absentRotorFigures() {
     return figures;
 }
 
+FanRotorFigures withoutVerdict(FanRotorFigures figures) {
+    figures.position.reset();
+    figures.heatStop = 0;
+    return figures;
+}
+
+bool hasNothingForDials(const SensorHub& hub) {
+    if (hub.measuring() == Measuring::done)
+        return false;
+    const Temperatures& temps = hub.vitals().temps;
+    return hub.cooling() == Cooling::passive ? !(temps.socMean > 0 || temps.soc > 0) : hub.vitals().fans.empty();
+}
+
 ThermalDialFigures thermalDialFigures(const SensorHub& hub) {
+    if (hasNothingForDials(hub))
+        return {.figure = QStringLiteral("—"),
+                .smallFigure = QStringLiteral("—"),
+                .isEmpty = true,
+                .spokenName = tr("Measuring"),
+                .spokenValue = tr("no reading")};
+    const bool isMeasuring = hub.measuring() != Measuring::done;
     const Snapshot& snapshot = hub.snapshot();
     const Temperatures& temps = hub.vitals().temps;
     const Format& format = hub.format();
@@ -68,11 +88,11 @@ ThermalDialFigures thermalDialFigures(const SensorHub& hub) {
     figures.figure.remove(u'°');
     figures.unit = whole.mid(figures.figure.size());
     figures.caption = tr("whole chip");
-    if (snapshot.chipHeat > 0)
+    if (snapshot.chipHeat > 0 && !isMeasuring)
         figures.position = Snapshot::heatLoad(snapshot.chipHeat);
-    figures.heatStop = verdictHeatStop(hub.verdict());
+    figures.heatStop = isMeasuring ? 0 : verdictHeatStop(hub.verdict());
     figures.spokenName = tr("Chip heat");
-    QStringList spoken{toQString(hub.verdict().stateLabel())};
+    QStringList spoken{isMeasuring ? tr("Measuring") : toQString(hub.verdict().stateLabel())};
     if (temps.socMean > 0)
         spoken.append(tr("whole chip %1").arg(whole));
     if (temps.soc > 0) {
@@ -86,14 +106,16 @@ ThermalDialFigures thermalDialFigures(const SensorHub& hub) {
 
 DialsModel dialsModel(const SensorHub& hub) {
     DialsModel model;
-    if (hub.cooling() == Cooling::passive) {
+    if (hub.cooling() == Cooling::passive || hasNothingForDials(hub)) {
         model.dial = thermalDialFigures(hub);
         return model;
     }
     const Vitals& vitals = hub.vitals();
     const int stop = verdictHeatStop(hub.verdict());
     for (const FanReading& fan : vitals.fans)
-        model.rotors.push_back(rotorFigures(fan, stop, hub.format()));
+        model.rotors.push_back(hub.measuring() == Measuring::done
+                                   ? rotorFigures(fan, stop, hub.format())
+                                   : withoutVerdict(rotorFigures(fan, stop, hub.format())));
     if (model.rotors.empty())
         model.rotors.push_back(absentRotorFigures());
     if (model.showsSmallRotors()) {

@@ -30,6 +30,11 @@ FanRotorFigures rotorFigures(const FanReading& fan, int heatStop, const Format& 
 FanRotorFigures absentRotorFigures();
 /// Where a fan stands between its limits, 0 to 1; none where they lie no more than 1 rpm apart.
 std::optional<double> fanPosition(const FanReading& fan);
+/// Without its cursor while there is no verdict yet, and a dash alone while nothing has been found.
 ThermalDialFigures thermalDialFigures(const SensorHub& hub);
+/// The same for a fan: its speed, and nothing in a colour.
+FanRotorFigures withoutVerdict(FanRotorFigures figures);
+/// Whether nothing has been found yet that a dial could show.
+bool hasNothingForDials(const SensorHub& hub);
 
 } // namespace vantoro

@@ -25,4 +25,9 @@ EyebrowModel eyebrowModel(const Verdict& verdict) {
     return model;
 }
 
+EyebrowModel measuringEyebrow() {
+    const QString label = tr("Measuring");
+    return {.label = label, .spokenValue = label};
+}
+
 } // namespace vantoro

@@ -23,6 +23,8 @@ struct EyebrowModel {
 };
 
 EyebrowModel eyebrowModel(const Verdict& verdict);
+/// While there is no verdict yet.
+EyebrowModel measuringEyebrow();
 
 /// The heat stop of everything that is coloured by the verdict: its level, but the last one when it is critical.
 int verdictHeatStop(const Verdict& verdict);

@@ -51,12 +51,26 @@ void addFigure(FactModel& fact, const std::string& title, const SensorHub& hub, 
     fact.line = std::move(line);
 }
 
+/// Whether there is nothing to this fact yet: the first figures of all are waited for, or a list that does not come
+/// and brings the processor's and the memory's.
+bool isAwaited(const SensorHub& hub, const std::string& title) {
+    switch (hub.measuring()) {
+    case Measuring::looking:
+        return true;
+    case Measuring::withoutList:
+        return title == "CPU" || title == "Memory";
+    case Measuring::done:
+        break;
+    }
+    return false;
+}
+
 } // namespace
 
 FactsModel factsModel(const SensorHub& hub) {
     const Verdict& verdict = hub.verdict();
     std::optional<UnixSeconds> ramp;
-    if (verdict.sustainedFor > 0 && verdict.sustainedFor < shownSeconds)
+    if (hub.measuring() == Measuring::done && verdict.sustainedFor > 0 && verdict.sustainedFor < shownSeconds)
         ramp = hub.snapshot().timestamp - verdict.sustainedFor;
     FactsModel model{.title = tr("Facts"), .caption = tr("last 15 minutes"), .facts = {}};
     if (ramp) {
@@ -73,7 +87,13 @@ FactsModel factsModel(const SensorHub& hub) {
                        .detail = toQString(factor.detail),
                        .line = {},
                        .pressure = {}};
-        addFigure(fact, factor.title, hub, ramp);
+        if (isAwaited(hub, factor.title)) {
+            fact.value = QStringLiteral("—");
+            fact.detail = tr("first sample pending");
+            fact.isMissing = true;
+        } else {
+            addFigure(fact, factor.title, hub, ramp);
+        }
         model.facts.push_back(std::move(fact));
     }
     return model;

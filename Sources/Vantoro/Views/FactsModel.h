@@ -18,6 +18,8 @@ struct FactModel {
     /// The figure below: a course, or the thermal pressure.
     std::optional<SparklineLine> line;
     std::optional<ThermalPressure> pressure;
+    /// The value is a dash.
+    bool isMissing = false;
 
     bool operator==(const FactModel&) const = default;
 };

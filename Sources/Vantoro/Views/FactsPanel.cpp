@@ -84,7 +84,8 @@ void FactCell::paintEvent(QPaintEvent* event) {
              color(Tone::textSecondary), model_.title);
     double y = line + valueGap;
     line = lineHeight(Type::figure);
-    drawText(painter, QRectF(0, y, wide, line), Type::figure, color(Tone::textPrimary), model_.value, Qt::AlignLeft,
+    drawText(painter, QRectF(0, y, wide, line), Type::figure,
+             color(model_.isMissing ? Tone::textTertiary : Tone::textPrimary), model_.value, Qt::AlignLeft,
              Qt::ElideNone);
     y += line + detailGap;
     drawText(painter, QRectF(0, y, wide, lineHeight(Type::caption)), Type::caption, color(Tone::textTertiary),

@@ -20,6 +20,9 @@ struct HeroModel {
 
 HeroModel heroModel(const SensorHub& hub, const Settings& settings);
 
+/// What stands in a headline's place while there is no verdict yet.
+QString lookingHeadline();
+
 /// Which headlines a screen reader is told without being asked: the changes, at most one in ten seconds. The latest
 /// is never lost, it comes when its time has come.
 class HeadlineAnnouncer {

@@ -113,7 +113,8 @@ void MainWindow::refreshUpdate() {
 }
 
 void MainWindow::openReport() {
-    if (!context_.hub.isReady() || findChild<ReportSheet*>() != nullptr)
+    const bool hasVerdict = context_.hub.isReady() && context_.hub.measuring() == Measuring::done;
+    if (!hasVerdict || findChild<ReportSheet*>() != nullptr)
         return;
     auto* const sheet = new ReportSheet(context_.look, *this, context_.hub); // deletes itself once closed
     sheet->openReport();
@@ -153,7 +154,6 @@ void MainWindow::hideEvent(QHideEvent* event) {
 void MainWindow::closeEvent(QCloseEvent* event) {
     context_.settings.setWindowGeometry(saveGeometry().toBase64().toStdString());
     event->accept();
-    emit closed();
 }
 
 // The window system tells of a window that nobody can see any more by "exposing" it with nothing.

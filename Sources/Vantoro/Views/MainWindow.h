@@ -36,8 +36,6 @@ public:
 signals:
     void settingsRequested();
     void quitRequested();
-    /// The user closed it.
-    void closed();
     void canBeSeenChanged();
     /// What was painted first has reached the screen.
     void firstSeen();

@@ -38,7 +38,10 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
     , context_(context)
     , arrangement_(arrangement)
     , image_(arrangement, context.look.icons)
-    , spin_(picturesPerSecond(arrangement)) {
+    , spin_(picturesPerSecond(arrangement))
+    , watch_(
+          context.hub, {&SensorHub::vitalsChanged, &SensorHub::verdictChanged, &SensorHub::formatChanged},
+          [this] { refresh(); }, nullptr) {
     patience_.setSingleShot(true);
     connect(&patience_, &QTimer::timeout, this, [this] {
         // Only X11 knows another kind of tray; elsewhere the bar may still come.
@@ -47,7 +50,6 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
         else
             create();
     });
-    connect(&context.hub, &SensorHub::refreshed, this, &MenuBarItem::refresh);
     connect(&context.look.theme, &Theme::changed, this, [this] {
         refresh();
         showPicture();

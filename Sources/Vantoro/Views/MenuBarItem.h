@@ -1,6 +1,7 @@
 // The item in the system's menu bar or tray.
 #pragma once
 
+#include "Views/HubWatch.h"
 #include "Views/MenuBarImage.h"
 #include "Views/View.h"
 
@@ -56,6 +57,7 @@ private:
     MenuBarArrangement arrangement_;
     MenuBarImage image_;
     MenuBarSpin spin_;
+    HubWatch watch_;
     MenuBarModel model_;
     std::unique_ptr<QSystemTrayIcon> item_;
     std::unique_ptr<QDBusServiceWatcher> trayWatcher_;

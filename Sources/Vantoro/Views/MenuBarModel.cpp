@@ -1,5 +1,6 @@
 #include "Views/MenuBarModel.h"
 
+#include "Views/HeroModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -33,6 +34,13 @@ MenuBarModel menuBarModel(const SensorHub& hub, bool alwaysShowsFigure, bool red
     const Vitals& vitals = hub.vitals();
     const bool showsFigure = showsMenuBarFigure(verdict.state, alwaysShowsFigure);
     MenuBarModel model;
+    if (hub.measuring() != Measuring::done) {
+        const bool isFan = hub.cooling() == Cooling::fans;
+        model.variant = isFan ? MenuBarVariant::fan : MenuBarVariant::thermometer;
+        model.symbol = isFan ? QStringLiteral("fan.fill") : menuBarThermometer(StressLevel::idle);
+        model.tooltip = lookingHeadline();
+        return model;
+    }
     QString full;
     if (hub.cooling() == Cooling::passive) {
         const QString temperature = toQString(hub.format().temperature(vitals.temps.socMean));

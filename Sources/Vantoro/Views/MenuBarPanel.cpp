@@ -165,6 +165,8 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     setFixedWidth(sizeHint().width());
     setFocusPolicy(Qt::StrongFocus);
     title_->setHeading(true);
+    shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::verdictChanged,
+           &SensorHub::suspectsChanged, &SensorHub::processesReadyChanged});
     settings_->setIcon(QStringLiteral("gearshape"));
     settings_->setSpokenName(tr("Settings"));
     quit_->setIcon(QStringLiteral("power"));

@@ -1,5 +1,6 @@
 #include "Views/MenuBarPanelModel.h"
 
+#include "Views/HeroModel.h"
 #include "Views/Words.h"
 
 #include <algorithm>
@@ -40,27 +41,38 @@ std::vector<MenuBarPanelModel::Figure> figures(const SensorHub& hub) {
 
 MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settings) {
     const Verdict& verdict = hub.verdict();
+    const Measuring measuring = hub.measuring();
     MenuBarPanelModel model;
-    model.eyebrow = eyebrowModel(verdict);
-    model.eyebrow.duration.clear();
-    const bool namesState = !isAtRest(verdict.state) && verdict.suspect.has_value();
-    model.title = toQString(namesState ? verdict.statePhrase() : std::string_view(verdict.headline));
-    if (const QString cause = toQString(verdict.cause); cause != model.title)
-        model.cause = cause;
-    if (hub.cooling() == Cooling::passive) {
+    if (measuring == Measuring::done) {
+        model.eyebrow = eyebrowModel(verdict);
+        model.eyebrow.duration.clear();
+        const bool namesState = !isAtRest(verdict.state) && verdict.suspect.has_value();
+        model.title = toQString(namesState ? verdict.statePhrase() : std::string_view(verdict.headline));
+        if (const QString cause = toQString(verdict.cause); cause != model.title)
+            model.cause = cause;
+    } else {
+        model.eyebrow = measuringEyebrow();
+        model.title = lookingHeadline();
+    }
+    if (hub.cooling() == Cooling::passive || hasNothingForDials(hub)) {
         model.dial = thermalDialFigures(hub);
     } else {
         const FanReading* const fan = hardestWorking(hub.vitals().fans);
         model.rotor =
             fan != nullptr ? rotorFigures(*fan, verdictHeatStop(verdict), hub.format()) : absentRotorFigures();
+        if (measuring != Measuring::done)
+            model.rotor = withoutVerdict(*model.rotor);
     }
     model.figures = figures(hub);
+    if (measuring == Measuring::looking)
+        for (MenuBarPanelModel::Figure& figure : model.figures)
+            figure = {.caption = figure.caption, .figure = QStringLiteral("—"), .unit = QString()};
     SuspectsModel suspects = suspectsModel(hub);
     suspects.rows.resize(std::min(suspects.rows.size(), MenuBarPanelModel::mostSuspects));
     model.suspects = std::move(suspects.rows);
     model.cores = suspects.cores;
     if (model.suspects.empty())
-        model.noSuspects = suspects.isPending ? suspects.caption : suspects.emptyText;
+        model.noSuspects = suspects.isPending ? tr("first list pending") : suspects.emptyText;
     model.rotorTurns = settings.spinRotors();
     return model;
 }

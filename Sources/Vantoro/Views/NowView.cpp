@@ -15,14 +15,39 @@ NowView::NowView(ViewContext& context, QWidget* parent)
             [this](QWidget* row) { pane_->ensureWidgetVisible(row, 0, Space::windowMargin); });
     connect(content_->advice(), &AdvicePanel::quitRequested, this, ask);
     connect(content_->advice(), &AdvicePanel::explainRequested, this, &NowView::explainRequested);
+    shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::verdictChanged}, [this] { showHero(); });
+    shows({&SensorHub::verdictChanged, &SensorHub::suspectsChanged, &SensorHub::processesReadyChanged,
+           &SensorHub::processSourceChanged, &SensorHub::unreadableProcessCountChanged},
+          [this] { showSuspects(); });
+    shows({&SensorHub::verdictChanged, &SensorHub::suspectsChanged}, [this] { showAdvice(); });
+    shows({&SensorHub::snapshotChanged, &SensorHub::verdictChanged, &SensorHub::seriesChanged},
+          [this] { showFacts(); });
 }
 
 void NowView::refresh() {
+    showHero();
+    showSuspects();
+    showAdvice();
+    showFacts();
+}
+
+void NowView::showHero() {
     content_->hero()->show(heroModel(hub(), context().settings));
-    content_->suspects()->show(suspectsModel(hub(), context().sources));
-    content_->advice()->show(adviceModel(hub()));
-    content_->facts()->show(factsModel(hub()));
     content_->orderStops();
+}
+
+void NowView::showSuspects() {
+    content_->suspects()->show(suspectsModel(hub(), context().sources));
+    content_->orderStops();
+}
+
+void NowView::showAdvice() {
+    content_->advice()->show(adviceModel(hub()));
+    content_->orderStops();
+}
+
+void NowView::showFacts() {
+    content_->facts()->show(factsModel(hub()));
 }
 
 void NowView::resizeEvent(QResizeEvent* event) {

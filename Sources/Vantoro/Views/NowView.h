@@ -25,6 +25,11 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void showHero();
+    void showSuspects();
+    void showAdvice();
+    void showFacts();
+
     ScrollPane* pane_; // owned by Qt as children
     NowContent* content_;
 };

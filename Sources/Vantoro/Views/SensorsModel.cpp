@@ -195,7 +195,7 @@ void finish(LegendModel& legend) {
 
 LegendModel processorLegend(const SensorHub& hub) {
     const CPULoad& cpu = hub.vitals().cpu;
-    const bool isKnown = hub.processesReady();
+    const bool isKnown = hub.hasProcessFigures();
     const auto part = [isKnown](const QString& label, double percent) {
         return LegendEntry{label, isKnown ? toQString(DiagnosisEngine::pct(percent)) : dash(),
                            isKnown ? std::clamp(percent / 100, 0.0, 1.0) : 0};

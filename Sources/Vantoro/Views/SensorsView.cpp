@@ -187,6 +187,8 @@ SensorsView::SensorsView(ViewContext& context, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll_);
     build();
+    shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::sensorsAvailableChanged,
+           &SensorHub::processSourceChanged, &SensorHub::dieSensorsChanged, &SensorHub::gpuSensorsChanged});
 }
 
 SensorsView::~SensorsView() = default;
@@ -278,11 +280,10 @@ void SensorsView::readSensorsIfSeen(bool isSeen) {
 void SensorsView::unfold(SensorFamily family, bool unfolded) {
     unfolded_[family] = unfolded;
     readSensorsIfSeen(isVisible());
-    // What is unfolded has its figures at once; publishing ends in a refresh().
+    // What is unfolded has its figures at once.
     if (unfolded && hub().isReady())
         hub().publish(true);
-    else
-        refresh();
+    refresh();
 }
 
 void SensorsView::copyAll() {

@@ -38,11 +38,7 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     form_->setLastWord(privacyNote(asksForUpdates));
     SettingsView::themeChanged();
     resize(width(), windowSize.height());
-    // What is said of the process list is to be true at once, not after the next sample.
-    connect(&hub(), &SensorHub::processSourceChanged, this, [this] {
-        if (isVisible())
-            refresh();
-    });
+    shows({&SensorHub::processSourceChanged, &SensorHub::isReadyChanged, &SensorHub::sensorsAvailableChanged});
     present(settingsModel(hub(), context.settings, names_));
 }
 
@@ -125,7 +121,7 @@ void SettingsView::addGeneral() {
     connect(unit_, &SegmentedControl::chosen, this, [this](int index) {
         context().settings.setTemperatureUnit(unitChoices.at(static_cast<std::size_t>(index)));
         // The verdict and the facts have the unit in their words.
-        hub().publish(true);
+        hub().publishInNewFormat();
         refresh();
     });
 }

@@ -96,14 +96,16 @@ QString footer(const SensorHub& hub, const SourceNames& names) {
 
 SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
     SuspectsModel model;
-    model.title = isAtRest(hub.verdict().state) ? tr("Busiest right now") : tr("Suspects");
+    const bool isMeasuring = hub.measuring() != Measuring::done;
+    model.title = isMeasuring || isAtRest(hub.verdict().state) ? tr("Busiest right now") : tr("Suspects");
     model.cores = static_cast<int>(hub.cores().size());
     model.expandAction = tr("Expand");
     model.quitAction = tr("Quit…");
     model.footer = footer(hub, names);
-    if (!hub.processesReady()) {
+    if (isMeasuring) {
         model.isPending = true;
-        model.caption = tr("first list pending");
+        if (!hub.processesReady())
+            model.caption = tr("first list pending");
         return model;
     }
     for (const ProcessGroup& group : hub.suspects())

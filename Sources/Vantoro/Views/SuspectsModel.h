@@ -41,7 +41,7 @@ struct SuspectsModel {
     std::vector<SuspectRowModel> rows;
     /// How many cells a bar has.
     int cores = 0;
-    /// Nothing has been delivered yet.
+    /// There is nothing to name anyone by yet.
     bool isPending = false;
     /// In place of the rows when there is none.
     QString emptyText;

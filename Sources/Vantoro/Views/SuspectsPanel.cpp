@@ -10,7 +10,6 @@ namespace vantoro {
 namespace {
 constexpr int bottomPadding = 12;
 constexpr int footerPadding = 12;
-constexpr int placeholders = 3;
 } // namespace
 
 SuspectsPanel::SuspectsPanel(Look& look, QWidget* parent)
@@ -242,6 +241,38 @@ Description SuspectsPanel::describe() {
     return {.role = QAccessible::List, .name = name, .value = model_.footer};
 }
 
+void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
+    struct Widths {
+        int name;
+        int about;
+    };
+    constexpr std::array<Widths, SuspectsModel::rowsAtFirst> rows{
+        {{120, 80}, {88, 112}, {144, 72}, {104, 96}, {72, 128}}};
+    constexpr int left = Space::panelPadding;
+    constexpr int textLeft = left + 40;
+    constexpr int figureWidth = 32;
+    constexpr int barRight = 80;
+    const int bar = isNarrow_ ? 128 : 220;
+    const int right = width() - left;
+    painter.setPen(Qt::NoPen);
+    double y = top;
+    for (const Widths& row : rows) {
+        const double middle = y + SuspectRow::plainHeight(theme()) / 2.0;
+        const auto shape = [&](double x, double centre, double width, double height, double radius) {
+            painter.drawRoundedRect(mirrored(QRectF(x, centre - height / 2, width, height)), radius, radius);
+        };
+        if (y > top)
+            painter.fillRect(mirrored(QRectF(textLeft, y, right - textLeft, 1)), color(Tone::line));
+        painter.setBrush(color(Tone::cell));
+        shape(left, middle, 28, 28, Space::iconTileRadius);
+        shape(textLeft, middle - 7, row.name, 10, 5);
+        shape(textLeft, middle + 8, row.about, 8, 4);
+        shape(width() - barRight - bar, middle, bar, 8, 4);
+        shape(right - figureWidth, middle, figureWidth, 10, 5);
+        y += SuspectRow::plainHeight(theme());
+    }
+}
+
 void SuspectsPanel::paintEvent(QPaintEvent* event) {
     Panel::paintEvent(event);
     QPainter painter(this);
@@ -249,23 +280,7 @@ void SuspectsPanel::paintEvent(QPaintEvent* event) {
     const double title = titleHeight * theme().textScale();
     const int footer = footerHeight(width());
     if (model_.isPending) {
-        struct Widths {
-            int name;
-            int about;
-        };
-        constexpr std::array<Widths, placeholders> widths{{{120, 80}, {90, 110}, {140, 70}}};
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(color(Tone::cell));
-        double y = title;
-        for (const Widths& width : widths) {
-            const double row = SuspectRow::plainHeight(theme());
-            const double middle = y + row / 2;
-            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding, middle - 14, 28, 28)), Space::iconTileRadius,
-                                    Space::iconTileRadius);
-            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding + 40, middle - 12, width.name, 10)), 5, 5);
-            painter.drawRoundedRect(mirrored(QRectF(Space::panelPadding + 40, middle + 4, width.about, 8)), 4, 4);
-            y += row;
-        }
+        paintSkeleton(painter, title);
     } else if (!model_.emptyText.isEmpty()) {
         constexpr int icon = 24;
         constexpr int gap = 12;

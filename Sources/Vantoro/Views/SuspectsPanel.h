@@ -56,6 +56,7 @@ private:
     std::unique_ptr<Entry> newEntry();
     int footerHeight(int width) const;
     void askForHeight();
+    void paintSkeleton(QPainter& painter, double top) const;
 
     AppIcons icons_;
     SuspectsModel model_;

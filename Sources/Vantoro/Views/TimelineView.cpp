@@ -43,6 +43,7 @@ TimelineView::TimelineView(ViewContext& context, QWidget* parent)
             [this] { pin(scrub_ ? scrubDate() : pointBeside(hub().series().cpu, std::nullopt, 0)); });
     connect(charts_, &TimelineCharts::letGoAsked, this, [this] { pick(std::nullopt); });
     connect(rewind_, &RewindPanel::unpinAsked, this, &TimelineView::unpin);
+    shows({&SensorHub::snapshotChanged, &SensorHub::verdictChanged, &SensorHub::seriesChanged});
 }
 
 // The charts lose the pointer when they go, after this view has gone.

@@ -1,15 +1,37 @@
 #include "Views/View.h"
 
+#include <utility>
+
 namespace vantoro {
 
 View::View(ViewContext& context, QWidget* parent) : PaintedWidget(context.look, parent), context_(context) {
-    // A window that is covered or minimised counts as visible to the toolkit; the clock knows better.
-    const auto refreshIfSeen = [this] {
-        if (isVisible() && !context_.look.clock.isPaused())
+    connect(&context.look.clock, &AnimationClock::resumed, this, [this] {
+        if (isSeen())
             refresh();
-    };
-    connect(&context.hub, &SensorHub::refreshed, this, refreshIfSeen);
-    connect(&context.look.clock, &AnimationClock::resumed, this, refreshIfSeen);
+    });
+    shows({&SensorHub::formatChanged});
+}
+
+// A window that is covered or minimised counts as visible to the toolkit; the clock knows better.
+bool View::isSeen() const {
+    return isVisible() && !look().clock.isPaused();
+}
+
+void View::shows(std::initializer_list<HubSignal> properties, std::function<void()> part) {
+    new HubWatch(
+        hub(), properties,
+        [this, part = std::move(part)] {
+            if (!isSeen())
+                return;
+            look().transaction = &hub().animation();
+            part();
+            look().transaction = nullptr;
+        },
+        this); // owned by Qt as a child
+}
+
+void View::shows(std::initializer_list<HubSignal> properties) {
+    shows(properties, [this] { refresh(); });
 }
 
 void View::showEvent(QShowEvent* event) {

@@ -1,10 +1,15 @@
-// The base of the panes and windows: it hears when the hub has published and redraws then, but only while it is seen.
+// The base of the panes and windows: each part of one hears of the hub's properties that it shows and redraws then, but
+// only while it is seen.
 #pragma once
 
 #include "Design/PaintedWidget.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
+#include "Views/HubWatch.h"
 #include "Views/SourceNames.h"
+
+#include <functional>
+#include <initializer_list>
 
 namespace vantoro {
 
@@ -25,17 +30,25 @@ class View : public PaintedWidget {
 public:
     explicit View(ViewContext& context, QWidget* parent = nullptr);
 
-    /// Asks the hub anew and shows what has changed. Called when the hub has published and when the view comes on
-    /// screen; never while it is hidden.
+    /// Asks the hub anew for everything and shows what has changed. Called when the view comes on screen and when
+    /// figures are to be written in another way.
     virtual void refresh() = 0;
 
 protected:
     ViewContext& context() const { return context_; }
     SensorHub& hub() const { return context_.hub; }
 
+    /// Calls `part` at the end of every transaction in which one of these properties was published; never while the
+    /// view cannot be seen. What the part changes is shown with the transaction's animation.
+    void shows(std::initializer_list<HubSignal> properties, std::function<void()> part);
+    /// The same for a view that is redrawn as a whole.
+    void shows(std::initializer_list<HubSignal> properties);
+
     void showEvent(QShowEvent* event) override;
 
 private:
+    bool isSeen() const;
+
     ViewContext& context_;
 };
 
