@@ -234,8 +234,12 @@ void SettingsView::present(const SettingsModel& model) {
 }
 
 void SettingsView::themeChanged() {
-    setFixedWidth(qRound(windowSize.width() * theme().textScale()));
-    setMinimumHeight(lowestWindow);
+    setMaximumWidth(smallestSize().width());
+    setMinimumSize(smallestSize());
+}
+
+QSize SettingsView::smallestSize() const {
+    return {qRound(windowSize.width() * theme().textScale()), lowestWindow};
 }
 
 void SettingsView::paintEvent(QPaintEvent*) {

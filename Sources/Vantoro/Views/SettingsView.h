@@ -21,6 +21,8 @@ public:
     SettingsView(ViewContext& context, SourceNames names, QWidget* parent = nullptr);
 
     void refresh() override;
+    /// What the form needs at least.
+    QSize smallestSize() const;
 
 signals:
     /// The name that is now stored: "light", "dark", or another for the system's.

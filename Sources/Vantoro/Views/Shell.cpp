@@ -7,6 +7,7 @@
 #include "Views/MenuBarPanel.h"
 #include "Views/NoticeAlert.h"
 #include "Views/NoticeModel.h"
+#include "Views/ScreenRoom.h"
 #include "Views/SettingsView.h"
 
 #include <QApplication>
@@ -73,6 +74,8 @@ void Shell::raiseWindow() {
     }
     window_->raiseToFront();
 }
+        new WindowKeeper(*window_,
+                         [] { return MainWindow::smallestSize; }); // owned by the window, as the next is by its own
 
 // A window tells of its end when it is half gone: the pointers are let go of first.
 void Shell::windowClosed() {
@@ -104,6 +107,7 @@ void Shell::openSettings() {
     }
     settingsWindow_->show();
     settingsWindow_->raise();
+        new WindowKeeper(*settingsWindow_, [this] { return settingsWindow_->smallestSize(); });
     settingsWindow_->activateWindow();
     updateClock();
 }
