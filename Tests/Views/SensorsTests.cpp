@@ -2,10 +2,12 @@
 #include "Views/SensorsModel.h"
 #include "Views/SensorsView.h"
 
+#include "Design/Button.h"
 #include "Design/TextLabel.h"
 #include "Views/SensorRow.h"
 #include "Views/Stage.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <QClipboard>
 
@@ -175,6 +177,10 @@ TEST(SensorsViewTests, CopiesTheTableAndComesToRest) {
         picture.save(QString("%1/sensors-fanless.png").arg(folder));
     }
     view.copyAll();
+    stage.hub.publish(true);
+    const auto buttons = view.findChildren<Button*>();
+    EXPECT_TRUE(std::ranges::any_of(buttons, [](const Button* button) { return button->text() == "Copied"; }))
+        << "a refresh leaves it";
     const QString text = QGuiApplication::clipboard()->text();
     EXPECT_TRUE(text.contains("\nTemperatures\n"));
     EXPECT_FALSE(text.contains("\nFans\n"));

@@ -93,6 +93,10 @@ TEST(LooksFollowerTests, TheUsersChoiceWinsOverTheSystemsAndBothApplyLive) {
     looks->onChange();
     EXPECT_TRUE(isDark());
     EXPECT_TRUE(theme.reducesMotion());
+    EXPECT_EQ(theme.color(Tone::accent), Theme(Theme::Appearance::dark).color(Tone::accent));
+    looks->now.accent = SystemLooks::Accent{1, 0.6, 0.2};
+    looks->onChange();
+    EXPECT_EQ(theme.color(Tone::accent).name(), "#ff9933");
     follower.applyAppearance("light");
     EXPECT_FALSE(isDark());
     EXPECT_EQ(looks->chosen, false) << "the frame too";

@@ -7,6 +7,7 @@ typedef NSString* NSAppearanceName;
 
 extern NSAppearanceName const NSAppearanceNameAqua;
 extern NSAppearanceName const NSAppearanceNameDarkAqua;
+extern NSString* const NSSystemColorsDidChangeNotification;
 extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification;
 
 @interface NSAppearance : NSObject
@@ -18,6 +19,18 @@ extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotificati
 @property(class, readonly, strong) NSApplication* sharedApplication;
 @property(strong) NSAppearance* appearance;
 @property(readonly, strong) NSAppearance* effectiveAppearance;
+@end
+
+@interface NSColorSpace : NSObject
+@property(class, readonly, strong) NSColorSpace* sRGBColorSpace;
+@end
+
+@interface NSColor : NSObject
+@property(class, readonly, strong) NSColor* controlAccentColor;
+@property(readonly) double redComponent;
+@property(readonly) double greenComponent;
+@property(readonly) double blueComponent;
+- (NSColor*)colorUsingColorSpace:(NSColorSpace*)space;
 @end
 
 @interface NSWorkspace : NSObject
