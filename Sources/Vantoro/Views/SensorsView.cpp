@@ -130,7 +130,7 @@ protected:
 
 private:
     static constexpr int textTop = 10;
-    static constexpr int bottomGap = 13;
+    static constexpr int bottomGap = 11;
 
     int gaugeTop() const { return textTop + static_cast<int>(lineHeight(Type::body)) + 1; }
     void place() { gauge_->setGeometry(0, gaugeTop(), width(), gauge_->sizeHint().height()); }
