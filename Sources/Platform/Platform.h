@@ -7,6 +7,7 @@
 #include "Platform/EnergyReport.h"
 #include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
+#include "Platform/OwnCost.h"
 #include "Platform/Processors.h"
 #include "Platform/ProcessStream.h"
 #include "Platform/ProcessTable.h"
@@ -34,6 +35,7 @@ struct Platform {
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;
+    std::shared_ptr<OwnCost> ownCost;
     DataSourceNames sources;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.
     bool hasWideMenuBar = false;

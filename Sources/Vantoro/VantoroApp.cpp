@@ -173,7 +173,8 @@ protected:
 SourceNames sourceNames(const Platform& platform) {
     SourceNames names{.streamIsSetuidRoot = platform.sources.streamIsSetuidRoot,
                       .sensors = QString::fromStdString(platform.sources.sensors),
-                      .reports = QString::fromStdString(platform.sources.reports)};
+                      .reports = QString::fromStdString(platform.sources.reports),
+                      .costsAreStated = platform.sources.costsAreStated};
     if (platform.processStream) {
         names.stream = QString::fromStdString(platform.processStream->streamName());
         names.streamForShort = names.stream.section(u'/', -1);
@@ -272,6 +273,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, std::string& su
                  .sources = sourceNames(platform),
                  .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,
+                 .ownCost = platform.ownCost,
                  .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
                  .start = [&] { replay ? replay->start() : hub.start(); }});
     QObject::connect(&instance, &SingleInstance::raised, &shell, &Shell::raiseWindow);

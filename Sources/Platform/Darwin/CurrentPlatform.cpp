@@ -3,6 +3,7 @@
 #include "Platform/Darwin/DarwinEnergyReport.h"
 #include "Platform/Darwin/DarwinFrequencyTables.h"
 #include "Platform/Darwin/DarwinMachine.h"
+#include "Platform/Darwin/DarwinOwnCost.h"
 #include "Platform/Darwin/DarwinProcessors.h"
 #include "Platform/Darwin/DarwinProcessStream.h"
 #include "Platform/Darwin/DarwinProcessTable.h"
@@ -32,7 +33,8 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
-    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
+    platform.ownCost = std::make_shared<DarwinOwnCost>();
+    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true, .costsAreStated = true};
     platform.hasWideMenuBar = true;
     return platform;
 }

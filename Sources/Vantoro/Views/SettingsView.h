@@ -43,6 +43,7 @@ private:
     void addProcesses();
     void addAbout();
     void addUpdates(Updates& updates);
+    SettingsModel model();
     void present(const SettingsModel& model);
     void refreshUpdates();
 
@@ -54,6 +55,7 @@ private:
     SettingsRow* rateRow_ = nullptr;
     SettingsRow* motionRow_ = nullptr;
     SettingsRow* rotorRow_ = nullptr;
+    SettingsRow* ownCostRow_ = nullptr;
     SettingsRow* menuBarRow_ = nullptr;
     SettingsRow* processListRow_ = nullptr;
     SettingsRow* readingRow_ = nullptr;
