@@ -97,12 +97,12 @@ void ThermalDial::paintFigure(QPainter& painter) const {
     };
     const double left = centre().x() - figureWidth / 2;
     // In type this large, room for the widest digit on both sides of a 1 would look like a gap. The figure is set as it
-    // comes, and within its room leans on the unit, which stands still.
+    // comes, amid that room; the unit stands still at its end.
     const QFontMetricsF metrics(font(figure));
     const QRectF line = lineAt(left, middle + capsCentred(figure), figureWidth);
     painter.setFont(font(figure));
     painter.setPen(color(Tone::textPrimary));
-    painter.drawText(QPointF(line.right() - metrics.horizontalAdvance(figures_.figure),
+    painter.drawText(QPointF(line.center().x() - metrics.horizontalAdvance(figures_.figure) / 2,
                              line.center().y() + (metrics.ascent() - metrics.descent()) / 2),
                      figures_.figure);
     const double unitWidth = textWidth(unit, figures_.unit);
