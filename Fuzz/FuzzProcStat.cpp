@@ -1,4 +1,5 @@
 // Every parser of the kernel's text files on the same bytes.
+#include "Platform/Linux/LinuxOwnCost.h"
 #include "Platform/Linux/ProcScan.h"
 #include "Platform/Linux/ProcStat.h"
 
@@ -34,6 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)vantoro::parseMemoryInfo(text);
     (void)vantoro::parseSwapCounts(text);
     (void)vantoro::parseZramUsedBytes(text);
+    (void)vantoro::parseTotalTicks(text);
+    (void)vantoro::parseProportionalBytes(text);
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));
     return 0;

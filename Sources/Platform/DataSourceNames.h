@@ -12,6 +12,8 @@ struct DataSourceNames {
     std::string reports;
     /// The program that prints the process list runs with root's rights; otherwise what it reads is open to all.
     bool streamIsSetuidRoot = false;
+    /// What the choices of the settings cost is known for this system's machines beforehand.
+    bool costsAreStated = false;
 
     bool operator==(const DataSourceNames&) const = default;
 };

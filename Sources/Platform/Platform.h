@@ -9,6 +9,7 @@
 #include "Platform/EnergyReport.h"
 #include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
+#include "Platform/OwnCost.h"
 #include "Platform/Processors.h"
 #include "Platform/ProcessStream.h"
 #include "Platform/ProcessTable.h"
@@ -39,6 +40,7 @@ struct Platform {
     std::shared_ptr<SystemLooks> systemLooks;
     /// Null where the system leaves the timers of hidden programs alone.
     std::shared_ptr<Activity> activity;
+    std::shared_ptr<OwnCost> ownCost;
     DataSourceNames sources;
     SystemKind system = SystemKind::macos;
     /// The menu bar shows pictures of any width; elsewhere an item is squeezed into a square.

@@ -8,11 +8,22 @@ namespace vantoro {
 
 class SystemLooks {
 public:
+    /// In sRGB, each 0 to 1.
+    struct Accent {
+        double red = 0;
+        double green = 0;
+        double blue = 0;
+
+        bool operator==(const Accent&) const = default;
+    };
+
     struct State {
         /// None where the system does not say.
         std::optional<bool> isDark;
         std::optional<bool> reducesMotion;
         std::optional<bool> increasesContrast;
+        /// What the user chose for controls that are on.
+        std::optional<Accent> accent;
 
         bool operator==(const State&) const = default;
     };

@@ -178,7 +178,8 @@ protected:
 SourceNames sourceNames(const Platform& platform) {
     SourceNames names{.streamIsSetuidRoot = platform.sources.streamIsSetuidRoot,
                       .sensors = QString::fromStdString(platform.sources.sensors),
-                      .reports = QString::fromStdString(platform.sources.reports)};
+                      .reports = QString::fromStdString(platform.sources.reports),
+                      .costsAreStated = platform.sources.costsAreStated};
     if (platform.processStream) {
         names.stream = QString::fromStdString(platform.processStream->streamName());
         names.streamForShort = names.stream.section(u'/', -1);
@@ -290,6 +291,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
                  .sources = sourceNames(platform),
                  .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,
+                 .ownCost = platform.ownCost,
                  .menuBar = platform.hasWideMenuBar ? MenuBarArrangement::sideBySide : MenuBarArrangement::withinSquare,
                  .hasMenus = platform.hasMenuBarMenus,
                  .showAbout = platform.showAbout,

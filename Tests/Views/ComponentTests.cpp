@@ -1,31 +1,19 @@
 // The shared components: what they hold, how they are driven, and what a screen reader is told of them.
 #include "Design/Button.h"
+#include "Design/CoreBar.h"
 #include "Design/Panel.h"
 #include "Design/SegmentedControl.h"
 #include "Design/Sheet.h"
+#include "Design/Switch.h"
 
 #include "Views/Stage.h"
 
-#include <cmath>
 #include <QSignalSpy>
 
 namespace vantoro {
 namespace {
 
 using testing::Stage;
-
-double luminance(const QColor& color) {
-    const auto linear = [](float channel) {
-        return channel <= 0.03928F ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other) {
-    const double a = luminance(one);
-    const double b = luminance(other);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
 
 TEST(ThemeTests, EveryTextAndShapeStandsOutAgainstEverySurface) {
     for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
@@ -42,6 +30,54 @@ TEST(ThemeTests, EveryTextAndShapeStandsOutAgainstEverySurface) {
         }
         EXPECT_GE(contrast(theme.color(Tone::onAccent), theme.color(Tone::defaultButton)), 4.5);
     }
+}
+
+TEST(ThemeTests, AnyAccentOfTheSystemsStandsOutAndWhatIsOnItIsRead) {
+    for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
+        for (const char* accent :
+             {"#000000", "#ffffff", "#f6d32d", "#3584e4", "#808080", "#e62d42", "#18191b", "#2190a4"}) {
+            Theme theme;
+            theme.setAccent(QColor(accent));
+            theme.setAppearance(appearance);
+            for (const Tone surface : {Tone::window, Tone::panel, Tone::raised})
+                EXPECT_GE(contrast(theme.color(Tone::accent), theme.color(surface)), 3) << accent;
+            EXPECT_GE(contrast(theme.color(Tone::onAccent), theme.color(Tone::defaultButton)), 4.5) << accent;
+            EXPECT_GE(contrast(theme.color(Tone::knobOnAccent), theme.color(Tone::accent)), 3) << accent;
+            theme.setAccent({});
+            EXPECT_EQ(theme.color(Tone::accent), Theme(appearance).color(Tone::accent));
+        }
+    }
+    Theme theme;
+    theme.setAccent(QColor("#1c71d8"));
+    EXPECT_EQ(theme.color(Tone::accent), QColor("#1c71d8")) << "one that does is left as it is";
+}
+
+TEST(ComponentTests, WhatIsEmptyOrOffIsSeen) {
+    for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
+        Stage stage(appearance);
+        const QColor panel = stage.theme.color(Tone::panel);
+        const auto strongest = [&](QWidget& widget, int x) {
+            widget.setAutoFillBackground(true);
+            widget.setPalette(QPalette(panel));
+            const QImage image = stage.picture(widget, widget.sizeHint());
+            double most = 1;
+            for (int y = 0; y < image.height(); ++y)
+                most = std::max(most, contrast(image.pixelColor(x, y), panel));
+            return most;
+        };
+        CoreBar bar(stage.look);
+        bar.QWidget::resize(bar.sizeHint());
+        bar.show(110, 8, std::nullopt);
+        bar.jump();
+        EXPECT_GE(strongest(bar, 150), 3) << "an empty cell";
+        Switch off(stage.look);
+        EXPECT_GE(strongest(off, off.sizeHint().width() / 2), 3);
+    }
+    EXPECT_EQ(CoreBar::cellsIn(220, 16), 16);
+    EXPECT_EQ(CoreBar::cellsIn(96, 16), 1) << "narrower than 6 points each";
+    EXPECT_EQ(CoreBar::cellsIn(96, 12), 12);
+    EXPECT_EQ(CoreBar::cellsIn(400, 32), 1);
+    EXPECT_EQ(CoreBar::cellsIn(220, 0), 1);
 }
 
 TEST(AnimationClockTests, BeatsOnlyWhileSomethingMovesAndSomeoneCanSeeIt) {

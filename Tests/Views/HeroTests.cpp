@@ -3,6 +3,7 @@
 
 #include "Design/BalancedLabel.h"
 #include "Design/FanRotor.h"
+#include "Design/TextLabel.h"
 #include "Views/Stage.h"
 
 #include <algorithm>
@@ -220,6 +221,39 @@ TEST(HeroTests, GrowsWithItsTextAndStaysWithinItself) {
             for (const QWidget* child : hero.findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
                 EXPECT_TRUE(hero.rect().contains(child->geometry())) << child->metaObject()->className() << width;
         }
+    }
+}
+
+TEST(HeroTests, NothingBelowMovesWhenAFigureOrASentenceChanges) {
+    Stage stage;
+    stage.hub.accept(machineWithFans(2, 3360));
+    HeroModel model = heroModel(stage.hub, stage.settings);
+    Hero hero(stage.look);
+    const QString sentence = "It averaged %1% CPU across %2 processes over the window that heated the machine. ";
+    model.detail = sentence.arg(888).arg(18).repeated(4);
+    hero.show();
+    hero.resize(772, 300);
+    hero.show(model);
+    const int height = hero.heightForWidth(772);
+    hero.resize(772, height);
+    const auto placeOfHeadline = [&] { return hero.findChildren<BalancedLabel*>().front()->geometry().topLeft(); };
+    const QPoint place = placeOfHeadline();
+    for (const QString& detail : {sentence.arg(111).arg(11).repeated(4), sentence.arg(7).arg(8), QString()}) {
+        stage.seconds += 2;
+        model.detail = detail;
+        hero.show(model);
+        EXPECT_EQ(hero.heightForWidth(772), height) << detail.toStdString();
+        EXPECT_EQ(placeOfHeadline(), place);
+    }
+    stage.seconds += 60;
+    hero.show(model);
+    EXPECT_LT(hero.heightForWidth(772), height) << "a minute later it is forgotten, whether or not anything changed";
+
+    for (int width = 120; width < 700; width += 7) {
+        const QFont font = fontOf(Type::lead, stage.theme);
+        EXPECT_EQ(brokenLines(sentence.arg(888).arg(18), font, width).size(),
+                  brokenLines(sentence.arg(111).arg(11), font, width).size())
+            << width;
     }
 }
 

@@ -159,6 +159,25 @@ TEST(MenuBarPanelTests, StandsAtItsItemWithinTheScreen) {
     }
 }
 
+TEST(MenuBarPanelTests, KeepsItsEdgeAndItsScreenWhenItsHeightChanges) {
+    for (const int itemTop : {0, 776}) {
+        Stage stage;
+        stage.play("design-fans.jsonl.gz");
+        MenuBarPanel panel(stage.context);
+        panel.toggle({770, itemTop, 24, 24}, std::nullopt);
+        stage.settle();
+        const auto edge = [&] { return itemTop == 0 ? panel.geometry().top() : panel.geometry().bottom(); };
+        const int before = edge();
+        const QRect geometry = panel.geometry();
+        EXPECT_TRUE(panel.screen()->availableGeometry().contains(geometry)) << "or the window manager moves it";
+        stage.hub.accept(withFan(0));
+        stage.settle();
+        EXPECT_NE(panel.height(), geometry.height());
+        EXPECT_EQ(edge(), before) << itemTop;
+        EXPECT_EQ(panel.x(), geometry.x());
+    }
+}
+
 TEST(MenuBarPanelTests, SaysTheAnswerInShort) {
     Stage stage;
     stage.play("design-fans.jsonl.gz");

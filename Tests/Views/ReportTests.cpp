@@ -6,6 +6,8 @@
 
 #include "Design/Button.h"
 
+#include <algorithm>
+
 #include <QClipboard>
 #include <QFile>
 
@@ -69,6 +71,16 @@ TEST(ReportSheetTests, CopiesAllOrWhatIsSelected) {
     QClipboard* const clipboard = QGuiApplication::clipboard();
     open.sheet->copy();
     EXPECT_EQ(clipboard->text(), reportModel(open.stage.hub).plainText);
+    const auto says = [&](const QString& text) {
+        const auto buttons = open.sheet->findChildren<Button*>();
+        return std::ranges::any_of(buttons, [&](const Button* button) { return button->text() == text; });
+    };
+    EXPECT_TRUE(says("Copied"));
+    open.stage.seconds += 1.9;
+    open.stage.clock.beat();
+    EXPECT_TRUE(says("Copied"));
+    open.stage.settle();
+    EXPECT_TRUE(says("Copy") && !says("Copied"));
 
     ReportPage& page = open.sheet->page();
     QTest::mouseDClick(&page, Qt::LeftButton, Qt::NoModifier, {24, 20});

@@ -2,10 +2,12 @@
 #include "Views/SensorsModel.h"
 #include "Views/SensorsView.h"
 
+#include "Design/Button.h"
 #include "Design/TextLabel.h"
 #include "Views/SensorRow.h"
 #include "Views/Stage.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <QClipboard>
 
@@ -70,7 +72,7 @@ TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing)
     ASSERT_EQ(model.fans->size(), 2U);
     const FanRowModel& left = model.fans->front();
     EXPECT_EQ(left.speed, "2,420");
-    EXPECT_EQ(left.range, "2,317–2,517");
+    EXPECT_EQ(left.range, "2,320–2,520") << "in the steps of the speed that stands beside it";
     EXPECT_EQ(left.targetText, "target 4,920");
     EXPECT_EQ(left.heatStop, 0);
     EXPECT_FALSE(model.fans->back().position.has_value()) << "no limits, no position";
@@ -122,7 +124,7 @@ TEST(SensorsModelTests, ThePlainTextHoldsAllThatIsShown) {
     EXPECT_TRUE(text.startsWith("MacBook · Apple M3 Pro\n2 fans · 148 sensors\nSMC · IOReport · syscalls\n\nFans\n"))
         << text.toStdString();
     for (const char* line :
-         {"\n  Left   2,520 rpm  2,317–2,517  floor 2,317  target 4,920  ceiling 6,550\n",
+         {"\n  Left   2,520 rpm  2,320–2,520  floor 2,317  target 4,920  ceiling 6,550\n",
           "\n  Hottest core      81°C     61–81°C  hottest die sensor\n    8 sensors, coolest to hottest: 61° 62° 63°",
           "\n  GPU               —                 hottest graphics sensor\n", "\n  Thermal pressure  Nominal\n",
           "\nProcessor · 58% busy\n  Apps          52%\n"})
@@ -191,6 +193,10 @@ TEST(SensorsViewTests, CopiesTheTableAndComesToRest) {
         picture.save(QString("%1/sensors-fanless.png").arg(folder));
     }
     view.copyAll();
+    stage.hub.publish(true);
+    const auto buttons = view.findChildren<Button*>();
+    EXPECT_TRUE(std::ranges::any_of(buttons, [](const Button* button) { return button->text() == "Copied"; }))
+        << "a refresh leaves it";
     const QString text = QGuiApplication::clipboard()->text();
     EXPECT_TRUE(text.contains("\nTemperatures\n"));
     EXPECT_FALSE(text.contains("\nFans\n"));

@@ -45,11 +45,76 @@ TEST(SettingsModelTests, NamesEveryRate) {
         EXPECT_EQ(rateName(i), names[i]);
         EXPECT_EQ(rateIndexOf(sampleRates.at(static_cast<std::size_t>(i))), i);
     }
-    EXPECT_EQ(rateNote(1).left(16), "Around 8% of a C");
-    EXPECT_EQ(rateNote(2), rateNote(3));
-    EXPECT_TRUE(
-        rateNote(6).endsWith("digits step rather than morph — nothing is legible re-forming four times a second."));
+    EXPECT_EQ(rateNote(1, true).left(49), "Around 8% of a CPU core. Cheapest by far, but a s");
+    EXPECT_EQ(rateNote(2, true), rateNote(3, true));
+    EXPECT_TRUE(rateNote(2, true).endsWith("particular data can be. Around 26% of a core."));
+    EXPECT_TRUE(rateNote(6, true).endsWith(
+        "digits step rather than morph — nothing is legible re-forming four times a second."));
     EXPECT_EQ(rateIndexOf(1.5), 3);
+}
+
+TEST(SettingsModelTests, WhereItIsMeasuredNoNoteStatesACost) {
+    QStringList notes{motionNote(true, false), motionNote(false, false), rotorNote(true, false),
+                      rotorNote(false, false)};
+    for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i)
+        notes.append(rateNote(i, false));
+    for (const QString& note : notes) {
+        EXPECT_FALSE(note.contains(u'%')) << note.toStdString();
+        EXPECT_TRUE(note.front().isUpper() && note.endsWith(u'.') && !note.contains("  ")) << note.toStdString();
+    }
+    constexpr double megabyte = 1024.0 * 1024;
+    EXPECT_EQ(ownCostText({.percentOfCore = 1.26, .memoryBytes = 33.4 * megabyte}), "1.3% of a core · 33 MB");
+    EXPECT_EQ(ownCostText({.percentOfCore = 26.4}), "26% of a core");
+    EXPECT_EQ(ownCostText({.memoryBytes = megabyte}), "measuring");
+    EXPECT_EQ(ownCostNote({.hasPrograms = false}), "Over the last minute, without the programs it runs for its lists.");
+}
+
+TEST(SettingsViewTests, NothingMovesWhenTheSliderDoesAndALongNameLeavesItsTitle) {
+    Stage stage;
+    stage.hub.beginReplay("ThinkStation P620 Workstation · AMD Ryzen Threadripper PRO 5995WX 64-Cores · revision B");
+    SettingsView window(stage.context, SourceNames{.costsAreStated = false});
+    stage.picture(window, window.size());
+    const auto& motion = named<SegmentedControl>(window, "Motion of readings");
+    const int before = motion.mapTo(&window, QPoint()).y();
+    auto& slider = named<StepSlider>(window, "Sample rate");
+    for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i) {
+        emit slider.moved(i);
+        stage.settle();
+        EXPECT_EQ(motion.mapTo(&window, QPoint()).y(), before) << i;
+    }
+    for (const TextLabel* const label : row(window, "Machine").findChildren<TextLabel*>())
+        if (label->text() == "Machine") {
+            EXPECT_GE(label->width(), label->sizeHint().width());
+        }
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST(SettingsViewTests, SaysWhatItTakesItselfWhileSomeoneLooks) {
+    struct Account : OwnCost {
+        std::optional<ProcessorTime> processorTime() override { return used; }
+        std::optional<std::uint64_t> memoryBytes() override {
+            ++memoryReadings;
+            return 34603008;
+        }
+        ProcessorTime used{.seconds = 5};
+        int memoryReadings = 0;
+    };
+    const auto account = std::make_shared<Account>();
+    OwnCostMeter meter(account);
+    Stage stage;
+    ViewContext context{stage.hub, stage.settings, stage.look, {}, nullptr, &meter};
+    meter.note(stage.seconds);
+    SettingsView window(context, {});
+    EXPECT_EQ(account->memoryReadings, 0);
+    EXPECT_FALSE(row(window, "Vantoro itself").isVisibleTo(&window));
+    window.show();
+    EXPECT_EQ(row(window, "Vantoro itself").value(), "measuring");
+    stage.seconds += 60;
+    account->used.seconds += 0.78;
+    window.refresh();
+    EXPECT_EQ(row(window, "Vantoro itself").value(), "1.3% of a core · 33 MB");
+    EXPECT_EQ(row(window, "Vantoro itself").note(), "Over the last minute, with the programs it runs for its lists.");
 }
 
 TEST(SettingsModelTests, SaysWhereTheProcessListComesFrom) {
@@ -132,10 +197,10 @@ TEST(SettingsViewTests, EveryChoiceIsStoredAndSaid) {
 
     QTest::keyClick(&named<SegmentedControl>(view, "Motion of readings"), Qt::Key_Right);
     EXPECT_FALSE(stage.settings.smoothUpdates());
-    EXPECT_EQ(row(view, "Motion of readings").note(), motionNote(false));
+    EXPECT_EQ(row(view, "Motion of readings").note(), motionNote(false, true));
     QTest::keyClick(&named<Switch>(view, "Spin the fan rotors"), Qt::Key_Space);
     EXPECT_FALSE(stage.settings.spinRotors());
-    EXPECT_EQ(row(view, "Spin the fan rotors").note(), rotorNote(false));
+    EXPECT_EQ(row(view, "Spin the fan rotors").note(), rotorNote(false, true));
     EXPECT_EQ(rotors.count(), 1);
     Switch& figure = named<Switch>(view, "Show fan speed in the menu bar at all times");
     QTest::mouseClick(&figure, Qt::LeftButton);

@@ -1,5 +1,8 @@
 // What surrounds the panes: the second launch, the badge, the desktop's wishes.
 #include "Views/ControlBar.h"
+#include "Views/ScreenRoom.h"
+#include "Views/SettingsView.h"
+#include "Views/Shell.h"
 #include "Views/SingleInstance.h"
 #include "Views/SystemLooks.h"
 
@@ -33,6 +36,43 @@ TEST(SingleInstanceTests, TheSecondLaunchRaisesTheFirst) {
     EXPECT_FALSE(SingleInstance("vantoro-test").isSecond()) << "gone is gone, and what it left behind is no obstacle";
 }
 
+TEST(ScreenRoomTests, AFrameIsMovedAndOnlyThenShrunk) {
+    const QRect room(0, 27, 1366, 741);
+    struct Case {
+        QRect frame;
+        QRect fitted;
+    };
+    for (const Case& one :
+         {Case{{100, 100, 800, 600}, {100, 100, 800, 600}}, Case{{163, 27, 1040, 859}, {163, 27, 1040, 741}},
+          Case{{1300, 700, 820, 590}, {546, 178, 820, 590}}, Case{{-500, -10, 820, 590}, {0, 27, 820, 590}},
+          Case{{2000, 1500, 1900, 1300}, {0, 27, 1366, 741}}})
+        EXPECT_EQ(fittedInto(one.frame, room), one.fitted) << one.frame.x() << ' ' << one.frame.height();
+}
+
+TEST(ScreenRoomTests, NoFirstWindowReachesBeyondASmallScreen) {
+    Stage stage;
+    {
+        MainWindow large(stage.context, false, {});
+        large.setGeometry(40, 60, 1700, 1000);
+        large.show();
+        large.close();
+    }
+    Shell shell(stage.hub, stage.settings, stage.motion, {.start = [&] { stage.play("design-fans.jsonl.gz"); }});
+    shell.raiseWindow();
+    shell.openSettings();
+    const auto fits = [](const QWidget* window) {
+        return window->screen()->availableGeometry().contains(window->frameGeometry());
+    };
+    QWidget* settings = nullptr;
+    for (QWidget* const window : QApplication::topLevelWidgets())
+        if (auto* const found = qobject_cast<SettingsView*>(window))
+            settings = found;
+    ASSERT_NE(settings, nullptr);
+    EXPECT_TRUE(waitUntil([&] { return fits(shell.window()) && fits(settings); }))
+        << shell.window()->width() << 'x' << shell.window()->height();
+    EXPECT_LE(shell.window()->minimumWidth(), 800) << "a screen that is smaller still";
+}
+
 class ScriptedLooks : public SystemLooks {
 public:
     State state() const override { return now; }
@@ -53,6 +93,10 @@ TEST(LooksFollowerTests, TheUsersChoiceWinsOverTheSystemsAndBothApplyLive) {
     looks->onChange();
     EXPECT_TRUE(isDark());
     EXPECT_TRUE(theme.reducesMotion());
+    EXPECT_EQ(theme.color(Tone::accent), Theme(Theme::Appearance::dark).color(Tone::accent));
+    looks->now.accent = SystemLooks::Accent{1, 0.6, 0.2};
+    looks->onChange();
+    EXPECT_EQ(theme.color(Tone::accent).name(), "#ff9933");
     follower.applyAppearance("light");
     EXPECT_FALSE(isDark());
     EXPECT_EQ(looks->chosen, false) << "the frame too";

@@ -5,6 +5,7 @@
 #include "Platform/Darwin/DarwinEnergyReport.h"
 #include "Platform/Darwin/DarwinFrequencyTables.h"
 #include "Platform/Darwin/DarwinMachine.h"
+#include "Platform/Darwin/DarwinOwnCost.h"
 #include "Platform/Darwin/DarwinProcessors.h"
 #include "Platform/Darwin/DarwinProcessStream.h"
 #include "Platform/Darwin/DarwinProcessTable.h"
@@ -35,7 +36,8 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
     platform.activity = std::make_shared<DarwinActivity>();
-    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true};
+    platform.ownCost = std::make_shared<DarwinOwnCost>();
+    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true, .costsAreStated = true};
     platform.hasWideMenuBar = true;
     platform.hasMenuBarMenus = true;
     platform.showAbout = showAboutPanel;

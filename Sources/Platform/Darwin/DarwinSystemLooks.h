@@ -1,4 +1,4 @@
-// The Mac's appearance and the accessibility preferences that concern drawing.
+// The Mac's appearance, its accent and the accessibility preferences that concern drawing.
 #pragma once
 
 #include "Platform/SystemLooks.h"
@@ -13,11 +13,11 @@ public:
     DarwinSystemLooks();
     ~DarwinSystemLooks() override;
 
-    /// -[NSApplication effectiveAppearance] and the display options of NSWorkspace.
+    /// -[NSApplication effectiveAppearance], the display options of NSWorkspace and +[NSColor controlAccentColor].
     State state() const override;
     /// -[NSApplication setAppearance:].
     void choose(std::optional<bool> dark) override;
-    /// NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification.
+    /// NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification and NSSystemColorsDidChangeNotification.
     void watch(std::function<void()> changed) override;
 
 private:

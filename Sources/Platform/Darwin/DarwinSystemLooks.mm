@@ -6,23 +6,29 @@
 
 namespace vantoro {
 
-/// A registration with the workspace's notification centre, given back when it goes.
+/// Registrations with the notification centres, given back when it goes.
 class DarwinSystemLooks::Observer {
 public:
     explicit Observer(std::function<void()> changed) : changed_(std::move(changed)) {
         const std::function<void()>* const call = &changed_;
-        token_ = [[[[NSWorkspace sharedWorkspace] notificationCenter]
-            addObserverForName:NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification
-                        object:nil
-                         queue:[NSOperationQueue mainQueue]
-                    usingBlock:^(NSNotification*) {
-                      (*call)();
-                    }] retain];
+        const auto add = [call](NSNotificationCenter* center, NSString* name) {
+            return [[center addObserverForName:name
+                                        object:nil
+                                         queue:[NSOperationQueue mainQueue]
+                                    usingBlock:^(NSNotification*) {
+                                      (*call)();
+                                    }] retain];
+        };
+        options_ = add([[NSWorkspace sharedWorkspace] notificationCenter],
+                       NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification);
+        colors_ = add([NSNotificationCenter defaultCenter], NSSystemColorsDidChangeNotification);
     }
 
     ~Observer() {
-        [[[NSWorkspace sharedWorkspace] notificationCenter] removeObserver:token_];
-        [token_ release];
+        [[[NSWorkspace sharedWorkspace] notificationCenter] removeObserver:options_];
+        [[NSNotificationCenter defaultCenter] removeObserver:colors_];
+        [options_ release];
+        [colors_ release];
     }
 
     Observer(const Observer&) = delete;
@@ -30,8 +36,22 @@ public:
 
 private:
     std::function<void()> changed_;
-    id<NSObject> token_;
+    id<NSObject> options_;
+    id<NSObject> colors_;
 };
+
+namespace {
+
+std::optional<SystemLooks::Accent> chosenAccent() {
+    NSColor* const accent = [[NSColor controlAccentColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]];
+    if (accent == nil)
+        return {};
+    return SystemLooks::Accent{.red = static_cast<double>([accent redComponent]),
+                               .green = static_cast<double>([accent greenComponent]),
+                               .blue = static_cast<double>([accent blueComponent])};
+}
+
+} // namespace
 
 DarwinSystemLooks::DarwinSystemLooks() = default;
 DarwinSystemLooks::~DarwinSystemLooks() = default;
@@ -44,7 +64,8 @@ SystemLooks::State DarwinSystemLooks::state() const {
             [[[NSApplication sharedApplication] effectiveAppearance] bestMatchFromAppearancesWithNames:known];
         return {.isDark = static_cast<bool>([shown isEqualToString:NSAppearanceNameDarkAqua]),
                 .reducesMotion = static_cast<bool>([workspace accessibilityDisplayShouldReduceMotion]),
-                .increasesContrast = static_cast<bool>([workspace accessibilityDisplayShouldIncreaseContrast])};
+                .increasesContrast = static_cast<bool>([workspace accessibilityDisplayShouldIncreaseContrast]),
+                .accent = chosenAccent()};
     }
 }
 

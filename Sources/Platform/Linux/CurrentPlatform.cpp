@@ -6,6 +6,7 @@
 #include "Platform/Linux/LinuxAppIdentity.h"
 #include "Platform/Linux/LinuxEnergyReport.h"
 #include "Platform/Linux/LinuxMachine.h"
+#include "Platform/Linux/LinuxOwnCost.h"
 #include "Platform/Linux/LinuxProcessors.h"
 #include "Platform/Linux/LinuxProcessStream.h"
 #include "Platform/Linux/LinuxProcessTable.h"
@@ -50,6 +51,7 @@ Platform currentPlatform(const std::string& programFolder) {
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
             .machine = std::make_shared<LinuxMachine>(root),
             .thermalState = std::make_shared<LinuxThermalState>(root, lane),
+            .ownCost = std::make_shared<LinuxOwnCost>(),
             .sources = {.sensors = "hwmon", .reports = "cpufreq"},
             .system = SystemKind::gnuLinux};
 }

@@ -10,11 +10,12 @@ namespace vantoro {
 
 namespace {
 
+constexpr double smallestDisplay = 26;
+
 double widestWord(const QString& text, const QFont& font) {
-    const QFontMetricsF metrics(font);
     double widest = 0;
     for (const QString& word : text.split(u' '))
-        widest = std::max(widest, metrics.horizontalAdvance(word));
+        widest = std::max(widest, tabularWidth(font, word));
     return widest;
 }
 
@@ -118,16 +119,21 @@ void BalancedLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const Setting& setting = set(width());
     const QFont shown = font(setting.style);
-    const QFontMetricsF metrics(shown);
     const double height = lineHeight(setting.style);
     painter.setFont(shown);
     painter.setPen(color(tone_));
     painter.setLayoutDirection(Qt::LayoutDirectionAuto);
-    double y = 0;
+    const QFontMetricsF metrics(shown);
+    QRectF place(0, 0, width(), height);
     for (const QString& line : setting.lines) {
-        const double x = isRightToLeft() ? width() - metrics.horizontalAdvance(line) : 0;
-        painter.drawText(QPointF(x, y + (height + metrics.ascent() - metrics.descent()) / 2), line);
-        y += height;
+        // Large digits are set as they come: each in the room of the widest, they would stand apart.
+        if (setting.style.size >= smallestDisplay)
+            painter.drawText(QPointF(isRightToLeft() ? width() - metrics.horizontalAdvance(line) : 0,
+                                     place.center().y() + (metrics.ascent() - metrics.descent()) / 2),
+                             line);
+        else
+            drawLine(painter, place, shown, line, mirrored(Qt::AlignLeft), Qt::ElideNone);
+        place.translate(0, height);
     }
 }
 

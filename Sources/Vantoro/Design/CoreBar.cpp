@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <QPainter>
+#include <QPainterPath>
 
 namespace vantoro {
 
 namespace {
 constexpr double gap = 2;
 constexpr double radius = 2;
+constexpr double narrowestCell = 6;
 /// What works at all is to be seen.
 constexpr double leastFill = 1.5;
 } // namespace
@@ -17,6 +19,12 @@ CoreBar::CoreBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
     keepDirection();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+int CoreBar::cellsIn(int width, int cores) {
+    if (cores < 1 || cores > mostCells)
+        return 1;
+    return (width - gap * (cores - 1)) / cores >= narrowestCell ? cores : 1;
 }
 
 double CoreBar::fullPercent() const {
@@ -69,25 +77,35 @@ void CoreBar::hideEvent(QHideEvent* event) {
 void CoreBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const int cells = cores_ >= 1 && cores_ <= mostCells ? cores_ : 1;
+    const int cells = cellsIn(width(), cores_);
     const double share = fullPercent() / cells;
     const double cell = (width() - gap * (cells - 1)) / cells;
     const double top = (height() - height_) / 2.0;
     const QPen outline = theme().increasesContrast() ? QPen(color(Tone::line), 1) : QPen(Qt::NoPen);
     const QColor fill = heatStop_ ? theme().heatFill(*heatStop_) : color(Tone::bar);
+    const auto box = [&](int i) { return QRectF(i * (cell + gap), top, cell, height_); };
+    const auto part = [&](int i) { return std::clamp((painted_ - i * share) / share, 0.0, 1.0); };
+    // The lower edge of what is empty, along its corners: without it the cells could hardly be counted.
+    QPainterPath edges;
+    painter.setPen(outline);
+    painter.setBrush(color(Tone::cell));
     for (int i = 0; i < cells; ++i) {
-        const QRectF box(i * (cell + gap), top, cell, height_);
-        painter.setPen(outline);
-        painter.setBrush(color(Tone::cell));
-        painter.drawRoundedRect(box, radius, radius);
-        const double part = std::clamp((painted_ - i * share) / share, 0.0, 1.0);
-        if (part <= 0)
+        if (part(i) >= 1)
             continue;
-        QRectF filled = box;
-        filled.setWidth(std::max(part * cell, i == 0 ? leastFill : 0));
+        painter.drawRoundedRect(box(i), radius, radius);
+        const QRectF line = box(i).adjusted(0.5, 0, -0.5, -0.5);
+        edges.moveTo(line.left(), line.bottom() - radius);
+        edges.quadTo(line.bottomLeft(), QPointF(line.left() + radius, line.bottom()));
+        edges.lineTo(line.right() - radius, line.bottom());
+        edges.quadTo(line.bottomRight(), QPointF(line.right(), line.bottom() - radius));
+    }
+    painter.strokePath(edges, QPen(color(Tone::rampMark), 1, Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    for (int i = 0; i < cells && part(i) > 0; ++i) {
+        QRectF filled = box(i);
+        filled.setWidth(std::max(part(i) * cell, i == 0 ? leastFill : 0));
         const double corner = std::min(radius, filled.width() / 2);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(fill);
         painter.drawRoundedRect(filled, corner, corner);
     }
 }

@@ -12,6 +12,9 @@ class CoreBar : public PaintedWidget, public Animated {
 public:
     static constexpr int mostCells = 24;
 
+    /// How many cells a bar of this width shows on a machine of so many cores: 1 where they could not be told apart.
+    static int cellsIn(int width, int cores);
+
     explicit CoreBar(Look& look, QWidget* parent = nullptr);
 
     /// `percent` of one core, on a machine of so many; filled in a heat stop's colour, neutral without one. The length

@@ -13,14 +13,14 @@ namespace {
 /// The loads at which the bands meet.
 constexpr std::array bandEnds{0.06, 0.22, 0.48, 0.78, 1.0};
 constexpr double bandGap = 2.4;
-constexpr double bandTop = 8;
+constexpr double bandTop = 11;
 constexpr double bandHeight = 6;
 constexpr double cursorWidth = 3;
 constexpr double cursorHeight = 14;
 constexpr double halo = 2;
 constexpr double caretWidth = 8;
 constexpr double caretHeight = 6;
-constexpr double captionTop = 24;
+constexpr double captionTop = 26;
 constexpr double captionGap = 8;
 
 } // namespace
@@ -113,10 +113,12 @@ void LinearGauge::paintCaptions(QPainter& painter, double target) const {
     const double most = width() - textWidth(Type::caption, fan_.ceilingText) - captionGap - wide;
     double left = (width() - wide) / 2;
     if (fan_.target) {
-        const double x = std::clamp(width() * target, caretWidth / 2, width() - caretWidth / 2);
+        // Its tip goes as far as the cursor does; at the ends of the gauge half of it is left.
+        const double x = std::clamp(width() * target, cursorWidth / 2, width() - cursorWidth / 2);
         painter.setPen(Qt::NoPen);
         painter.setBrush(color(Tone::textSecondary));
-        const std::array caret{QPointF(x - caretWidth / 2, 0), QPointF(x + caretWidth / 2, 0), QPointF(x, caretHeight)};
+        const std::array caret{QPointF(std::max(0.0, x - caretWidth / 2), 0),
+                               QPointF(std::min<double>(width(), x + caretWidth / 2), 0), QPointF(x, caretHeight)};
         painter.drawConvexPolygon(caret.data(), static_cast<int>(caret.size()));
         left = x - wide / 2;
     }

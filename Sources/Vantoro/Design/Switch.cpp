@@ -50,16 +50,22 @@ void Switch::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF track(QPointF(ringMargin, (height() - drawnSize.height()) / 2.0), drawnSize);
-    painter.setPen(theme().increasesContrast() ? QPen(color(Tone::buttonLine), 1) : QPen(Qt::NoPen));
-    painter.setBrush(color(on_ ? Tone::accent : Tone::blade));
-    painter.drawRoundedRect(track, track.height() / 2, track.height() / 2);
+    // Off, the outlines are what is seen; on, the colour is.
+    if (!on_)
+        painter.setPen(QPen(color(Tone::textTertiary), 1));
+    else
+        painter.setPen(theme().increasesContrast() ? QPen(color(Tone::buttonLine), 1) : QPen(Qt::NoPen));
+    painter.setBrush(color(on_ ? Tone::accent : Tone::well));
+    const double inset = on_ ? 0 : 0.5;
+    painter.drawRoundedRect(track.adjusted(inset, inset, -inset, -inset), track.height() / 2 - inset,
+                            track.height() / 2 - inset);
 
     const double diameter = track.height() - 2 * knobInset;
     const double travel = track.width() - 2 * knobInset - diameter;
     const double along = std::clamp(isRightToLeft() ? 1 - knob_.value() : knob_.value(), 0.0, 1.0);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color(Tone::knob));
-    painter.drawEllipse(QRectF(track.left() + knobInset + along * travel, track.top() + knobInset, diameter, diameter));
+    const QRectF knob(track.left() + knobInset + along * travel, track.top() + knobInset, diameter, diameter);
+    painter.setBrush(color(on_ ? Tone::knobOnAccent : Tone::knob));
+    painter.drawEllipse(knob.adjusted(inset, inset, -inset, -inset));
     if (hasFocus() && focus_.showsRing())
         drawFocusRing(painter, track.adjusted(-ringMargin, -ringMargin, ringMargin, ringMargin),
                       track.height() / 2 + ringMargin - 1, theme());

@@ -1,5 +1,6 @@
 #include "Design/TextLabel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <QPainter>
 
@@ -8,7 +9,8 @@ namespace vantoro {
 QStringList brokenLines(const QString& text, const QFont& font, double width) {
     QStringList lines;
     for (const QString& paragraph : text.split(u'\n')) {
-        QTextLayout layout(paragraph, font);
+        // Broken as with the widest digits, so that no word changes its line when a figure does.
+        QTextLayout layout(withWidestDigits(font, paragraph), font);
         QTextOption option;
         option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
         layout.setTextOption(option);
@@ -42,6 +44,7 @@ void TextLabel::setStyle(const TextStyle& style) {
         return;
     style_ = style;
     brokenAt_ = -1;
+    keptAt_ = -1;
     updateGeometry();
     update();
 }
@@ -69,6 +72,12 @@ void TextLabel::setWraps(bool wraps, int lines) {
     update();
 }
 
+void TextLabel::keepRoomFor(const QStringList& texts) {
+    alternatives_ = texts;
+    keptAt_ = -1;
+    updateGeometry();
+}
+
 void TextLabel::setHeading(bool heading) {
     heading_ = heading;
 }
@@ -90,10 +99,21 @@ std::vector<TextLabel::Line> TextLabel::lines(double width) const {
     return broken_;
 }
 
+int TextLabel::linesKept(double width) const {
+    if (keptAt_ == width)
+        return kept_;
+    kept_ = 0;
+    for (const QString& text : alternatives_)
+        kept_ = std::max(kept_, static_cast<int>(brokenLines(text, font(style_), width).size()));
+    keptAt_ = width;
+    return kept_;
+}
+
 int TextLabel::heightForWidth(int width) const {
     if (!wraps_)
         return sizeHint().height();
-    return static_cast<int>(static_cast<double>(lines(width).size()) * lineHeight(style_));
+    const int count = std::max(linesKept(width), static_cast<int>(lines(width).size()));
+    return static_cast<int>(count * lineHeight(style_));
 }
 
 QSize TextLabel::sizeHint() const {
@@ -118,21 +138,11 @@ void TextLabel::paintEvent(QPaintEvent*) {
         return;
     }
     const double height = lineHeight(style_);
-    const Qt::Alignment alignment = mirrored(alignment_);
-    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
-    double y = 0;
+    painter.setPen(ink);
+    QRectF place(0, 0, width(), height);
     for (const Line& line : lines(width())) {
-        // A paragraph is set as it was broken: with its natural digits.
-        const QFont shown = font(style_);
-        const QFontMetricsF metrics(shown);
-        const double natural = metrics.horizontalAdvance(line.text);
-        const double x = alignment & Qt::AlignHCenter ? (width() - natural) / 2
-                         : alignment & Qt::AlignRight ? width() - natural
-                                                      : 0;
-        painter.setFont(shown);
-        painter.setPen(ink);
-        painter.drawText(QPointF(x, y + (height + metrics.ascent() - metrics.descent()) / 2), line.text);
-        y += height;
+        drawLine(painter, place, font(style_), line.text, mirrored(alignment_), Qt::ElideNone);
+        place.translate(0, height);
     }
 }
 
@@ -143,6 +153,7 @@ void TextLabel::resizeEvent(QResizeEvent*) {
 
 void TextLabel::themeChanged() {
     brokenAt_ = -1;
+    keptAt_ = -1;
 }
 
 Description TextLabel::describe() {

@@ -20,6 +20,9 @@ public:
     void setAlignment(Qt::Alignment alignment);
     /// Wraps instead of eliding; at most `lines` (0: as many as it takes), the last one elided in the middle.
     void setWraps(bool wraps, int lines = 0);
+    /// A text that wraps takes the height of the longest of these too, so that nothing below it moves when it becomes
+    /// another of them.
+    void keepRoomFor(const QStringList& texts);
     /// Read as a heading rather than as plain text.
     void setHeading(bool heading);
 
@@ -39,16 +42,20 @@ private:
         QString text;
     };
     std::vector<Line> lines(double width) const;
+    int linesKept(double width) const;
 
     TextStyle style_;
     Tone tone_;
     QString text_;
+    QStringList alternatives_;
     Qt::Alignment alignment_ = Qt::AlignLeft;
     bool wraps_ = false;
     int mostLines_ = 0;
     bool heading_ = false;
     mutable double brokenAt_ = -1;
     mutable std::vector<Line> broken_;
+    mutable double keptAt_ = -1;
+    mutable int kept_ = 0;
 };
 
 /// The lines of a paragraph at this width, broken between words. Used by what paints paragraphs itself.

@@ -85,6 +85,7 @@ constexpr Pair colors(Tone tone) {
         return {opaque(0x2F6FE4), opaque(0x2F6FE4)};
     case Tone::onAccent:
     case Tone::knob:
+    case Tone::knobOnAccent:
         return {opaque(0xFFFFFF), opaque(0xFFFFFF)};
     case Tone::outline:
         return {white(9), black(10)};
@@ -120,7 +121,36 @@ std::size_t heldStop(int stop) {
     return static_cast<std::size_t>(std::clamp(stop, 0, Theme::heatStops - 1));
 }
 
+double luminance(const QColor& color) {
+    const auto linear = [](float channel) {
+        return channel <= 0.03928F ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+/// The colour mixed with as little of the other as it takes to do.
+template <class Does>
+QColor shaded(const QColor& color, const QColor& with, Does does) {
+    constexpr int steps = 50;
+    QColor tried = color;
+    for (int step = 0; step <= steps; ++step) {
+        const float share = static_cast<float>(step) / steps;
+        const auto mixed = [share](float a, float b) { return a + (b - a) * share; };
+        tried = QColor::fromRgbF(mixed(color.redF(), with.redF()), mixed(color.greenF(), with.greenF()),
+                                 mixed(color.blueF(), with.blueF()));
+        if (does(tried))
+            break;
+    }
+    return tried;
+}
+
 } // namespace
+
+double contrast(const QColor& one, const QColor& other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
 
 Theme::Theme(Appearance appearance, QObject* parent) : QObject(parent), appearance_(appearance) {}
 
@@ -133,7 +163,11 @@ void Theme::assign(Value& member, const Value& value) {
 }
 
 void Theme::setAppearance(Appearance appearance) {
-    assign(appearance_, appearance);
+    if (appearance == appearance_)
+        return;
+    appearance_ = appearance;
+    matchAccent();
+    emit changed();
 }
 
 void Theme::setReducesMotion(bool reduces) {
@@ -151,12 +185,44 @@ void Theme::setTextScale(double scale) {
 }
 
 void Theme::setAccent(const QColor& accent) {
-    assign(accent_, accent);
+    if (accent == accent_)
+        return;
+    accent_ = accent;
+    matchAccent();
+    emit changed();
+}
+
+void Theme::matchAccent() {
+    accentShape_ = accentFill_ = onAccentFill_ = knobOnAccent_ = QColor();
+    if (!accent_.isValid())
+        return;
+    constexpr double forShapes = 3;
+    constexpr double forTexts = 4.5;
+    const bool isDark = appearance_ == Appearance::dark;
+    const QColor light = pick(colors(Tone::onAccent), appearance_);
+    const QColor dark = pick(colors(Tone::textPrimary), Appearance::light);
+    accentShape_ = shaded(accent_.toRgb(), isDark ? Qt::white : Qt::black, [this](const QColor& tried) {
+        return std::min({contrast(tried, pick(colors(Tone::window), appearance_)),
+                         contrast(tried, pick(colors(Tone::panel), appearance_)),
+                         contrast(tried, pick(colors(Tone::raised), appearance_))}) >= forShapes;
+    });
+    knobOnAccent_ = contrast(light, accentShape_) >= forShapes ? light : dark;
+    onAccentFill_ = contrast(dark, accentShape_) >= forTexts && contrast(light, accentShape_) < forTexts ? dark : light;
+    accentFill_ = shaded(accentShape_, Qt::black,
+                         [this](const QColor& tried) { return contrast(onAccentFill_, tried) >= forTexts; });
 }
 
 QColor Theme::color(Tone tone) const {
-    if (tone == Tone::accent && accent_.isValid())
-        return accent_;
+    if (accent_.isValid()) {
+        if (tone == Tone::accent)
+            return accentShape_;
+        if (tone == Tone::defaultButton)
+            return accentFill_;
+        if (tone == Tone::onAccent)
+            return onAccentFill_;
+        if (tone == Tone::knobOnAccent)
+            return knobOnAccent_;
+    }
     if (increasesContrast_) {
         if (tone == Tone::line || tone == Tone::buttonLine)
             tone = Tone::textTertiary;

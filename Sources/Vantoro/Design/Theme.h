@@ -38,6 +38,7 @@ enum class Tone : std::uint8_t {
     defaultButton, ///< fill of a default button
     onAccent,      ///< text on it
     knob,          ///< the knobs of switches and sliders
+    knobOnAccent,  ///< that of a switch that is on
     outline,       ///< round what floats
     shadow,        ///< under what floats
     dim,           ///< over the window behind a sheet
@@ -72,7 +73,8 @@ public:
     double textScale() const { return textScale_; }
     /// Held to its range and rounded to twentieths.
     void setTextScale(double scale);
-    /// The system's accent; an invalid colour is the design's own.
+    /// The system's accent; an invalid colour is the design's own. It is made lighter or darker as far as it must be to
+    /// stand out from the surfaces, and what stands on it follows it.
     void setAccent(const QColor& accent);
 
 signals:
@@ -86,7 +88,17 @@ private:
     bool reducesMotion_ = false;
     bool increasesContrast_ = false;
     double textScale_ = 1;
+    void matchAccent();
+
+    /// As the system has it, and what is made of it; all invalid where it has none.
     QColor accent_;
+    QColor accentShape_;
+    QColor accentFill_;
+    QColor onAccentFill_;
+    QColor knobOnAccent_;
 };
+
+/// How well two opaque colours are told apart, 1 (not at all) to 21, by their relative luminance.
+double contrast(const QColor& one, const QColor& other);
 
 } // namespace vantoro

@@ -103,8 +103,15 @@ void ThermalDial::paintFigure(QPainter& painter) const {
         return (metrics.capHeight() - metrics.ascent() + metrics.descent()) / 2;
     };
     const double left = centre().x() - figureWidth / 2;
-    drawText(painter, lineAt(left, middle + capsCentred(figure), figureWidth), figure, color(Tone::textPrimary),
-             figures_.figure, Qt::AlignLeft, Qt::ElideNone);
+    // In type this large, room for the widest digit on both sides of a 1 would look like a gap. The figure is set as it
+    // comes, amid that room; the unit stands still at its end.
+    const QFontMetricsF metrics(font(figure));
+    const QRectF line = lineAt(left, middle + capsCentred(figure), figureWidth);
+    painter.setFont(font(figure));
+    painter.setPen(color(Tone::textPrimary));
+    painter.drawText(QPointF(line.center().x() - metrics.horizontalAdvance(figures_.figure) / 2,
+                             line.center().y() + (metrics.ascent() - metrics.descent()) / 2),
+                     figures_.figure);
     const double unitWidth = textWidth(unit, figures_.unit);
     const double raise = (QFontMetricsF(font(figure)).capHeight() - QFontMetricsF(font(unit)).capHeight()) / 2;
     drawText(painter, lineAt(left + figureWidth + unitGap, middle - raise + capsCentred(unit), unitWidth), unit,

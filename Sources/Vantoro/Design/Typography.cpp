@@ -74,6 +74,18 @@ double lineHeightOf(const TextStyle& style, const Theme& theme) {
     return std::round(style.lineHeight * theme.textScale());
 }
 
+QString withWidestDigits(const QFont& font, QString text) {
+    if (!hasDigits(text))
+        return text;
+    const QFontMetricsF metrics(font);
+    QChar widest = u'0';
+    for (char16_t digit = u'1'; digit <= u'9'; ++digit)
+        if (metrics.horizontalAdvance(QChar(digit)) > metrics.horizontalAdvance(widest))
+            widest = QChar(digit);
+    std::replace_if(text.begin(), text.end(), isDigit, widest);
+    return text;
+}
+
 double tabularWidth(const QFont& font, const QString& text) {
     const QFontMetricsF metrics(font);
     if (!hasDigits(text))

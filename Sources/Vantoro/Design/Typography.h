@@ -57,6 +57,9 @@ double lineHeightOf(const TextStyle& style, const Theme& theme);
 /// How wide a line is with every digit as wide as the widest, so that figures do not shift as they change.
 double tabularWidth(const QFont& font, const QString& text);
 
+/// The text with every digit made the widest: what it may take whatever its figures come to be.
+QString withWidestDigits(const QFont& font, QString text);
+
 /// One line within a rectangle, its digits tabular, centred vertically on the line; too long a text is elided as told
 /// (never, with Qt::ElideNone). The painter's pen is the colour.
 void drawLine(QPainter& painter, const QRectF& rectangle, const QFont& font, const QString& text,

@@ -25,17 +25,19 @@ void widen(std::optional<Span>& span, double value) {
 } // namespace
 
 void Extremes::add(const Snapshot& snapshot) {
-    for (const FanReading& fan : snapshot.fans)
+    // As they are shown: or the highest of all could be below what stands beside it.
+    const Vitals shown = Vitals::quantising(snapshot);
+    for (const FanReading& fan : shown.fans)
         widen(fans.try_emplace(fan.index, Span{.lowest = fan.rpm, .highest = fan.rpm}).first->second, fan.rpm);
-    widen(soc, snapshot.temps.soc);
-    widen(socMean, snapshot.temps.socMean);
-    widen(gpu, snapshot.temps.gpu);
-    widen(battery, snapshot.temps.battery);
-    widen(enclosure, snapshot.temps.enclosure);
-    widen(systemWatts, snapshot.power.systemWatts);
-    widen(adapterWatts, snapshot.power.adapterWatts);
-    widen(batteryWatts, snapshot.power.batteryWatts);
-    widen(gpuWatts, snapshot.power.gpuWatts);
+    widen(soc, shown.temps.soc);
+    widen(socMean, shown.temps.socMean);
+    widen(gpu, shown.temps.gpu);
+    widen(battery, shown.temps.battery);
+    widen(enclosure, shown.temps.enclosure);
+    widen(systemWatts, shown.power.systemWatts);
+    widen(adapterWatts, shown.power.adapterWatts);
+    widen(batteryWatts, shown.power.batteryWatts);
+    widen(gpuWatts, shown.power.gpuWatts);
 }
 
 } // namespace vantoro

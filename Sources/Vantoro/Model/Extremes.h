@@ -1,4 +1,5 @@
-// The lowest and the highest that every figure has been since launch. Costs a handful of comparisons per tick.
+// The lowest and the highest that every figure has been since launch, rounded as it is shown. Costs a handful of
+// comparisons per tick.
 #pragma once
 
 #include "Model/Telemetry.h"

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 #include <QWindow>
 
 namespace vantoro {
@@ -13,7 +14,13 @@ namespace vantoro {
 /// The dashed mark.
 class BadgeView : public PaintedWidget {
 public:
-    explicit BadgeView(Look& look, QWidget* parent) : PaintedWidget(look, parent) { hide(); }
+    /// Room around the badge for the focus ring.
+    static constexpr int ringMargin = 4;
+
+    explicit BadgeView(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+        setFocusPolicy(Qt::TabFocus);
+        hide();
+    }
 
     void show(const Badge& badge) {
         badge_ = badge;
@@ -36,7 +43,8 @@ public:
     }
 
     QSize sizeHint() const override {
-        return {isCompact_ ? iconSize + 18 : widthWithText(), qRound(24 * theme().textScale())};
+        return QSize(isCompact_ ? iconSize + 14 : widthWithText(), qRound(24 * theme().textScale())) +
+               QSize(2 * ringMargin, 2 * ringMargin);
     }
 
     Description describe() override {
@@ -50,13 +58,32 @@ protected:
         QPen dashes(color(Tone::textTertiary), 1);
         dashes.setDashPattern({3, 2.5});
         painter.setPen(dashes);
-        const QRectF drawn = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+        constexpr double inset = ringMargin + 0.5;
+        const QRectF drawn = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
         painter.drawRoundedRect(drawn, drawn.height() / 2, drawn.height() / 2);
-        drawIcon(painter, QRectF(9, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
-        if (isCompact_)
-            return;
-        drawText(painter, QRectF(9 + iconSize + 6, 0, width(), height()), Type::small, color(Tone::textSecondary),
-                 badge_.text);
+        const int left = ringMargin + (isCompact_ ? 7 : 9);
+        drawIcon(painter, QRectF(left, 0, iconSize, height()), badge_.icon, iconSize, color(Tone::textSecondary));
+        if (!isCompact_)
+            drawText(painter, QRectF(left + iconSize + 6, 0, width(), height()), Type::small,
+                     color(Tone::textSecondary), badge_.text);
+        if (hasFocus() && focus_.showsRing())
+            drawFocusRing(painter, QRectF(rect()), height() / 2.0, theme());
+    }
+
+    // Reached by the keyboard for what the pointer would have it say.
+    void focusInEvent(QFocusEvent* event) override {
+        focus_.focusIn(event->reason());
+        PaintedWidget::focusInEvent(event);
+        update();
+        if (focus_.showsRing() && event->reason() != Qt::OtherFocusReason)
+            QToolTip::showText(mapToGlobal(rect().bottomLeft()), toolTip(), this);
+    }
+
+    void focusOutEvent(QFocusEvent* event) override {
+        focus_.focusOut();
+        PaintedWidget::focusOutEvent(event);
+        update();
+        QToolTip::hideText();
     }
 
 private:
@@ -66,6 +93,7 @@ private:
 
     Badge badge_;
     bool isCompact_ = false;
+    FocusTracker focus_;
 };
 
 ControlBar::ControlBar(Look& look, QWidget* parent)
@@ -130,14 +158,15 @@ void ControlBar::place() {
     const int chipRoom = hasChip ? chip_->fit(room + ring, isNarrow).width() - 2 * ring + gap : 0;
     badge_->setCompact(badge_->widthWithText() + chipRoom + gap > room);
     const QSize badge = badge_->sizeHint();
-    const int badgeRoom = badge_->isHidden() ? 0 : badge.width() + gap;
+    constexpr int badgeRing = BadgeView::ringMargin;
+    const int badgeRoom = badge_->isHidden() ? 0 : badge.width() - 2 * badgeRing + gap;
     if (hasChip) {
         const QSize chip = chip_->fit(room - badgeRoom + ring, isNarrow);
         x -= chip.width() - ring + gap;
         chip_->setGeometry(centred(chip, x));
         x += ring;
     }
-    x -= badge.width() + gap;
+    x -= badge.width() - badgeRing + gap;
     badge_->setGeometry(centred(badge, x));
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <QEvent>
+#include <utility>
 
 namespace vantoro {
 
@@ -59,21 +60,37 @@ Hero::Hero(Look& look, QWidget* parent)
 void Hero::show(const HeroModel& model) {
     if (announcer_.isDue(model.headline, look().clock.now()))
         announce(*headline_, model.headline);
-    if (model == model_)
-        return;
+    const bool isSame = model == model_;
     const bool textsChanged = model.headline != model_.headline || model.detail != model_.detail;
     const QSize dialsBefore = dials_->sizeHint();
-    model_ = model;
-    eyebrow_->show(model.eyebrow);
-    headline_->setText(model.headline);
-    detail_->setText(model.detail);
-    dials_->setTurning(model.rotorsTurn);
-    dials_->show(model.dials);
-    if (!textsChanged && dials_->sizeHint() == dialsBefore)
+    if (!isSame) {
+        model_ = model;
+        eyebrow_->show(model.eyebrow);
+        headline_->setText(model.headline);
+        detail_->setText(model.detail);
+        dials_->setTurning(model.rotorsTurn);
+        dials_->show(model.dials);
+    }
+    const bool isOtherRoom = noteTextHeight();
+    if (!textsChanged && dials_->sizeHint() == dialsBefore && !isOtherRoom)
         return;
     if (measure(width()).height != height())
         updateGeometry();
     place();
+}
+
+bool Hero::noteTextHeight() {
+    constexpr double kept = 60;
+    const double now = look().clock.now();
+    if (std::exchange(roomWidth_, width()) != width())
+        seen_.clear();
+    const int before = std::exchange(textRoom_, 0);
+    const int height = measure(width()).textHeight;
+    std::erase_if(seen_, [&](const Seen& one) { return one.until <= now || one.textHeight <= height; });
+    seen_.push_back({height, now + kept});
+    for (const Seen& one : seen_)
+        textRoom_ = std::max(textRoom_, one.textHeight);
+    return textRoom_ != before;
 }
 
 Hero::Measures Hero::measure(int width) const {
@@ -86,6 +103,8 @@ Hero::Measures Hero::measure(int width) const {
         measures.detailHeight = detail_->heightForWidth(std::min(widestDetail, measures.textWidth));
         measures.textHeight += detailGap + measures.detailHeight;
     }
+    if (width == roomWidth_)
+        measures.textHeight = std::max(measures.textHeight, textRoom_);
     const int content = std::max(measures.textHeight, dials.height());
     measures.middle = std::max(leastMiddle, roomAbove + content / 2);
     const bool isShort = content + 2 * roomAbove <= leastHeight;
@@ -125,8 +144,15 @@ void Hero::place() {
 }
 
 void Hero::resizeEvent(QResizeEvent* event) {
+    if (width() != roomWidth_)
+        noteTextHeight();
     place();
     PaintedWidget::resizeEvent(event);
+}
+
+void Hero::themeChanged() {
+    // Heights in another type; the next refresh notes them anew.
+    roomWidth_ = -1;
 }
 
 bool Hero::event(QEvent* event) {

@@ -4,6 +4,8 @@
 #include "Design/PaintedWidget.h"
 #include "Views/HeroModel.h"
 
+#include <vector>
+
 namespace vantoro {
 
 class BalancedLabel;
@@ -29,6 +31,7 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override;
     bool event(QEvent* event) override;
+    void themeChanged() override;
 
 private:
     struct Measures {
@@ -40,6 +43,8 @@ private:
         int height = 0;
     };
     Measures measure(int width) const;
+    /// The text keeps the room of the longest that it has been within the last minute; whether that is another now.
+    bool noteTextHeight();
     void place();
 
     HeroModel model_;
@@ -48,6 +53,13 @@ private:
     BalancedLabel* detail_;
     Dials* dials_;
     HeadlineAnnouncer announcer_;
+    struct Seen {
+        int textHeight = 0;
+        double until = 0;
+    };
+    std::vector<Seen> seen_;
+    int textRoom_ = 0;
+    int roomWidth_ = -1;
 };
 
 } // namespace vantoro

@@ -9,16 +9,15 @@
 #include "Design/ThermalDial.h"
 #include "Model/Updates.h"
 #include "Views/Eyebrow.h"
+#include "Views/ScreenRoom.h"
 #include "Views/UpdateRow.h"
 #include "Views/Words.h"
 
 #include <algorithm>
 #include <QCursor>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QScreen>
 #include <utility>
 
 namespace vantoro {
@@ -163,6 +162,10 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_TranslucentBackground);
     setFixedWidth(sizeHint().width());
+    connect(new ScreenWatch(this), &ScreenWatch::changed, this, [this] {
+        if (isVisible())
+            moveIntoPlace();
+    });
     setFocusPolicy(Qt::StrongFocus);
     title_->setHeading(true);
     shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::verdictChanged,
@@ -220,6 +223,7 @@ void MenuBarPanel::refresh() {
 void MenuBarPanel::showModel(const MenuBarPanelModel& model) {
     if (model == model_ && laidOutHeight_ > 0)
         return;
+    const bool isOtherCount = model.suspects.size() != model_.suspects.size();
     model_ = model;
     eyebrow_->show(model.eyebrow);
     title_->setText(model.title);
@@ -235,16 +239,15 @@ void MenuBarPanel::showModel(const MenuBarPanelModel& model) {
         suspects_.push_back(new SuspectLine(look(), this));
     for (std::size_t i = 0; i < model.suspects.size(); ++i)
         suspects_[i]->show(model.suspects[i], model.cores);
-    const int before = laidOutHeight_;
-    laidOutHeight_ = layOut();
-    if (laidOutHeight_ != before)
+    const int before = std::exchange(laidOutHeight_, layOut());
+    if (laidOutHeight_ != before || isOtherCount)
         moveIntoPlace();
 }
 
 int MenuBarPanel::layOutHead(int y) {
-    const int left = shadowMargin + padding;
+    const int left = leadingShadow() + padding;
     const int textLeft = left + dialSize + dialGap;
-    const int textWidth = shadowMargin + cardWidth() - padding - textLeft;
+    const int textWidth = leadingShadow() + cardWidth() - padding - textLeft;
     const int eyebrowHeight = eyebrow_->sizeHint().height();
     const int titleHeight = title_->heightForWidth(textWidth);
     const int causeHeight = model_.cause.isEmpty() ? 0 : cause_->heightForWidth(textWidth);
@@ -270,29 +273,30 @@ int MenuBarPanel::layOutHead(int y) {
 
 int MenuBarPanel::layOut() {
     const std::vector<int> before = std::exchange(separators_, {});
-    const int left = shadowMargin + padding;
+    const int left = leadingShadow() + padding;
     const int contentWidth = cardWidth() - 2 * padding;
-    int y = layOutHead(shadowMargin + padding) + aboveLine;
+    int y = layOutHead(shadow_.top() + padding) + aboveLine;
     const auto separate = [&](int paddingBelow) {
         separators_.push_back(y);
         y += 1 + paddingBelow;
     };
     separate(figuresPadding);
-    figures_->setGeometry(left, y, contentWidth, figures_->neededHeight());
+    figures_->setGeometry(mirrored(QRect(left, y, contentWidth, figures_->neededHeight())));
     y += figures_->neededHeight() + figuresPadding + 3;
     separate(suspectsPadding);
     const int line = qRound(rowHeight * theme().textScale());
+    const std::size_t shown = std::min(mostSuspects_, model_.suspects.size());
     for (std::size_t i = 0; i < suspects_.size(); ++i) {
-        suspects_[i]->setVisible(i < model_.suspects.size());
-        if (i >= model_.suspects.size())
+        suspects_[i]->setVisible(i < shown);
+        if (i >= shown)
             continue;
-        suspects_[i]->setGeometry(left, y, contentWidth, line);
+        suspects_[i]->setGeometry(mirrored(QRect(left, y, contentWidth, line)));
         y += line;
     }
     noSuspects_->setVisible(model_.suspects.empty());
     if (model_.suspects.empty()) {
         const int height = noSuspects_->heightForWidth(contentWidth);
-        noSuspects_->setGeometry(left, y + 4, contentWidth, height);
+        noSuspects_->setGeometry(mirrored(QRect(left, y + 4, contentWidth, height)));
         y += height + 8;
     }
     y += suspectsPadding;
@@ -300,14 +304,14 @@ int MenuBarPanel::layOut() {
     if (!update_->isHidden()) {
         separate(0);
         const int height = update_->heightForWidth(contentWidth + 2 * ring);
-        update_->setGeometry(left - ring, y, contentWidth + 2 * ring, height);
+        update_->setGeometry(mirrored(QRect(left - ring, y, contentWidth + 2 * ring, height)));
         y += height;
     }
     separate(buttonsPadding);
     constexpr int gap = 8;
     const int height = open_->sizeHint().height();
     const int iconWidth = iconButtonWidth + 2 * ring;
-    const int right = shadowMargin + cardWidth() - padding + ring;
+    const int right = leadingShadow() + cardWidth() - padding + ring;
     const int top = y - ring;
     const int settings = right - 2 * iconWidth - gap + 2 * ring;
     quit_->setGeometry(mirrored(QRect(right - iconWidth, top, iconWidth, height)));
@@ -316,28 +320,7 @@ int MenuBarPanel::layOut() {
     y += height - 2 * ring + padding;
     if (separators_ != before)
         update();
-    return y - shadowMargin;
-}
-
-QSize MenuBarPanel::sizeHint() const {
-    return {cardWidth() + 2 * shadowMargin, laidOutHeight_ + 2 * shadowMargin};
-}
-
-void MenuBarPanel::moveIntoPlace() {
-    setFixedWidth(sizeHint().width());
-    laidOutHeight_ = layOut();
-    setFixedSize(sizeHint());
-    // There the desktop alone decides where a window stands.
-    if (QGuiApplication::platformName() == QStringLiteral("wayland"))
-        return;
-    const QPoint anchor = item_.isValid() ? item_.center() : pointer_.value_or(QPoint());
-    const QScreen* screen = QGuiApplication::screenAt(anchor);
-    if (screen == nullptr)
-        screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr)
-        return;
-    const QRect card = placedPanel({cardWidth(), laidOutHeight_}, item_, pointer_, screen->availableGeometry());
-    move(card.topLeft() - QPoint(shadowMargin, shadowMargin));
+    return y - shadow_.top();
 }
 
 Description MenuBarPanel::describe() {
@@ -347,7 +330,7 @@ Description MenuBarPanel::describe() {
 void MenuBarPanel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF card(shadowMargin, shadowMargin, cardWidth(), laidOutHeight_);
+    const QRectF card(cardRect());
     constexpr int rings = 12;
     constexpr int drop = 12;
     QColor shadow = color(Tone::shadow);
@@ -377,7 +360,7 @@ void MenuBarPanel::keyPressEvent(QKeyEvent* event) {
 
 void MenuBarPanel::mousePressEvent(QMouseEvent* event) {
     // What looks like the desktop beside the card belongs to the shadow.
-    if (!QRect(shadowMargin, shadowMargin, cardWidth(), laidOutHeight_).contains(event->position().toPoint()))
+    if (!cardRect().contains(event->position().toPoint()))
         hide();
 }
 

@@ -18,7 +18,7 @@ class MenuBarPanel : public View {
     Q_OBJECT
 public:
     static constexpr int panelWidth = 340;
-    /// Room around the card for its shadow.
+    /// Room around the card for its shadow, as far as the screen has it.
     static constexpr int shadowMargin = 40;
 
     explicit MenuBarPanel(ViewContext& context, QWidget* parent = nullptr);
@@ -53,6 +53,8 @@ private:
     int layOut();
     int layOutHead(int y);
     void moveIntoPlace();
+    int leadingShadow() const { return isRightToLeft() ? shadow_.right() : shadow_.left(); }
+    QRect cardRect() const { return {shadow_.left(), shadow_.top(), cardWidth(), laidOutHeight_}; }
     /// It grows with the type.
     int cardWidth() const { return qRound(panelWidth * theme().textScale()); }
 
@@ -71,6 +73,9 @@ private:
     Button* quit_;
     std::vector<int> separators_;
     int laidOutHeight_ = 0;
+    QMargins shadow_{shadowMargin, shadowMargin, shadowMargin, shadowMargin};
+    /// Where the screen has no room for more.
+    std::size_t mostSuspects_ = 0;
     QRect item_;
     std::optional<QPoint> pointer_;
     double hiddenAt_ = -1;

@@ -53,7 +53,8 @@ ReportSheet::ReportSheet(Look& look, QWidget& window, SensorHub& hub)
     , sensors_(new TextLabel(look, Type::caption, Tone::textTertiary, footer_))
     , save_(new Button(look, Button::Kind::bordered, vantoro::tr("Save…"), footer_))
     , copy_(new Button(look, Button::Kind::bordered, vantoro::tr("Copy"), footer_))
-    , done_(new Button(look, Button::Kind::standard, vantoro::tr("Done"), footer_)) {
+    , done_(new Button(look, Button::Kind::standard, vantoro::tr("Done"), footer_))
+    , copied_(look, *copy_) {
     setSpokenName(model_.headline);
     pane_->setSurface(Tone::raised);
     const int besideGutter = padding - reportGutter - outline;
@@ -123,8 +124,9 @@ void ReportSheet::themeChanged() {
     resizeEvent(&same);
 }
 
-void ReportSheet::copy() const {
+void ReportSheet::copy() {
     QGuiApplication::clipboard()->setText(model_.plainText);
+    copied_.say(vantoro::tr("Copied"));
 }
 
 void ReportSheet::askWhereToSave() {

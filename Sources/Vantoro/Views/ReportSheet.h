@@ -1,12 +1,12 @@
 // The sheet that explains a verdict in full: made when it is asked for, and gone when it is closed.
 #pragma once
 
+#include "Design/BriefText.h"
 #include "Design/Sheet.h"
 #include "Views/ReportModel.h"
 
 namespace vantoro {
 
-class Button;
 class ReportPage;
 class ScrollPane;
 class TextLabel;
@@ -21,7 +21,7 @@ public:
     /// Writes the plain text; a failure is said in the footer.
     bool saveTo(const QString& fileName);
     /// Puts the plain text of the whole report on the clipboard.
-    void copy() const;
+    void copy();
 
     ReportPage& page() const { return *page_; }
     /// What was said in the footer last; empty while nothing went wrong.
@@ -48,6 +48,7 @@ private:
     Button* save_;
     Button* copy_;
     Button* done_;
+    BriefText copied_;
 };
 
 } // namespace vantoro

@@ -32,6 +32,12 @@ QString percent(double value) {
     return toQString(DiagnosisEngine::pct(value));
 }
 
+/// Kernels keep no more than the beginning of a name, 15 bytes of it: that is no other name.
+bool isCutFrom(const std::string& rawName, const std::string& name) {
+    constexpr std::size_t keptBytes = 15;
+    return rawName.size() >= keptBytes && name.starts_with(rawName);
+}
+
 std::vector<RewindModel::Reading> readingsOf(const Snapshot& snapshot, const Format& format) {
     std::vector<RewindModel::Reading> readings;
     if (snapshot.cooling == Cooling::fans)
@@ -63,7 +69,8 @@ RewindModel rewindModel(const Snapshot* snapshot, bool isPinned, const Format& f
     if (snapshot->processes.empty())
         model.notice = tr("No process data was captured for this moment.");
     for (const ProcessSample& process : snapshot->processes) {
-        const bool isRenamed = process.rawName() != process.displayName();
+        const bool isRenamed =
+            process.rawName() != process.displayName() && !isCutFrom(process.rawName(), process.displayName());
         model.processes.push_back({.name = toQString(process.displayName()),
                                    .rawName = isRenamed ? toQString(process.rawName()) : QString(),
                                    .share = percent(process.cpuPercent)});

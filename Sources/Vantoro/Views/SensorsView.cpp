@@ -130,7 +130,7 @@ protected:
 
 private:
     static constexpr int textTop = 10;
-    static constexpr int bottomGap = 13;
+    static constexpr int bottomGap = 11;
 
     int gaugeTop() const { return textTop + static_cast<int>(lineHeight(Type::body)) + 1; }
     void place() { gauge_->setGeometry(0, gaugeTop(), width(), gauge_->sizeHint().height()); }
@@ -232,6 +232,7 @@ void SensorsView::build() {
     memoryPanel_->body()->addWidget(memory_);
     right->addStretch();
     copy_ = new Button(look(), Button::Kind::quiet, vantoro::tr("Copy all"));
+    copied_.emplace(look(), *copy_);
     connect(copy_, &Button::clicked, this, &SensorsView::copyAll);
     auto* const end = new QHBoxLayout;
     end->addStretch();
@@ -288,7 +289,7 @@ void SensorsView::unfold(SensorFamily family, bool unfolded) {
 
 void SensorsView::copyAll() {
     QGuiApplication::clipboard()->setText(model_.plainText());
-    copy_->setText(vantoro::tr("Copied"));
+    copied_->say(vantoro::tr("Copied"));
 }
 
 void SensorsView::showEvent(QShowEvent* event) {
@@ -300,6 +301,7 @@ void SensorsView::showEvent(QShowEvent* event) {
 
 void SensorsView::hideEvent(QHideEvent* event) {
     readSensorsIfSeen(false);
+    copied_->end();
     View::hideEvent(event);
 }
 
@@ -328,7 +330,6 @@ void SensorsView::showFans(const SensorsModel& model) {
 
 void SensorsView::refresh() {
     SensorsModel model = SensorsModel::of(hub(), context().sources, unfolded_);
-    copy_->setText(vantoro::tr("Copy all"));
     if (model == model_)
         return;
     machine_->set(model.machineName, model.summary, model.dataSources);

@@ -1,6 +1,7 @@
 // The pane of everything that is measured: fans, temperatures, power, processor and memory.
 #pragma once
 
+#include "Design/BriefText.h"
 #include "Views/SensorsModel.h"
 #include "Views/View.h"
 
@@ -12,7 +13,6 @@ class QVBoxLayout;
 
 namespace vantoro {
 
-class Button;
 class FourStepMeter;
 class Panel;
 class ScrollPane;
@@ -66,6 +66,7 @@ private:
     Panel* memoryPanel_ = nullptr;
     StackedBar* memory_ = nullptr;
     Button* copy_ = nullptr;
+    std::optional<BriefText> copied_;
 };
 
 } // namespace vantoro

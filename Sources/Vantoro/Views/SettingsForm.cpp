@@ -47,6 +47,8 @@ SettingsRow::SettingsRow(Look& look, const QString& title, QWidget* parent)
 void SettingsRow::setValue(const QString& value) {
     value_->setText(value);
     value_->show();
+    // Of the two, it is the value that is cut.
+    title_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
 }
 
 void SettingsRow::setControl(QWidget& control, int ringMargin) {
@@ -106,8 +108,9 @@ void SettingsGroup::paintEvent(QPaintEvent*) {
     painter.setBrush(color(Tone::panel));
     painter.drawRoundedRect(rect(), Space::panelRadius, Space::panelRadius);
     for (std::size_t i = 1; i < rows_.size(); ++i)
-        painter.fillRect(QRect(Space::panelPadding, rows_[i]->y(), width() - 2 * Space::panelPadding, 1),
-                         color(Tone::line));
+        if (!rows_[i]->isHidden())
+            painter.fillRect(QRect(Space::panelPadding, rows_[i]->y(), width() - 2 * Space::panelPadding, 1),
+                             color(Tone::line));
 }
 
 SettingsForm::SettingsForm(Look& look, QWidget* parent)

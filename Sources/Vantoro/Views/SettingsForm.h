@@ -28,6 +28,8 @@ public:
     void setWideControl(QWidget& control, int ringMargin);
     /// An empty note takes no room.
     void setNote(const QString& note);
+    /// The note keeps the height of the longest of what it may come to say.
+    void keepRoomForNotes(const QStringList& notes) { note_->keepRoomFor(notes); }
     /// More room between the title's line and the note, under a button.
     void setRoomAboveNote(int points) {
         noteLayout_->setContentsMargins(Space::panelPadding, points, Space::panelPadding, 0);

@@ -49,18 +49,21 @@ QString rateName(int rateIndex) {
     return rateIndex == briskIndex ? tr("Brisk") : tr("Maximum");
 }
 
-QString rateNote(int rateIndex) {
+QString rateNote(int rateIndex, bool costsAreStated) {
     if (rateIndex < relaxedIndex)
-        return tr("Around 8% of a CPU core. Cheapest by far, but a short spike can pass between two samples and never "
-                  "appear at all.");
+        return (costsAreStated ? tr("Around 8% of a CPU core. ") : QString()) +
+               tr("Cheapest by far, but a short spike can pass between two samples and never appear at all.");
     if (rateIndex <= defaultRateIndex)
         return tr("Matches the rate the system reports per-process CPU, which is the practical limit on how fresh that "
-                  "particular data can be. Around 26% of a core.");
+                  "particular data can be.") +
+               (costsAreStated ? tr(" Around 26% of a core.") : QString());
     if (rateIndex == briskIndex)
         return tr("Sensors, cores and processes all refresh once a second.");
     return tr("As fast as the hardware allows. Sensors and per-core figures update several times a second; the process "
-              "list still refreshes once a second, because that is the finest cadence the system reports it at. Around "
-              "45% of a core, and digits step rather than morph — nothing is legible re-forming four times a second.");
+              "list still refreshes once a second, because that is the finest cadence the system reports it at. ") +
+           (costsAreStated ? tr("Around 45% of a core, and digits step rather than morph — nothing is legible "
+                                "re-forming four times a second.")
+                           : tr("Digits step rather than morph — nothing is legible re-forming four times a second."));
 }
 
 QStringList historyChoiceTexts() {
@@ -83,16 +86,34 @@ QStringList motionChoiceTexts() {
     return {tr("Smooth"), tr("Snappy")};
 }
 
-QString motionNote(bool isSmooth) {
-    return isSmooth ? tr("Readings glide to their new values on one shared curve, timed to the update rate. Roughly "
-                         "20% of a CPU core.")
-                    : tr("Readings step to their new values the instant they are sampled. Cheapest, and never caught "
-                         "mid-animation.");
+QString motionNote(bool isSmooth, bool costsAreStated) {
+    if (!isSmooth)
+        return tr("Readings step to their new values the instant they are sampled. Cheapest, and never caught "
+                  "mid-animation.");
+    return tr("Readings glide to their new values on one shared curve, timed to the update rate.") +
+           (costsAreStated ? tr(" Roughly 20% of a CPU core.") : QString());
 }
 
-QString rotorNote(bool spins) {
-    return spins ? tr("The rotors turn at a speed derived from real RPM, about 3% more.")
-                 : tr("The rotors are drawn still; the arc around each still shows where the fan sits in its range.");
+QString rotorNote(bool spins, bool costsAreStated) {
+    if (!spins)
+        return tr("The rotors are drawn still; the arc around each still shows where the fan sits in its range.");
+    return costsAreStated ? tr("The rotors turn at a speed derived from real RPM, about 3% more.")
+                          : tr("The rotors turn at a speed derived from real RPM.");
+}
+
+QString ownCostText(const OwnCostMeter::Figure& figure) {
+    if (!figure.percentOfCore)
+        return tr("measuring");
+    constexpr double wholeFrom = 10;
+    constexpr double megabyte = 1024.0 * 1024;
+    const double percent = *figure.percentOfCore;
+    const QString core = tr("%1% of a core").arg(percent, 0, 'f', percent < wholeFrom ? 1 : 0);
+    return figure.memoryBytes ? tr("%1 · %2 MB").arg(core).arg(*figure.memoryBytes / megabyte, 0, 'f', 0) : core;
+}
+
+QString ownCostNote(const OwnCostMeter::Figure& figure) {
+    return figure.hasPrograms ? tr("Over the last minute, with the programs it runs for its lists.")
+                              : tr("Over the last minute, without the programs it runs for its lists.");
 }
 
 QString menuBarLabel(Cooling cooling) {
@@ -165,17 +186,20 @@ QString coresText(const std::vector<Core>& cores) {
     return coreCounts(cores);
 }
 
-SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names) {
+SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names,
+                            const std::optional<OwnCostMeter::Figure>& ownCost) {
     const int rate = rateIndexOf(settings.sampleInterval());
     const bool ownOnly = settings.processMonitorMode() == "unprivileged";
     return {.rateIndex = rate,
             .rateLabel = rateLabel(rate),
             .rateName = rateName(rate),
-            .rateNote = rateNote(rate),
+            .rateNote = rateNote(rate, names.costsAreStated),
             .isSmooth = settings.smoothUpdates(),
-            .motionNote = motionNote(settings.smoothUpdates()),
+            .motionNote = motionNote(settings.smoothUpdates(), names.costsAreStated),
             .spinsRotors = settings.spinRotors(),
-            .rotorNote = rotorNote(settings.spinRotors()),
+            .rotorNote = rotorNote(settings.spinRotors(), names.costsAreStated),
+            .ownCost = ownCost ? ownCostText(*ownCost) : QString(),
+            .ownCostNote = ownCost ? ownCostNote(*ownCost) : QString(),
             .showsFigureAlways = settings.menuBarShowsRPM(),
             .menuBarLabel = menuBarLabel(hub.cooling()),
             .menuBarNote = menuBarNote(hub.cooling(), settings.menuBarShowsRPM()),

@@ -1,6 +1,7 @@
 // What the settings window says and offers, and what a choice in it stores.
 #pragma once
 
+#include "Model/OwnCostMeter.h"
 #include "Model/SensorHub.h"
 #include "Model/Settings.h"
 #include "Views/SourceNames.h"
@@ -21,6 +22,9 @@ struct SettingsModel {
     QString motionNote;
     bool spinsRotors = true;
     QString rotorNote;
+    /// What the program itself takes; empty where that is not known.
+    QString ownCost;
+    QString ownCostNote;
     bool showsFigureAlways = false;
     QString menuBarLabel;
     QString menuBarNote;
@@ -38,7 +42,8 @@ struct SettingsModel {
     bool operator==(const SettingsModel&) const = default;
 };
 
-SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names);
+SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names,
+                            const std::optional<OwnCostMeter::Figure>& ownCost = std::nullopt);
 
 /// Seconds between samples at each stop of the slider.
 inline constexpr std::array<double, 7> sampleRates{10, 5, 3, 2, 1, 0.5, 0.25};
@@ -49,8 +54,8 @@ int rateIndexOf(double sampleInterval);
 /// How often, in words, and what people would call it.
 QString rateLabel(int rateIndex);
 QString rateName(int rateIndex);
-/// What it costs and what it brings.
-QString rateNote(int rateIndex);
+/// What it brings, and what it costs where that is stated.
+QString rateNote(int rateIndex, bool costsAreStated);
 
 /// What the choices of a pop-up or a row of segments store, in their order, and the texts that offer them.
 inline constexpr std::array<double, 3> historyChoicesMinutes{15, 30, 60};
@@ -63,8 +68,11 @@ QStringList unitChoiceTexts();
 QStringList processListChoiceTexts();
 QStringList motionChoiceTexts();
 
-QString motionNote(bool isSmooth);
-QString rotorNote(bool spins);
+QString motionNote(bool isSmooth, bool costsAreStated);
+QString rotorNote(bool spins, bool costsAreStated);
+/// "1.3% of a core · 33 MB"
+QString ownCostText(const OwnCostMeter::Figure& figure);
+QString ownCostNote(const OwnCostMeter::Figure& figure);
 QString menuBarLabel(Cooling cooling);
 QString menuBarNote(Cooling cooling, bool always);
 QString processListNote(bool ownOnly, Cooling cooling, ProcessMonitor::Source source, const SourceNames& names);

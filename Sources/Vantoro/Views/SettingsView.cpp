@@ -38,8 +38,10 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     form_->setLastWord(privacyNote(asksForUpdates));
     SettingsView::themeChanged();
     resize(width(), windowSize.height());
-    shows({&SensorHub::processSourceChanged, &SensorHub::isReadyChanged, &SensorHub::sensorsAvailableChanged});
-    present(settingsModel(hub(), context.settings, names_));
+    // The figures of the program itself follow each sample.
+    shows({&SensorHub::snapshotChanged, &SensorHub::processSourceChanged, &SensorHub::isReadyChanged,
+           &SensorHub::sensorsAvailableChanged});
+    present(model());
 }
 
 void SettingsView::addSampleRate() {
@@ -52,6 +54,10 @@ void SettingsView::addSampleRate() {
     rate_->setCaption(defaultRateIndex, vantoro::tr("Default"));
     rate_->setCaption(static_cast<int>(sampleRates.size()) - 1, vantoro::tr("Fastest"));
     rateRow_->setWideControl(*rate_, StepSlider::ringMargin);
+    QStringList rateNotes;
+    for (int index = 0; index < static_cast<int>(sampleRates.size()); ++index)
+        rateNotes.append(rateNote(index, names_.costsAreStated));
+    rateRow_->keepRoomForNotes(rateNotes);
     connect(rate_, &StepSlider::moved, this, [this](int index) {
         context().settings.setSampleInterval(sampleRates.at(static_cast<std::size_t>(index)));
         hub().restartTimer();
@@ -76,6 +82,7 @@ void SettingsView::addSampleRate() {
         refresh();
         emit rotorSettingChanged();
     });
+    ownCostRow_ = &group.addRow(vantoro::tr("Vantoro itself"));
 }
 
 void SettingsView::addMenuBar() {
@@ -195,8 +202,14 @@ void SettingsView::showEvent(QShowEvent* event) {
         this, [this] { form_->reveal(*updates_); }, Qt::QueuedConnection);
 }
 
+SettingsModel SettingsView::model() {
+    // Its memory is read for whoever looks at it, and for nobody else.
+    OwnCostMeter* const meter = isVisible() ? context().ownCost : nullptr;
+    return settingsModel(hub(), context().settings, names_, meter ? meter->figure(look().clock.now()) : std::nullopt);
+}
+
 void SettingsView::refresh() {
-    SettingsModel model = settingsModel(hub(), context().settings, names_);
+    SettingsModel model = this->model();
     if (model == shown_)
         return;
     present(model);
@@ -213,6 +226,9 @@ void SettingsView::present(const SettingsModel& model) {
     motionRow_->setNote(model.motionNote);
     rotors_->setOn(model.spinsRotors);
     rotorRow_->setNote(model.rotorNote);
+    ownCostRow_->setVisible(!model.ownCost.isEmpty());
+    ownCostRow_->setValue(model.ownCost);
+    ownCostRow_->setNote(model.ownCostNote);
     menuBarRow_->setTitle(model.menuBarLabel);
     menuBarRow_->setNote(model.menuBarNote);
     menuBar_->setSpokenName(model.menuBarLabel);
@@ -230,8 +246,12 @@ void SettingsView::present(const SettingsModel& model) {
 }
 
 void SettingsView::themeChanged() {
-    setFixedWidth(qRound(windowSize.width() * theme().textScale()));
-    setMinimumHeight(lowestWindow);
+    setMaximumWidth(smallestSize().width());
+    setMinimumSize(smallestSize());
+}
+
+QSize SettingsView::smallestSize() const {
+    return {qRound(windowSize.width() * theme().textScale()), lowestWindow};
 }
 
 void SettingsView::paintEvent(QPaintEvent*) {
@@ -239,7 +259,7 @@ void SettingsView::paintEvent(QPaintEvent*) {
 }
 
 void SettingsView::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Close))
+    if (event->matches(QKeySequence::Close) || event->key() == Qt::Key_Escape)
         close();
     else
         View::keyPressEvent(event);

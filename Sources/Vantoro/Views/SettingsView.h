@@ -21,6 +21,8 @@ public:
     SettingsView(ViewContext& context, SourceNames names, QWidget* parent = nullptr);
 
     void refresh() override;
+    /// What the form needs at least.
+    QSize smallestSize() const;
 
 signals:
     /// The name that is now stored: "light", "dark", or another for the system's.
@@ -41,6 +43,7 @@ private:
     void addProcesses();
     void addAbout();
     void addUpdates(Updates& updates);
+    SettingsModel model();
     void present(const SettingsModel& model);
     void refreshUpdates();
 
@@ -52,6 +55,7 @@ private:
     SettingsRow* rateRow_ = nullptr;
     SettingsRow* motionRow_ = nullptr;
     SettingsRow* rotorRow_ = nullptr;
+    SettingsRow* ownCostRow_ = nullptr;
     SettingsRow* menuBarRow_ = nullptr;
     SettingsRow* processListRow_ = nullptr;
     SettingsRow* readingRow_ = nullptr;

@@ -8,6 +8,7 @@
 #include "Views/MenuBarPanel.h"
 #include "Views/NoticeAlert.h"
 #include "Views/NoticeModel.h"
+#include "Views/ScreenRoom.h"
 #include "Views/SettingsView.h"
 
 #include <QApplication>
@@ -23,12 +24,15 @@ constexpr const char* homePage = "https://vantoro.example";
 
 Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
     : options_(std::move(options))
+    , ownCost_(options_.ownCost)
     , look_{theme_, icons_, clock_, motion}
     , menuBarLook_{theme_, icons_, menuBarClock_, motion}
-    , context_{hub, settings, look_, options_.sources, options_.updates}
+    , context_{hub, settings, look_, options_.sources, options_.updates, &ownCost_}
     , menuBarContext_{hub, settings, menuBarLook_}
     , follower_(theme_, options_.looks) {
     follower_.applyAppearance(QString::fromStdString(settings.appearance()));
+    // Noted all the time, so that whoever opens the settings finds the last minute known.
+    connect(&hub, &SensorHub::refreshed, this, [this] { ownCost_.note(clock_.now()); });
     // With nothing to be seen there is nothing to draw; the first window starts the clock.
     clock_.setPaused(true);
 }
@@ -124,6 +128,8 @@ void Shell::raiseWindow() {
         connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
         if (options_.updates != nullptr)
             connect(window_, &MainWindow::firstSeen, options_.updates, &Updates::windowWasSeen);
+        new WindowKeeper(*window_,
+                         [] { return MainWindow::smallestSize; }); // owned by the window, as the next is by its own
     }
     window_->raiseToFront();
 }
@@ -155,6 +161,7 @@ void Shell::openSettings() {
             settingsWindow_ = nullptr;
             updateClock();
         });
+        new WindowKeeper(*settingsWindow_, [this] { return settingsWindow_->smallestSize(); });
     }
     settingsWindow_->show();
     settingsWindow_->raise();

@@ -2,6 +2,7 @@
 // whom.
 #pragma once
 
+#include "Model/OwnCostMeter.h"
 #include "Views/AppMenusModel.h"
 #include "Views/MainWindow.h"
 #include "Views/MenuBarImage.h"
@@ -30,6 +31,8 @@ struct ShellOptions {
     Updates* updates = nullptr;
     /// The system's account of how programs are to look; null: the desktop's portal is asked.
     std::shared_ptr<SystemLooks> looks;
+    /// What the program itself takes; may be null.
+    std::shared_ptr<OwnCost> ownCost;
     /// What room the menu bar has for the item.
     MenuBarArrangement menuBar = MenuBarArrangement::withinSquare;
     /// There are menus at the top of the screen, and the program can come to the front without a window.
@@ -72,6 +75,7 @@ private:
     void updateClock();
 
     ShellOptions options_;
+    OwnCostMeter ownCost_;
     Theme theme_;
     Icons icons_;
     AnimationClock clock_;

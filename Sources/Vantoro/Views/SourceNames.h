@@ -15,6 +15,8 @@ struct SourceNames {
     /// Where fans, temperatures and power come from, and where loads and frequencies.
     QString sensors = "SMC";
     QString reports = "IOReport";
+    /// What each choice costs is the same on all its machines, and the notes say it.
+    bool costsAreStated = true;
 
     bool operator==(const SourceNames&) const = default;
 };

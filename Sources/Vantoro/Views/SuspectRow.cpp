@@ -46,6 +46,7 @@ SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
 void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) {
     expandAction_ = words.expandAction;
     quitAction_ = words.quitAction;
+    cores_ = words.cores;
     bar_->show(model.percent, words.cores, model.heatStop);
     if (model == model_)
         return;

@@ -28,6 +28,9 @@ public:
     /// The bar's length at once: the row has come to stand for another application.
     void jump() { bar_->jump(); }
 
+    /// Whether its bar shows the cores one by one.
+    bool hasCells() const { return CoreBar::cellsIn(barRect().width(), cores_) == cores_; }
+
     int heightFor(int width) const;
     /// The height of a row that is not expanded.
     static int plainHeight(const Theme& theme);
@@ -64,6 +67,7 @@ private:
     SuspectRowModel model_;
     QString expandAction_;
     QString quitAction_;
+    int cores_ = 0;
     CoreBar* bar_; // owned by Qt as a child
     Button* quit_; // owned by Qt as a child
     bool isExpanded_ = false;

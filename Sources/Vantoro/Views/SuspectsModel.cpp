@@ -115,6 +115,7 @@ SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
     else
         model.caption = model.cores >= 1 && model.cores <= 24 ? tr("last 20 seconds · one cell is one core")
                                                               : tr("last 20 seconds");
+    model.captionWithoutCells = tr("last 20 seconds");
     if (model.rows.size() > SuspectsModel::rowsAtFirst) {
         model.showAll = tr("Show all %1").arg(model.rows.size());
         model.showFewer = tr("Show fewer");

@@ -38,6 +38,8 @@ struct SuspectsModel {
 
     QString title;
     QString caption;
+    /// In its place where the bars have no room for cells.
+    QString captionWithoutCells;
     std::vector<SuspectRowModel> rows;
     /// How many cells a bar has.
     int cores = 0;

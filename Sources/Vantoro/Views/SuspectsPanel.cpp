@@ -46,7 +46,6 @@ void SuspectsPanel::show(const SuspectsModel& model) {
         model.isPending == model_.isPending && model.emptyText == model_.emptyText && model.footer == model_.footer;
     model_ = model;
     setTitle(model.title);
-    setCaption(model.caption);
     all_->setVisible(!model.showAll.isEmpty());
     all_->setText(showsAll_ ? model.showFewer : model.showAll);
     placeButton();
@@ -136,6 +135,7 @@ void SuspectsPanel::placeRows(bool animated) {
     if (isMoving)
         look().clock.run(*this);
     advance(now);
+    chooseCaption();
 }
 
 bool SuspectsPanel::advance(double now) {
@@ -178,6 +178,12 @@ void SuspectsPanel::setNarrow(bool narrow) {
     isNarrow_ = narrow;
     for (const std::unique_ptr<Entry>& entry : entries_)
         entry->row->setNarrow(narrow);
+    chooseCaption();
+}
+
+void SuspectsPanel::chooseCaption() {
+    const bool hasCells = used_ == 0 || entries_.front()->row->hasCells();
+    setCaption(hasCells ? model_.caption : model_.captionWithoutCells);
 }
 
 int SuspectsPanel::footerHeight(int width) const {

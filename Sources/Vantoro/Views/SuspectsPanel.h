@@ -50,6 +50,7 @@ private:
     void assignRows();
     void placeRows(bool animated);
     void placeButton();
+    void chooseCaption();
     void toggleAll();
     void moveFocus(const SuspectRow* from, int rows);
     void setStop(std::size_t index);

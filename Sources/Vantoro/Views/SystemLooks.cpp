@@ -3,6 +3,7 @@
 #include "Design/Theme.h"
 
 #include <QApplication>
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusInterface>
 #include <QDBusMessage>
@@ -28,14 +29,31 @@ struct PortalKey {
     const char* key;
 };
 
-constexpr PortalKey portalKeys[]{
-    {appearanceSpace, "color-scheme"}, {appearanceSpace, "contrast"}, {interfaceSpace, "enable-animations"}};
+constexpr PortalKey portalKeys[]{{appearanceSpace, "color-scheme"},
+                                 {appearanceSpace, "contrast"},
+                                 {appearanceSpace, "accent-color"},
+                                 {interfaceSpace, "enable-animations"}};
 
 /// Portals wrap a value once or twice.
 QVariant unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
     return value;
+}
+
+/// Three shares of red, green and blue; a desktop without an accent says so by one beyond their range.
+std::optional<SystemLooks::Accent> accentFrom(const QVariant& value) {
+    if (!value.canConvert<QDBusArgument>())
+        return {};
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentType() != QDBusArgument::StructureType || argument.currentSignature() != "(ddd)")
+        return {};
+    SystemLooks::Accent accent;
+    argument.beginStructure();
+    argument >> accent.red >> accent.green >> accent.blue;
+    argument.endStructure();
+    const auto isShare = [](double part) { return part >= 0 && part <= 1; };
+    return isShare(accent.red) && isShare(accent.green) && isShare(accent.blue) ? std::optional(accent) : std::nullopt;
 }
 
 void take(SystemLooks::State& state, const QString& key, const QVariant& value) {
@@ -50,6 +68,8 @@ void take(SystemLooks::State& state, const QString& key, const QVariant& value) 
         state.increasesContrast = value.toUInt() == 1;
     } else if (key == "enable-animations") {
         state.reducesMotion = !value.toBool();
+    } else if (key == "accent-color") {
+        state.accent = accentFrom(value);
     }
 }
 
@@ -87,7 +107,7 @@ void LooksFollower::askPortal() {
     if (!bus.isConnected())
         return;
     bus.connect(portalService, portalPath, settingsInterface, "SettingChanged", this,
-                SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
+                SLOT(portalSettingChanged(QDBusMessage)));
     for (const PortalKey& wanted : portalKeys) {
         QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, "Read");
         call << QString(wanted.space) << QString(wanted.key);
@@ -103,10 +123,12 @@ void LooksFollower::askPortal() {
     }
 }
 
-void LooksFollower::portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value) {
-    if (space != appearanceSpace && space != interfaceSpace)
+// As a message: a slot with a variant among its parameters is not connected by every version of Qt 6.
+void LooksFollower::portalSettingChanged(const QDBusMessage& message) {
+    const QList<QVariant> parts = message.arguments();
+    if (parts.size() < 3 || (parts[0].toString() != appearanceSpace && parts[0].toString() != interfaceSpace))
         return;
-    take(portal_, key, unwrapped(value.variant()));
+    take(portal_, parts[1].toString(), unwrapped(parts[2]));
     follow();
 }
 
@@ -130,6 +152,10 @@ void LooksFollower::follow() {
     theme_.setAppearance(dark ? Theme::Appearance::dark : Theme::Appearance::light);
     theme_.setReducesMotion(state.reducesMotion.value_or(false));
     theme_.setIncreasesContrast(state.increasesContrast.value_or(false));
+    theme_.setAccent(state.accent ? QColor::fromRgbF(static_cast<float>(state.accent->red),
+                                                     static_cast<float>(state.accent->green),
+                                                     static_cast<float>(state.accent->blue))
+                                  : QColor());
     theme_.setTextScale(systemTextScale());
 }
 

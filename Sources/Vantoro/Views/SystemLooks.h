@@ -1,4 +1,5 @@
-// What the desktop asks of every program's looks: dark or light, less motion, more contrast, larger text.
+// What the desktop asks of every program's looks: dark or light, its accent, less motion, more contrast, larger
+// text.
 #pragma once
 
 #include "Platform/SystemLooks.h"
@@ -7,7 +8,6 @@
 #include <QObject>
 
 class QDBusMessage;
-class QDBusVariant;
 
 namespace vantoro {
 
@@ -29,7 +29,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
-    void portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
+    void portalSettingChanged(const QDBusMessage& message);
 
 private:
     void follow();

@@ -13,6 +13,7 @@
 
 namespace vantoro {
 
+class OwnCostMeter;
 class Updates;
 
 /// What every view is given. All of it outlives the views.
@@ -23,6 +24,8 @@ struct ViewContext {
     SourceNames sources = {};
     /// Null where the program does not update itself.
     Updates* updates = nullptr;
+    /// Null where the system does not say what the program itself takes.
+    OwnCostMeter* ownCost = nullptr;
 };
 
 class View : public PaintedWidget {

@@ -7,6 +7,7 @@ typedef NSString* NSAppearanceName;
 
 extern NSAppearanceName const NSAppearanceNameAqua;
 extern NSAppearanceName const NSAppearanceNameDarkAqua;
+extern NSString* const NSSystemColorsDidChangeNotification;
 extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification;
 
 @interface NSAppearance : NSObject
@@ -19,6 +20,18 @@ extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotificati
 @property(strong) NSAppearance* appearance;
 @property(readonly, strong) NSAppearance* effectiveAppearance;
 - (void)orderFrontStandardAboutPanel:(id)sender;
+@end
+
+@interface NSColorSpace : NSObject
+@property(class, readonly, strong) NSColorSpace* sRGBColorSpace;
+@end
+
+@interface NSColor : NSObject
+@property(class, readonly, strong) NSColor* controlAccentColor;
+@property(readonly) double redComponent;
+@property(readonly) double greenComponent;
+@property(readonly) double blueComponent;
+- (NSColor*)colorUsingColorSpace:(NSColorSpace*)space;
 @end
 
 @interface NSWorkspace : NSObject

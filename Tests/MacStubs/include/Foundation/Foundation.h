@@ -93,6 +93,7 @@ extern NSErrorDomain const NSURLErrorDomain;
 @end
 
 @interface NSNotificationCenter : NSObject
+@property(class, readonly, strong) NSNotificationCenter* defaultCenter;
 - (id<NSObject>)addObserverForName:(NSString*)name
                             object:(id)object
                              queue:(NSOperationQueue*)queue
