@@ -10,6 +10,7 @@
 #include "Views/Stage.h"
 
 #include <QSignalSpy>
+#include <QToolTip>
 
 namespace vantoro {
 namespace {
@@ -118,6 +119,8 @@ TEST(ControlBarTests, SwitchesPanesAndSaysWhatIsNotThisMachine) {
     EXPECT_EQ(windowTitle(badge(stage.hub, false)), "Vantoro — Replay");
     ControlBar bar(stage.look);
     bar.showBadge(badge(stage.hub, false));
+    QWidget* const mark = bar.findChildren<QWidget*>(Qt::FindDirectChildrenOnly).at(1);
+    EXPECT_TRUE(mark->focusPolicy() & Qt::TabFocus) << "between the panes and the settings";
     std::vector<Pane> chosen;
     QObject::connect(&bar, &ControlBar::paneChosen, &bar, [&chosen](Pane pane) { chosen.push_back(pane); });
     bar.resize(1040, 52);
@@ -125,6 +128,10 @@ TEST(ControlBarTests, SwitchesPanesAndSaysWhatIsNotThisMachine) {
     QTest::mouseClick(bar.childAt(564, 26), Qt::LeftButton, Qt::NoModifier,
                       bar.childAt(564, 26)->mapFrom(&bar, QPoint(564, 26)));
     EXPECT_EQ(chosen, std::vector<Pane>{Pane::timeline});
+    bar.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&bar));
+    mark->setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(waitUntil([] { return QToolTip::isVisible(); })) << "what hovering over it would say";
 }
 
 } // namespace

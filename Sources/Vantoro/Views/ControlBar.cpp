@@ -75,8 +75,14 @@ protected:
         focus_.focusIn(event->reason());
         PaintedWidget::focusInEvent(event);
         update();
+        // Queued: a tooltip goes with the next change of focus, and this one is still under way.
         if (focus_.showsRing() && event->reason() != Qt::OtherFocusReason)
-            QToolTip::showText(mapToGlobal(rect().bottomLeft()), toolTip(), this);
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    QToolTip::showText(mapToGlobal(rect().bottomLeft()), hasFocus() ? toolTip() : QString(), this);
+                },
+                Qt::QueuedConnection);
     }
 
     void focusOutEvent(QFocusEvent* event) override {
