@@ -164,16 +164,14 @@ TEST(IdentityResolver, KeepsTheRecordUntilThePlatformHasAnotherAnswer) {
 
 TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
     EXPECT_EQ(UnprivilegedProcesses(nullptr, nullptr).sample(1).system, SystemLine{}) << "nor is a platform needed";
-    const auto apps = std::make_shared<FixedMembership>();
-    IdentityResolver resolver(apps, "anna");
+    IdentityResolver resolver(std::make_shared<FixedMembership>(), "anna");
+    std::vector<SharedProcessIdentity> records;
     for (std::int32_t pid = 1; pid <= 200; ++pid) {
-        resolver.resolve(pid, "sh", "/bin/sh", "anna");
+        records.push_back(resolver.resolve(pid, "sh", "/bin/sh", "anna"));
         resolver.endSample();
     }
-    resolver.resolve(200, "sh", "/bin/sh", "anna");
-    EXPECT_EQ(apps->calls, 200) << "the last one is still known";
-    resolver.resolve(1, "sh", "/bin/sh", "anna");
-    EXPECT_EQ(apps->calls, 201);
+    EXPECT_TRUE(resolver.resolve(200, "sh", "/bin/sh", "anna").sharesRecordWith(records.back()));
+    EXPECT_FALSE(resolver.resolve(1, "sh", "/bin/sh", "anna").sharesRecordWith(records.front()));
 }
 
 } // namespace

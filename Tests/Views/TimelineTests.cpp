@@ -214,8 +214,8 @@ TEST(RewindModelTests, ReconstructsWhatWasMeasuredThen) {
     EXPECT_EQ(model.processes, (std::vector<RewindModel::Process>{{"Xcode", "clang", "94%"}}));
     snapshot.processes = {{ProcessIdentity{.rawName = "gnome-terminal-", .displayName = "gnome-terminal-server"}, 5},
                           {ProcessIdentity{.rawName = "node", .displayName = "node server.js"}, 4}};
-    EXPECT_EQ(rewindModel(&snapshot, format).processes[0].rawName, "") << "the same name, cut off by the kernel";
-    EXPECT_EQ(rewindModel(&snapshot, format).processes[1].rawName, "node");
+    EXPECT_EQ(rewindModel(&snapshot, false, format).processes[0].rawName, "") << "the same name, cut off by the kernel";
+    EXPECT_EQ(rewindModel(&snapshot, false, format).processes[1].rawName, "node");
     snapshot.cooling = Cooling::passive;
     snapshot.power.systemWatts = 0;
     snapshot.processes.clear();

@@ -32,7 +32,7 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
     , follower_(theme_, options_.looks) {
     follower_.applyAppearance(QString::fromStdString(settings.appearance()));
     // Noted all the time, so that whoever opens the settings finds the last minute known.
-    connect(&hub, &SensorHub::refreshed, this, [this] { ownCost_.note(clock_.now()); });
+    connect(&hub, &SensorHub::snapshotChanged, this, [this] { ownCost_.note(clock_.now()); });
     // With nothing to be seen there is nothing to draw; the first window starts the clock.
     clock_.setPaused(true);
 }
