@@ -20,6 +20,11 @@ extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotificati
 @property(readonly, strong) NSAppearance* effectiveAppearance;
 @end
 
+@interface NSRunningApplication : NSObject
++ (NSRunningApplication*)runningApplicationWithProcessIdentifier:(int)pid;
+- (BOOL)terminate;
+@end
+
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
 @property(readonly, strong) NSNotificationCenter* notificationCenter;
