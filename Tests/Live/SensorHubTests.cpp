@@ -47,7 +47,6 @@ class SensorHubTest : public ::testing::Test {
 protected:
     SensorHubTest() : settings(folder.filePath("settings.ini").toStdString()) {
         environment.now = [this] { return now += 2; };
-        environment.killProcess = [this](std::int32_t pid) { killed.push_back(pid); };
         environment.processTiming.firstFallbackSample = 1ms;
         environment.processMode = "unprivileged";
         platform.thermalState = thermal;
@@ -62,7 +61,6 @@ protected:
     Settings settings;
     HubEnvironment environment{};
     UnixSeconds now = 1000;
-    std::vector<std::int32_t> killed;
     std::shared_ptr<FakeSensors> sensors = std::make_shared<FakeSensors>();
     std::shared_ptr<FixedThermalState> thermal = std::make_shared<FixedThermalState>();
     Platform platform;
@@ -160,17 +158,6 @@ TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
     subject.restartTimer();
     const qsizetype before = snapshots.count();
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
-}
-
-TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
-    SensorHub& subject = makeHub();
-    const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
-    ProcessGroup group;
-    for (const std::int32_t pid : {30, 0, -1, 20})
-        group.members.push_back({.pid = pid});
-    subject.forceQuit(group);
-    EXPECT_EQ(killed, (std::vector<std::int32_t>{30, 20})) << "0 and -1 would reach every process there is";
-    EXPECT_TRUE(waitUntil([&] { return snapshots.count() == 1; })) << "the list is looked at again";
 }
 
 TEST(SensorHubIntervals, SettingAndEnvironment) {

@@ -14,15 +14,23 @@ NowView::NowView(ViewContext& context, QWidget* parent)
     connect(content_->suspects(), &SuspectsPanel::rowReached, this,
             [this](QWidget* row) { pane_->ensureWidgetVisible(row, 0, Space::windowMargin); });
     connect(content_->advice(), &AdvicePanel::quitRequested, this, ask);
+    connect(&hub().quits(), &Quits::changed, this, [this] {
+        if (isVisible())
+            refreshPanels();
+    });
     connect(content_->advice(), &AdvicePanel::explainRequested, this, &NowView::explainRequested);
 }
 
 void NowView::refresh() {
     content_->hero()->show(heroModel(hub(), context().settings));
-    content_->suspects()->show(suspectsModel(hub(), context().sources));
-    content_->advice()->show(adviceModel(hub()));
+    refreshPanels();
     content_->facts()->show(factsModel(hub()));
     content_->orderStops();
+}
+
+void NowView::refreshPanels() {
+    content_->suspects()->show(suspectsModel(hub(), context().sources));
+    content_->advice()->show(adviceModel(hub()));
 }
 
 void NowView::resizeEvent(QResizeEvent* event) {

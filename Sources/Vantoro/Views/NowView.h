@@ -25,6 +25,9 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    /// The list and the advice, which change while something is being ended.
+    void refreshPanels();
+
     ScrollPane* pane_; // owned by Qt as children
     NowContent* content_;
 };
