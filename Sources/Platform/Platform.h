@@ -10,6 +10,7 @@
 #include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
 #include "Platform/OwnCost.h"
+#include "Platform/ProcessControl.h"
 #include "Platform/Processors.h"
 #include "Platform/ProcessStream.h"
 #include "Platform/ProcessTable.h"
@@ -35,6 +36,7 @@ struct Platform {
     std::shared_ptr<SystemStatistics> systemStatistics;
     std::shared_ptr<AppIdentity> appIdentity;
     std::shared_ptr<ProcessStream> processStream;
+    std::shared_ptr<ProcessControl> processControl;
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<SystemLooks> systemLooks;

@@ -1,6 +1,8 @@
+#include "Model/Quits.h"
 #include "Model/Replay.h"
 
 #include "Support/EventLoop.h"
+#include "Support/ScriptedProcesses.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 namespace vantoro {
 namespace {
 
+using testing::ScriptedProcesses;
 using testing::waitUntil;
 
 class ReplayTest : public ::testing::Test {
@@ -27,11 +30,8 @@ protected:
 
     QTemporaryDir folder;
     Settings settings{folder.filePath("settings.ini").toStdString()};
-    std::vector<std::int32_t> killed;
-    SensorHub hub{{},
-                  {},
-                  settings,
-                  {.now = [] { return 5000.0; }, .killProcess = [this](std::int32_t pid) { killed.push_back(pid); }}};
+    std::shared_ptr<ScriptedProcesses> processes = std::make_shared<ScriptedProcesses>();
+    SensorHub hub{{.processControl = processes}, {}, settings, {.now = [] { return 5000.0; }}};
 };
 
 TEST_F(ReplayTest, KeepsTheRecordedPaceAndTheHubStaysOutOfIt) {
@@ -56,8 +56,9 @@ TEST_F(ReplayTest, KeepsTheRecordedPaceAndTheHubStaysOutOfIt) {
     hub.restartTimer();
     hub.tick();
     EXPECT_EQ(hub.history().snapshots().size(), 3U) << "nothing of this machine comes between";
-    hub.forceQuit({.members = {{.pid = 12345}}});
-    EXPECT_TRUE(killed.empty()) << "the recorded number is another process's by now";
+    EXPECT_FALSE(hub.quits().question({.members = {{.pid = 12345}}}).has_value());
+    hub.quits().begin({.key = "App", .processes = {{.pid = 12345, .birth = 1}}});
+    EXPECT_TRUE(processes->sent.empty()) << "the recorded number is another process's by now";
 }
 
 TEST_F(ReplayTest, CoresAndSingleSensorsAreThoseOfTheRecording) {

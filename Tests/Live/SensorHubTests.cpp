@@ -61,7 +61,6 @@ class SensorHubTest : public ::testing::Test {
 protected:
     SensorHubTest() : settings(folder.filePath("settings.ini").toStdString()) {
         environment.now = [this] { return now += 2; };
-        environment.killProcess = [this](std::int32_t pid) { killed.push_back(pid); };
         environment.processTiming.firstFallbackSample = 1ms;
         environment.processMode = "unprivileged";
         platform.thermalState = thermal;
@@ -76,7 +75,6 @@ protected:
     Settings settings;
     HubEnvironment environment{};
     UnixSeconds now = 1000;
-    std::vector<std::int32_t> killed;
     std::shared_ptr<FakeSensors> sensors = std::make_shared<FakeSensors>();
     std::shared_ptr<FixedThermalState> thermal = std::make_shared<FixedThermalState>();
     Platform platform;
@@ -292,17 +290,6 @@ TEST_F(SensorHubTest, ThereIsNoVerdictBeforeTwoSamplesWithAListHoweverSlowTheTim
     EXPECT_EQ(without.measuring(), Measuring::withoutList) << "10 seconds";
     without.accept({.timestamp = now + 1});
     EXPECT_EQ(without.measuring(), Measuring::done) << "a recording's snapshot has its list";
-}
-
-TEST_F(SensorHubTest, ForceQuitEndsProcessesAndNothingElse) {
-    SensorHub& subject = makeHub();
-    const QSignalSpy snapshots(&subject, &SensorHub::snapshotChanged);
-    ProcessGroup group;
-    for (const std::int32_t pid : {30, 0, -1, 20})
-        group.members.push_back({.pid = pid});
-    subject.forceQuit(group);
-    EXPECT_EQ(killed, (std::vector<std::int32_t>{30, 20})) << "0 and -1 would reach every process there is";
-    EXPECT_TRUE(waitUntil([&] { return snapshots.count() == 1; })) << "the list is looked at again";
 }
 
 TEST_F(SensorHubTest, NeverSamplesTwiceInAMomentNorTakesGraphicsPowerOverNextToNoTime) {

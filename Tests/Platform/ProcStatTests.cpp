@@ -20,6 +20,8 @@ TEST(ParseProcessStat, SplitsTheNameAtTheLastParenthesis) {
         EXPECT_EQ(stat->name, name);
         EXPECT_EQ(stat->state, 'S');
         EXPECT_EQ(stat->parentPid, 1);
+        EXPECT_EQ(stat->groupPid, 1);
+        EXPECT_EQ(stat->sessionPid, 1);
         EXPECT_EQ(stat->userTicks, 77u);
         EXPECT_EQ(stat->systemTicks, 5u);
         EXPECT_EQ(stat->threads, 2u);

@@ -66,6 +66,8 @@ public:
         return comesTrue([this] { return hasEnded(); }) && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
     }
 
+    /// Where its output is kept, and whatever a test puts there.
+    const std::string& outputFolder() const { return folder_.path(); }
     std::string output() const { return testing::fileText(folder_.path() + "/output"); }
     std::string errors() const { return testing::fileText(folder_.path() + "/errors"); }
 

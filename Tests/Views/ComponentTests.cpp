@@ -1,14 +1,23 @@
 // The shared components: what they hold, how they are driven, and what a screen reader is told of them.
+#include "Design/BalancedLabel.h"
 #include "Design/Button.h"
 #include "Design/CoreBar.h"
+#include "Design/ChoiceList.h"
+#include "Design/FooterButton.h"
 #include "Design/Panel.h"
+#include "Design/PopUpButton.h"
 #include "Design/SegmentedControl.h"
 #include "Design/Sheet.h"
 #include "Design/Switch.h"
+#include "Views/SuspectRow.h"
+#include "Views/Words.h"
 
 #include "Views/Stage.h"
 
+#include <cmath>
+#include <initializer_list>
 #include <QSignalSpy>
+#include <QTextDocument>
 
 namespace vantoro {
 namespace {
@@ -155,13 +164,80 @@ TEST(TextLabelTests, WrapsToTheHeightItAsksForAndSaysWhatItHides) {
     label.setText(text);
     label.resize(80, 18);
     label.show();
-    EXPECT_EQ(label.toolTip(), text) << "elided";
+    EXPECT_EQ(label.toolTip(), plainTooltip(text)) << "elided";
     label.setWraps(true);
     const int height = label.heightForWidth(200);
     EXPECT_GT(height, 2 * 18);
     EXPECT_EQ(height % 18, 0);
     stage.theme.setTextScale(1.5);
     EXPECT_GT(label.heightForWidth(200), height);
+}
+
+TEST(KeyboardTests, AHeldKeyActivatesOnce) {
+    Stage stage;
+    Button button(stage.look, Button::Kind::bordered, "Quit Xcode");
+    FooterButton footer(stage.look, "window");
+    Switch toggle(stage.look);
+    SegmentedControl segments(stage.look, SegmentedControl::Meaning::tabs, {"Now", "Cores", "Timeline"});
+    PopUpButton popUp(stage.look, {"Auto", "Own processes"});
+    ChoiceList choices(stage.look, {"Auto", "Own processes"}, 0, nullptr);
+    choices.setAttribute(Qt::WA_DeleteOnClose, false);
+    AppIcons icons;
+    SuspectRow row(stage.look, icons);
+    row.show({.key = "A", .name = "A", .offersQuit = true}, {});
+    const auto hold = [](QWidget& widget, Qt::Key key) {
+        for (const bool isRepeat : {false, true, true, true}) {
+            QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, {}, isRepeat);
+            QApplication::sendEvent(&widget, &press);
+        }
+    };
+    const QSignalSpy clicks(&button, &Button::clicked);
+    const QSignalSpy footerClicks(&footer, &FooterButton::clicked);
+    const QSignalSpy toggles(&toggle, &Switch::toggled);
+    const QSignalSpy segmentsChosen(&segments, &SegmentedControl::chosen);
+    const QSignalSpy choicesMade(&choices, &ChoiceList::chosen);
+    const QSignalSpy rowToggles(&row, &SuspectRow::toggled);
+    const QSignalSpy quits(&row, &SuspectRow::quitAsked);
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter})
+        for (QWidget* const widget : std::initializer_list<QWidget*>{&button, &footer, &toggle, &choices, &row})
+            hold(*widget, key);
+    hold(row, Qt::Key_Delete);
+    hold(segments, Qt::Key_Right);
+    hold(popUp, Qt::Key_Space);
+    EXPECT_EQ(clicks.count(), 3);
+    EXPECT_EQ(footerClicks.count(), 3);
+    EXPECT_EQ(toggles.count(), 3);
+    EXPECT_EQ(choicesMade.count(), 3);
+    EXPECT_EQ(rowToggles.count(), 3);
+    EXPECT_EQ(quits.count(), 1);
+    EXPECT_EQ(segmentsChosen.count(), 1);
+    EXPECT_EQ(popUp.findChildren<ChoiceList*>().size(), 1);
+}
+
+TEST(TooltipTests, ShowNamesLetterForLetter) {
+    const QString name = "<img src=\"/etc/logo.png\"> R&D <b>tool</b> that is far too long for its place";
+    const auto isLiteral = [&name](const QString& tooltip) {
+        QTextDocument shown;
+        shown.setHtml(tooltip);
+        return Qt::mightBeRichText(tooltip) && shown.toPlainText().contains(name);
+    };
+    Stage stage;
+    TextLabel label(stage.look, Type::body, Tone::textPrimary);
+    label.setText(name);
+    BalancedLabel headline(stage.look, {{Type::small, 1}}, Tone::textPrimary);
+    headline.setText(name);
+    for (PaintedWidget* const widget : std::initializer_list<PaintedWidget*>{&label, &headline}) {
+        stage.picture(*widget, {80, 18});
+        EXPECT_TRUE(isLiteral(widget->toolTip())) << widget->toolTip().toStdString();
+    }
+    AppIcons icons;
+    SuspectRow row(stage.look, icons);
+    row.show({.key = name, .name = name}, {});
+    stage.picture(row, {500, 48});
+    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+    QApplication::sendEvent(&row, &enter);
+    EXPECT_TRUE(isLiteral(row.toolTip())) << row.toolTip().toStdString();
+    EXPECT_EQ(trayText("a<b>&amp;"), QString::fromUtf8("a‹b›＆amp;")) << "no mark-up, whoever reads it";
 }
 
 TEST(TypographyTests, FiguresOfOneLengthAreOneWidth) {

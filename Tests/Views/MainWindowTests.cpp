@@ -1,6 +1,7 @@
 // The window as a whole: its panes by pointer and by keyboard, the sheet over it, and what happens without it.
 #include "Views/AppMenus.h"
 #include "Views/MainWindow.h"
+#include "Views/NoticeAlert.h"
 #include "Views/ReportSheet.h"
 #include "Views/Shell.h"
 #include "Views/TimelineView.h"
@@ -54,6 +55,37 @@ TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(settings.count(), 1);
     EXPECT_EQ(quit.count(), 1);
+}
+
+TEST(MainWindowTests, NoShortcutReachesTheWindowBelowASheet) {
+    Stage stage;
+    MainWindow window(stage.context, false, [&] { stage.play("design-fans.jsonl.gz"); });
+    window.show();
+    stage.settle();
+    auto* const alert =
+        new NoticeAlert(stage.look, window, "Quit make?", "Vantoro asks its processes to end.", "Cancel");
+    alert->open(); // deletes itself once closed
+    const QSignalSpy quit(&window, &MainWindow::quitRequested);
+    const QSignalSpy settings(&window, &MainWindow::settingsRequested);
+    const auto press = [&window] {
+        for (const Qt::Key key : {Qt::Key_3, Qt::Key_E, Qt::Key_W, Qt::Key_Q, Qt::Key_Comma})
+            QTest::keyClick(window.windowHandle(), key, Qt::ControlModifier);
+        QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+    };
+    press();
+    // Not even where something took the keyboard away.
+    for (QWidget* const below : window.findChildren<QWidget*>())
+        if (below->focusPolicy() != Qt::NoFocus && !alert->isAncestorOf(below) && below != alert)
+            below->setFocus(Qt::OtherFocusReason);
+    press();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(window.pane(), Pane::now);
+    EXPECT_EQ(window.findChild<ReportSheet*>(), nullptr);
+    EXPECT_EQ(quit.count() + settings.count(), 0);
+    QTest::keyClick(window.windowHandle(), Qt::Key_Escape);
+    EXPECT_FALSE(alert->isVisible());
+    QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(window.pane(), Pane::timeline);
 }
 
 TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace) {

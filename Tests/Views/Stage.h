@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Model/RecordingFile.h"
+#include "Support/ScriptedProcesses.h"
 #include "Views/View.h"
 
 #include <gtest/gtest.h>
@@ -105,12 +106,11 @@ struct Stage {
     AnimationClock clock{[this] { return seconds; }};
     Look look{theme, icons, clock, motion};
     double wallSeconds = 1772357000;
-    std::vector<std::int32_t> killed;
     std::shared_ptr<StageSensors> sensors;
-    SensorHub hub{Platform{.machine = std::make_shared<StageMachine>()}, SensorSources{sensors, sensors, nullptr},
-                  settings,
-                  HubEnvironment{.now = [this] { return wallSeconds; },
-                                 .killProcess = [this](std::int32_t pid) { killed.push_back(pid); }}};
+    std::shared_ptr<ScriptedProcesses> processes = std::make_shared<ScriptedProcesses>();
+    SensorHub hub{Platform{.processControl = processes, .machine = std::make_shared<StageMachine>()},
+                  SensorSources{sensors, sensors, nullptr}, settings,
+                  HubEnvironment{.now = [this] { return wallSeconds; }, .monotonic = [this] { return seconds; }}};
     ViewContext context{hub, settings, look};
 };
 

@@ -180,16 +180,16 @@ TEST(SuspectsPanelTests, IsDrivenByKeyboardAndPointer) {
     EXPECT_FALSE(rows[1]->isExpanded());
 
     const auto button = [](SuspectRow* of) { return of->findChild<Button*>(); };
+    const QPoint cursor = QCursor::pos();
     for (SuspectRow* const hovered : {rows[0], rows[1]}) {
-        QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
-        QApplication::sendEvent(hovered, &enter);
+        QTest::mouseMove(hovered);
+        QCoreApplication::processEvents();
         EXPECT_EQ(button(hovered)->isVisible(), hovered == rows[0]);
         EXPECT_EQ(button(hovered)->text(), "Quit…");
         save(panel, hovered == rows[0] ? "suspects-hover" : "suspects-hover-none");
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(hovered, &leave);
     }
-    EXPECT_FALSE(button(rows[0])->isVisible());
+    EXPECT_FALSE(button(rows[0])->isVisible()) << "the pointer has gone on";
+    QCursor::setPos(cursor);
 
     for (Button* const all : panel.findChildren<Button*>(Qt::FindDirectChildrenOnly))
         QTest::mouseClick(all, Qt::LeftButton);
@@ -199,6 +199,95 @@ TEST(SuspectsPanelTests, IsDrivenByKeyboardAndPointer) {
     EXPECT_EQ(spoken->role(), QAccessible::ListItem);
     EXPECT_EQ(spoken->text(QAccessible::Name), "A, an app you opened");
     EXPECT_TRUE(spoken->actionInterface()->actionNames().contains("Quit…"));
+}
+
+/// A window with a list that the pointer can be over.
+struct PointedList {
+    PointedList() {
+        panel.setParent(&window);
+        window.resize(640, 400);
+        panel.setGeometry(0, 0, 616, 296);
+        window.show();
+        stage.settle();
+        panel.show(list({row("A", 300), row("B", 60), row("C", 20)}));
+        stage.settle();
+        // It was over the list before it moved at all, and is known to be anywhere once it has.
+        point({300, 200});
+        point(beside);
+    }
+
+    // Every test of the program has the one cursor.
+    ~PointedList() { QCursor::setPos(cursor); }
+
+    QString order() {
+        QString keys;
+        for (const SuspectRow* const shown : shownRows(panel))
+            keys += shown->key();
+        return keys;
+    }
+
+    QString hovered() {
+        QString keys;
+        for (const SuspectRow* const shown : shownRows(panel))
+            if (shown->isHovered())
+                keys += shown->key();
+        return keys;
+    }
+
+    void point(const QPoint& at) {
+        QTest::mouseMove(&window, at); // which moves the cursor, too
+        stage.settle();
+    }
+
+    static constexpr QPoint beside{300, 350};
+    const QPoint cursor = QCursor::pos();
+    Stage stage;
+    QWidget window;
+    SuspectsPanel& panel = *new SuspectsPanel(stage.look); // owned by the window
+};
+
+TEST(SuspectsPanelTests, WhatIsUnderThePointerStaysThereAndIsWhatIsMarked) {
+    PointedList list_;
+    list_.point({300, 44 + 48 + 20});
+    EXPECT_EQ(list_.hovered(), "B");
+    list_.panel.show(list({row("D", 400), row("B", 320), row("A", 290), row("C", 20)}));
+    list_.stage.settle();
+    EXPECT_EQ(list_.order(), "ABCD") << "figures change, places do not, and what is new comes last";
+    EXPECT_EQ(list_.hovered(), "B");
+    list_.panel.show(list({row("D", 400), row("B", 320), row("C", 20)}));
+    list_.stage.settle();
+    EXPECT_EQ(list_.order(), "BCD") << "what has ended goes";
+    EXPECT_EQ(list_.hovered(), "C") << "which is what a click would reach now";
+    list_.point(PointedList::beside);
+    EXPECT_EQ(list_.order(), "DBC");
+    EXPECT_EQ(list_.hovered(), "");
+}
+
+TEST(SuspectsPanelTests, RowsKeepTheirOrderWhileTheKeyboardIsInTheList) {
+    PointedList list_;
+    list_.window.activateWindow();
+    shownRows(list_.panel)[1]->setFocus(Qt::TabFocusReason);
+    list_.panel.show(list({row("B", 320), row("A", 290), row("C", 20)}));
+    EXPECT_EQ(list_.order(), "ABC");
+    shownRows(list_.panel)[1]->clearFocus();
+    list_.stage.settle();
+    EXPECT_EQ(list_.order(), "BAC");
+}
+
+TEST(SuspectsPanelTests, RowsThatChangePlacesDoNotShowThroughEachOther) {
+    PointedList list_;
+    list_.panel.show(list({row("B", 320), row("A", 290), row("C", 20)}));
+    list_.stage.seconds += 0.1;
+    list_.stage.clock.beat();
+    const std::vector<SuspectRow*> rows = shownRows(list_.panel);
+    ASSERT_NE(rows[0]->y(), 44) << "under way";
+    // What is drawn of a moving row covers what was there, where the row itself has nothing to draw.
+    for (SuspectRow* const moving : {rows[0], rows[1]}) {
+        QImage drawn(moving->size(), QImage::Format_ARGB32_Premultiplied);
+        drawn.fill(Qt::magenta);
+        moving->render(&drawn, {}, {}, QWidget::DrawChildren);
+        EXPECT_EQ(drawn.pixelColor(2, 24), list_.stage.theme.color(Tone::panel));
+    }
 }
 
 TEST(SuspectsPanelTests, WaitsIsEmptyAndSaysWhereItsListComesFrom) {

@@ -6,6 +6,7 @@
 #include "Platform/Darwin/DarwinFrequencyTables.h"
 #include "Platform/Darwin/DarwinMachine.h"
 #include "Platform/Darwin/DarwinOwnCost.h"
+#include "Platform/Darwin/DarwinProcessControl.h"
 #include "Platform/Darwin/DarwinProcessors.h"
 #include "Platform/Darwin/DarwinProcessStream.h"
 #include "Platform/Darwin/DarwinProcessTable.h"
@@ -32,6 +33,7 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.systemStatistics = std::make_shared<DarwinSystemStatistics>();
     platform.processStream =
         std::make_shared<DarwinProcessStream>(top != nullptr ? std::optional<std::string>(top) : std::nullopt);
+    platform.processControl = std::make_shared<DarwinProcessControl>();
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();

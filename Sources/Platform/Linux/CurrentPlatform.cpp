@@ -7,6 +7,7 @@
 #include "Platform/Linux/LinuxEnergyReport.h"
 #include "Platform/Linux/LinuxMachine.h"
 #include "Platform/Linux/LinuxOwnCost.h"
+#include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxProcessors.h"
 #include "Platform/Linux/LinuxProcessStream.h"
 #include "Platform/Linux/LinuxProcessTable.h"
@@ -49,6 +50,7 @@ Platform currentPlatform(const std::string& programFolder) {
                 LinuxAppIdentity::Options{.root = "/", .folders = folders, .clock = monotonicSeconds}),
             .processStream = std::make_shared<LinuxProcessStream>(
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
+            .processControl = std::make_shared<LinuxProcessControl>(),
             .machine = std::make_shared<LinuxMachine>(root),
             .thermalState = std::make_shared<LinuxThermalState>(root, lane),
             .ownCost = std::make_shared<LinuxOwnCost>(),

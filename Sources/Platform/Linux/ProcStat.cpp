@@ -1,5 +1,6 @@
 #include "Platform/Linux/ProcStat.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace vantoro {
@@ -118,8 +119,12 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
     stat.state = cursor.at[0];
     cursor.at += 2;
     std::uint64_t parent = 0;
+    std::uint64_t group = 0;
+    std::uint64_t session = 0;
     const bool complete = cursor.readFieldAndSpace(parent)              // 4 ppid
-                          && cursor.skipFields(4)                       // 5–8 pgrp session tty_nr tpgid
+                          && cursor.readFieldAndSpace(group)            // 5 pgrp
+                          && cursor.readFieldAndSpace(session)          // 6
+                          && cursor.skipFields(2)                       // 7–8 tty_nr tpgid
                           && cursor.readFieldAndSpace(stat.flags)       // 9
                           && cursor.skipFields(4)                       // 10–13 minflt cminflt majflt cmajflt
                           && cursor.readFieldAndSpace(stat.userTicks)   // 14
@@ -130,9 +135,12 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
                           && cursor.readFieldAndSpace(stat.startTicks)  // 22
                           && cursor.skipFields(1)                       // 23 vsize
                           && cursor.readField(stat.residentPages);      // 24
-    if (!complete || parent > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()))
+    constexpr auto greatestPid = static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max());
+    if (!complete || std::max({parent, group, session}) > greatestPid)
         return {};
     stat.parentPid = static_cast<std::int32_t>(parent);
+    stat.groupPid = static_cast<std::int32_t>(group);
+    stat.sessionPid = static_cast<std::int32_t>(session);
     stat.usedBytes = static_cast<std::size_t>(cursor.at - text.data());
     return stat;
 }

@@ -19,6 +19,9 @@ struct ProcessStat {
     /// 'R' running, 'S' sleeping, 'Z' ended but not yet waited for, …
     char state = '?';
     std::int32_t parentPid = 0;
+    /// The leaders of its process group and its session; 0 where they are out of sight.
+    std::int32_t groupPid = 0;
+    std::int32_t sessionPid = 0;
     /// The kernel's PF_… flags.
     std::uint64_t flags = 0;
     /// Cumulative CPU time and the moment of start after boot, in clock ticks.

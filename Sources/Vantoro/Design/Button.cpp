@@ -41,6 +41,11 @@ void Button::setSpokenName(const QString& name) {
         setToolTip(name);
 }
 
+void Button::cancelPress() {
+    pressed_ = false;
+    update();
+}
+
 void Button::setDrawnHeight(int points) {
     height_ = points;
     updateGeometry();

@@ -28,6 +28,8 @@ public:
     void setIcon(const QString& name, int size = 16);
     /// What a screen reader says where the text does not; also the tooltip of a button without a text.
     void setSpokenName(const QString& name);
+    /// A press that is under way counts no more: the button has come to stand for something else.
+    void cancelPress();
     /// The drawn height in points: 32 unless told.
     void setDrawnHeight(int points);
 

@@ -1,6 +1,7 @@
 #include "Design/PaintedWidget.h"
 
 #include <QAccessibleWidget>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -75,6 +76,11 @@ private:
     Description description() const { return static_cast<PaintedWidget*>(object())->describe(); }
 };
 
+bool activates(int key) {
+    return key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Delete ||
+           key == Qt::Key_Backspace || key == Qt::Key_Escape;
+}
+
 QAccessibleInterface* describedInterface(const QString&, QObject* object) {
     PaintedWidget* const widget = qobject_cast<PaintedWidget*>(object);
     return widget != nullptr ? new DescribedInterface(widget) : nullptr; // Qt owns it
@@ -88,12 +94,27 @@ std::optional<Animation> Look::update() const {
     return transaction != nullptr ? *transaction : motion.update();
 }
 
+QString plainTooltip(const QString& text) {
+    return text.isEmpty() ? QString() : "<qt>" + text.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")) + "</qt>";
+}
+
 PaintedWidget::PaintedWidget(Look& look, QWidget* parent) : QWidget(parent), look_(look) {
     connect(&look.theme, &Theme::changed, this, [this] {
         themeChanged();
         updateGeometry();
         update();
     });
+}
+
+bool PaintedWidget::event(QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        const auto* const press = static_cast<QKeyEvent*>(event);
+        if (press->isAutoRepeat() && activates(press->key())) {
+            event->accept();
+            return true;
+        }
+    }
+    return QWidget::event(event);
 }
 
 void PaintedWidget::announceChange(QAccessible::Event change) {

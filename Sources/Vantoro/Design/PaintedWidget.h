@@ -17,6 +17,9 @@
 
 namespace vantoro {
 
+/// A text as the mark-up that shows it letter for letter, and wraps; nothing of nothing.
+QString plainTooltip(const QString& text);
+
 /// What every widget draws with; one for the whole program, made by the shell. All of it outlives the widgets.
 struct Look {
     Theme& theme;
@@ -63,10 +66,15 @@ public:
 
     /// What a screen reader is told; a grouping without a name unless a widget says otherwise.
     virtual Description describe() { return {}; }
+    /// The tooltip, shown letter for letter and wrapped: names are other people's, and what looks like mark-up in one
+    /// is part of it. Hides the toolkit's, which would read it as mark-up.
+    void setToolTip(const QString& text) { QWidget::setToolTip(plainTooltip(text)); }
     /// Tells a screen reader that the name, the value or the state has changed.
     void announceChange(QAccessible::Event change = QAccessible::ValueChanged);
 
 protected:
+    /// A key that is held activates once: its repeats of Space, Return and Delete reach no widget of ours.
+    bool event(QEvent* event) override;
     Look& look() const { return look_; }
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }

@@ -108,7 +108,8 @@ void PopUpButton::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Enter:
     case Qt::Key_Up:
     case Qt::Key_Down:
-        openList();
+        if (!event->isAutoRepeat())
+            openList();
         break;
     default:
         PaintedWidget::keyPressEvent(event);

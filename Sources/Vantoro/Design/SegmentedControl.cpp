@@ -139,10 +139,11 @@ void SegmentedControl::mousePressEvent(QMouseEvent* event) {
 void SegmentedControl::keyPressEvent(QKeyEvent* event) {
     focus_.keyUsed();
     const int forward = isRightToLeft() ? -1 : 1;
+    const bool isHeld = event->isAutoRepeat(); // one segment a press: what a segment stands for may be a whole pane
     if (event->key() == Qt::Key_Left)
-        choose(current_ - forward);
+        choose(isHeld ? current_ : current_ - forward);
     else if (event->key() == Qt::Key_Right)
-        choose(current_ + forward);
+        choose(isHeld ? current_ : current_ + forward);
     else
         PaintedWidget::keyPressEvent(event);
     update();

@@ -18,9 +18,21 @@ Sheet::Sheet(Look& look, QWidget& window, int radius)
     : PaintedWidget(look, &window), card_(new QWidget(this)), radius_(radius) {
     setFocusPolicy(Qt::StrongFocus);
     window.installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (now != nullptr && now != this && now->window() == this->window() && isOnTop() && !isAncestorOf(now))
+            setFocus(Qt::OtherFocusReason);
+    });
 }
 
 Sheet::~Sheet() = default;
+
+bool Sheet::isOnTop() const {
+    const auto sheets = parentWidget()->findChildren<Sheet*>(Qt::FindDirectChildrenOnly);
+    // Children are kept from the lowest to the topmost.
+    const auto top = std::find_if(sheets.rbegin(), sheets.rend(),
+                                  [this](const Sheet* sheet) { return sheet->isVisibleTo(parentWidget()); });
+    return top != sheets.rend() && *top == this;
+}
 
 void Sheet::open(QWidget* focus) {
     focusBefore_ = QApplication::focusWidget();
@@ -103,9 +115,33 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
 
 void Sheet::mousePressEvent(QMouseEvent*) {}
 
+bool Sheet::event(QEvent* event) {
+    // Accepted, a key comes to the sheet as a press instead of setting off a shortcut of the window.
+    if (event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
+    return PaintedWidget::event(event);
+}
+
 bool Sheet::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == parentWidget() && event->type() == QEvent::Resize)
+    if (watched != parentWidget())
+        return PaintedWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::Resize)
         setGeometry(parentWidget()->rect());
+    if (!isOnTop())
+        return PaintedWidget::eventFilter(watched, event);
+    // Keys that reach the window passed the sheet by: the keyboard is on something below it.
+    if (event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
+    if (event->type() == QEvent::KeyPress) {
+        setFocus(Qt::OtherFocusReason);
+        QApplication::sendEvent(this, event);
+        event->accept();
+        return true;
+    }
     return PaintedWidget::eventFilter(watched, event);
 }
 

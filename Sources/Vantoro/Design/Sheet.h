@@ -34,6 +34,7 @@ protected:
     /// Return was pressed anywhere in the card and no button took it.
     virtual void accept() {}
 
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -44,6 +45,8 @@ protected:
     void setSpokenName(const QString& name) { spoken_ = name; }
 
 private:
+    /// Open, and no other sheet over it.
+    bool isOnTop() const;
     void placeCard();
 
     QWidget* card_; // owned by Qt as a child

@@ -3,12 +3,12 @@
 #include "Model/Diagnosis.h"
 #include "Model/MachineName.h"
 #include "Model/Numbers.h"
+#include "Model/Quits.h"
 #include "Model/Suspects.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <utility>
 
@@ -25,11 +25,14 @@ std::optional<std::string> environmentVariable(const char* name) {
 
 } // namespace
 
+double HubEnvironment::steadySeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 HubEnvironment HubEnvironment::ofThisProcess() {
     return {
         .now =
             [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
-        .killProcess = [](std::int32_t pid) { ::kill(pid, SIGKILL); },
         .interval = environmentVariable("VANTORO_INTERVAL"),
         .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
 }
@@ -85,6 +88,7 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , processes_(
           platform, [this] { return ProcessMonitor::mode(environment_.processMode, settings_.processMonitorMode()); },
           environment_.processTiming)
+    , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic))
     , system_(platform.system) {
     snapshot_ = measure(environment_.now());
     vitals_ = Vitals::quantising(snapshot_);
@@ -225,6 +229,8 @@ void SensorHub::tickUnlessJustDone() {
 
 void SensorHub::beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors) {
     isReplay_ = true;
+    // A recording's process numbers are anybody's by now.
+    quits_->disable();
     machineName_ = machineName;
     recordedProcessors_ = processors;
 }
@@ -317,16 +323,6 @@ void SensorHub::rebuildSeries() {
     emit seriesChanged();
 }
 
-void SensorHub::forceQuit(const ProcessGroup& group) {
-    // A recording's process numbers are anybody's by now.
-    if (isReplay_)
-        return;
-    for (const ProcessAggregate& member : group.members)
-        // To the kernel 0 and below are not processes but whole groups of them, our own included.
-        if (member.pid > 0)
-            environment_.killProcess(member.pid);
-    QTimer::singleShot(std::chrono::milliseconds(250), this, &SensorHub::tickUnlessJustDone);
-}
 
 const std::string& SensorHub::machineName() {
     if (!machineName_)

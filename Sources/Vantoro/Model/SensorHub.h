@@ -32,16 +32,21 @@
 
 namespace vantoro {
 
+class Quits;
+
 /// What the hub takes from the world beside its sources; each may be replaced in a test.
 struct HubEnvironment {
+    static double steadySeconds();
+
     std::function<UnixSeconds()> now;
-    std::function<void(std::int32_t pid)> killProcess;
+    /// Seconds of a clock that only goes forward.
+    std::function<double()> monotonic = steadySeconds;
     /// VANTORO_INTERVAL and VANTORO_PROCESS_MODE as they stood at launch.
     std::optional<std::string> interval;
     std::optional<std::string> processMode;
     ProcessMonitor::Timing processTiming;
 
-    /// The system clock, SIGKILL, and this process's environment.
+    /// The system clock and this process's environment.
     static HubEnvironment ofThisProcess();
 };
 
@@ -144,8 +149,8 @@ public:
     void addSingleReadings(Snapshot& measured);
     /// What this machine is to be called in a recording of it, begun at this time.
     RecordingHeader recordingHeader(UnixSeconds begun);
-    /// Ends every process of the group, as far as the system allows, and looks again a quarter of a second later.
-    void forceQuit(const ProcessGroup& group);
+    /// Ends groups of processes, as far as the system allows; none while figures are replayed.
+    Quits& quits() const { return *quits_; }
 
     /// What people call this machine; found on first use.
     const std::string& machineName();
@@ -226,6 +231,7 @@ private:
     History history_;
     Cooling cooling_ = Cooling::fans;
     ProcessMonitor processes_;
+    std::unique_ptr<Quits> quits_;
     std::unique_ptr<QTimer> timer_;
     /// While the timer runs.
     std::unique_ptr<Activity::Held> sampling_;

@@ -1,6 +1,5 @@
 #include "Views/AdviceModel.h"
 
-#include "Views/QuitModel.h"
 #include "Views/Words.h"
 
 namespace vantoro {
@@ -8,6 +7,7 @@ namespace vantoro {
 AdviceModel adviceModel(const SensorHub& hub) {
     AdviceModel model{.title = tr("What you can do"),
                       .items = {},
+                      .result = quitResultModel(hub),
                       .emptyText = tr("Nothing needs doing."),
                       .explain = tr("Explain in full…")};
     if (hub.measuring() != Measuring::done) {
@@ -17,9 +17,13 @@ AdviceModel adviceModel(const SensorHub& hub) {
     }
     for (const Advice& advice : hub.verdict().advice) {
         AdviceItemModel item{.text = toQString(advice.text), .quitPID = advice.quitPID, .note = {}};
-        if (advice.quitPID)
-            if (const ProcessGroup* const group = groupHolding(hub, *advice.quitPID); group != nullptr)
-                item.note = quitNote(*group);
+        if (advice.quitPID) {
+            const std::optional<ProcessGroup> group = groupHolding(hub, *advice.quitPID);
+            // The verdict remembers for longer than a process may live.
+            if (model.result || !group || !canBeQuit(hub, *group))
+                continue;
+            item.note = quitNote(hub, *group);
+        }
         model.items.push_back(std::move(item));
     }
     return model;

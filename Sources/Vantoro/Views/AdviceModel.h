@@ -1,7 +1,7 @@
 // What the advice panel says.
 #pragma once
 
-#include "Model/SensorHub.h"
+#include "Views/QuitModel.h"
 
 #include <QString>
 #include <vector>
@@ -20,6 +20,8 @@ struct AdviceItemModel {
 struct AdviceModel {
     QString title;
     std::vector<AdviceItemModel> items;
+    /// What became of the last quitting, in place of the quit button.
+    std::optional<QuitResultModel> result;
     /// In place of the items when there is none.
     QString emptyText;
     QString explain;

@@ -10,10 +10,56 @@ constexpr int buttonGap = 16;
 constexpr int noteGap = 10;
 constexpr int lowestGap = 16;
 constexpr int sealSize = 32;
+constexpr int noteHeight = 56;
+constexpr int noteIcon = 16;
+constexpr int noteInset = 14;
 } // namespace
 
+/// What became of a quitting.
+class AdvicePanel::ResultNote : public PaintedWidget {
+public:
+    using PaintedWidget::PaintedWidget;
+
+    void show(const QuitResultModel& model) {
+        if (model == model_)
+            return;
+        model_ = model;
+        update();
+        announceChange(QAccessible::Alert);
+    }
+    using PaintedWidget::show;
+    QSize sizeHint() const override { return {120, qRound(noteHeight * theme().textScale())}; }
+    Description describe() override {
+        const QString gap = model_.detail.isEmpty() ? QString() : QStringLiteral(", ");
+        return {.role = QAccessible::Notification, .name = model_.text + gap + model_.detail};
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color(Tone::hover));
+        painter.drawRoundedRect(QRectF(rect()), Space::buttonRadius, Space::buttonRadius);
+        drawIcon(painter, QRectF(noteInset, 0, noteIcon, height()), model_.icon, noteIcon, color(Tone::textSecondary));
+        const double left = noteInset + noteIcon + 10;
+        const double wide = width() - left - noteInset;
+        const double line = lineHeight(Type::body);
+        const double detail = model_.detail.isEmpty() ? 0 : lineHeight(Type::caption);
+        const double y = (height() - line - detail) / 2;
+        drawText(painter, {left, y, wide, line}, Type::body.medium(), color(Tone::textPrimary), model_.text);
+        drawText(painter, {left, y + line, wide, detail}, Type::caption, color(Tone::textTertiary), model_.detail);
+    }
+
+private:
+    QuitResultModel model_;
+};
+
 AdvicePanel::AdvicePanel(Look& look, QWidget* parent)
-    : Panel(look, parent), explain_(new FooterButton(look, "list.bullet.indent", this)) {
+    : Panel(look, parent)
+    , note_(new ResultNote(look, this))
+    , explain_(new FooterButton(look, "list.bullet.indent", this)) {
+    note_->hide();
     connect(explain_, &FooterButton::clicked, this, &AdvicePanel::explainRequested);
 }
 
@@ -31,7 +77,7 @@ AdvicePanel::Item AdvicePanel::newItem(std::size_t index) {
 void AdvicePanel::show(const AdviceModel& model) {
     if (model == model_)
         return;
-    const bool wasEmpty = model_.items.empty();
+    const bool wasEmpty = isEmpty();
     model_ = model;
     setTitle(model.title);
     explain_->setText(model.explain);
@@ -54,7 +100,10 @@ void AdvicePanel::show(const AdviceModel& model) {
         item.text->setText(isQuit ? shown.note : shown.text);
     }
     stack(width(), true);
-    if (wasEmpty != model.items.empty() || model.items.empty())
+    if (model.result)
+        note_->show(*model.result);
+    note_->setVisible(model.result.has_value());
+    if (wasEmpty || isEmpty())
         update();
     const int height = heightFor(width());
     if (height == askedHeight_)
@@ -87,12 +136,19 @@ int AdvicePanel::stack(int width, bool place) const {
             item.text->setGeometry(left, y, wide, height);
         y += height;
     }
+    if (model_.result) {
+        const int height = note_->sizeHint().height();
+        y += model_.items.empty() ? 0 : buttonGap;
+        if (place)
+            note_->setGeometry(left, y, wide, height);
+        y += height;
+    }
     return y;
 }
 
 int AdvicePanel::heightFor(int width) const {
     int body = stack(width, false);
-    if (model_.items.empty())
+    if (isEmpty())
         body += sealSize + 10 + static_cast<int>(lineHeight(Type::body));
     return body + lowestGap + explain_->sizeHint().height();
 }
@@ -112,7 +168,7 @@ void AdvicePanel::themeChanged() {
 
 void AdvicePanel::paintEvent(QPaintEvent* event) {
     Panel::paintEvent(event);
-    if (!model_.items.empty())
+    if (!isEmpty())
         return;
     constexpr int gap = 10;
     QPainter painter(this);

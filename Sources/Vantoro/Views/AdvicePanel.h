@@ -36,12 +36,16 @@ private:
         Button* quit = nullptr;
     };
 
+    class ResultNote;
+
     Item newItem(std::size_t index);
     /// Stacks the items at this width, moving them when asked, and gives the height they end at.
     int stack(int width, bool place) const;
+    bool isEmpty() const { return model_.items.empty() && !model_.result; }
 
     AdviceModel model_;
     std::vector<Item> items_;
+    ResultNote* note_; // owned by Qt as a child
     int askedHeight_ = 0;
     FooterButton* explain_; // owned by Qt as a child
 };

@@ -50,6 +50,7 @@ MainWindow::~MainWindow() = default;
 void MainWindow::addShortcuts() {
     const auto add = [this](const QKeySequence& keys, auto action) {
         auto* const shortcut = new QShortcut(keys, this); // owned by Qt as a child
+        shortcut->setAutoRepeat(false);
         connect(shortcut, &QShortcut::activated, this, action);
     };
     for (const Pane pane : allPanes)

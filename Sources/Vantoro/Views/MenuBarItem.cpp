@@ -1,5 +1,7 @@
 #include "Views/MenuBarItem.h"
 
+#include "Views/Words.h"
+
 #include <QCursor>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -126,7 +128,7 @@ void MenuBarItem::refresh() {
         return;
     const bool looksSame = model.symbol == model_.symbol && model.figure == model_.figure;
     if (model.tooltip != model_.tooltip)
-        item_->setToolTip(model.tooltip);
+        item_->setToolTip(trayText(model.tooltip));
     model_ = std::move(model);
     if (!looksSame)
         showPicture();

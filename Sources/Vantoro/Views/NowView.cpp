@@ -14,6 +14,12 @@ NowView::NowView(ViewContext& context, QWidget* parent)
     connect(content_->suspects(), &SuspectsPanel::rowReached, this,
             [this](QWidget* row) { pane_->ensureWidgetVisible(row, 0, Space::windowMargin); });
     connect(content_->advice(), &AdvicePanel::quitRequested, this, ask);
+    connect(&hub().quits(), &Quits::changed, this, [this] {
+        if (isVisible()) {
+            showSuspects();
+            showAdvice();
+        }
+    });
     connect(content_->advice(), &AdvicePanel::explainRequested, this, &NowView::explainRequested);
     shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::verdictChanged}, [this] { showHero(); });
     shows({&SensorHub::verdictChanged, &SensorHub::suspectsChanged, &SensorHub::processesReadyChanged,

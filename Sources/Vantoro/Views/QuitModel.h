@@ -1,36 +1,55 @@
-// Ending an application: which one a process belongs to, and what is said before it is done.
+// Ending an application: which one a process belongs to, what is said before, meanwhile and after.
 #pragma once
 
+#include "Model/Quits.h"
 #include "Model/SensorHub.h"
 
 #include <QString>
 
 namespace vantoro {
 
+/// What the alert shows, before and while the processes end.
 struct QuitModel {
     QString title;
     QString text;
+    /// Beside a ring that is closed this far, while there is something to wait for; else empty.
+    QString wait;
+    double ring = 0;
     QString confirm;
     QString cancel;
-    /// False while a recording plays: its processes are not this machine's, and their numbers belong to others here.
-    bool canQuit = true;
-    /// The group's key.
-    std::string key;
-    std::int32_t pid = 0;
+    /// False while the time to end is running, and while a recording plays: its processes are not this machine's, and
+    /// their numbers belong to others here.
+    bool canConfirm = true;
 
     bool operator==(const QuitModel&) const = default;
 };
 
-/// The group that holds this process at this moment; null when it is gone. Valid until the hub publishes.
-const ProcessGroup* groupHolding(const SensorHub& hub, std::int32_t pid);
+/// What became of it, in place of the quit button.
+struct QuitResultModel {
+    QString icon;
+    QString text;
+    QString detail;
 
-/// None when the process's group is gone.
-std::optional<QuitModel> quitModel(const SensorHub& hub, std::int32_t pid);
+    bool operator==(const QuitResultModel&) const = default;
+};
 
-/// Ends the group that was asked about, if it is still there and still the same.
-void confirmQuit(SensorHub& hub, const QuitModel& asked);
+/// The group that holds this process at this moment, with the members of the last seconds and of the verdict; none when
+/// it is gone. It is one group wherever it is shown, so that its processes are counted alike.
+std::optional<ProcessGroup> groupHolding(const SensorHub& hub, std::int32_t pid);
+std::optional<ProcessGroup> wholeGroup(const SensorHub& hub, const std::string& key);
 
-/// "Ends all 11 processes at once. Unsaved changes are lost.", under a quit button.
-QString quitNote(const ProcessGroup& group);
+/// Whether any of it could be ended; never of a group that this program belongs to.
+bool canBeQuit(const SensorHub& hub, const ProcessGroup& group);
+
+/// The question, about so many processes.
+QuitModel quitModel(const SensorHub& hub, const ProcessGroup& group, int processes);
+/// What is shown while they end.
+QuitModel quitModel(const Quits& quits, const Quitting& quitting);
+
+/// None when nothing happened lately.
+std::optional<QuitResultModel> quitResultModel(const SensorHub& hub);
+
+/// "Asks all 11 processes to end. What they have not saved is lost.", under a quit button.
+QString quitNote(const SensorHub& hub, const ProcessGroup& group);
 
 } // namespace vantoro

@@ -3,6 +3,7 @@
 #include "Design/Panel.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -23,6 +24,7 @@ constexpr int expandedBottom = 12;
 /// From this text scale on the bar has a line of its own.
 constexpr double stackedScale = 1.25;
 constexpr int stackedBar = 14;
+constexpr double fadeSeconds = 0.3;
 
 int plainTextHeight(const Theme& theme) {
     const double lines = lineHeightOf(Type::body, theme) + lineHeightOf(Type::caption, theme);
@@ -35,8 +37,12 @@ SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
     : PaintedWidget(look, parent)
     , icons_(icons)
     , bar_(new CoreBar(look, this))
-    , quit_(new Button(look, Button::Kind::bordered, {}, this)) {
+    , quit_(new Button(look, Button::Kind::bordered, {}, this))
+    , fade_(look, 0, [this] { update(mirrored(figureRect())); }) {
     setFocusPolicy(Qt::ClickFocus);
+    // The list hears every movement of the pointer, whichever part of a row it is over.
+    for (QWidget* const part : std::initializer_list<QWidget*>{this, bar_, quit_})
+        part->setMouseTracking(true);
     quit_->setDrawnHeight(quitHeight);
     quit_->setFocusPolicy(Qt::NoFocus);
     quit_->hide();
@@ -47,11 +53,15 @@ void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) 
     expandAction_ = words.expandAction;
     quitAction_ = words.quitAction;
     cores_ = words.cores;
+    forceAction_ = words.forceAction;
     bar_->show(model.percent, words.cores, model.heatStop);
     if (model == model_)
         return;
     SuspectRowModel before = model_;
     model_ = model;
+    if (before.key != model.key)
+        jump();
+    fade_.set(model.quitting.isEmpty() ? 0 : 1, fadeSeconds, isVisible() && before.key == model.key);
     before.percent = model.percent;
     before.figure = model.figure;
     before.spokenFigure = model.spokenFigure;
@@ -60,12 +70,27 @@ void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) 
     if (before == model) {
         update(mirrored(figureRect()));
     } else {
-        quit_->setText(quitAction_);
+        quit_->setText(model_.offersForce ? forceAction_ : quitAction_);
         setToolTip(QString());
+        showQuit();
         place();
         update();
     }
     announceChange();
+}
+
+void SuspectRow::jump() {
+    bar_->jump();
+    fade_.settle();
+    isPressed_ = false;
+    quit_->cancelPress();
+}
+
+void SuspectRow::setMoving(bool moving) {
+    if (moving == isMoving_)
+        return;
+    isMoving_ = moving;
+    update();
 }
 
 void SuspectRow::setExpanded(bool expanded) {
@@ -119,10 +144,12 @@ QRect SuspectRow::figureRect() const {
 QRect SuspectRow::barRect() const {
     const QRect figure = figureRect();
     const int height = bar_->sizeHint().height();
+    // The wider button stands at the bar's end, and the bar begins where every other does.
+    const int taken = model_.offersForce ? std::max(0, quitWidth() - 2 * Button::ringMargin - figure.width()) : 0;
     if (isStacked())
         return {textLeft, plainTextHeight(theme()), width() - textLeft - Space::panelPadding, height};
     const int wide = isNarrow_ ? 128 : 220;
-    return {figure.left() - barGap - wide, (figure.height() - height) / 2, wide, height};
+    return {figure.left() - barGap - wide, (figure.height() - height) / 2, wide - taken, height};
 }
 
 double SuspectRow::nameWidth() const {
@@ -130,10 +157,14 @@ double SuspectRow::nameWidth() const {
     return std::max(0, right - barGap - textLeft);
 }
 
+int SuspectRow::quitWidth() const {
+    return std::max(quit_->sizeHint().width(), figureWidth + 2 * Button::ringMargin);
+}
+
 void SuspectRow::place() {
     bar_->setGeometry(mirrored(barRect()));
     const QSize button = quit_->sizeHint();
-    const int drawn = std::max(button.width(), figureWidth + 2 * Button::ringMargin);
+    const int drawn = quitWidth();
     quit_->setGeometry(mirrored(QRect(width() - Space::panelPadding + Button::ringMargin - drawn,
                                       (plainTextHeight(theme()) - button.height()) / 2, drawn, button.height())));
 }
@@ -149,6 +180,8 @@ void SuspectRow::themeChanged() {
 void SuspectRow::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    if (isMoving_)
+        painter.fillRect(rect(), color(Tone::panel));
     if (isHovered_)
         painter.fillRect(rect(), color(Tone::hover));
     if (bar_->geometry().contains(event->rect()))
@@ -175,8 +208,7 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
     drawText(painter, {textLeft, top + nameHeight, textWidth, aboutHeight}, Type::caption, color(Tone::textTertiary),
              model_.about);
     if (!quit_->isVisible())
-        drawText(painter, figureRect(), isSuspect ? Type::body.semibold() : Type::body.medium(),
-                 color(Tone::textPrimary), model_.figure, Qt::AlignRight, Qt::ElideNone);
+        paintFigure(painter);
 
     if (isExpanded_) {
         const double wide = width() - textLeft - Space::panelPadding;
@@ -197,23 +229,42 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
         drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius, theme());
 }
 
+void SuspectRow::paintFigure(QPainter& painter) {
+    const double faded = fade_.value();
+    if (faded < 1) {
+        painter.setOpacity(1 - faded);
+        drawText(painter, figureRect(), model_.heatStop ? Type::body.semibold() : Type::body.medium(),
+                 color(Tone::textPrimary), model_.figure, Qt::AlignRight, Qt::ElideNone);
+    }
+    if (faded > 0) {
+        painter.setOpacity(faded);
+        drawText(painter, figureRect(), Type::caption, color(Tone::textSecondary), model_.quitting, Qt::AlignRight,
+                 Qt::ElideNone);
+    }
+    painter.setOpacity(1);
+}
+
 Description SuspectRow::describe() {
     Description what{.role = QAccessible::ListItem,
                      .name = model_.name + QStringLiteral(", ") + model_.about,
-                     .value = model_.spokenFigure,
+                     .value = model_.quitting.isEmpty() ? model_.spokenFigure : model_.quitting,
                      .isExpanded = isExpanded_,
                      .isExpandable = true};
     if (isExpanded_)
         what.name += QStringLiteral(". ") + model_.explanation + u' ' + model_.details;
     what.actions.push_back({expandAction_, [this] { emit toggled(); }});
     if (model_.offersQuit)
-        what.actions.push_back({quitAction_, [this] { emit quitAsked(); }});
+        what.actions.push_back({quit_->text(), [this] { emit quitAsked(); }});
     return what;
 }
 
-void SuspectRow::showHover(bool hovered) {
+void SuspectRow::showQuit() {
+    quit_->setVisible(model_.offersForce || (isHovered_ && model_.offersQuit));
+}
+
+void SuspectRow::setHovered(bool hovered) {
     isHovered_ = hovered;
-    quit_->setVisible(hovered && model_.offersQuit);
+    showQuit();
     const double room = nameWidth();
     const bool isCut =
         textWidth(Type::body.semibold(), model_.name) > room || textWidth(Type::caption, model_.about) > room;
@@ -221,16 +272,19 @@ void SuspectRow::showHover(bool hovered) {
     update();
 }
 
-void SuspectRow::enterEvent(QEnterEvent*) {
-    showHover(true);
+void SuspectRow::enterEvent(QEnterEvent* event) {
+    setHovered(true);
+    emit entered(event->globalPosition().toPoint());
 }
 
 void SuspectRow::leaveEvent(QEvent*) {
-    showHover(false);
+    setHovered(false);
+    emit attentionChanged();
 }
 
 void SuspectRow::hideEvent(QHideEvent* event) {
-    showHover(false);
+    setHovered(false);
+    fade_.settle();
     PaintedWidget::hideEvent(event);
 }
 
@@ -287,6 +341,7 @@ void SuspectRow::focusOutEvent(QFocusEvent* event) {
     focus_.focusOut();
     PaintedWidget::focusOutEvent(event);
     update();
+    emit attentionChanged();
 }
 
 } // namespace vantoro

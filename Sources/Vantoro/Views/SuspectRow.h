@@ -3,6 +3,7 @@
 
 #include "Design/Button.h"
 #include "Design/CoreBar.h"
+#include "Design/Glide.h"
 #include "Views/AppIcons.h"
 #include "Views/SuspectsModel.h"
 
@@ -25,8 +26,15 @@ public:
     void setNarrow(bool narrow);
     /// No separator above it.
     void setFirst(bool first);
-    /// The bar's length at once: the row has come to stand for another application.
-    void jump() { bar_->jump(); }
+    /// Everything at once, and no press counts any more: the row has come to stand for another application.
+    void jump();
+    /// On its way to another place: what it passes over is not seen through it.
+    void setMoving(bool moving);
+    /// What lies under the pointer is marked, and offers to be ended.
+    void setHovered(bool hovered);
+    bool isHovered() const { return isHovered_; }
+    /// Whether the keyboard is here and shown to be.
+    bool hasKeyboard() const { return hasFocus() && focus_.showsRing(); }
 
     /// Whether its bar shows the cores one by one.
     bool hasCells() const { return CoreBar::cellsIn(barRect().width(), cores_) == cores_; }
@@ -41,6 +49,10 @@ signals:
     void quitAsked();
     /// The keyboard goes to another row: so many further, or to the first or last.
     void moved(int rows);
+    /// The pointer has come, here on the screen.
+    void entered(const QPoint& screen);
+    /// The pointer or the keyboard has gone.
+    void attentionChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -59,15 +71,18 @@ private:
     bool isStacked() const;
     QRect figureRect() const;
     QRect barRect() const;
+    int quitWidth() const;
     double nameWidth() const;
     void place();
-    void showHover(bool hovered);
+    void paintFigure(QPainter& painter);
+    void showQuit();
 
     AppIcons& icons_;
     SuspectRowModel model_;
     QString expandAction_;
     QString quitAction_;
     int cores_ = 0;
+    QString forceAction_;
     CoreBar* bar_; // owned by Qt as a child
     Button* quit_; // owned by Qt as a child
     bool isExpanded_ = false;
@@ -75,6 +90,9 @@ private:
     bool isFirst_ = false;
     bool isHovered_ = false;
     bool isPressed_ = false;
+    bool isMoving_ = false;
+    /// From the figure, at 0, to what stands in its place.
+    Glide fade_;
     FocusTracker focus_;
 };
 

@@ -3,6 +3,7 @@
 #include "Model/Diagnosis.h"
 #include "Model/ProcessKnowledge.h"
 #include "Views/EyebrowModel.h"
+#include "Views/QuitModel.h"
 #include "Views/SettingsModel.h"
 #include "Views/Words.h"
 
@@ -35,16 +36,16 @@ QString symbol(ProcessKind kind) {
     return "cpu";
 }
 
-bool offersQuit(const ProcessGroup& group, const ProcessNote* note) {
+bool offersQuit(const SensorHub& hub, const ProcessGroup& group, const ProcessNote* note) {
     const bool isTheUsers = group.kind == ProcessKind::userApp || group.kind == ProcessKind::helper ||
                             group.kind == ProcessKind::commandLine;
-    return isTheUsers && (note == nullptr || note->quittable) && !group.members.empty();
+    return isTheUsers && (note == nullptr || note->quittable) && canBeQuit(hub, group);
 }
 
-QString about(const ProcessGroup& group, const QString& name) {
+QString about(const ProcessGroup& group, const QString& name, int processes) {
     QStringList parts{toQString(kindPhrase(group.kind))};
-    if (group.members.size() >= 2)
-        parts += tr("%1 processes").arg(group.members.size());
+    if (processes >= 2)
+        parts += tr("%1 processes").arg(processes);
     if (const QString own = toQString(group.displayName); own != name)
         parts += own;
     return parts.join(separator());
@@ -61,12 +62,14 @@ QString details(const ProcessGroup& group) {
     return parts.join(separator());
 }
 
-SuspectRowModel row(const ProcessGroup& group, const Verdict& verdict) {
+SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group) {
+    const Verdict& verdict = hub.verdict();
+    const ProcessGroup whole = wholeGroup(hub, group.key).value_or(group);
     const ProcessNote* const note = ProcessKnowledge::note(group.displayName);
     SuspectRowModel row;
     row.key = toQString(group.key);
     row.name = toQString(friendlyName(group.displayName));
-    row.about = about(group, row.name);
+    row.about = about(group, row.name, hub.quits().living(whole));
     row.appPath = toQString(group.owningAppPath.value_or(std::string()));
     row.symbol = symbol(group.kind);
     row.percent = group.stressScore;
@@ -74,7 +77,13 @@ SuspectRowModel row(const ProcessGroup& group, const Verdict& verdict) {
     row.spokenFigure = tr("%1 percent of a core").arg(qRound(group.stressScore));
     if (!isAtRest(verdict.state) && verdict.suspect && verdict.suspect->key == group.key)
         row.heatStop = verdictHeatStop(verdict);
-    row.offersQuit = offersQuit(group, note);
+    row.offersQuit = offersQuit(hub, whole, note);
+    if (const Quitting* const quitting = hub.quits().find(group.key)) {
+        row.offersForce = quitting->stage() == Quitting::Stage::stillRunning;
+        row.offersQuit = row.offersForce;
+        if (!row.offersForce)
+            row.quitting = tr("quitting…");
+    }
     row.quitPID = group.members.empty() ? 0 : group.members.front().pid;
     if (note != nullptr)
         row.explanation = tr("It's %1").arg(toQString(note->what));
@@ -101,6 +110,7 @@ SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
     model.cores = static_cast<int>(hub.cores().size());
     model.expandAction = tr("Expand");
     model.quitAction = tr("Quit…");
+    model.forceAction = tr("Force Quit…");
     model.footer = footer(hub, names);
     if (isMeasuring) {
         model.isPending = true;
@@ -109,7 +119,8 @@ SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
         return model;
     }
     for (const ProcessGroup& group : hub.suspects())
-        model.rows.push_back(row(group, hub.verdict()));
+        if (!hub.quits().isEnded(group))
+            model.rows.push_back(row(hub, group));
     if (model.rows.empty())
         model.emptyText = tr("Nothing is working the machine hard right now.");
     else

@@ -25,6 +25,10 @@ struct SuspectRowModel {
     /// The one that the verdict names: emphasised, in this stop of the heat ramp.
     std::optional<int> heatStop;
     bool offersQuit = false;
+    /// In place of the figure while its processes have been asked to end; else empty.
+    QString quitting;
+    /// They did not end: what is offered instead stands in place of the figure.
+    bool offersForce = false;
     std::int32_t quitPID = 0;
     /// Shown once the row is expanded; the first may be empty.
     QString explanation;
@@ -54,6 +58,7 @@ struct SuspectsModel {
     QString showFewer;
     QString expandAction;
     QString quitAction;
+    QString forceAction;
 
     bool operator==(const SuspectsModel&) const = default;
 };

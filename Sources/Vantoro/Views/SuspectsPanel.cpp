@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <QMouseEvent>
 #include <QPainter>
 
 namespace vantoro {
@@ -14,9 +15,16 @@ constexpr int footerPadding = 12;
 
 SuspectsPanel::SuspectsPanel(Look& look, QWidget* parent)
     : Panel(look, parent), all_(new Button(look, Button::Kind::quiet, {}, this)) {
+    setMouseTracking(true);
     all_->setDrawnHeight(24);
     all_->hide();
     connect(all_, &Button::clicked, this, &SuspectsPanel::toggleAll);
+}
+
+// The rows are destroyed after this, and lose the pointer and the keyboard on the way.
+SuspectsPanel::~SuspectsPanel() {
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->row->disconnect(this);
 }
 
 std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
@@ -31,6 +39,8 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
         askForHeight();
     });
     connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
+    connect(entry->row, &SuspectRow::attentionChanged, this, &SuspectsPanel::attentionChanged);
+    connect(entry->row, &SuspectRow::entered, this, &SuspectsPanel::pointerAt);
     connect(entry->row, &SuspectRow::moved, this, [this, owned](int rows) { moveFocus(owned->row, rows); });
     return entry;
 }
@@ -39,7 +49,78 @@ std::size_t SuspectsPanel::shownRows() const {
     return showsAll_ ? model_.rows.size() : std::min<std::size_t>(model_.rows.size(), SuspectsModel::rowsAtFirst);
 }
 
+bool SuspectsPanel::keepsOrder() const {
+    if (!isVisible())
+        return false;
+    const QWidget* const at = childAtPointer();
+    if (at == this || isAncestorOf(at))
+        return true;
+    return std::any_of(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(used_),
+                       [](const std::unique_ptr<Entry>& entry) { return entry->row->hasKeyboard(); });
+}
+
 void SuspectsPanel::show(const SuspectsModel& model) {
+    latest_ = model;
+    if (!keepsOrder()) {
+        arrange(model);
+        return;
+    }
+    SuspectsModel kept = model;
+    const auto placeBefore = [this](const SuspectRowModel& row) {
+        return std::find_if(model_.rows.begin(), model_.rows.end(),
+                            [&row](const SuspectRowModel& before) { return before.key == row.key; });
+    };
+    std::stable_sort(kept.rows.begin(), kept.rows.end(),
+                     [&placeBefore](const SuspectRowModel& one, const SuspectRowModel& other) {
+                         return placeBefore(one) < placeBefore(other);
+                     });
+    arrange(kept);
+}
+
+void SuspectsPanel::attentionChanged() {
+    // A row that is hidden loses the keyboard and the pointer while the rows are being dealt out.
+    if (isArranging_)
+        return;
+    followPointer();
+    if (isVisible() && !keepsOrder())
+        arrange(SuspectsModel(latest_));
+}
+
+QWidget* SuspectsPanel::childAtPointer() const {
+    return pointer_ && isVisible() ? window()->childAt(window()->mapFromGlobal(*pointer_)) : nullptr;
+}
+
+void SuspectsPanel::pointerAt(const QPoint& screen) {
+    pointer_ = screen;
+    attentionChanged();
+}
+
+void SuspectsPanel::followPointer() {
+    const QWidget* at = childAtPointer();
+    while (at != nullptr && at->parentWidget() != this)
+        at = at->parentWidget();
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        if (entry->row->isHovered() != (entry->row == at))
+            entry->row->setHovered(entry->row == at);
+}
+
+void SuspectsPanel::enterEvent(QEnterEvent* event) {
+    pointerAt(event->globalPosition().toPoint());
+    Panel::enterEvent(event);
+}
+
+void SuspectsPanel::mouseMoveEvent(QMouseEvent* event) {
+    pointerAt(event->globalPosition().toPoint());
+    Panel::mouseMoveEvent(event);
+}
+
+void SuspectsPanel::leaveEvent(QEvent* event) {
+    pointer_.reset();
+    attentionChanged();
+    Panel::leaveEvent(event);
+}
+
+void SuspectsPanel::arrange(const SuspectsModel& model) {
     if (model == model_)
         return;
     const bool sameFrame =
@@ -57,6 +138,7 @@ void SuspectsPanel::show(const SuspectsModel& model) {
 }
 
 void SuspectsPanel::assignRows() {
+    isArranging_ = true;
     const std::size_t wanted = shownRows();
     // A row's widget stays with its application; the others take over the applications that are new.
     std::vector<std::unique_ptr<Entry>> spare;
@@ -107,6 +189,7 @@ void SuspectsPanel::assignRows() {
         if (entries_[i]->row->focusPolicy() == Qt::StrongFocus)
             stop = i;
     setStop(stop);
+    isArranging_ = false;
 }
 
 void SuspectsPanel::setStop(std::size_t index) {
@@ -143,10 +226,13 @@ bool SuspectsPanel::advance(double now) {
     for (std::size_t i = 0; i < used_; ++i) {
         const Entry& entry = *entries_[i];
         const int y = qRound(entry.y.at(now));
+        const bool isUnderWay = !entry.y.isAtRest(now);
         if (entry.row->pos() != QPoint(0, y))
             entry.row->move(0, y);
-        isMoving = isMoving || !entry.y.isAtRest(now);
+        entry.row->setMoving(isUnderWay);
+        isMoving = isMoving || isUnderWay;
     }
+    followPointer();
     return isMoving;
 }
 

@@ -8,12 +8,15 @@
 
 namespace vantoro {
 
-/// One stop of the keyboard: up and down move inside. Rows stay with their applications and glide to new places.
+/// One stop of the keyboard: up and down move inside. Rows stay with their applications and glide to new places, but
+/// not while the pointer is over the list or the keyboard in it: what somebody is about to press stays where it is.
 class SuspectsPanel : public Panel, public Animated {
     Q_OBJECT
 public:
     explicit SuspectsPanel(Look& look, QWidget* parent = nullptr);
+    ~SuspectsPanel() override;
 
+    /// While the order is kept, what has ended goes and what is new comes last.
     void show(const SuspectsModel& model);
     using QWidget::show;
     /// Shorter bars.
@@ -35,6 +38,9 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void themeChanged() override;
 
@@ -46,6 +52,14 @@ private:
         std::int32_t quitPID = 0;
     };
 
+    bool keepsOrder() const;
+    void arrange(const SuspectsModel& model);
+    /// Marks the row that lies under the pointer now, wherever the pointer came into the list.
+    void followPointer();
+    /// What lies under the pointer; null while it is not over the list. It may be a sheet over the window.
+    QWidget* childAtPointer() const;
+    void pointerAt(const QPoint& screen);
+    void attentionChanged();
     std::size_t shownRows() const;
     void assignRows();
     void placeRows(bool animated);
@@ -60,12 +74,17 @@ private:
     void paintSkeleton(QPainter& painter, double top) const;
 
     AppIcons icons_;
+    /// What is shown, and what was given last where the order differs.
     SuspectsModel model_;
+    SuspectsModel latest_;
+    /// Where on the screen it was last seen over the list; the rows may move under it while it rests.
+    std::optional<QPoint> pointer_;
     /// In the order shown; those beyond the shown rows are spare and hidden.
     std::vector<std::unique_ptr<Entry>> entries_;
     Button* all_; // owned by Qt as a child
     bool showsAll_ = false;
     bool isNarrow_ = false;
+    bool isArranging_ = false;
     std::size_t used_ = 0;
     int askedHeight_ = 0;
 };

@@ -28,10 +28,6 @@ constexpr TextStyle wordStyle = Type::small.semibold();
 
 } // namespace
 
-QString plainTooltip(const QString& text) {
-    return text.isEmpty() ? QString() : "<qt>" + text.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")) + "</qt>";
-}
-
 UpdateChip::UpdateChip(Look& look, QWidget* parent)
     : PaintedWidget(look, parent), mark_(new UpdateMark(look, iconSize, Tone::textPrimary, this)) {
     setMouseTracking(true);
@@ -104,7 +100,7 @@ void UpdateChip::explain() {
     for (const QString& part : {isCut ? line_.text : QString(), line_.more})
         if (!part.isEmpty())
             told.append(part);
-    setToolTip(plainTooltip(told.join(u'\n')));
+    setToolTip(told.join(u'\n'));
 }
 
 Description UpdateChip::describe() {

@@ -59,7 +59,4 @@ private:
     FocusTracker focus_;
 };
 
-/// A text as a tooltip that wraps and shows whatever it holds as it is.
-QString plainTooltip(const QString& text);
-
 } // namespace vantoro

@@ -38,7 +38,7 @@ void UpdateRow::show(const UpdateLine& line) {
     line_ = line;
     mark_->show(line.mark);
     text_->setText(line.text);
-    setToolTip(plainTooltip(line.more));
+    setToolTip(line.more);
     button_->setVisible(line.command.has_value());
     if (line.command)
         button_->setText(updateWord(*line.command));

@@ -34,6 +34,11 @@ extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotificati
 - (NSColor*)colorUsingColorSpace:(NSColorSpace*)space;
 @end
 
+@interface NSRunningApplication : NSObject
++ (NSRunningApplication*)runningApplicationWithProcessIdentifier:(int)pid;
+- (BOOL)terminate;
+@end
+
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
 @property(readonly, strong) NSNotificationCenter* notificationCenter;
