@@ -323,7 +323,6 @@ void SensorHub::rebuildSeries() {
     emit seriesChanged();
 }
 
-
 const std::string& SensorHub::machineName() {
     if (!machineName_)
         machineName_ = vantoro::machineName(machine_ ? machine_->modelIdentifier() : std::nullopt,
