@@ -1,8 +1,8 @@
 // The shared components: what they hold, how they are driven, and what a screen reader is told of them.
 #include "Design/BalancedLabel.h"
 #include "Design/Button.h"
-#include "Design/CoreBar.h"
 #include "Design/ChoiceList.h"
+#include "Design/CoreBar.h"
 #include "Design/FooterButton.h"
 #include "Design/Panel.h"
 #include "Design/PopUpButton.h"
