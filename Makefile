@@ -69,7 +69,7 @@ format-check:
 # The model's own files: what decides and words; the rest is covered by the compilers' warnings and the sanitizers.
 tidy:
 	@test -f build/dev/compile_commands.json || cmake --preset dev
-	@printf '%s\n' Sources/Vantoro/Model/*.cpp $(addprefix Sources/Vantoro/Design/,Format.cpp FormatContext.cpp Motion.cpp) | xargs -P $(shell nproc 2>/dev/null || sysctl -n hw.ncpu) -n 1 \
+	@printf '%s\n' Sources/Vantoro/Model/*/*.cpp | xargs -P $(shell nproc 2>/dev/null || sysctl -n hw.ncpu) -n 1 \
 		clang-tidy --quiet -p build/dev
 
 # What the window costs, on a screen of its own.

@@ -1,7 +1,7 @@
 // A history as a busy machine fills it: 20 rows a snapshot from 60 processes, whose order and figures change each time.
 #pragma once
 
-#include "Model/History.h"
+#include "Model/History/History.h"
 
 #include <cstddef>
 #include <string>

@@ -2,12 +2,12 @@
 
 #include "FullHistory.h"
 
-#include "Model/CoreMonitor.h"
-#include "Model/GPUPowerSampler.h"
-#include "Model/SensorHub.h"
-#include "Model/Settings.h"
-#include "Model/SMCReader.h"
-#include "Model/UnprivilegedProcesses.h"
+#include "Model/Live/SensorHub.h"
+#include "Model/Live/Settings.h"
+#include "Model/Processes/UnprivilegedProcesses.h"
+#include "Model/Readers/CoreMonitor.h"
+#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Readers/SMCReader.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 

@@ -2,7 +2,7 @@
 
 #include "FullHistory.h"
 
-#include "Model/Recording.h"
+#include "Model/Recording/Recording.h"
 
 #include <cstdio>
 #include <cstdlib>

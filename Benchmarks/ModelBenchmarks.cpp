@@ -1,11 +1,11 @@
 #include "FullHistory.h"
 
-#include "Design/Format.h"
-#include "Model/ChartSeries.h"
-#include "Model/Diagnosis.h"
-#include "Model/LocalExplainer.h"
-#include "Model/Suspects.h"
-#include "Model/TopStream.h"
+#include "Model/Diagnosis/Diagnosis.h"
+#include "Model/Explanation/LocalExplainer.h"
+#include "Model/History/ChartSeries.h"
+#include "Model/History/Suspects.h"
+#include "Model/Processes/TopStream.h"
+#include "Model/Text/Format.h"
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

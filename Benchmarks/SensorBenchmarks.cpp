@@ -1,10 +1,10 @@
 // What the sensors of Linux cost: finding 5,000 of them, and one reading of all that the hub reads, beside the bare
 // reading of the same files.
 #include "CSensors/smc.h"
-#include "Model/SMCReader.h"
-#include "Platform/Linux/HwmonSMCService.h"
-#include "Platform/Linux/HwmonTree.h"
-#include "Platform/Linux/KeptFile.h"
+#include "Model/Readers/SMCReader.h"
+#include "Platform/Linux/Hwmon/HwmonTree.h"
+#include "Platform/Linux/Reading/KeptFile.h"
+#include "Platform/Linux/Sensors/HwmonSMCService.h"
 
 #include <benchmark/benchmark.h>
 #include <chrono>

@@ -1,7 +1,7 @@
 // How long the window blocks while it is resized and while its panes change, on a recording: `vantoro_view_costs
 // RECORDING`. Each step is timed from the request to the painted window.
-#include "Model/Replay.h"
-#include "Views/MainWindow.h"
+#include "Model/Live/Replay.h"
+#include "Views/Shell/MainWindow.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // Desktop entries and the names of control groups.
-#include "Platform/Linux/AppUnit.h"
-#include "Platform/Linux/DesktopEntry.h"
+#include "Platform/Linux/Apps/AppUnit.h"
+#include "Platform/Linux/Apps/DesktopEntry.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Every parser of the kernel's text files on the same bytes.
-#include "Platform/Linux/LinuxOwnCost.h"
-#include "Platform/Linux/ProcScan.h"
-#include "Platform/Linux/ProcStat.h"
+#include "Platform/Linux/Proc/ProcScan.h"
+#include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Reading/LinuxOwnCost.h"
 
 #include <cstddef>
 #include <cstdint>

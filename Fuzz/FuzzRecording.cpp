@@ -1,6 +1,6 @@
 // A recording's lines: the first as the header, the others as snapshots. What is read must be written and read again
 // unchanged, and a reason must be safe to print.
-#include "Model/Recording.h"
+#include "Model/Recording/Recording.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
 // Any bytes on their way to a terminal: what comes out is text, steers nothing, and fits where it should.
 
-#include "Model/JsonReport.h"
-#include "Model/TerminalText.h"
-#include "Model/TextReport.h"
-#include "Model/Utf8.h"
+#include "Model/Explanation/JsonReport.h"
+#include "Model/Explanation/TextReport.h"
+#include "Model/Text/TerminalText.h"
+#include "Model/Text/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // The process stream in arbitrary pieces, its blocks, and the path list. Cutting must not depend on where pieces end.
 
-#include "Model/TopStream.h"
-#include "Model/Utf8.h"
+#include "Model/Processes/TopStream.h"
+#include "Model/Text/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>

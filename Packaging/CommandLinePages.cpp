@@ -1,7 +1,7 @@
 // Prints what goes with the program's command line, from the table that `--help` is printed from: its manual page, or
 // the completions of a shell.
 
-#include "Model/CommandLineTable.h"
+#include "Model/CommandLine/CommandLineTable.h"
 
 #include <algorithm>
 #include <cctype>

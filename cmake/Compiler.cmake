@@ -17,6 +17,11 @@ if(VANTORO_SANITIZE)
     target_compile_options(vantoro_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
+# A program loads the libraries that it calls, and no other that a room below it names.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_link_options(LINKER:--as-needed)
+endif()
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     # What ccache asks for before it keeps a compilation that uses a precompiled header.
@@ -25,26 +30,49 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
         ${CCACHE_PROGRAM})
 endif()
 
-# Precompiled headers: what most files of a kind read anyway. They grant nothing, since what a target does not link is
-# not found; the clang build without them shows whether each file still names all it uses.
+# Precompiled headers: what most files of a kind read anyway, compiled once for each kind of target. They grant nothing
+# that a target does not link, but for names of the standard library and of Qt, which Tests/Walls looks after; clang reads
+# every file without them, so that each still has to name what it uses.
 set(VANTORO_STANDARD_HEADERS <algorithm> <array> <cmath> <cstdint> <functional> <memory> <optional> <string>
     <string_view> <unordered_map> <utility> <vector>)
-set(VANTORO_CORE_HEADERS <QCoreApplication> <QObject> <QPointer> <QString> <QStringList> <QTimer>)
-set(VANTORO_WIDGET_HEADERS <QApplication> <QKeyEvent> <QMouseEvent> <QPainter> <QPainterPath> <QPointer> <QTimer>
-    <QVBoxLayout> <QWidget>)
 
-# vantoro_precompile(TARGET HEADER...): the standard's and these, where the compiler is the one they are measured with.
-function(vantoro_precompile target)
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+# vantoro_precompile_for(NAME LIBRARIES HEADERS): the precompiled header that targets of one kind share.
+function(vantoro_precompile_for name libraries)
+    set(source ${CMAKE_BINARY_DIR}/${name}.cpp)
+    if(NOT EXISTS ${source})
+        file(WRITE ${source} "")
+    endif()
+    add_library(${name} OBJECT ${source})
+    target_link_libraries(${name} PRIVATE ${libraries} fmt::fmt vantoro_options)
+    target_compile_options(${name} PRIVATE -fpch-preprocess)
+    target_precompile_headers(${name} PRIVATE ${VANTORO_STANDARD_HEADERS} ${ARGN})
+endfunction()
+
+# vantoro_precompile(TARGET KIND): 0 the standard library, 1 Qt's core, 2 its widgets; 3 and more: the same for tests.
+function(vantoro_precompile target kind)
+    if(TARGET vantoro_precompiled_${kind})
         target_compile_options(${target} PRIVATE -fpch-preprocess)
-        target_precompile_headers(${target} PRIVATE ${VANTORO_STANDARD_HEADERS} ${ARGN})
+        target_precompile_headers(${target} REUSE_FROM vantoro_precompiled_${kind})
     endif()
 endfunction()
 
-# vantoro_precompile_like(TARGET OTHER): with the header that OTHER made.
-function(vantoro_precompile_like target other)
+# Once, when the libraries have been found.
+macro(vantoro_make_precompiled_headers)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        target_compile_options(${target} PRIVATE -fpch-preprocess)
-        target_precompile_headers(${target} REUSE_FROM ${other})
+        set(core <QCoreApplication> <QObject> <QPointer> <QString> <QStringList> <QTimer>)
+        set(widgets <QApplication> <QKeyEvent> <QMouseEvent> <QPainter> <QPainterPath> <QPointer> <QTimer> <QVBoxLayout>
+            <QWidget>)
+        vantoro_precompile_for(vantoro_precompiled_0 "" <fmt/format.h>)
+        if(VANTORO_QT)
+            vantoro_precompile_for(vantoro_precompiled_1 Qt6::Core ${core} <fmt/format.h>)
+            vantoro_precompile_for(vantoro_precompiled_2 Qt6::Widgets ${widgets} <fmt/format.h>)
+        endif()
+        if(VANTORO_TESTS)
+            vantoro_precompile_for(vantoro_precompiled_3 GTest::gtest <gtest/gtest.h> <fmt/format.h>)
+            if(VANTORO_QT)
+                vantoro_precompile_for(vantoro_precompiled_4 "Qt6::Core;GTest::gtest" ${core} <gtest/gtest.h>)
+                vantoro_precompile_for(vantoro_precompiled_5 "Qt6::Widgets;GTest::gtest" ${widgets} <gtest/gtest.h>)
+            endif()
+        endif()
     endif()
-endfunction()
+endmacro()

@@ -1,7 +1,7 @@
 // Which application a process belongs to, where the system knows applications by other means than bundle paths.
 #pragma once
 
-#include "Model/ProcessIdentity.h"
+#include "Model/Records/ProcessIdentity.h"
 
 #include <cstdint>
 #include <optional>

@@ -2,7 +2,7 @@
 // characters.
 #pragma once
 
-#include "CSensors/SMCKeyData.h"
+#include "Platform/SMCKeyData.h"
 
 #include <cstdint>
 

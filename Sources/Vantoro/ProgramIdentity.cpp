@@ -1,6 +1,6 @@
 #include "ProgramIdentity.h"
 
-#include "Model/Updates.h"
+#include "Model/Updates/Updates.h"
 
 namespace vantoro {
 

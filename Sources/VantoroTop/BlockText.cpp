@@ -1,7 +1,7 @@
 #include "VantoroTop/BlockText.h"
 
-#include "Model/TerminalText.h"
-#include "Model/Utf8.h"
+#include "Model/Text/TerminalText.h"
+#include "Model/Text/Utf8.h"
 
 #include <algorithm>
 #include <charconv>

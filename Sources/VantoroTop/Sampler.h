@@ -1,9 +1,9 @@
 // From one reading of the machine to the next: which processes were busy in between.
 #pragma once
 
-#include "Platform/Linux/LinuxProcessTable.h"
-#include "Platform/Linux/LinuxSystemStatistics.h"
-#include "Platform/Linux/ProcScan.h"
+#include "Platform/Linux/Proc/LinuxProcessTable.h"
+#include "Platform/Linux/Proc/LinuxSystemStatistics.h"
+#include "Platform/Linux/Proc/ProcScan.h"
 #include "VantoroTop/BlockText.h"
 
 #include <cstddef>

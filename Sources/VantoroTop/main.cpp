@@ -1,6 +1,6 @@
 // The process stream, for a machine whose own `top` does not print in this format.
-#include "Model/TerminalText.h"
-#include "Platform/Linux/ProcScan.h"
+#include "Model/Text/TerminalText.h"
+#include "Platform/Linux/Proc/ProcScan.h"
 #include "VantoroTop/Arguments.h"
 #include "VantoroTop/Sampler.h"
 

@@ -1,8 +1,8 @@
 // Checks a downloaded release and unpacks it into a folder beside the copy it is to replace. Started by the program's
 // updater; prints how far it is and what came of it.
 
-#include "Platform/Linux/Updates/PreparationProtocol.h"
-#include "Platform/Linux/Updates/ReleasePreparation.h"
+#include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
+#include "Platform/Linux/Updates/Preparation/ReleasePreparation.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "CSensors/ioreport.h"
 
-#include "Model/GPUPowerSampler.h"
+#include "Model/Readers/GPUPowerSampler.h"
 #include "Support/ScriptedSensors.h"
 
 #include <gtest/gtest.h>

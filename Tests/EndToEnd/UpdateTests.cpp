@@ -1,10 +1,10 @@
 // The built program updating itself: version 1 in a folder of its own, version 2 signed and published by the
 // maintainer's tool on a server of the test's.
-#include "Platform/Linux/Updates/InstalledCopy.h"
+#include "Platform/Linux/Updates/Copy/InstalledCopy.h"
+#include "Platform/Linux/Updates/ReleaseMaker.h"
+#include "Platform/Linux/Updates/UpdateServer.h"
 #include "Support/ChildProgram.h"
 #include "Support/EventLoop.h"
-#include "Updates/ReleaseMaker.h"
-#include "Updates/UpdateServer.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>

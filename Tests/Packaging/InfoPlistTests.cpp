@@ -1,5 +1,5 @@
 // What the Mac's bundle says of itself, as the build has filled it in.
-#include "Model/Updates.h"
+#include "Model/Updates/Updates.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -1,7 +1,7 @@
 // Settings as a test states them; English conventions and UTC otherwise.
 #pragma once
 
-#include "Design/FormatContext.h"
+#include "Model/Text/FormatContext.h"
 
 #include <functional>
 #include <map>

@@ -1,7 +1,7 @@
 // Snapshots, process rows and histories in a line each.
 #pragma once
 
-#include "Model/History.h"
+#include "Model/History/History.h"
 
 #include <algorithm>
 #include <optional>

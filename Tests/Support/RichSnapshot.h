@@ -1,7 +1,7 @@
 // Snapshots in which no field has its initial value and the names are as hostile as names can be.
 #pragma once
 
-#include "Model/Telemetry.h"
+#include "Model/Records/Telemetry.h"
 
 #include <cstdint>
 #include <limits>

@@ -1,7 +1,7 @@
 // Writes the recordings in Tests/Fixtures/recordings: `make-recordings FOLDER`. Each is a few minutes on a made-up but
 // believable machine, sampled every 2 seconds; no randomness but a fixed generator, so that every run writes the same
 // bytes. The text below each name says what happens in it.
-#include "Model/Recording.h"
+#include "Model/Recording/Recording.h"
 
 #include <cmath>
 #include <cstdint>

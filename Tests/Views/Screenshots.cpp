@@ -1,10 +1,10 @@
 // Renders every screen of the interface from the recordings in the repository, without a screen: `vantoro-screenshots
 // FOLDER`. The same data and the same fonts give the same pictures.
-#include "Views/MainWindow.h"
-#include "Views/MenuBarPanel.h"
-#include "Views/SettingsView.h"
+#include "Views/MenuBar/MenuBarPanel.h"
+#include "Views/Settings/SettingsView.h"
+#include "Views/Shell/MainWindow.h"
 
-#include "Views/UpdatingStage.h"
+#include "Views/Updates/UpdatingStage.h"
 
 #include <cstdlib>
 #include <iostream>

@@ -2,9 +2,9 @@
 // settings of the user's, no screen.
 #pragma once
 
-#include "Model/RecordingFile.h"
+#include "Model/Recording/RecordingFile.h"
 #include "Support/ScriptedProcesses.h"
-#include "Views/View.h"
+#include "Views/Shared/View.h"
 
 #include <gtest/gtest.h>
 #include <QApplication>

@@ -4,7 +4,7 @@
 
 #include "Design/AnimationClock.h"
 #include "Design/Icons.h"
-#include "Design/Motion.h"
+#include "Model/Text/Motion.h"
 #include "Design/Theme.h"
 #include "Design/Typography.h"
 

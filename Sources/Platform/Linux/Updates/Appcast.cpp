@@ -1,7 +1,7 @@
 #include "Platform/Linux/Updates/Appcast.h"
 
-#include "Model/Release.h"
-#include "Model/VersionOrder.h"
+#include "Model/Text/Release.h"
+#include "Model/Text/VersionOrder.h"
 
 #include <algorithm>
 #include <QXmlStreamReader>

@@ -1,9 +1,9 @@
 #include "Platform/Linux/Updates/AppcastEngine.h"
 
-#include "Model/Numbers.h"
-#include "Model/Release.h"
-#include "Model/VersionOrder.h"
-#include "Platform/Linux/Updates/PreparationProtocol.h"
+#include "Model/Text/Numbers.h"
+#include "Model/Text/Release.h"
+#include "Model/Text/VersionOrder.h"
+#include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
 #include "Platform/Linux/Updates/UpdateSchedule.h"
 #include "Platform/Memory.h"
 

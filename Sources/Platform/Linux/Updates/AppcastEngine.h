@@ -6,7 +6,7 @@
 #include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/ArchiveDownload.h"
 #include "Platform/Linux/Updates/FeedRequest.h"
-#include "Platform/Linux/Updates/InstalledCopy.h"
+#include "Platform/Linux/Updates/Copy/InstalledCopy.h"
 
 #include <QProcess>
 

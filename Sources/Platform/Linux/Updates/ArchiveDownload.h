@@ -1,7 +1,7 @@
 // Downloads an archive into a private file, from where an earlier attempt stopped.
 #pragma once
 
-#include "Platform/Linux/KeptFile.h"
+#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Updates/UpdateRequest.h"
 
 #include <chrono>

@@ -2,7 +2,7 @@
 // since nothing else of a program that crashed or hangs can be relied on: everything it needs is made ready beforehand,
 // and it calls nothing but the kernel.
 #include "Platform/CurrentUpdateEngine.h"
-#include "Platform/Linux/Updates/InstalledCopy.h"
+#include "Platform/Linux/Updates/Copy/InstalledCopy.h"
 
 #include <array>
 #include <atomic>

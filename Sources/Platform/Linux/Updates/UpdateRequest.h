@@ -1,7 +1,7 @@
 // What every request of the updater's looks like.
 #pragma once
 
-#include "Platform/Linux/Updates/UpdateErrors.h"
+#include "Platform/Linux/Updates/Copy/UpdateErrors.h"
 
 #include <memory>
 #include <QNetworkAccessManager>

@@ -1,0 +1,74 @@
+// The system's report of the chip's counters: a library that comes without headers, opened at run time, and
+// subscriptions to its channels.
+#pragma once
+
+#include "Platform/Darwin/Kernel/CFOwner.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace vantoro {
+
+using IOReportSubscription = CFTypeRef;
+
+/// Entry points of /usr/lib/libIOReport.dylib, null for those it does not have. Objects that Copy or Create give belong
+/// to the caller; texts belong to their channel.
+struct IOReportLibrary {
+    CFMutableDictionaryRef (*copyChannelsInGroup)(CFStringRef group, CFStringRef subgroup, std::uint64_t, std::uint64_t,
+                                                  std::uint64_t) = nullptr;
+    IOReportSubscription (*createSubscription)(void*, CFMutableDictionaryRef channels,
+                                               CFMutableDictionaryRef* subscribed, std::uint64_t, CFTypeRef) = nullptr;
+    CFDictionaryRef (*createSamples)(IOReportSubscription, CFMutableDictionaryRef channels, CFTypeRef) = nullptr;
+    CFStringRef (*channelGetChannelName)(CFDictionaryRef channel) = nullptr;
+    CFStringRef (*channelGetUnitLabel)(CFDictionaryRef channel) = nullptr;
+    std::int64_t (*simpleGetIntegerValue)(CFDictionaryRef channel, std::int32_t*) = nullptr;
+    std::int32_t (*stateGetCount)(CFDictionaryRef channel) = nullptr;
+    std::uint64_t (*stateGetResidency)(CFDictionaryRef channel, std::int32_t state) = nullptr;
+    CFStringRef (*stateGetNameForIndex)(CFDictionaryRef channel, std::int32_t state) = nullptr;
+
+    /// Opens the library and looks everything up; none when it is not there. It is never closed.
+    static std::optional<IOReportLibrary> open();
+
+    bool canSubscribe() const;
+    bool canReadStates() const;
+    bool canReadEnergy() const;
+};
+
+/// One sample of a subscription: its channels, counted from 0.
+class IOReportChannels {
+public:
+    /// `sample` has a list of channels.
+    explicit IOReportChannels(CFOwner<CFDictionaryRef> sample);
+
+    /// The list of channels in a sample; null when it has none.
+    static CFArrayRef listIn(CFDictionaryRef sample);
+
+    int count() const;
+    CFDictionaryRef at(int channel) const;
+
+private:
+    CFOwner<CFDictionaryRef> sample_;
+    CFArrayRef list_;
+};
+
+/// A subscription to all channels of a group.
+class IOReportGroup {
+public:
+    /// None when the library has no such channels or refuses. A null `subgroup` stands for all.
+    static std::optional<IOReportGroup> subscribe(const IOReportLibrary& library, CFStringRef group,
+                                                  CFStringRef subgroup);
+
+    /// None when no sample can be taken or it has no list of channels.
+    std::optional<IOReportChannels> sample() const;
+
+private:
+    IOReportGroup() = default;
+
+    IOReportLibrary library_;
+    CFOwner<CFMutableDictionaryRef> channels_;
+    CFOwner<IOReportSubscription> subscription_;
+};
+
+} // namespace vantoro

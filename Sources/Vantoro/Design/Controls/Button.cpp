@@ -1,0 +1,185 @@
+#include "Design/Controls/Button.h"
+
+#include "Design/Panel.h"
+
+#include <cmath>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int iconGap = 8;
+} // namespace
+
+Button::Button(Look& look, Kind kind, const QString& text, QWidget* parent)
+    : PaintedWidget(look, parent), kind_(kind), text_(text) {
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void Button::setText(const QString& text) {
+    if (text == text_)
+        return;
+    text_ = text;
+    updateGeometry();
+    update();
+    announceChange(QAccessible::NameChanged);
+}
+
+void Button::setIcon(const QString& name, int size) {
+    icon_ = name;
+    iconSize_ = size;
+    updateGeometry();
+    update();
+}
+
+void Button::setSpokenName(const QString& name) {
+    spoken_ = name;
+    if (text_.isEmpty())
+        setToolTip(name);
+}
+
+void Button::cancelPress() {
+    pressed_ = false;
+    update();
+}
+
+void Button::setDrawnHeight(int points) {
+    height_ = points;
+    updateGeometry();
+}
+
+TextStyle Button::textStyle() const {
+    return (isSmall() ? Type::small : Type::body).semibold();
+}
+
+QSize Button::sizeHint() const {
+    const int height = static_cast<int>(std::round(height_ * theme().textScale())) + 2 * ringMargin;
+    if (text_.isEmpty())
+        return {height, height};
+    double width = textWidth(textStyle(), text_) + 2 * (isSmall() ? smallSidePadding : sidePadding) + 2 * ringMargin;
+    if (!icon_.isEmpty())
+        width += iconSize_ + iconGap;
+    return {static_cast<int>(std::ceil(width)), height};
+}
+
+QSize Button::minimumSizeHint() const {
+    const QSize hint = sizeHint();
+    return {std::min(hint.width(), 60), hint.height()};
+}
+
+Description Button::describe() {
+    return {.role = QAccessible::Button,
+            .name = spoken_.isEmpty() ? text_ : spoken_,
+            .actions = {{"Press", [this] { emit clicked(); }}}};
+}
+
+QColor Button::fill() const {
+    if (kind_ == Kind::standard) {
+        const QColor blue = color(Tone::defaultButton);
+        return pressed_ ? blue.darker(115) : hovered_ ? blue.lighter(108) : blue;
+    }
+    if (pressed_)
+        return color(Tone::buttonPressed);
+    if (hovered_ && isEnabled())
+        return color(Tone::buttonHover);
+    return kind_ == Kind::quiet ? QColor(Qt::transparent) : color(Tone::button);
+}
+
+QColor Button::ink() const {
+    QColor shown = color(kind_ == Kind::standard ? Tone::onAccent
+                         : text_.isEmpty()       ? Tone::textSecondary
+                                                 : Tone::textPrimary);
+    if (!isEnabled())
+        shown.setAlphaF(0.45F);
+    return shown;
+}
+
+void Button::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF drawn = QRectF(rect()).adjusted(ringMargin, ringMargin, -ringMargin, -ringMargin);
+    if (kind_ == Kind::bordered) {
+        painter.setPen(QPen(color(Tone::buttonLine), 1));
+        painter.setBrush(fill());
+        painter.drawRoundedRect(drawn.adjusted(0.5, 0.5, -0.5, -0.5), Space::buttonRadius, Space::buttonRadius);
+    } else {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill());
+        painter.drawRoundedRect(drawn, Space::buttonRadius, Space::buttonRadius);
+    }
+    QRectF content = drawn;
+    if (!icon_.isEmpty() && text_.isEmpty()) {
+        drawIcon(painter, drawn, icon_, iconSize_, ink());
+    } else {
+        if (!icon_.isEmpty()) {
+            const double width = std::min(textWidth(textStyle(), text_) + iconSize_ + iconGap, drawn.width());
+            content.setLeft(drawn.center().x() - width / 2);
+            drawIcon(painter, QRectF(content.left(), drawn.top(), iconSize_, drawn.height()), icon_, iconSize_, ink());
+            content.setLeft(content.left() + iconSize_ + iconGap);
+            drawText(painter, content, textStyle(), ink(), text_);
+        } else {
+            drawText(painter, content.adjusted(6, 0, -6, 0), textStyle(), ink(), text_, Qt::AlignHCenter);
+        }
+    }
+    if (hasFocus() && focus_.showsRing())
+        drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1, theme());
+}
+
+void Button::enterEvent(QEnterEvent*) {
+    hovered_ = true;
+    update();
+}
+
+void Button::leaveEvent(QEvent*) {
+    hovered_ = false;
+    update();
+}
+
+void Button::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    pressed_ = true;
+    update();
+}
+
+void Button::mouseReleaseEvent(QMouseEvent* event) {
+    if (!pressed_ || event->button() != Qt::LeftButton)
+        return;
+    pressed_ = false;
+    update();
+    if (rect().contains(event->position().toPoint()))
+        emit clicked();
+}
+
+void Button::keyPressEvent(QKeyEvent* event) {
+    focus_.keyUsed();
+    const int key = event->key();
+    if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter)
+        emit clicked();
+    else
+        PaintedWidget::keyPressEvent(event);
+}
+
+void Button::focusInEvent(QFocusEvent* event) {
+    focus_.focusIn(event->reason());
+    PaintedWidget::focusInEvent(event);
+    update();
+}
+
+void Button::focusOutEvent(QFocusEvent* event) {
+    focus_.focusOut();
+    pressed_ = false;
+    PaintedWidget::focusOutEvent(event);
+    update();
+}
+
+void Button::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::EnabledChange)
+        update();
+    PaintedWidget::changeEvent(event);
+}
+
+} // namespace vantoro

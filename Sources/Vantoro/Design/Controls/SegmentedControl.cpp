@@ -1,0 +1,164 @@
+#include "Design/Controls/SegmentedControl.h"
+
+#include "Design/Panel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int defaultHeight = 26;
+constexpr int sidePadding = 14;
+constexpr int inset = 2;
+} // namespace
+
+/// Speaks for one segment; what is seen is painted by the control.
+class SegmentedControl::Segment : public PaintedWidget {
+public:
+    Segment(Look& look, SegmentedControl& control, int index)
+        : PaintedWidget(look, &control), control_(control), index_(index) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+    Description describe() override {
+        return {.role = control_.meaning_ == Meaning::tabs ? QAccessible::PageTab : QAccessible::RadioButton,
+                .name = control_.texts_[index_],
+                .isSelected = control_.current_ == index_,
+                .isSelectable = true,
+                .actions = {{"Press", [this] { control_.choose(index_); }}}};
+    }
+
+private:
+    SegmentedControl& control_;
+    int index_;
+};
+
+SegmentedControl::SegmentedControl(Look& look, Meaning meaning, const QStringList& segments, QWidget* parent)
+    : PaintedWidget(look, parent), meaning_(meaning), texts_(segments) {
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    for (int i = 0; i < texts_.size(); ++i)
+        segments_.push_back(new Segment(look, *this, i));
+}
+
+void SegmentedControl::setCurrent(int index) {
+    if (index == current_ || index < 0 || index >= texts_.size())
+        return;
+    current_ = index;
+    update();
+    segments_[static_cast<std::size_t>(index)]->announceChange(QAccessible::Selection);
+}
+
+void SegmentedControl::choose(int index) {
+    if (index == current_ || index < 0 || index >= texts_.size())
+        return;
+    setCurrent(index);
+    emit chosen(index);
+}
+
+void SegmentedControl::setSegmentSize(const QSize& size) {
+    fixed_ = size;
+    updateGeometry();
+}
+
+void SegmentedControl::setSpokenName(const QString& name) {
+    spoken_ = name;
+}
+
+int SegmentedControl::segmentWidth(int index) const {
+    if (fixed_)
+        return qRound(fixed_->width() * std::max(1.0, theme().textScale()));
+    return static_cast<int>(std::ceil(textWidth(Type::sectionTitle, texts_[index]))) + 2 * sidePadding;
+}
+
+QSize SegmentedControl::sizeHint() const {
+    int width = 2 * ringMargin + 2 * inset;
+    for (int i = 0; i < texts_.size(); ++i)
+        width += segmentWidth(i);
+    const double height = fixed_ ? fixed_->height() : defaultHeight;
+    return {width, qRound(height * theme().textScale()) + 2 * ringMargin};
+}
+
+QRect SegmentedControl::segmentRect(int index) const {
+    int left = ringMargin + inset;
+    for (int i = 0; i < index; ++i)
+        left += segmentWidth(i);
+    const int top = ringMargin + inset;
+    return {left, top, segmentWidth(index), height() - 2 * top};
+}
+
+void SegmentedControl::placeSegments() {
+    for (std::size_t i = 0; i < segments_.size(); ++i)
+        segments_[i]->setGeometry(mirrored(segmentRect(static_cast<int>(i))));
+}
+
+void SegmentedControl::resizeEvent(QResizeEvent*) {
+    placeSegments();
+}
+
+Description SegmentedControl::describe() {
+    return {.role = meaning_ == Meaning::tabs ? QAccessible::PageTabList : QAccessible::Grouping,
+            .name = spoken_,
+            .value = texts_[current_]};
+}
+
+void SegmentedControl::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color(Tone::segment));
+    const QRectF drawn = QRectF(rect()).adjusted(ringMargin, ringMargin, -ringMargin, -ringMargin);
+    painter.drawRoundedRect(drawn, Space::buttonRadius, Space::buttonRadius);
+    for (int i = 0; i < texts_.size(); ++i) {
+        const QRectF segment = segmentRect(i);
+        const bool isCurrent = i == current_;
+        if (isCurrent) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(color(Tone::segmentSelected));
+            painter.drawRoundedRect(mirrored(segment), Space::buttonRadius - inset, Space::buttonRadius - inset);
+        }
+        drawText(painter, segment.adjusted(4, 0, -4, 0), isCurrent ? Type::sectionTitle : Type::body,
+                 color(isCurrent ? Tone::textPrimary : Tone::textSecondary), texts_[i], Qt::AlignHCenter);
+    }
+    if (hasFocus() && focus_.showsRing())
+        drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1, theme());
+}
+
+void SegmentedControl::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return;
+    for (int i = 0; i < texts_.size(); ++i)
+        if (mirrored(segmentRect(i)).contains(event->position().toPoint()))
+            choose(i);
+}
+
+void SegmentedControl::keyPressEvent(QKeyEvent* event) {
+    focus_.keyUsed();
+    const int forward = isRightToLeft() ? -1 : 1;
+    const bool isHeld = event->isAutoRepeat(); // one segment a press: what a segment stands for may be a whole pane
+    if (event->key() == Qt::Key_Left)
+        choose(isHeld ? current_ : current_ - forward);
+    else if (event->key() == Qt::Key_Right)
+        choose(isHeld ? current_ : current_ + forward);
+    else
+        PaintedWidget::keyPressEvent(event);
+    update();
+}
+
+void SegmentedControl::focusInEvent(QFocusEvent* event) {
+    focus_.focusIn(event->reason());
+    PaintedWidget::focusInEvent(event);
+    update();
+}
+
+void SegmentedControl::focusOutEvent(QFocusEvent* event) {
+    focus_.focusOut();
+    PaintedWidget::focusOutEvent(event);
+    update();
+}
+
+} // namespace vantoro

@@ -1,0 +1,223 @@
+#include "Design/Gauges/FanRotor.h"
+
+#include "Design/Gauges/FigureLine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <QPainter>
+#include <QPaintEvent>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+/// How far the lines below stand within the gauge's gap.
+constexpr double figureRise = 12;
+constexpr double labelRise = 4;
+constexpr SpringAnimation speedEase{.responseSeconds = 0.42};
+
+/// Above this many turns per second the wheel would pass more than half a blade pitch from one beat to the next, and
+/// seem to run backwards.
+constexpr double fastestSeen = 0.45 * 1000.0 / AnimationClock::beatMilliseconds / WheelFrames::blades;
+
+} // namespace
+
+FanRotor::FanRotor(Look& look, int size, Captions captions, Tone background, QWidget* parent)
+    : PaintedWidget(look, parent), size_(size), captions_(captions), background_(background) {
+    keepDirection();
+    setFocusPolicy(captions == Captions::none ? Qt::NoFocus : Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void FanRotor::setDiameter(int size) {
+    if (size == size_)
+        return;
+    size_ = size;
+    gauge_ = {};
+    wheel_.reset();
+    updateGeometry();
+    update();
+}
+
+void FanRotor::show(const FanRotorFigures& figures) {
+    if (figures == figures_)
+        return;
+    const double now = look().clock.now();
+    // Where a position comes up or goes away there is nothing to glide from.
+    const bool glides = figures.position && figures_.position && isVisible();
+    position_.set(figures.position.value_or(0), now, glides ? look().update() : std::nullopt);
+    const bool textsChanged = figures.figure != figures_.figure || figures.caption != figures_.caption ||
+                              figures.label != figures_.label || figures.unit != figures_.unit;
+    const bool speaksAnew = figures.spokenValue != figures_.spokenValue;
+    figures_ = figures;
+    gauge_ = {};
+    if (textsChanged)
+        update();
+    else
+        update(gaugeRect());
+    headForSpeed();
+    gaugeMoves_ = !position_.isAtRest(now);
+    if (gaugeMoves_)
+        look().clock.run(*this);
+    if (speaksAnew)
+        announceChange();
+}
+
+void FanRotor::setTurning(bool allowed) {
+    if (allowed == turningAllowed_)
+        return;
+    turningAllowed_ = allowed;
+    headForSpeed();
+}
+
+void FanRotor::headForSpeed() {
+    const bool stands = !turningAllowed_ || theme().reducesMotion();
+    const double target = stands ? 0 : std::min(figures_.turnsPerSecond, fastestSeen);
+    if (target != speed_.target())
+        speed_.set(target, look().clock.now(),
+                   isVisible() && !stands ? std::optional<Animation>(speedEase) : std::nullopt);
+    if (isVisible() && target > 0) {
+        lastBeat_ = look().clock.now();
+        look().clock.run(*this);
+    }
+}
+
+bool FanRotor::advance(double now) {
+    // One more picture is due after the value has arrived.
+    const bool positionMoves = std::exchange(gaugeMoves_, !position_.isAtRest(now));
+    // After a pause the wheel goes on from where it stood.
+    constexpr double longestStep = 0.1;
+    const double step = std::clamp(now - lastBeat_, 0.0, longestStep);
+    lastBeat_ = now;
+    const double turned = step * speed_.at(now);
+    turns_ = std::fmod(turns_ + turned, 1.0);
+    if (positionMoves) {
+        gauge_ = {};
+        update(gaugeRect());
+    } else if (turned > 0) {
+        update(wheelSquare());
+    }
+    return gaugeMoves_ || speed_.target() > 0 || !speed_.isAtRest(now);
+}
+
+QRect FanRotor::gaugeRect() const {
+    return {0, 0, width(), size_ + 2 * ringMargin};
+}
+
+QPointF FanRotor::centre() const {
+    return {width() / 2.0, ringMargin + size_ / 2.0};
+}
+
+double FanRotor::wheelRadius() const {
+    const double inset = size_ >= 120 ? 20 : size_ >= 100 ? 14 : size_ >= 68 ? 12 : 10;
+    return GaugeShape::ofSize(size_).outerRadius - inset;
+}
+
+QRect FanRotor::wheelSquare() const {
+    const double radius = wheelRadius();
+    return QRectF(centre().x() - radius, centre().y() - radius, 2 * radius, 2 * radius).toAlignedRect();
+}
+
+QSize FanRotor::sizeAt(int diameter) const {
+    double height = diameter;
+    if (captions_ == Captions::full)
+        height = diameter - figureRise + figureHeight() + 2 + lineHeight(Type::small);
+    else if (captions_ == Captions::label)
+        height = diameter - labelRise + lineHeight(Type::small);
+    double width = diameter;
+    if (captions_ == Captions::full)
+        width = std::max(width, figureLineWidth({figures_.figure, figures_.unit}, theme()));
+    return {static_cast<int>(std::ceil(width)) + 2 * ringMargin, static_cast<int>(std::ceil(height)) + 2 * ringMargin};
+}
+
+Description FanRotor::describe() {
+    return {.role = QAccessible::ProgressBar,
+            .name = figures_.spokenName,
+            .value = figures_.spokenValue,
+            .number = figures_.position};
+}
+
+void FanRotor::paintGauge(QPainter& painter, double now) {
+    if (gauge_.isNull()) {
+        const double ratio = devicePixelRatioF();
+        gauge_ = QPixmap(gaugeRect().size() * ratio);
+        gauge_.setDevicePixelRatio(ratio);
+        gauge_.fill(Qt::transparent);
+        QPainter cached(&gauge_);
+        const std::optional<double> shown = figures_.position ? std::optional(position_.at(now)) : std::nullopt;
+        drawGauge(cached, centre(), GaugeShape::ofSize(size_), shown, figures_.heatStop, background_, theme());
+    }
+    painter.drawPixmap(0, 0, gauge_);
+}
+
+void FanRotor::paintCaptions(QPainter& painter) const {
+    if (captions_ == Captions::label) {
+        const QRectF line(0, ringMargin + size_ - labelRise, width(), lineHeight(Type::small));
+        drawText(painter, line, Type::small, color(Tone::textSecondary), figures_.label, Qt::AlignHCenter);
+        return;
+    }
+    const QRectF line(0, ringMargin + size_ - figureRise, width(), figureHeight());
+    if (figures_.unit.isEmpty()) {
+        drawText(painter, line, Type::small, color(Tone::textSecondary), figures_.figure, Qt::AlignHCenter);
+        return;
+    }
+    drawFigureLine(painter, line, {figures_.figure, figures_.unit}, theme(), Qt::AlignHCenter);
+    drawText(painter, QRectF(0, line.bottom() + 2, width(), lineHeight(Type::small)), Type::small,
+             color(Tone::textSecondary), figures_.caption, Qt::AlignHCenter);
+}
+
+void FanRotor::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    const double now = look().clock.now();
+    paintGauge(painter, now);
+    if (wheel_ == nullptr)
+        wheel_ = WheelFrames::shared(wheelRadius(), color(Tone::blade), devicePixelRatioF());
+    const double radius = wheelRadius();
+    painter.drawPixmap(centre() - QPointF(radius, radius), wheel_->at(turns_));
+    if (wheelSquare().contains(event->rect()))
+        return;
+    if (captions_ != Captions::none)
+        paintCaptions(painter);
+    if (hasFocus() && focus_.showsRing())
+        drawFocusRing(painter, QRectF(rect()), 12, theme());
+}
+
+void FanRotor::showEvent(QShowEvent* event) {
+    headForSpeed();
+    PaintedWidget::showEvent(event);
+}
+
+void FanRotor::hideEvent(QHideEvent* event) {
+    look().clock.stop(*this);
+    position_.set(position_.target(), look().clock.now(), std::nullopt);
+    speed_.set(speed_.target(), look().clock.now(), std::nullopt);
+    gaugeMoves_ = false;
+    gauge_ = {};
+    PaintedWidget::hideEvent(event);
+}
+
+void FanRotor::focusInEvent(QFocusEvent* event) {
+    focus_.focusIn(event->reason());
+    PaintedWidget::focusInEvent(event);
+    update();
+}
+
+void FanRotor::focusOutEvent(QFocusEvent* event) {
+    focus_.focusOut();
+    PaintedWidget::focusOutEvent(event);
+    update();
+}
+
+void FanRotor::resizeEvent(QResizeEvent* event) {
+    gauge_ = {};
+    PaintedWidget::resizeEvent(event);
+}
+
+void FanRotor::themeChanged() {
+    gauge_ = {};
+    wheel_.reset();
+    headForSpeed();
+}
+
+} // namespace vantoro

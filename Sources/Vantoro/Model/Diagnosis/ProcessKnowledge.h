@@ -1,0 +1,49 @@
+// The well-known background processes that routinely show up as the busiest thing on a machine, and what to say of
+// them.
+#pragma once
+
+#include "Model/Records/ProcessIdentity.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vantoro {
+
+struct ProcessNote {
+    /// The name shown in place of the process name.
+    std::string friendly;
+    /// What follows "It's ": begins in lower case and ends with a full stop.
+    std::string what;
+    /// What to do about it, a whole sentence.
+    std::optional<std::string> advice;
+    /// The load ends by itself: indexing, backups, updates, scans.
+    bool selfResolving = false;
+    /// A quit button may be offered.
+    bool quittable = false;
+
+    bool operator==(const ProcessNote&) const = default;
+};
+
+struct ProcessKnowledge {
+    ProcessKnowledge() = delete;
+
+    using Notes = std::map<std::string, ProcessNote, std::less<>>;
+
+    /// Every note by exact process name; built on first use, the same for all callers.
+    static const Notes& notes();
+
+    /// The note for a process name, else for its first word; null when neither is known. Case matters. The note lives
+    /// as long as the program.
+    static const ProcessNote* note(std::string_view processName);
+};
+
+/// What a group is called in every sentence: its note's friendly name, else its display name.
+std::string friendlyName(std::string_view displayName);
+
+/// What a kind of process is in plain words, "an app you opened".
+std::string_view kindPhrase(ProcessKind kind);
+
+} // namespace vantoro

@@ -1,0 +1,192 @@
+#include "Model/History/History.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+constexpr double busyPercent = 25;
+constexpr double sustainedWeight = 45;
+constexpr double peakWeight = 0.05;
+constexpr double energyWeight = 0.35;
+
+bool isBusier(const ProcessSample& a, const ProcessSample& b) {
+    return a.cpuPercent > b.cpuPercent;
+}
+
+double load(const Snapshot& snapshot) {
+    return snapshot.cooling == Cooling::passive ? Snapshot::heatLoad(snapshot.chipHeat) : snapshot.fanLoad();
+}
+
+double rampThreshold(Cooling cooling) {
+    return cooling == Cooling::passive ? 0.22 : 0.18;
+}
+
+} // namespace
+
+void History::keepBusiest(std::vector<ProcessSample>& processes) {
+    if (!std::ranges::is_sorted(processes, isBusier))
+        std::ranges::stable_sort(processes, isBusier);
+    if (processes.size() > processesPerSample)
+        processes.resize(processesPerSample);
+}
+
+void History::append(Snapshot snapshot) {
+    keepBusiest(snapshot.processes);
+    snapshot.processes.shrink_to_fit();
+    snapshot.fans.shrink_to_fit();
+    const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
+    snapshots_.push_back(std::move(snapshot));
+    const double threshold = rampThreshold(snapshots_.back().cooling);
+    if (threshold != std::exchange(rampThreshold_, threshold))
+        rampLength_ = countAbove(threshold);
+    else
+        rampLength_ = load(snapshots_.back()) > threshold ? rampLength_ + 1 : 0;
+    if (snapshots_.front().timestamp < cutoff)
+        dropBefore(cutoff);
+}
+
+void History::setRetention(double seconds) {
+    retentionSeconds_ = seconds;
+    if (!snapshots_.empty())
+        dropBefore(snapshots_.back().timestamp - seconds);
+}
+
+void History::dropBefore(UnixSeconds cutoff) {
+    while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff)
+        snapshots_.pop_front();
+    rampLength_ = std::min(rampLength_, snapshots_.size());
+}
+
+std::size_t History::countAbove(double threshold) const {
+    const auto end = std::find_if(snapshots_.rbegin(), snapshots_.rend(),
+                                  [threshold](const Snapshot& snapshot) { return !(load(snapshot) > threshold); });
+    return static_cast<std::size_t>(end - snapshots_.rbegin());
+}
+
+std::size_t History::firstIndex(UnixSeconds atOrAfter) const {
+    const auto found = std::ranges::lower_bound(snapshots_, atOrAfter, {}, &Snapshot::timestamp);
+    return static_cast<std::size_t>(found - snapshots_.begin());
+}
+
+SnapshotRun History::run(std::size_t from, std::size_t to) const {
+    return {snapshots_.begin() + static_cast<std::ptrdiff_t>(from),
+            snapshots_.begin() + static_cast<std::ptrdiff_t>(to)};
+}
+
+SnapshotRun History::recent(double seconds) const {
+    if (snapshots_.empty())
+        return run(0, 0);
+    return run(firstIndex(snapshots_.back().timestamp - seconds), snapshots_.size());
+}
+
+SnapshotRun History::slice(UnixSeconds from, UnixSeconds to) const {
+    const std::size_t first = firstIndex(from);
+    const std::size_t last = firstIndex(to);
+    return first < last ? run(first, last) : run(0, 0);
+}
+
+SnapshotRun History::causeWindow(double lag, double span) const {
+    if (snapshots_.empty())
+        return run(0, 0);
+    const UnixSeconds now = snapshots_.back().timestamp;
+    SnapshotRun window = slice(now - span, now - lag);
+    if (std::ranges::any_of(window, [](const Snapshot& snapshot) { return !snapshot.processes.empty(); }))
+        return window;
+    return recent(span);
+}
+
+std::optional<UnixSeconds> History::lastRampStart(std::optional<double> threshold) const {
+    const std::size_t length = threshold ? countAbove(*threshold) : rampLength_;
+    return length > 0 ? std::optional(snapshots_[snapshots_.size() - length].timestamp) : std::nullopt;
+}
+
+std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
+    std::vector<ProcessAggregate> aggregates;
+    std::vector<const ProcessIdentity*> lastIdentities;
+    std::unordered_map<std::int32_t, std::size_t> indexOfPid;
+    for (const Snapshot& snapshot : window) {
+        for (const ProcessSample& sample : snapshot.processes) {
+            const ProcessIdentity& identity = *sample.identity;
+            const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
+            if (isNew) {
+                aggregates.push_back({.pid = identity.pid,
+                                      .displayName = identity.displayName,
+                                      .owningAppName = identity.owningAppName,
+                                      .owningAppPath = identity.owningAppPath,
+                                      .executablePath = identity.executablePath,
+                                      .kind = identity.kind,
+                                      .user = identity.user,
+                                      .firstSeen = snapshot.timestamp});
+                lastIdentities.push_back(&identity);
+            }
+            ProcessAggregate& entry = aggregates[found->second];
+            entry.totalCPU += sample.cpuPercent;
+            entry.peakCPU = std::max(entry.peakCPU, sample.cpuPercent);
+            entry.totalEnergy += sample.energyImpact;
+            entry.peakMemory = std::max(entry.peakMemory, sample.memoryBytes);
+            entry.samples += 1;
+            if (sample.cpuPercent >= busyPercent)
+                entry.busySamples += 1;
+            entry.lastSeen = snapshot.timestamp;
+            // Nearly every sample shares its identity with the one before: only a change is worth copying texts for.
+            if (std::exchange(lastIdentities[found->second], &identity) == &identity)
+                continue;
+            if (!identity.displayName.empty())
+                entry.displayName = identity.displayName;
+            if (identity.owningAppName)
+                entry.owningAppName = identity.owningAppName;
+            if (identity.owningAppPath)
+                entry.owningAppPath = identity.owningAppPath;
+            entry.kind = identity.kind;
+        }
+    }
+    const double windowLength = static_cast<double>(std::max<std::size_t>(1, window.size()));
+    for (ProcessAggregate& entry : aggregates) {
+        entry.averageCPU = entry.totalCPU / entry.samples;
+        entry.averageEnergy = entry.totalEnergy / entry.samples;
+        entry.sustained = entry.busySamples / windowLength;
+        entry.stressScore = entry.averageCPU + energyWeight * entry.averageEnergy + sustainedWeight * entry.sustained +
+                            peakWeight * entry.peakCPU;
+    }
+    std::ranges::stable_sort(aggregates, std::greater{}, &ProcessAggregate::stressScore);
+    return aggregates;
+}
+
+std::vector<ProcessGroup> History::group(const std::vector<ProcessAggregate>& aggregates) {
+    std::vector<ProcessGroup> groups;
+    std::unordered_map<std::string_view, std::size_t> indexOfKey;
+    for (const ProcessAggregate& aggregate : aggregates) {
+        const std::string& key = aggregate.owningAppName ? *aggregate.owningAppName : aggregate.displayName;
+        const auto [found, isNew] = indexOfKey.try_emplace(key, groups.size());
+        if (isNew)
+            groups.push_back({.key = key,
+                              .displayName = key,
+                              .owningAppPath = aggregate.owningAppPath,
+                              .kind = aggregate.kind,
+                              .user = aggregate.user});
+        ProcessGroup& group = groups[found->second];
+        group.members.push_back(aggregate);
+        group.totalCPU += aggregate.averageCPU;
+        group.peakCPU = std::max(group.peakCPU, aggregate.peakCPU);
+        group.totalMemory += aggregate.peakMemory;
+        group.sustained = std::max(group.sustained, aggregate.sustained);
+        if (!group.owningAppPath)
+            group.owningAppPath = aggregate.owningAppPath;
+        if (aggregate.kind == ProcessKind::userApp)
+            group.kind = ProcessKind::userApp;
+    }
+    for (ProcessGroup& group : groups) {
+        group.stressScore = group.totalCPU + sustainedWeight * group.sustained + peakWeight * group.peakCPU;
+        std::ranges::stable_sort(group.members, std::greater{}, &ProcessAggregate::averageCPU);
+    }
+    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::stressScore);
+    return groups;
+}
+
+} // namespace vantoro

@@ -1,0 +1,90 @@
+// The rolling, time-ordered store of snapshots, and the aggregation of a stretch of it into processes and applications.
+#pragma once
+
+#include "Model/Records/ProcessAggregate.h"
+#include "Model/Records/Telemetry.h"
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace vantoro {
+
+/// A contiguous run of a history's snapshots, oldest first: a view that is valid until the history changes.
+class SnapshotRun {
+public:
+    using Iterator = std::deque<Snapshot>::const_iterator;
+
+    SnapshotRun() = default;
+    SnapshotRun(Iterator first, Iterator last) : first_(first), last_(last) {}
+
+    Iterator begin() const { return first_; }
+    Iterator end() const { return last_; }
+    bool empty() const { return first_ == last_; }
+    std::size_t size() const { return static_cast<std::size_t>(last_ - first_); }
+    const Snapshot& operator[](std::size_t index) const { return first_[static_cast<std::ptrdiff_t>(index)]; }
+    const Snapshot& front() const { return *first_; }
+    const Snapshot& back() const { return *(last_ - 1); }
+
+private:
+    Iterator first_;
+    Iterator last_;
+};
+
+class History {
+public:
+    static constexpr double defaultRetentionSeconds = 1800;
+    static constexpr std::size_t processesPerSample = 20;
+
+    /// Oldest first, in the order of appending.
+    const std::deque<Snapshot>& snapshots() const { return snapshots_; }
+    double retentionSeconds() const { return retentionSeconds_; }
+
+    /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
+    /// is older than the retention.
+    void append(Snapshot snapshot);
+
+    /// What append keeps of a tick's rows, in its order.
+    static void keepBusiest(std::vector<ProcessSample>& processes);
+
+    /// Changes the retention and trims at once.
+    void setRetention(double seconds);
+
+    /// The snapshots no older than this before the newest.
+    SnapshotRun recent(double seconds) const;
+
+    /// The snapshots with from <= timestamp < to.
+    SnapshotRun slice(UnixSeconds from, UnixSeconds to) const;
+
+    /// Where to look for the cause of the present state: from `span` down to `lag` seconds before the newest snapshot,
+    /// or, when no process row falls in there, all of the last `span` seconds.
+    SnapshotRun causeWindow(double lag, double span) const;
+
+    /// When the unbroken run of snapshots above the threshold that reaches up to now began; none when the newest is not
+    /// above it. The measure is the heat load of a fanless machine, the fan load of any other; without a threshold it
+    /// is 0.22 or 0.18 in turn.
+    std::optional<UnixSeconds> lastRampStart(std::optional<double> threshold) const;
+
+    /// Per process over the window, highest stress score first.
+    static std::vector<ProcessAggregate> aggregate(const SnapshotRun& window);
+
+    /// Per application (or lone process), highest stress score first; each group's members busiest first.
+    static std::vector<ProcessGroup> group(const std::vector<ProcessAggregate>& aggregates);
+
+private:
+    std::size_t firstIndex(UnixSeconds atOrAfter) const;
+    void dropBefore(UnixSeconds cutoff);
+    SnapshotRun run(std::size_t from, std::size_t to) const;
+    std::size_t countAbove(double threshold) const;
+
+    std::deque<Snapshot> snapshots_;
+    double retentionSeconds_ = defaultRetentionSeconds;
+    /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,
+    /// since every evaluation asks and a machine that stays warm would have all of the history walked through each
+    /// time.
+    std::size_t rampLength_ = 0;
+    double rampThreshold_ = 0;
+};
+
+} // namespace vantoro

@@ -1,0 +1,120 @@
+#include "Model/Processes/UnprivilegedProcesses.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantoro {
+
+CPULoad cpuLoadBetween(const HostTicks& previous, const HostTicks& current) {
+    // Unsigned differences survive a counter that wrapped in between.
+    const double user = static_cast<double>(current.user - previous.user) + (current.nice - previous.nice);
+    const double system = current.system - previous.system;
+    const double idle = current.idle - previous.idle;
+    const double total = user + system + idle;
+    if (!(total > 0))
+        return {};
+    return {
+        .userPercent = user / total * 100, .systemPercent = system / total * 100, .idlePercent = idle / total * 100};
+}
+
+MemoryLoad memoryLoad(std::uint64_t physicalMemoryBytes, const std::optional<VirtualMemory>& memory) {
+    if (!memory)
+        return {.totalBytes = physicalMemoryBytes};
+    const std::uint64_t appPages = memory->internalPages - std::min(memory->internalPages, memory->purgeablePages);
+    return {.usedBytes = (appPages + memory->wiredPages + memory->compressorPages) * memory->pageBytes,
+            .totalBytes = physicalMemoryBytes,
+            .wiredBytes = memory->wiredPages * memory->pageBytes,
+            .compressedBytes = memory->compressorPages * memory->pageBytes,
+            .swapOutEvents = memory->swapOuts};
+}
+
+UnprivilegedProcesses::UnprivilegedProcesses(std::shared_ptr<ProcessTable> table,
+                                             std::shared_ptr<SystemStatistics> statistics)
+    : table_(std::move(table)), statistics_(std::move(statistics)) {}
+
+UnprivilegedProcesses::Sample UnprivilegedProcesses::sample(double nowSeconds) {
+    Sample result;
+    unreadableCount_ = 0;
+    ++sampleNumber_;
+    pids_.clear();
+    if (table_)
+        table_->listPids(pids_);
+    result.processes.reserve(pids_.size());
+    for (const std::int32_t pid : pids_)
+        if (pid >= 1)
+            if (std::optional<ProcessSample> process = sampleProcess(pid, nowSeconds))
+                result.processes.push_back(std::move(*process));
+    std::erase_if(previousCPU_, [this](const auto& entry) { return entry.second.sampleNumber != sampleNumber_; });
+    result.system = systemLine();
+    return result;
+}
+
+void UnprivilegedProcesses::rest() {
+    previousCPU_.clear();
+    previousTicks_.reset();
+    if (table_)
+        table_->rest();
+}
+
+std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t pid, double nowSeconds) {
+    const auto known = previousCPU_.find(pid);
+    // Whatever else is refused below, a process that is listed keeps its baseline.
+    if (known != previousCPU_.end())
+        known->second.sampleNumber = sampleNumber_;
+    const std::optional<ShortProcessRecord> record = table_->shortRecord(pid);
+    if (!record)
+        return std::nullopt;
+    const std::string& user = userName(record->uid);
+    const std::optional<TaskRecord> task = table_->taskRecord(pid);
+    if (!task) {
+        ++unreadableCount_;
+        return std::nullopt;
+    }
+    const std::uint64_t total = task->userNanoseconds + task->systemNanoseconds;
+    double cpuPercent = 0;
+    Previous& previous = previousCPU_[pid];
+    const bool isSameProcess = previous.sampleNumber != 0 && previous.startTime == record->startTime;
+    const double elapsed = nowSeconds - previous.atSeconds;
+    if (isSameProcess && elapsed > 0 && total > previous.cpuNanoseconds)
+        cpuPercent = static_cast<double>(total - previous.cpuNanoseconds) / (elapsed * 1e9) * 100;
+
+    std::string path = table_->path(pid);
+    const ProcessIdentity& last = *previous.identity;
+    if (!isSameProcess || last.rawName != record->name || last.executablePath != path || last.user != user)
+        previous.identity = ProcessIdentity{.pid = pid,
+                                            .rawName = record->name,
+                                            .displayName = record->name,
+                                            .executablePath = std::move(path),
+                                            .user = user,
+                                            .kind = ProcessKind::systemDaemon};
+    previous.cpuNanoseconds = total;
+    previous.atSeconds = nowSeconds;
+    previous.startTime = record->startTime;
+    previous.sampleNumber = sampleNumber_;
+    return ProcessSample{
+        .identity = previous.identity, .cpuPercent = cpuPercent, .memoryBytes = task->residentBytes, .energyImpact = 0};
+}
+
+const std::string& UnprivilegedProcesses::userName(std::uint32_t uid) {
+    const auto [found, isNew] = userNames_.try_emplace(uid);
+    if (isNew)
+        found->second = table_->userName(uid).value_or(std::to_string(uid));
+    return found->second;
+}
+
+SystemLine UnprivilegedProcesses::systemLine() {
+    SystemLine line;
+    if (!statistics_)
+        return line;
+    if (const std::optional<HostTicks> ticks = statistics_->hostTicks()) {
+        if (previousTicks_)
+            line.cpu = cpuLoadBetween(*previousTicks_, *ticks);
+        previousTicks_ = ticks;
+    }
+    if (const std::optional<LoadAverages> averages = statistics_->loadAverages())
+        line.cpu.loadAverage = averages->oneMinute;
+    line.memory = memoryLoad(statistics_->physicalMemoryBytes(), statistics_->virtualMemory());
+    return line;
+}
+
+} // namespace vantoro

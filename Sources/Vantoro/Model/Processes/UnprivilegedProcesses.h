@@ -1,0 +1,70 @@
+// The process list and the machine's figures straight from the operating system, without any other program: what the
+// process monitor falls back to. It sees the CPU times of those processes whose task information is not refused.
+#pragma once
+
+#include "Model/Records/SystemLine.h"
+#include "Platform/ProcessTable.h"
+#include "Platform/SystemStatistics.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vantoro {
+
+/// CPU shares by the ticks that passed between two readings; the counters may wrap. Idle when none passed. The load
+/// average is left at 0.
+CPULoad cpuLoadBetween(const HostTicks& previous, const HostTicks& current);
+
+/// Memory in use from counts of pages: applications' own pages that cannot be thrown away, wired and compressed ones.
+/// Without counts only the total is known.
+MemoryLoad memoryLoad(std::uint64_t physicalMemoryBytes, const std::optional<VirtualMemory>& memory);
+
+/// Not for concurrent use. A null table gives no processes, null statistics an idle machine.
+class UnprivilegedProcesses {
+public:
+    struct Sample {
+        /// In the table's order. Every kind is systemDaemon and no application is known yet: that is for the caller.
+        std::vector<ProcessSample> processes;
+        SystemLine system;
+    };
+
+    UnprivilegedProcesses(std::shared_ptr<ProcessTable> table, std::shared_ptr<SystemStatistics> statistics);
+
+    /// One reading; CPU shares cover the time since the one before (the first has none). `nowSeconds` comes from a
+    /// clock that never steps.
+    Sample sample(double nowSeconds);
+
+    /// Lets the table close what it keeps open; the next sample is a first one.
+    void rest();
+
+    /// Processes in the last sample whose task information was refused.
+    int unreadableCount() const { return unreadableCount_; }
+
+private:
+    struct Previous {
+        std::uint64_t cpuNanoseconds = 0;
+        double atSeconds = 0;
+        std::uint64_t startTime = 0;
+        SharedProcessIdentity identity;
+        std::uint64_t sampleNumber = 0;
+    };
+
+    std::optional<ProcessSample> sampleProcess(std::int32_t pid, double nowSeconds);
+    const std::string& userName(std::uint32_t uid);
+    SystemLine systemLine();
+
+    std::shared_ptr<ProcessTable> table_;
+    std::shared_ptr<SystemStatistics> statistics_;
+    int unreadableCount_ = 0;
+    std::uint64_t sampleNumber_ = 0;
+    std::unordered_map<std::int32_t, Previous> previousCPU_;
+    std::optional<HostTicks> previousTicks_;
+    std::unordered_map<std::uint32_t, std::string> userNames_;
+    std::vector<std::int32_t> pids_;
+};
+
+} // namespace vantoro

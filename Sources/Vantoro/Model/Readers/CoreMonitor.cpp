@@ -1,0 +1,76 @@
+#include "Model/Readers/CoreMonitor.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+constexpr std::int32_t mostFrequencies = 32;
+
+double busyShare(const HostTicks& previous, const HostTicks& current) {
+    // Unsigned differences survive a counter that wrapped in between.
+    const std::uint32_t user = current.user - previous.user;
+    const std::uint32_t system = current.system - previous.system;
+    const std::uint32_t nice = current.nice - previous.nice;
+    const std::uint32_t idle = current.idle - previous.idle;
+    const double busy = static_cast<double>(user) + system + nice;
+    const double all = busy + idle;
+    return all > 0 ? std::clamp(busy / all, 0.0, 1.0) : 0;
+}
+
+} // namespace
+
+CoreMonitor::CoreMonitor(std::shared_ptr<Processors> processors) : processors_(std::move(processors)) {
+    const ProcessorCounts counts = processors_ ? processors_->counts() : ProcessorCounts{};
+    if (processors_)
+        tiers_ = processors_->tiers();
+    const int all = std::max(counts.performance + counts.efficiency, counts.all);
+    // A machine without performance levels counts every processor as a performance core.
+    performanceCount_ = counts.performance >= 1 ? counts.performance : all;
+    efficiencyCount_ = counts.efficiency;
+    for (int i = 0; i < all; ++i) {
+        const bool isPerformance = i >= efficiencyCount_;
+        cores_.push_back({.index = i,
+                          .isPerformance = isPerformance,
+                          .clusterIndex = isPerformance ? i - efficiencyCount_ : i,
+                          .tier = isPerformance ? tiers_.performance : tiers_.efficiency});
+    }
+    frequencyAvailable_ = cpufreq_init() != 0;
+    if (frequencyAvailable_) {
+        maxPerformanceMHz_ = cpufreq_max_performance();
+        maxEfficiencyMHz_ = cpufreq_max_efficiency();
+    }
+}
+
+void CoreMonitor::sample() {
+    current_.clear();
+    if (!processors_ || processors_->readTicks(current_) != 0 || current_.empty())
+        return;
+    if (previous_.size() == current_.size()) {
+        sampleFrequency();
+        for (std::size_t i = 0; i < std::min(cores_.size(), current_.size()); ++i)
+            cores_[i].busy = busyShare(previous_[i], current_[i]);
+    }
+    previous_.swap(current_);
+}
+
+void CoreMonitor::sampleFrequency() {
+    if (!frequencyAvailable_)
+        return;
+    std::array<double, mostFrequencies> megahertz{};
+    std::array<std::uint8_t, mostFrequencies> isEfficiency{};
+    const std::int32_t count = cpufreq_sample(megahertz.data(), isEfficiency.data(), mostFrequencies);
+    auto nextEfficiency = std::size_t{0};
+    auto nextPerformance = static_cast<std::size_t>(efficiencyCount_);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(std::max(count, 0)); ++i) {
+        const std::size_t target = isEfficiency[i] != 0 ? nextEfficiency++ : nextPerformance++;
+        if (target < cores_.size())
+            cores_[target].megahertz = megahertz[i];
+    }
+}
+
+} // namespace vantoro

@@ -1,0 +1,170 @@
+#include "Model/Readers/SensorDump.h"
+
+#include "Model/Readers/SMCKeys.h"
+#include "Model/Text/WholeNumber.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <fmt/format.h>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vantoro {
+
+namespace {
+
+constexpr std::array<std::string_view, 7> reportedPrefixes{"Tp", "Te", "Tf", "Tg", "TB", "Ts", "TC"};
+constexpr std::string_view couldNotOpen = "Could not open the SMC.";
+
+struct KeyValue {
+    std::string key;
+    double value = 0;
+};
+
+using KeysByPrefix = std::map<std::string, std::vector<KeyValue>, std::less<>>;
+
+KeysByPrefix readByPrefix(std::uint32_t keyCount) {
+    KeysByPrefix byPrefix;
+    for (std::string& key : floatKeys(keyCount)) {
+        double value = 0;
+        if (smc_read_number(key.c_str(), &value) == 0)
+            continue;
+        std::string prefix = key.substr(0, 2);
+        byPrefix[std::move(prefix)].push_back({std::move(key), value});
+    }
+    return byPrefix;
+}
+
+/// What is no number comes last.
+bool isHotter(const KeyValue& a, const KeyValue& b) {
+    return a.value > b.value || (!std::isnan(a.value) && std::isnan(b.value));
+}
+
+void printFamily(std::string_view prefix, std::vector<KeyValue> pairs, const PrintLine& print) {
+    constexpr std::size_t mostShown = 5;
+    std::ranges::stable_sort(pairs, isHotter);
+    const auto isPlausible = [](const KeyValue& pair) { return pair.value > 0 && pair.value < 130; };
+    const auto hottestPlausible = std::ranges::find_if(pairs, isPlausible);
+    print(fmt::format("{}: {} keys, {} plausible, max {:.1f}°C", prefix, pairs.size(),
+                      std::ranges::count_if(pairs, isPlausible),
+                      hottestPlausible != pairs.end() ? hottestPlausible->value : 0.0));
+    std::string hottest = "   hottest: ";
+    for (std::size_t i = 0; i < std::min(pairs.size(), mostShown); ++i)
+        hottest += fmt::format("{}{}={:.1f}", i > 0 ? "  " : "", pairs[i].key, pairs[i].value);
+    print(hottest);
+}
+
+/// Where the ceiling of a fan comes from whose driver states none; null where it is stated (as on every Mac).
+const char* ceilingSource(int fan) {
+    const std::optional<double> source = readKey(fmt::format("F{}MS", fan));
+    if (source == 1)
+        return "reckoned from the fan's duty";
+    return source == 2 ? "is the highest speed seen, or the least a fan is built for" : nullptr;
+}
+
+/// Figures with so many decimals, in the words for what is not known.
+class Words {
+public:
+    explicit Words(SensorDump::Unknown unknown) : saysUnknown_(unknown == SensorDump::Unknown::said) {}
+
+    bool saysUnknown() const { return saysUnknown_; }
+
+    std::string figure(std::optional<double> value, int decimals, std::string_view unit = "") const {
+        if (!value && saysUnknown_)
+            return "unknown";
+        return fmt::format("{:.{}f}{}", value.value_or(0), decimals, unit);
+    }
+    /// A temperature of 0 is none.
+    std::string celsius(double value) const { return figure(value != 0 ? std::optional(value) : std::nullopt, 1); }
+    /// A speed that the reader makes up where the key is missing.
+    std::string speed(double read, const std::string& key) const {
+        return saysUnknown_ && !readKey(key) ? "unknown" : fmt::format("{}", truncated(read));
+    }
+
+private:
+    bool saysUnknown_;
+};
+
+void printFans(SMCReader& reader, bool hasChip, const Words& words, const PrintLine& print) {
+    const std::vector<FanReading> fans = reader.readFans();
+    if (fans.empty() && !words.saysUnknown())
+        print("Fans: none reported — Vantoro reads this Mac's condition from the chip's temperature.");
+    else if (fans.empty())
+        print(fmt::format("Fans: {}{}", reader.reportsNoFans() ? "this machine has none" : "none reported",
+                          hasChip ? " — Vantoro reads its condition from the chip's temperature." : "."));
+    for (const FanReading& fan : fans) {
+        print(fmt::format("Fan {}: {} rpm  min {}  max {}  target {}", fan.index, truncated(fan.rpm),
+                          words.speed(fan.minRPM, fmt::format("F{}Mn", fan.index)),
+                          words.speed(fan.maxRPM, fmt::format("F{}Mx", fan.index)),
+                          words.speed(fan.targetRPM, fmt::format("F{}Tg", fan.index))));
+        if (const char* const source = ceilingSource(fan.index))
+            print(fmt::format("   max {}", source));
+    }
+}
+
+void printReader(SMCReader& reader, const Words& words, const PrintLine& print) {
+    const Temperatures temperatures = reader.readTemperatures();
+    print(fmt::format("SMCReader results → SoC {}  GPU {}  battery {}  enclosure {}", words.celsius(temperatures.soc),
+                      words.celsius(temperatures.gpu), words.celsius(temperatures.battery),
+                      words.celsius(temperatures.enclosure)));
+    printFans(reader, temperatures.soc != 0, words, print);
+    print(fmt::format("Power: system {}  adapter {}", words.figure(readKey("PSTR"), 2, " W"),
+                      words.figure(readKey("PDTR"), 2, " W")));
+}
+
+} // namespace
+
+void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const PrintLine& print) {
+    if (smc_open() == 0) {
+        print(couldNotOpen);
+        return;
+    }
+    const std::uint32_t keyCount = smc_key_count();
+    print(fmt::format("SMC keys: {}", keyCount));
+    print("");
+    KeysByPrefix byPrefix = readByPrefix(keyCount);
+    for (const std::string_view prefix : reportedPrefixes) {
+        const auto found = byPrefix.find(prefix);
+        if (found == byPrefix.end())
+            print(fmt::format("{}: none found", prefix));
+        else
+            printFamily(prefix, std::move(found->second), print);
+    }
+    print("");
+    SMCReader reader(options);
+    if (unknown == Unknown::said) {
+        // Where only counters exist, power is the difference of two readings.
+        constexpr int betweenMilliseconds = 400;
+        reader.readPower();
+        options.pause(betweenMilliseconds);
+    }
+    printReader(reader, Words(unknown), print);
+}
+
+void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Options& options, Unknown unknown,
+                       const PrintLine& print) {
+    if (smc_open() == 0) {
+        print(couldNotOpen);
+        return;
+    }
+    SMCReader reader(options);
+    const Words words(unknown);
+    print(fmt::format("{:<10} {:<10} {:<10} {:<10}", "SoC", "GPU", "FAN 0", "FAN 1"));
+    for (int i = 0; i < samples; ++i) {
+        const Temperatures temperatures = reader.readTemperatures();
+        const std::vector<FanReading> fans = reader.readFans();
+        const auto rpm = [&](std::size_t fan) {
+            return words.figure(fan < fans.size() ? std::optional<double>(truncated(fans[fan].rpm)) : std::nullopt, 0);
+        };
+        print(fmt::format("{:<10} {:<10} {:<10} {:<10}", words.celsius(temperatures.soc),
+                          words.celsius(temperatures.gpu), rpm(0), rpm(1)));
+        options.pause(static_cast<int>(rounded(intervalSeconds * 1e3)));
+    }
+}
+
+} // namespace vantoro

@@ -1,0 +1,31 @@
+// What the sensors' controller offers on this machine and what the reader makes of it, as text: for a machine whose
+// temperatures or fans look wrong.
+#pragma once
+
+#include "Model/Readers/SMCReader.h"
+
+#include <functional>
+#include <string_view>
+
+namespace vantoro {
+
+/// Takes one line of a report, without its end.
+using PrintLine = std::function<void(std::string_view line)>;
+
+struct SensorDump {
+    SensorDump() = delete;
+
+    /// What stands where nothing is known.
+    enum class Unknown {
+        zero, ///< as the controller's readers have always had it
+        said  ///< a word; and what only shows as a difference is read twice
+    };
+
+    /// Everything, once. `reader` says how to build the reader.
+    static void run(const SMCReader::Options& reader, Unknown unknown, const PrintLine& print);
+    /// A table of `samples` rows, one every `intervalSeconds`; the waiting is the options' pause.
+    static void watch(int samples, double intervalSeconds, const SMCReader::Options& reader, Unknown unknown,
+                      const PrintLine& print);
+};
+
+} // namespace vantoro

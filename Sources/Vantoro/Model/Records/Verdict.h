@@ -1,0 +1,72 @@
+// What the diagnosis concludes: how hard the machine works, how much that matters, who is to blame and what helps.
+#pragma once
+
+#include "Model/Records/ProcessAggregate.h"
+#include "Model/Records/Telemetry.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantoro {
+
+/// How much the present state matters; ordered.
+enum class Severity : std::uint8_t { calm = 0, normal = 1, elevated = 2, high = 3, critical = 4 };
+
+/// How hard the cooling works; ordered.
+enum class StressLevel : std::uint8_t { idle = 0, light = 1, moderate = 2, heavy = 3, extreme = 4 };
+
+/// One fact row: an icon's name, a short label, the figure as text and a few words on what it means.
+struct Factor {
+    std::string symbol;
+    std::string title;
+    std::string value;
+    std::string detail;
+
+    bool operator==(const Factor&) const = default;
+};
+
+/// One sentence of advice, or the label of a quit action with the process that it ends.
+struct Advice {
+    std::string text;
+    std::optional<std::int32_t> quitPID;
+
+    bool operator==(const Advice&) const = default;
+};
+
+struct Verdict {
+    Severity severity = Severity::calm;
+    StressLevel state = StressLevel::idle;
+    Cooling cooling = Cooling::fans;
+    /// A fanless machine whose chip has not reported a usable temperature yet.
+    bool awaitingReading = false;
+    std::string headline = "All quiet";
+    /// One paragraph of explanation.
+    std::string detail;
+    /// The group held most responsible, and up to four more in rank order.
+    std::optional<ProcessGroup> suspect;
+    std::vector<ProcessGroup> runnersUp;
+    std::vector<Factor> factors;
+    /// What is most likely to help comes first.
+    std::vector<Advice> advice;
+    /// Seconds since the current ramp began; 0 without one.
+    double sustainedFor = 0;
+    /// A short cause phrase for compact views.
+    std::string cause;
+
+    /// One or two words for the menu bar and badges; "Measuring" while a reading is awaited.
+    std::string_view stateLabel() const;
+    /// The stem that opens most headlines, "Your fans are loud".
+    std::string_view statePhrase() const;
+
+    bool operator==(const Verdict&) const = default;
+};
+
+/// Whether the state is idle or light: nothing that needs an explanation.
+constexpr bool isAtRest(StressLevel state) {
+    return state <= StressLevel::light;
+}
+
+} // namespace vantoro

@@ -1,0 +1,70 @@
+#include "Model/Text/Motion.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace vantoro {
+
+bool Motion::smooth() const {
+    return context_.flag("smoothUpdates").value_or(true);
+}
+
+std::optional<Animation> Motion::update() const {
+    if (!smooth())
+        return std::nullopt;
+    const double interval = context_.number("sampleInterval").value_or(2.0);
+    if (interval > 0 && interval <= 0.5)
+        return LinearAnimation{.durationSeconds = interval};
+    constexpr double longestResponse = 0.42;
+    const double half = interval / 2;
+    return SpringAnimation{.responseSeconds = interval > 0 && half < longestResponse ? half : longestResponse};
+}
+
+Movement criticallyDamped(Movement start, double responseSeconds, double seconds) {
+    if (!(responseSeconds > 0))
+        return {};
+    const double w = 2 * std::numbers::pi / responseSeconds;
+    const double slope = start.speed + w * start.distance;
+    const double decay = std::exp(-w * seconds);
+    return {.distance = (start.distance + slope * seconds) * decay,
+            .speed = (slope - w * (start.distance + slope * seconds)) * decay};
+}
+
+Movement AnimatedValue::movementAt(double now) const {
+    if (!animation_)
+        return {};
+    const double seconds = now > begun_ ? now - begun_ : 0;
+    if (const SpringAnimation* spring = std::get_if<SpringAnimation>(&*animation_))
+        return criticallyDamped(start_, spring->responseSeconds, seconds);
+    const double duration = std::get<LinearAnimation>(*animation_).durationSeconds;
+    if (seconds >= duration)
+        return {};
+    return {.distance = start_.distance * (1 - seconds / duration), .speed = -start_.distance / duration};
+}
+
+void AnimatedValue::set(double target, double now, const std::optional<Animation>& animation) {
+    const Movement movement = movementAt(now);
+    start_ = {.distance = target_ + movement.distance - target, .speed = movement.speed};
+    target_ = target;
+    begun_ = now;
+    animation_ = animation;
+}
+
+double AnimatedValue::at(double now) const {
+    return target_ + movementAt(now).distance;
+}
+
+bool AnimatedValue::isAtRest(double now) const {
+    if (!animation_)
+        return true;
+    constexpr double arrived = 1e-3;
+    // The scale is the way it had to go, or the sweep that its speed at the start would have made of it.
+    const double response = std::holds_alternative<SpringAnimation>(*animation_)
+                                ? std::get<SpringAnimation>(*animation_).responseSeconds
+                                : std::get<LinearAnimation>(*animation_).durationSeconds;
+    const double way = std::abs(start_.distance) + std::abs(start_.speed) * response;
+    const Movement movement = movementAt(now);
+    return std::abs(movement.distance) + std::abs(movement.speed) * response <= arrived * way;
+}
+
+} // namespace vantoro

@@ -1,0 +1,84 @@
+// A version that can be had, how far it has come, and the two records of it that outlive the program.
+#pragma once
+
+#include "Model/Text/FormatContext.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vantoro {
+
+struct Release {
+    /// As people read it.
+    std::string version;
+    /// What orders releases.
+    std::string build;
+    /// In plain text; never stored.
+    std::optional<std::string> notes;
+
+    bool operator==(const Release&) const = default;
+};
+
+inline constexpr std::size_t longestVersion = 64;
+/// A version or a build as it may be shown, logged and kept: what of it is printable ASCII, up to `longestVersion`.
+std::string plainVersion(std::string_view text);
+/// Whether it is one as it stands, and not empty.
+bool isPlainVersion(std::string_view text);
+
+/// Where the user asked for an install.
+enum class UpdateOrigin { controlBar, settings, menuBar };
+
+/// "controlBar", "settings", "menuBar".
+std::string_view rawValue(UpdateOrigin origin);
+std::optional<UpdateOrigin> updateOrigin(std::string_view rawValue);
+
+/// The marker that an installation leaves for the next start.
+struct Relaunch {
+    /// The build that was running when the installer took over.
+    std::string fromBuild;
+    /// When it did.
+    UnixSeconds at = 0;
+    std::optional<UpdateOrigin> origin;
+
+    bool operator==(const Relaunch&) const = default;
+};
+
+/// What the update chip shows.
+struct UpdatePhase {
+    enum class Kind {
+        idle,
+        checking,
+        /// No newer version.
+        current,
+        /// Just relaunched into a new build.
+        updated,
+        available,
+        /// The newest release asks for a newer operating system.
+        needsNewerSystem,
+        downloading,
+        installing,
+        failed
+    };
+    Kind kind = Kind::idle;
+    /// With available, needsNewerSystem, downloading and installing; with failed where one is known.
+    std::optional<Release> release;
+    /// With failed.
+    std::string message;
+    std::optional<std::string> detail;
+
+    bool operator==(const UpdatePhase&) const = default;
+};
+
+/// For the log: "downloading 2.1 (210)".
+std::string logText(const UpdatePhase& phase);
+
+/// JSON with the keys `version` and `build`.
+std::string encoded(const Release& release);
+/// Nothing for anything else, and where either is no plain version.
+std::optional<Release> decodedRelease(std::string_view text);
+/// JSON with the keys `fromBuild`, `at` and, where there is one, `origin`.
+std::string encoded(const Relaunch& relaunch);
+std::optional<Relaunch> decodedRelaunch(std::string_view text);
+
+} // namespace vantoro

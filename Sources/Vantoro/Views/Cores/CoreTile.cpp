@@ -1,0 +1,134 @@
+#include "Views/Cores/CoreTile.h"
+
+#include "Design/Panel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace vantoro {
+
+namespace {
+
+constexpr double padding = 12;
+constexpr double meterWidth = 6;
+constexpr double meterGap = 10;
+constexpr double barHeight = 3;
+constexpr double textTop = 10;
+constexpr double captionGap = 3;
+
+/// A track with its filled part, whose inner end is round too.
+void drawMeter(QPainter& painter, const QRectF& track, const QRectF& filled, const QColor& empty, const QColor& full) {
+    const double radius = std::min(track.width(), track.height()) / 2;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(empty);
+    painter.drawRoundedRect(track, radius, radius);
+    QPainterPath shape;
+    shape.addRoundedRect(track, radius, radius);
+    painter.save();
+    painter.setClipPath(shape);
+    painter.setBrush(full);
+    painter.drawRoundedRect(filled, radius, radius);
+    painter.restore();
+}
+
+} // namespace
+
+CoreTile::CoreTile(Look& look, QWidget* parent) : PaintedWidget(look, parent) {}
+
+int CoreTile::heightFor(const Theme& theme) {
+    const double nominalText = Type::small.lineHeight + Type::figure.lineHeight + Type::caption.lineHeight;
+    const double text =
+        lineHeightOf(Type::small, theme) + lineHeightOf(Type::figure, theme) + lineHeightOf(Type::caption, theme);
+    return static_cast<int>(std::ceil(nominalHeight - nominalText + text));
+}
+
+void CoreTile::show(const CoreFigures& figures, const std::optional<Animation>& animation) {
+    if (figures == figures_)
+        return;
+    const std::optional<Animation> shown = isVisible() ? animation : std::nullopt;
+    const double now = look().clock.now();
+    busy_.set(figures.busy, now, shown);
+    frequency_.set(figures.frequencyFill.value_or(0), now, shown);
+    const bool looksDifferent = figures.isHighlighted != figures_.isHighlighted || figures.label != figures_.label ||
+                                !shown || figures.frequencyFill.has_value() != figures_.frequencyFill.has_value();
+    const bool readsDifferent =
+        figures.busyText != figures_.busyText || figures.frequencyText != figures_.frequencyText;
+    figures_ = figures;
+    if (looksDifferent)
+        update();
+    else if (readsDifferent)
+        update(mirrored(QRectF(0, 0, busyMeter().left(), frequencyBar().top())).toAlignedRect());
+    if (shown)
+        look().clock.run(*this);
+    if (readsDifferent)
+        announceChange();
+}
+
+bool CoreTile::advance(double now) {
+    update(mirrored(busyMeter()).toAlignedRect());
+    update(mirrored(frequencyBar()).toAlignedRect());
+    return !busy_.isAtRest(now) || !frequency_.isAtRest(now);
+}
+
+void CoreTile::settle() {
+    look().clock.stop(*this);
+    busy_.set(busy_.target(), 0, std::nullopt);
+    frequency_.set(frequency_.target(), 0, std::nullopt);
+}
+
+void CoreTile::hideEvent(QHideEvent* event) {
+    settle();
+    PaintedWidget::hideEvent(event);
+}
+
+QRectF CoreTile::busyMeter() const {
+    return {width() - padding - meterWidth, padding, meterWidth, height() - 2 * padding};
+}
+
+QRectF CoreTile::frequencyBar() const {
+    const double right = busyMeter().left() - meterGap;
+    return {padding, height() - padding, std::max(0.0, right - padding), barHeight};
+}
+
+void CoreTile::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const bool busy = figures_.isHighlighted;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color(busy ? Tone::tileBusy : Tone::tile));
+    painter.drawRoundedRect(QRectF(rect()), Space::buttonRadius, Space::buttonRadius);
+
+    constexpr TextStyle restingFigure{Type::figure.size, Type::figure.lineHeight, QFont::Medium};
+    QRectF line(padding, textTop, busyMeter().left() - padding, lineHeight(Type::small));
+    drawText(painter, line, busy ? Type::small.semibold() : Type::small,
+             color(busy ? Tone::textPrimary : Tone::textSecondary), figures_.label);
+    line = QRectF(line.left(), line.bottom(), line.width(), lineHeight(Type::figure));
+    drawText(painter, line, busy ? Type::figure : restingFigure, color(Tone::textPrimary), figures_.busyText);
+    line = QRectF(line.left(), line.bottom() + captionGap, line.width(), lineHeight(Type::caption));
+    drawText(painter, line, Type::caption, color(Tone::textSecondary), figures_.frequencyText);
+
+    const double now = look().clock.now();
+    const QRectF meter = mirrored(busyMeter());
+    const double filled = meter.height() * busy_.at(now);
+    drawMeter(painter, meter, QRectF(meter.left(), meter.bottom() - filled, meter.width(), filled + meterWidth),
+              color(Tone::tileTrack), color(busy ? Tone::textPrimary : Tone::bar));
+    if (!figures_.frequencyFill)
+        return;
+    const QRectF bar = mirrored(frequencyBar());
+    drawMeter(painter, bar,
+              QRectF(bar.left() - barHeight, bar.top(), bar.width() * frequency_.at(now) + barHeight, barHeight),
+              color(Tone::tileTrack), color(busy ? Tone::ink : Tone::bar));
+}
+
+Description CoreTile::describe() {
+    return {.role = QAccessible::ProgressBar,
+            .name = figures_.label,
+            .value = figures_.spokenValue,
+            .number = figures_.busy,
+            .least = 0,
+            .most = 1};
+}
+
+} // namespace vantoro

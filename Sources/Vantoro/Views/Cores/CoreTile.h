@@ -1,0 +1,38 @@
+// One processor core: its name, how busy it is, its frequency, and a meter for each of the two.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+#include "Views/Cores/CoresModel.h"
+
+namespace vantoro {
+
+class CoreTile : public PaintedWidget, private Animated {
+public:
+    static constexpr int nominalHeight = 88;
+
+    explicit CoreTile(Look& look, QWidget* parent = nullptr);
+
+    /// The meters head for the new values with this animation, none is at once; the texts change at once.
+    void show(const CoreFigures& figures, const std::optional<Animation>& animation);
+    using QWidget::show;
+
+    /// Higher than nominal where type is larger.
+    static int heightFor(const Theme& theme);
+    Description describe() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    bool advance(double now) override;
+    QRectF busyMeter() const;
+    QRectF frequencyBar() const;
+    void settle();
+
+    CoreFigures figures_;
+    AnimatedValue busy_;
+    AnimatedValue frequency_;
+};
+
+} // namespace vantoro

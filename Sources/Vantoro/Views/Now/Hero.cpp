@@ -1,0 +1,168 @@
+#include "Views/Now/Hero.h"
+
+#include "Design/BalancedLabel.h"
+#include "Design/Panel.h"
+#include "Views/Now/Dials.h"
+#include "Views/Shared/Eyebrow.h"
+
+#include <algorithm>
+#include <QEvent>
+#include <utility>
+
+namespace vantoro {
+
+namespace {
+
+constexpr int inset = Space::heroInset - Space::windowMargin;
+constexpr int dialGap = 40;
+constexpr int headlineGap = 12;
+constexpr int detailGap = 14;
+/// Letters of the largest type reach below their last line.
+constexpr int headlineOverhang = 6;
+constexpr int widestDetail = 640;
+/// Below this width of the window's content the rotors are smaller.
+constexpr int narrowBelow = 940 - 2 * Space::windowMargin;
+
+// The hero's middle and its height while its text is short; then what is kept above and below the text.
+constexpr int leastMiddle = 118;
+constexpr int leastHeight = 228;
+constexpr int roomAbove = 14;
+constexpr int roomBelow = 16;
+
+/// Says it without interrupting.
+void announce(QWidget& widget, const QString& text) {
+    if (!QAccessible::isActive())
+        return;
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    QAccessibleAnnouncementEvent event(&widget, text);
+#else
+    Q_UNUSED(text)
+    QAccessibleEvent event(&widget, QAccessible::Alert);
+#endif
+    QAccessible::updateAccessibility(&event);
+}
+
+} // namespace
+
+Hero::Hero(Look& look, QWidget* parent)
+    : PaintedWidget(look, parent)
+    , eyebrow_(new Eyebrow(look, Eyebrow::Size::regular, this))
+    , headline_(new BalancedLabel(look, {{Type::display40, 2}, {Type::display32, 2}, {Type::display26, 3}},
+                                  Tone::textPrimary, this))
+    , detail_(new BalancedLabel(look, {{Type::lead, 0}}, Tone::textSecondary, this))
+    , dials_(new Dials(look, this)) {
+    headline_->setHeading(true);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+}
+
+void Hero::show(const HeroModel& model) {
+    if (announcer_.isDue(model.headline, look().clock.now()))
+        announce(*headline_, model.headline);
+    const bool isSame = model == model_;
+    const bool textsChanged = model.headline != model_.headline || model.detail != model_.detail;
+    const QSize dialsBefore = dials_->sizeHint();
+    if (!isSame) {
+        model_ = model;
+        eyebrow_->show(model.eyebrow);
+        headline_->setText(model.headline);
+        detail_->setText(model.detail);
+        dials_->setTurning(model.rotorsTurn);
+        dials_->show(model.dials);
+    }
+    const bool isOtherRoom = noteTextHeight();
+    if (!textsChanged && dials_->sizeHint() == dialsBefore && !isOtherRoom)
+        return;
+    if (measure(width()).height != height())
+        updateGeometry();
+    place();
+}
+
+bool Hero::noteTextHeight() {
+    constexpr double kept = 60;
+    const double now = look().clock.now();
+    if (std::exchange(roomWidth_, width()) != width())
+        seen_.clear();
+    const int before = std::exchange(textRoom_, 0);
+    const int height = measure(width()).textHeight;
+    std::erase_if(seen_, [&](const Seen& one) { return one.until <= now || one.textHeight <= height; });
+    seen_.push_back({height, now + kept});
+    for (const Seen& one : seen_)
+        textRoom_ = std::max(textRoom_, one.textHeight);
+    return textRoom_ != before;
+}
+
+Hero::Measures Hero::measure(int width) const {
+    Measures measures;
+    const QSize dials = dials_->sizeWhen(width < narrowBelow) - QSize(2 * Dials::ringMargin, 2 * Dials::ringMargin);
+    measures.textWidth = std::max(80, width - 2 * inset - dials.width() - dialGap);
+    measures.headlineHeight = headline_->heightForWidth(measures.textWidth);
+    measures.textHeight = eyebrow_->sizeHint().height() + headlineGap + measures.headlineHeight;
+    if (!model_.detail.isEmpty()) {
+        measures.detailHeight = detail_->heightForWidth(std::min(widestDetail, measures.textWidth));
+        measures.textHeight += detailGap + measures.detailHeight;
+    }
+    if (width == roomWidth_)
+        measures.textHeight = std::max(measures.textHeight, textRoom_);
+    const int content = std::max(measures.textHeight, dials.height());
+    measures.middle = std::max(leastMiddle, roomAbove + content / 2);
+    const bool isShort = content + 2 * roomAbove <= leastHeight;
+    measures.height = isShort ? leastHeight : measures.middle + (content + 1) / 2 + roomBelow;
+    return measures;
+}
+
+int Hero::heightForWidth(int width) const {
+    return measure(width).height;
+}
+
+QSize Hero::sizeHint() const {
+    constexpr int usual = 992;
+    const int shown = width() > 0 && testAttribute(Qt::WA_WState_Created) ? width() : usual;
+    return {shown, measure(shown).height};
+}
+
+QSize Hero::minimumSizeHint() const {
+    return {400, leastHeight};
+}
+
+void Hero::place() {
+    dials_->setNarrow(width() < narrowBelow);
+    const Measures measures = measure(width());
+    const int top = measures.middle - measures.textHeight / 2;
+    int y = top;
+    const int eyebrowHeight = eyebrow_->sizeHint().height();
+    eyebrow_->setGeometry(mirrored(QRect(inset, y, measures.textWidth, eyebrowHeight)));
+    y += eyebrowHeight + headlineGap;
+    headline_->setGeometry(mirrored(QRect(inset, y, measures.textWidth, measures.headlineHeight + headlineOverhang)));
+    y += measures.headlineHeight + detailGap;
+    detail_->setVisible(!model_.detail.isEmpty());
+    detail_->setGeometry(mirrored(QRect(inset, y, std::min(widestDetail, measures.textWidth), measures.detailHeight)));
+    const QSize dials = dials_->sizeHint();
+    const QPoint corner(width() - inset + Dials::ringMargin - dials.width(), measures.middle - dials.height() / 2);
+    dials_->setGeometry(mirrored(QRect(corner, dials)));
+}
+
+void Hero::resizeEvent(QResizeEvent* event) {
+    if (width() != roomWidth_)
+        noteTextHeight();
+    place();
+    PaintedWidget::resizeEvent(event);
+}
+
+void Hero::themeChanged() {
+    // Heights in another type; the next refresh notes them anew.
+    roomWidth_ = -1;
+}
+
+bool Hero::event(QEvent* event) {
+    // A part asks for another size: after a change of the theme, say.
+    if (event->type() == QEvent::LayoutRequest) {
+        if (measure(width()).height != height())
+            updateGeometry();
+        place();
+    }
+    return PaintedWidget::event(event);
+}
+
+} // namespace vantoro

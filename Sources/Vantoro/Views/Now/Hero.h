@@ -1,0 +1,65 @@
+// The answer at the top of the Now pane: eyebrow, headline and detail at the left, the dials at the right.
+#pragma once
+
+#include "Design/PaintedWidget.h"
+#include "Views/Now/HeroModel.h"
+
+#include <vector>
+
+namespace vantoro {
+
+class BalancedLabel;
+class Dials;
+class Eyebrow;
+
+/// Stands within the window's margins, 8 points below the control bar and the panel gap above what follows;
+/// grows with its text.
+class Hero : public PaintedWidget {
+    Q_OBJECT
+public:
+    explicit Hero(Look& look, QWidget* parent = nullptr);
+
+    void show(const HeroModel& model);
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+    using PaintedWidget::show;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    bool event(QEvent* event) override;
+    void themeChanged() override;
+
+private:
+    struct Measures {
+        int textWidth = 0;
+        int headlineHeight = 0;
+        int detailHeight = 0;
+        int textHeight = 0;
+        int middle = 0;
+        int height = 0;
+    };
+    Measures measure(int width) const;
+    /// The text keeps the room of the longest that it has been within the last minute; whether that is another now.
+    bool noteTextHeight();
+    void place();
+
+    HeroModel model_;
+    Eyebrow* eyebrow_; // owned by Qt as children
+    BalancedLabel* headline_;
+    BalancedLabel* detail_;
+    Dials* dials_;
+    HeadlineAnnouncer announcer_;
+    struct Seen {
+        int textHeight = 0;
+        double until = 0;
+    };
+    std::vector<Seen> seen_;
+    int textRoom_ = 0;
+    int roomWidth_ = -1;
+};
+
+} // namespace vantoro

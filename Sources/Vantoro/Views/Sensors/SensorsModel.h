@@ -1,0 +1,108 @@
+// What the sensors pane shows: everything that is measured, by family, with what it has been since launch.
+#pragma once
+
+#include "Design/Gauges/SparklineLine.h"
+#include "Model/Live/SensorHub.h"
+#include "Views/Settings/SettingsModel.h"
+
+#include <QString>
+#include <vector>
+
+namespace vantoro {
+
+/// One fan.
+struct FanRowModel {
+    QString label;
+    QString speed;
+    /// Empty for a fan that does not report.
+    QString unit;
+    /// Its lowest and highest since launch; empty while there is no difference.
+    QString range;
+    /// Within its limits, 0 to 1; none where they are not known.
+    std::optional<double> position;
+    std::optional<double> target;
+    int heatStop = 0;
+    QString floorText;
+    QString targetText;
+    QString ceilingText;
+    QString spokenValue;
+
+    bool operator==(const FanRowModel&) const = default;
+};
+
+/// One temperature or power rail.
+struct SensorRowModel {
+    QString label;
+    /// What the figure is; may be empty.
+    QString source;
+    QString range;
+    QString value;
+    bool isMissing = false;
+    SparklineLine line;
+    /// The source and what the range means, in full.
+    QString toolTip;
+    QString spokenValue;
+    /// Whether it unfolds into its single sensors, and while it is: their figures, coolest first, and how many.
+    bool isExpandable = false;
+    bool isExpanded = false;
+    QString sensorsTitle;
+    QStringList sensors;
+
+    bool operator==(const SensorRowModel&) const = default;
+};
+
+/// A part of a whole, or with no share a figure beside it.
+struct LegendEntry {
+    QString label;
+    QString value;
+    std::optional<double> share;
+    bool isMissing = false;
+
+    bool operator==(const LegendEntry&) const = default;
+};
+
+struct LegendModel {
+    QString figure;
+    /// In the order of the shades, darkest first; row by row in two columns.
+    std::vector<LegendEntry> entries;
+    QString spokenValue;
+
+    bool operator==(const LegendModel&) const = default;
+};
+
+/// The rows that unfold.
+enum class SensorFamily : std::uint8_t { hottestCore, wholeChip, graphics };
+
+/// Which of them are unfolded.
+struct UnfoldedRows {
+    bool hottestCore = false;
+    bool wholeChip = false;
+    bool graphics = false;
+
+    bool& operator[](SensorFamily family);
+    bool any() const { return hottestCore || wholeChip || graphics; }
+};
+
+struct SensorsModel {
+    QString machineName;
+    QString summary;
+    QString dataSources;
+    /// Empty while they can be read.
+    QString complaint;
+    /// None on a machine without fans, and on one that reports none.
+    std::optional<std::vector<FanRowModel>> fans;
+    /// Hottest core, whole chip and graphics processor come first, in this order.
+    std::vector<SensorRowModel> temperatures;
+    ThermalPressure pressure = ThermalPressure::nominal;
+    std::vector<SensorRowModel> power;
+    LegendModel processor;
+    LegendModel memory;
+
+    static SensorsModel of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
+    /// All of it as a table of plain text, for the clipboard.
+    QString plainText() const;
+
+    bool operator==(const SensorsModel&) const = default;
+};
+
+} // namespace vantoro

@@ -1,0 +1,91 @@
+// The sensors pane as plain text.
+#include "Model/Diagnosis/Diagnosis.h"
+#include "Views/Sensors/SensorsModel.h"
+#include "Views/Shared/Words.h"
+
+#include <algorithm>
+#include <QStringList>
+
+namespace vantoro {
+
+namespace {
+
+/// Rows of cells, set in columns.
+class Table {
+public:
+    explicit Table(const QString& title) : title_(title) {}
+
+    void add(const QStringList& cells) { rows_.push_back(cells); }
+
+    QString text() const {
+        std::vector<qsizetype> widths;
+        for (const QStringList& row : rows_) {
+            // A line of a single cell runs across the columns.
+            if (row.size() == 1)
+                continue;
+            widths.resize(std::max(widths.size(), static_cast<std::size_t>(row.size())));
+            for (qsizetype i = 0; i < row.size(); ++i)
+                widths[static_cast<std::size_t>(i)] = std::max(widths[static_cast<std::size_t>(i)], row[i].size());
+        }
+        QString text = title_ + u'\n';
+        for (const QStringList& row : rows_) {
+            QString line;
+            for (qsizetype i = 0; i < row.size(); ++i)
+                line += QStringLiteral("  ") +
+                        row[i].leftJustified(row.size() > 1 ? widths[static_cast<std::size_t>(i)] : 0);
+            while (line.endsWith(u' '))
+                line.chop(1);
+            text += line + u'\n';
+        }
+        return text;
+    }
+
+private:
+    QString title_;
+    std::vector<QStringList> rows_;
+};
+
+void add(Table& table, const SensorRowModel& row) {
+    table.add({row.label, row.value, row.range, row.source});
+    if (row.isExpanded)
+        table.add({QStringLiteral("  ") + row.sensorsTitle + (row.sensors.isEmpty() ? QString() : tr(": ")) +
+                   row.sensors.join(u' ')});
+}
+
+QString legendText(const QString& title, const LegendModel& legend) {
+    Table table(legend.figure.isEmpty() ? title : title + QStringLiteral(" · ") + legend.figure);
+    for (const LegendEntry& entry : legend.entries)
+        table.add({entry.label, entry.value});
+    return table.text();
+}
+
+} // namespace
+
+QString SensorsModel::plainText() const {
+    QStringList parts;
+    QString head = machineName + u'\n' + summary + u'\n' + dataSources + u'\n';
+    if (!complaint.isEmpty())
+        head += complaint + u'\n';
+    parts.append(head);
+    if (fans) {
+        Table table(tr("Fans"));
+        for (const FanRowModel& fan : *fans)
+            table.add({fan.label, fan.unit.isEmpty() ? fan.speed : fan.speed + u' ' + fan.unit, fan.range,
+                       fan.floorText, fan.targetText, fan.ceilingText});
+        parts.append(table.text());
+    }
+    Table heat(tr("Temperatures"));
+    for (const SensorRowModel& row : temperatures)
+        add(heat, row);
+    heat.add({tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
+    parts.append(heat.text());
+    Table rails(tr("Power"));
+    for (const SensorRowModel& row : power)
+        add(rails, row);
+    parts.append(rails.text());
+    parts.append(legendText(tr("Processor"), processor));
+    parts.append(legendText(tr("Memory"), memory));
+    return parts.join(u'\n');
+}
+
+} // namespace vantoro

@@ -1,0 +1,72 @@
+// The pane of everything that is measured: fans, temperatures, power, processor and memory.
+#pragma once
+
+#include "Design/Controls/BriefText.h"
+#include "Views/Sensors/SensorsModel.h"
+#include "Views/Shared/View.h"
+
+#include <vector>
+
+class QHBoxLayout;
+class QBoxLayout;
+class QVBoxLayout;
+
+namespace vantoro {
+
+class FourStepMeter;
+class Panel;
+class ScrollPane;
+class SensorRow;
+class StackedBar;
+class TextLabel;
+
+class SensorsView : public View {
+    Q_OBJECT
+public:
+    explicit SensorsView(ViewContext& context, QWidget* parent = nullptr);
+    ~SensorsView() override;
+
+    void refresh() override;
+    /// All that is shown, as text, on the clipboard.
+    void copyAll();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    class MachineLine;
+    class FanRow;
+    class PressureRow;
+
+    Panel* addPanel(QVBoxLayout* column, const QString& title, const QString& icon);
+    void build();
+    void buildTemperatures(QVBoxLayout* column);
+    void buildPower(QVBoxLayout* column);
+    void showFans(const SensorsModel& model);
+    void unfold(SensorFamily family, bool unfolded);
+    void readSensorsIfSeen(bool isSeen);
+
+    UnfoldedRows unfolded_;
+    SensorsModel model_;
+    // All owned by Qt as children.
+    ScrollPane* scroll_;
+    MachineLine* machine_ = nullptr;
+    TextLabel* complaint_ = nullptr;
+    QHBoxLayout* complaintRow_;
+    QBoxLayout* columns_ = nullptr;
+    Panel* fans_ = nullptr;
+    std::vector<FanRow*> fanRows_;
+    std::vector<SensorRow*> temperatureRows_;
+    PressureRow* pressure_ = nullptr;
+    std::vector<SensorRow*> powerRows_;
+    Panel* processorPanel_ = nullptr;
+    StackedBar* processor_ = nullptr;
+    Panel* memoryPanel_ = nullptr;
+    StackedBar* memory_ = nullptr;
+    Button* copy_ = nullptr;
+    std::optional<BriefText> copied_;
+};
+
+} // namespace vantoro

@@ -1,0 +1,42 @@
+#include "Views/Shared/View.h"
+
+#include <utility>
+
+namespace vantoro {
+
+View::View(ViewContext& context, QWidget* parent) : PaintedWidget(context.look, parent), context_(context) {
+    connect(&context.look.clock, &AnimationClock::resumed, this, [this] {
+        if (isSeen())
+            refresh();
+    });
+    shows({&SensorHub::formatChanged});
+}
+
+// A window that is covered or minimised counts as visible to the toolkit; the clock knows better.
+bool View::isSeen() const {
+    return isVisible() && !look().clock.isPaused();
+}
+
+void View::shows(std::initializer_list<HubSignal> properties, std::function<void()> part) {
+    new HubWatch(
+        hub(), properties,
+        [this, part = std::move(part)] {
+            if (!isSeen())
+                return;
+            look().transaction = &hub().animation();
+            part();
+            look().transaction = nullptr;
+        },
+        this); // owned by Qt as a child
+}
+
+void View::shows(std::initializer_list<HubSignal> properties) {
+    shows(properties, [this] { refresh(); });
+}
+
+void View::showEvent(QShowEvent* event) {
+    refresh();
+    PaintedWidget::showEvent(event);
+}
+
+} // namespace vantoro

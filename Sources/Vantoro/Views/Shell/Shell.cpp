@@ -1,0 +1,199 @@
+#include "Views/Shell/Shell.h"
+
+#include "Model/Live/Log.h"
+#include "Model/Updates/Updates.h"
+#include "Platform/Memory.h"
+#include "Views/Shell/AppMenus.h"
+#include "Views/MenuBar/MenuBarItem.h"
+#include "Views/MenuBar/MenuBarPanel.h"
+#include "Views/Shared/NoticeAlert.h"
+#include "Views/Shared/NoticeModel.h"
+#include "Views/Shared/ScreenRoom.h"
+#include "Views/Settings/SettingsView.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QShortcut>
+#include <QUrl>
+
+namespace vantoro {
+
+namespace {
+constexpr const char* homePage = "https://vantoro.example";
+} // namespace
+
+Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
+    : options_(std::move(options))
+    , ownCost_(options_.ownCost)
+    , look_{theme_, icons_, clock_, motion}
+    , menuBarLook_{theme_, icons_, menuBarClock_, motion}
+    , context_{hub, settings, look_, options_.sources, options_.updates, &ownCost_}
+    , menuBarContext_{hub, settings, menuBarLook_}
+    , follower_(theme_, options_.looks) {
+    follower_.applyAppearance(QString::fromStdString(settings.appearance()));
+    // Noted all the time, so that whoever opens the settings finds the last minute known.
+    connect(&hub, &SensorHub::snapshotChanged, this, [this] { ownCost_.note(clock_.now()); });
+    // With nothing to be seen there is nothing to draw; the first window starts the clock.
+    clock_.setPaused(true);
+}
+
+Shell::~Shell() {
+    // The windows refer to the hub and to what this shell holds; what they say on going is of no interest any more.
+    for (QWidget* const window : {static_cast<QWidget*>(settingsWindow_), static_cast<QWidget*>(window_)})
+        if (window != nullptr) {
+            window->disconnect(this);
+            delete window;
+        }
+}
+
+void Shell::open() {
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (options_.hasMenus)
+        makeMenus();
+    raiseWindow();
+    item_ = std::make_unique<MenuBarItem>(menuBarContext_, options_.menuBar);
+    connect(item_.get(), &MenuBarItem::panelRequested, this, &Shell::togglePanel);
+    connect(item_.get(), &MenuBarItem::openRequested, this, &Shell::raiseWindow);
+    connect(item_.get(), &MenuBarItem::availabilityKnown, this, [this](bool available) {
+        if (available)
+            return;
+        // Without the item a closed window could not be reached again.
+        QApplication::setQuitOnLastWindowClosed(true);
+        if (!window_)
+            QApplication::quit();
+        else
+            noteMissingMenuBar();
+    });
+    item_->appear();
+    if (options_.updates != nullptr && options_.updates->takeWantsSettings()) {
+        Log::updates("reopening Settings, where the install was clicked");
+        openSettings();
+    }
+}
+
+void Shell::makeMenus() {
+    menus_ = std::make_unique<AppMenus>();
+    connect(menus_.get(), &AppMenus::chosen, this, &Shell::perform);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        // What brought the program to the front may be a window or the panel, about to be shown.
+        if (state == Qt::ApplicationActive)
+            QMetaObject::invokeMethod(this, &Shell::cameToFront, Qt::QueuedConnection);
+    });
+}
+
+void Shell::cameToFront() {
+    if (!window_ && !settingsWindow_ && (!panel_ || !panel_->isVisible()))
+        raiseWindow();
+}
+
+void Shell::perform(AppCommand command) {
+    QWidget* const active = QApplication::activeWindow();
+    switch (command) {
+    case AppCommand::about:
+        if (options_.showAbout)
+            options_.showAbout();
+        break;
+    case AppCommand::settings:
+        openSettings();
+        break;
+    case AppCommand::quit:
+        QApplication::quit();
+        break;
+    case AppCommand::minimise:
+        if (active != nullptr)
+            active->showMinimized();
+        break;
+    case AppCommand::close:
+        if (active != nullptr)
+            active->close();
+        break;
+    case AppCommand::open:
+        raiseWindow();
+        break;
+    case AppCommand::help:
+        QDesktopServices::openUrl(QUrl(homePage));
+        break;
+    }
+}
+
+void Shell::raiseWindow() {
+    if (panel_)
+        panel_->close();
+    if (!window_) {
+        window_ = new MainWindow(context_, options_.simulates, std::exchange(options_.start, nullptr));
+        window_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(window_, &MainWindow::settingsRequested, this, &Shell::openSettings);
+        connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);
+        connect(window_, &MainWindow::canBeSeenChanged, this, &Shell::updateClock);
+        connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
+        if (options_.updates != nullptr)
+            connect(window_, &MainWindow::firstSeen, options_.updates, &Updates::windowWasSeen);
+        new WindowKeeper(*window_,
+                         [] { return MainWindow::smallestSize; }); // owned by the window, as the next is by its own
+    }
+    window_->raiseToFront();
+}
+
+// A window tells of its end when it is half gone: the pointers are let go of first.
+void Shell::windowClosed() {
+    window_ = nullptr;
+    updateClock();
+    icons_.clear();
+    releaseUnusedMemory();
+}
+
+void Shell::openSettings() {
+    if (panel_)
+        panel_->close();
+    if (!settingsWindow_) {
+        settingsWindow_ = new SettingsView(context_, context_.sources);
+        settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
+        auto* const quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), settingsWindow_); // owned by Qt as a child
+        connect(quit, &QShortcut::activated, qApp, &QApplication::quit);
+        connect(settingsWindow_, &SettingsView::appearanceChanged, &follower_, &LooksFollower::applyAppearance);
+        connect(settingsWindow_, &SettingsView::menuBarSettingChanged, this, [this] {
+            if (item_)
+                item_->refresh();
+        });
+        // What turns or stands is decided when a view refreshes.
+        connect(settingsWindow_, &SettingsView::rotorSettingChanged, this, [this] { context_.hub.publish(true); });
+        connect(settingsWindow_, &QObject::destroyed, this, [this] {
+            settingsWindow_ = nullptr;
+            updateClock();
+        });
+        new WindowKeeper(*settingsWindow_, [this] { return settingsWindow_->smallestSize(); });
+    }
+    settingsWindow_->show();
+    settingsWindow_->raise();
+    settingsWindow_->activateWindow();
+    updateClock();
+}
+
+void Shell::togglePanel(const QPoint& anchor) {
+    if (!panel_) {
+        panel_ = std::make_unique<MenuBarPanel>(context_);
+        connect(panel_.get(), &MenuBarPanel::openRequested, this, &Shell::raiseWindow);
+        connect(panel_.get(), &MenuBarPanel::settingsRequested, this, &Shell::openSettings);
+        connect(panel_.get(), &MenuBarPanel::quitRequested, qApp, &QApplication::quit);
+    }
+    // The panel is a popup: it moves only while it is open, and then it is in front.
+    panel_->toggle(item_->geometry(), anchor);
+    updateClock();
+}
+
+void Shell::noteMissingMenuBar() {
+    if (context_.settings.toldOfMissingTray() || !window_)
+        return;
+    context_.settings.setToldOfMissingTray(true);
+    const Notice words = missingMenuBarNotice();
+    // Deletes itself once closed.
+    (new NoticeAlert(look_, *window_, words.title, words.text, words.answer))->open();
+}
+
+void Shell::updateClock() {
+    const bool seen = (window_ && window_->canBeSeen()) || (panel_ && panel_->isVisible()) ||
+                      (settingsWindow_ && settingsWindow_->isVisible());
+    clock_.setPaused(!seen);
+}
+
+} // namespace vantoro

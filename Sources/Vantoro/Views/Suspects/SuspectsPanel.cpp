@@ -1,0 +1,405 @@
+#include "Views/Suspects/SuspectsPanel.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace vantoro {
+
+namespace {
+constexpr int bottomPadding = 12;
+constexpr int footerPadding = 12;
+} // namespace
+
+SuspectsPanel::SuspectsPanel(Look& look, QWidget* parent)
+    : Panel(look, parent), all_(new Button(look, Button::Kind::quiet, {}, this)) {
+    setMouseTracking(true);
+    all_->setDrawnHeight(24);
+    all_->hide();
+    connect(all_, &Button::clicked, this, &SuspectsPanel::toggleAll);
+}
+
+// The rows are destroyed after this, and lose the pointer and the keyboard on the way.
+SuspectsPanel::~SuspectsPanel() {
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->row->disconnect(this);
+}
+
+std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
+    auto entry = std::make_unique<Entry>();
+    entry->row = new SuspectRow(look(), icons_, this);
+    entry->row->setNarrow(isNarrow_);
+    entry->row->hide();
+    const Entry* const owned = entry.get();
+    connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
+        owned->row->setExpanded(!owned->row->isExpanded());
+        placeRows(false);
+        askForHeight();
+    });
+    connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
+    connect(entry->row, &SuspectRow::attentionChanged, this, &SuspectsPanel::attentionChanged);
+    connect(entry->row, &SuspectRow::entered, this, &SuspectsPanel::pointerAt);
+    connect(entry->row, &SuspectRow::moved, this, [this, owned](int rows) { moveFocus(owned->row, rows); });
+    return entry;
+}
+
+std::size_t SuspectsPanel::shownRows() const {
+    return showsAll_ ? model_.rows.size() : std::min<std::size_t>(model_.rows.size(), SuspectsModel::rowsAtFirst);
+}
+
+bool SuspectsPanel::keepsOrder() const {
+    if (!isVisible())
+        return false;
+    const QWidget* const at = childAtPointer();
+    if (at == this || isAncestorOf(at))
+        return true;
+    return std::any_of(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(used_),
+                       [](const std::unique_ptr<Entry>& entry) { return entry->row->hasKeyboard(); });
+}
+
+void SuspectsPanel::show(const SuspectsModel& model) {
+    latest_ = model;
+    if (!keepsOrder()) {
+        arrange(model);
+        return;
+    }
+    SuspectsModel kept = model;
+    const auto placeBefore = [this](const SuspectRowModel& row) {
+        return std::find_if(model_.rows.begin(), model_.rows.end(),
+                            [&row](const SuspectRowModel& before) { return before.key == row.key; });
+    };
+    std::stable_sort(kept.rows.begin(), kept.rows.end(),
+                     [&placeBefore](const SuspectRowModel& one, const SuspectRowModel& other) {
+                         return placeBefore(one) < placeBefore(other);
+                     });
+    arrange(kept);
+}
+
+void SuspectsPanel::attentionChanged() {
+    // A row that is hidden loses the keyboard and the pointer while the rows are being dealt out.
+    if (isArranging_)
+        return;
+    followPointer();
+    if (isVisible() && !keepsOrder())
+        arrange(SuspectsModel(latest_));
+}
+
+QWidget* SuspectsPanel::childAtPointer() const {
+    return pointer_ && isVisible() ? window()->childAt(window()->mapFromGlobal(*pointer_)) : nullptr;
+}
+
+void SuspectsPanel::pointerAt(const QPoint& screen) {
+    pointer_ = screen;
+    attentionChanged();
+}
+
+void SuspectsPanel::followPointer() {
+    const QWidget* at = childAtPointer();
+    while (at != nullptr && at->parentWidget() != this)
+        at = at->parentWidget();
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        if (entry->row->isHovered() != (entry->row == at))
+            entry->row->setHovered(entry->row == at);
+}
+
+void SuspectsPanel::enterEvent(QEnterEvent* event) {
+    pointerAt(event->globalPosition().toPoint());
+    Panel::enterEvent(event);
+}
+
+void SuspectsPanel::mouseMoveEvent(QMouseEvent* event) {
+    pointerAt(event->globalPosition().toPoint());
+    Panel::mouseMoveEvent(event);
+}
+
+void SuspectsPanel::leaveEvent(QEvent* event) {
+    pointer_.reset();
+    attentionChanged();
+    Panel::leaveEvent(event);
+}
+
+void SuspectsPanel::arrange(const SuspectsModel& model) {
+    if (model == model_)
+        return;
+    const bool sameFrame =
+        model.isPending == model_.isPending && model.emptyText == model_.emptyText && model.footer == model_.footer;
+    model_ = model;
+    setTitle(model.title);
+    all_->setVisible(!model.showAll.isEmpty());
+    all_->setText(showsAll_ ? model.showFewer : model.showAll);
+    placeButton();
+    assignRows();
+    placeRows(true);
+    if (!sameFrame)
+        update();
+    askForHeight();
+}
+
+void SuspectsPanel::assignRows() {
+    isArranging_ = true;
+    const std::size_t wanted = shownRows();
+    // A row's widget stays with its application; the others take over the applications that are new.
+    std::vector<std::unique_ptr<Entry>> spare;
+    std::vector<std::unique_ptr<Entry>> order(wanted);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        std::unique_ptr<Entry>& entry = entries_[i];
+        const auto place =
+            i >= used_ ? model_.rows.begin() + static_cast<std::ptrdiff_t>(wanted)
+                       : std::find_if(model_.rows.begin(), model_.rows.begin() + static_cast<std::ptrdiff_t>(wanted),
+                                      [&](const SuspectRowModel& row) { return row.key == entry->row->key(); });
+        const auto index = static_cast<std::size_t>(place - model_.rows.begin());
+        if (index < wanted && order[index] == nullptr)
+            order[index] = std::move(entry);
+        else
+            spare.push_back(std::move(entry));
+    }
+    int y = qRound(titleHeight * theme().textScale());
+    for (std::size_t i = 0; i < wanted; ++i) {
+        const SuspectRowModel& row = model_.rows[i];
+        const bool isNew = order[i] == nullptr;
+        if (isNew && !spare.empty()) {
+            order[i] = std::move(spare.back());
+            spare.pop_back();
+        } else if (isNew) {
+            order[i] = newEntry();
+        }
+        Entry& entry = *order[i];
+        if (isNew)
+            entry.row->setExpanded(false);
+        entry.quitPID = row.quitPID;
+        entry.row->show(row, model_);
+        entry.row->setFirst(i == 0);
+        if (isNew) {
+            entry.row->jump();
+            entry.y.set(y, look().clock.now(), std::nullopt);
+        }
+        entry.row->setVisible(true);
+        y += entry.row->heightFor(width());
+    }
+    used_ = wanted;
+    for (std::unique_ptr<Entry>& entry : spare) {
+        entry->row->hide();
+        order.push_back(std::move(entry));
+    }
+    entries_ = std::move(order);
+    std::size_t stop = 0;
+    for (std::size_t i = 0; i < used_; ++i)
+        if (entries_[i]->row->focusPolicy() == Qt::StrongFocus)
+            stop = i;
+    setStop(stop);
+    isArranging_ = false;
+}
+
+void SuspectsPanel::setStop(std::size_t index) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        const Qt::FocusPolicy policy = i == index && i < used_ ? Qt::StrongFocus : Qt::ClickFocus;
+        if (entries_[i]->row->focusPolicy() != policy)
+            entries_[i]->row->setFocusPolicy(policy);
+    }
+}
+
+void SuspectsPanel::placeRows(bool animated) {
+    const double now = look().clock.now();
+    const std::optional<Animation> animation = animated && isVisible() ? look().update() : std::nullopt;
+    int y = qRound(titleHeight * theme().textScale());
+    bool isMoving = false;
+    for (std::size_t i = 0; i < used_; ++i) {
+        Entry& entry = *entries_[i];
+        const int height = entry.row->heightFor(width());
+        if (entry.y.target() != y)
+            entry.y.set(y, now, animation);
+        if (entry.row->size() != QSize(width(), height))
+            entry.row->resize(width(), height);
+        isMoving = isMoving || !entry.y.isAtRest(now);
+        y += height;
+    }
+    if (isMoving)
+        look().clock.run(*this);
+    advance(now);
+    chooseCaption();
+}
+
+bool SuspectsPanel::advance(double now) {
+    bool isMoving = false;
+    for (std::size_t i = 0; i < used_; ++i) {
+        const Entry& entry = *entries_[i];
+        const int y = qRound(entry.y.at(now));
+        const bool isUnderWay = !entry.y.isAtRest(now);
+        if (entry.row->pos() != QPoint(0, y))
+            entry.row->move(0, y);
+        entry.row->setMoving(isUnderWay);
+        isMoving = isMoving || isUnderWay;
+    }
+    followPointer();
+    return isMoving;
+}
+
+void SuspectsPanel::toggleAll() {
+    showsAll_ = !showsAll_;
+    all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
+    placeButton();
+    assignRows();
+    placeRows(false);
+    askForHeight();
+}
+
+void SuspectsPanel::moveFocus(const SuspectRow* from, int rows) {
+    for (std::size_t i = 0; i < used_; ++i) {
+        if (entries_[i]->row != from)
+            continue;
+        const int last = static_cast<int>(used_) - 1;
+        const auto to = static_cast<std::size_t>(std::clamp(static_cast<int>(i) + rows, 0, last));
+        setStop(to);
+        entries_[to]->row->setFocus(Qt::OtherFocusReason);
+        emit rowReached(entries_[to]->row);
+        return;
+    }
+}
+
+void SuspectsPanel::setNarrow(bool narrow) {
+    if (narrow == isNarrow_)
+        return;
+    isNarrow_ = narrow;
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->row->setNarrow(narrow);
+    chooseCaption();
+}
+
+void SuspectsPanel::chooseCaption() {
+    const bool hasCells = used_ == 0 || entries_.front()->row->hasCells();
+    setCaption(hasCells ? model_.caption : model_.captionWithoutCells);
+}
+
+int SuspectsPanel::footerHeight(int width) const {
+    if (model_.footer.isEmpty())
+        return 0;
+    const auto lines = brokenLines(model_.footer, font(Type::caption), width - 2 * Space::panelPadding).size();
+    return static_cast<int>(static_cast<double>(lines) * lineHeight(Type::caption)) + 2 * footerPadding;
+}
+
+int SuspectsPanel::heightFor(int width) const {
+    int rows = 0;
+    for (std::size_t i = 0; i < used_; ++i)
+        rows += entries_[i]->row->heightFor(width);
+    rows = std::max(rows, SuspectsModel::rowsAtFirst * SuspectRow::plainHeight(theme()));
+    return qRound(titleHeight * theme().textScale()) + rows + bottomPadding + footerHeight(width);
+}
+
+void SuspectsPanel::askForHeight() {
+    const int height = heightFor(width());
+    if (height == askedHeight_)
+        return;
+    askedHeight_ = height;
+    emit heightChanged();
+}
+
+void SuspectsPanel::placeButton() {
+    // Its text, not its edge, stands in line with what is below.
+    const QSize button = all_->sizeHint();
+    const QPoint corner(width() - Space::panelPadding + Button::ringMargin + Button::smallSidePadding - button.width(),
+                        (qRound(titleHeight * theme().textScale()) - button.height()) / 2);
+    all_->setGeometry(mirrored(QRect(corner, button)));
+    setRoomAtRight(
+        model_.showAll.isEmpty() ? 0 : button.width() - 2 * Button::ringMargin - 2 * Button::smallSidePadding + 12);
+}
+
+void SuspectsPanel::resizeEvent(QResizeEvent* event) {
+    Panel::resizeEvent(event);
+    askedHeight_ = heightFor(width());
+    placeButton();
+    placeRows(false);
+}
+
+void SuspectsPanel::hideEvent(QHideEvent* event) {
+    look().clock.stop(*this);
+    for (const std::unique_ptr<Entry>& entry : entries_)
+        entry->y.set(entry->y.target(), look().clock.now(), std::nullopt);
+    advance(look().clock.now());
+    Panel::hideEvent(event);
+}
+
+void SuspectsPanel::themeChanged() {
+    Panel::themeChanged();
+    placeButton();
+    placeRows(false);
+}
+
+Description SuspectsPanel::describe() {
+    QString name = model_.title;
+    if (!model_.emptyText.isEmpty())
+        name += QStringLiteral(": ") + model_.emptyText;
+    return {.role = QAccessible::List, .name = name, .value = model_.footer};
+}
+
+void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
+    struct Widths {
+        int name;
+        int about;
+    };
+    constexpr std::array<Widths, SuspectsModel::rowsAtFirst> rows{
+        {{120, 80}, {88, 112}, {144, 72}, {104, 96}, {72, 128}}};
+    constexpr int left = Space::panelPadding;
+    constexpr int textLeft = left + 40;
+    constexpr int figureWidth = 32;
+    constexpr int barRight = 80;
+    const int bar = isNarrow_ ? 128 : 220;
+    const int right = width() - left;
+    painter.setPen(Qt::NoPen);
+    double y = top;
+    for (const Widths& row : rows) {
+        const double middle = y + SuspectRow::plainHeight(theme()) / 2.0;
+        const auto shape = [&](double x, double centre, double width, double height, double radius) {
+            painter.drawRoundedRect(mirrored(QRectF(x, centre - height / 2, width, height)), radius, radius);
+        };
+        if (y > top)
+            painter.fillRect(mirrored(QRectF(textLeft, y, right - textLeft, 1)), color(Tone::line));
+        painter.setBrush(color(Tone::cell));
+        shape(left, middle, 28, 28, Space::iconTileRadius);
+        shape(textLeft, middle - 7, row.name, 10, 5);
+        shape(textLeft, middle + 8, row.about, 8, 4);
+        shape(width() - barRight - bar, middle, bar, 8, 4);
+        shape(right - figureWidth, middle, figureWidth, 10, 5);
+        y += SuspectRow::plainHeight(theme());
+    }
+}
+
+void SuspectsPanel::paintEvent(QPaintEvent* event) {
+    Panel::paintEvent(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double title = titleHeight * theme().textScale();
+    const int footer = footerHeight(width());
+    if (model_.isPending) {
+        paintSkeleton(painter, title);
+    } else if (!model_.emptyText.isEmpty()) {
+        constexpr int icon = 24;
+        constexpr int gap = 12;
+        const double wide = width() - 2 * Space::panelPadding;
+        const QStringList lines = brokenLines(model_.emptyText, font(Type::body), wide);
+        const double line = lineHeight(Type::body);
+        double y = title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
+        drawIcon(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
+                 color(Tone::textTertiary));
+        y += icon + gap;
+        for (const QString& text : lines) {
+            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, line}, Type::body,
+                     color(Tone::textSecondary), text, Qt::AlignHCenter);
+            y += line;
+        }
+    }
+    if (footer > 0) {
+        const double wide = width() - 2 * Space::panelPadding;
+        const int top = height() - footer;
+        painter.fillRect(QRectF(Space::panelPadding, top, wide, 1), color(Tone::line));
+        double y = top + footerPadding;
+        for (const QString& text : brokenLines(model_.footer, font(Type::caption), wide)) {
+            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, lineHeight(Type::caption)},
+                     Type::caption, color(Tone::textTertiary), text);
+            y += lineHeight(Type::caption);
+        }
+    }
+}
+
+} // namespace vantoro

@@ -1,0 +1,316 @@
+#include "Views/Timeline/TimelineModel.h"
+
+#include "Model/Diagnosis/Diagnosis.h"
+#include "Views/Shared/Words.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vantoro {
+
+namespace {
+
+constexpr double coolestShown = 30;
+constexpr double hottestShown = 100;
+
+std::vector<ChartKind> chartsOf(Cooling cooling) {
+    if (cooling == Cooling::passive)
+        return {ChartKind::heat, ChartKind::processor, ChartKind::power};
+    return {ChartKind::fans, ChartKind::temperature, ChartKind::processor, ChartKind::power};
+}
+
+/// Whether there is a sensor for it: one that was never seen is taken not to exist.
+bool hasSensor(ChartKind kind, const Extremes& extremes) {
+    switch (kind) {
+    case ChartKind::fans:
+        return !extremes.fans.empty();
+    case ChartKind::temperature:
+    case ChartKind::heat:
+        return extremes.soc || extremes.socMean;
+    case ChartKind::processor:
+        return true;
+    case ChartKind::power:
+        break;
+    }
+    return extremes.systemWatts.has_value();
+}
+
+/// Without limits nobody can tell how hard a fan works.
+bool knowsLimits(const Snapshot& snapshot) {
+    return std::ranges::any_of(snapshot.fans, [](const FanReading& fan) { return fan.maxRPM - fan.minRPM > 1; });
+}
+
+QString emptyTextOf(const ChartModel& chart, const Snapshot& now) {
+    const auto isEmpty = [](const ChartLine& line) { return line.points.empty(); };
+    if (!std::ranges::all_of(chart.lines, isEmpty))
+        return {};
+    if (chart.kind == ChartKind::processor)
+        return tr("Idle all this time.");
+    if (chart.kind != ChartKind::fans || now.fans.empty())
+        return tr("Nothing was reported in this time.");
+    return knowsLimits(now) ? tr("The fans stood still, or ran at their floor, all this time.")
+                            : tr("How hard the fans work is not known: they report no limits.");
+}
+
+/// What can be done with the charts, after what the first of them says of itself.
+QString withHint(const QString& caption, bool isPinned) {
+    const QString hint = isPinned ? tr("arrow keys step · Esc lets go") : tr("hover to rewind, click to keep");
+    return caption.isEmpty() ? hint : caption + tr(" · ") + hint;
+}
+
+/// When the present climb began, and how the chart says so.
+struct RampMark {
+    UnixSeconds time = 0;
+    QString text;
+};
+
+std::vector<ScaleMark> percentScale() {
+    return {{100, tr("100%")}, {50, "50"}, {0, "0"}};
+}
+
+std::vector<ScaleMark> temperatureScale(const std::vector<double>& celsius, const Format& format) {
+    std::vector<ScaleMark> scale;
+    for (const double degrees : celsius)
+        scale.push_back({degrees, toQString(format.degrees(degrees))});
+    return scale;
+}
+
+std::vector<ScaleMark> powerScale(double ceiling) {
+    return {{ceiling, tr("%1 W").arg(ceiling)}, {ceiling / 2, QString::number(ceiling / 2)}, {0, "0"}};
+}
+
+std::vector<ChartLine> temperatureLines(const ChartSeries& series, bool fillsArea) {
+    // The temperatures at which the heat load passes from one band to the next.
+    static const std::vector<double> bands{50, 65, 80, 90};
+    return {{.points = measured(series.temp), .stroke = ChartLine::Stroke::dashed, .bands = bands},
+            {.points = measured(series.chip), .fillsArea = fillsArea}};
+}
+
+ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& format, bool isPassive) {
+    switch (kind) {
+    case ChartKind::fans:
+        return {.kind = kind,
+                .title = tr("Fans"),
+                .height = 190,
+                .scale = percentScale(),
+                .lines = {{.points = measured(series.fan), .bands = {6, 22, 48, 78}, .fillsArea = true}}};
+    case ChartKind::temperature:
+        return {.kind = kind,
+                .title = tr("Temperature"),
+                .caption = tr("whole chip · hottest core dashed"),
+                .height = 190,
+                .least = coolestShown,
+                .most = hottestShown,
+                .scale = temperatureScale({100, 65, 30}, format),
+                .lines = temperatureLines(series, false)};
+    case ChartKind::heat:
+        return {.kind = kind,
+                .title = tr("Heat"),
+                .caption = tr("whole chip · hottest core dashed"),
+                .height = 300,
+                .least = coolestShown,
+                .most = hottestShown,
+                .scale = temperatureScale({100, 80, 65, 50, 30}, format),
+                .lines = temperatureLines(series, true)};
+    case ChartKind::processor:
+        return {.kind = kind,
+                .title = tr("Processor"),
+                .height = isPassive ? 200 : 162,
+                .scale = percentScale(),
+                .lines = {{.points = measured(series.cpu), .fillsArea = true}}};
+    case ChartKind::power:
+        break;
+    }
+    const double ceiling = powerCeiling(series.power);
+    return {.kind = kind,
+            .title = tr("Power"),
+            .height = isPassive ? 200 : 162,
+            .most = ceiling,
+            .scale = powerScale(ceiling),
+            .lines = {{.points = measured(series.power), .fillsArea = true}}};
+}
+
+std::optional<RampMark> rampMark(const SensorHub& hub, const TimeSpan& shown) {
+    const double sustained = hub.verdict().sustainedFor;
+    const UnixSeconds began = hub.snapshot().timestamp - sustained;
+    if (!(sustained > 0) || !shown.holds(began))
+        return std::nullopt;
+    const QString time = toQString(hub.format().timeOfDay(began));
+    return RampMark{began, hub.cooling() == Cooling::passive ? tr("chip began heating up %1").arg(time)
+                                                             : tr("fans began climbing %1").arg(time)};
+}
+
+/// Times at multiples of so many whole minutes, about a fifth of the span, and "now" at the end: as time goes on they
+/// move with the lines, and never from one minute to the next.
+std::vector<TimeMark> timeMarks(const TimeSpan& shown, const Format& format) {
+    constexpr double minute = 60;
+    constexpr double wanted = 5;
+    const double step = std::max(1.0, std::round(shown.seconds() / wanted / minute)) * minute;
+    std::vector<TimeMark> marks;
+    for (double time = std::ceil(shown.first / step) * step; time < shown.last; time += step)
+        marks.push_back({time, toQString(format.clockFace(time))});
+    marks.push_back({shown.last, tr("now")});
+    return marks;
+}
+
+QString percent(double value) {
+    return toQString(DiagnosisEngine::pct(value));
+}
+
+QString watts(double watts) {
+    return watts > 0 ? tr("%1 W").arg(std::round(watts)) : QStringLiteral("—");
+}
+
+ChartReading readingOf(ChartKind kind, const Snapshot& snapshot, const Format& format) {
+    const auto plain = [](const QString& value) { return ChartReading{.value = value, .spokenValue = value}; };
+    switch (kind) {
+    case ChartKind::fans:
+        return plain(knowsLimits(snapshot) ? percent(snapshot.fanLoad() * 100) : QStringLiteral("—"));
+    case ChartKind::temperature:
+    case ChartKind::heat: {
+        if (!(snapshot.temps.socMean > 0 || snapshot.temps.soc > 0))
+            return plain(QStringLiteral("—"));
+        const QString chip = toQString(format.temperature(snapshot.temps.socMean));
+        const QString hottest = toQString(format.temperature(snapshot.temps.soc));
+        return {.value = tr("%1 · %2").arg(chip, hottest),
+                .spokenValue = tr("whole chip %1, hottest core %2").arg(chip, hottest)};
+    }
+    case ChartKind::processor:
+        return plain(percent(std::clamp(DiagnosisEngine::busyPercent(snapshot.cpu), 0.0, 100.0)));
+    case ChartKind::power:
+        break;
+    }
+    return plain(watts(snapshot.power.systemWatts));
+}
+
+/// What the snapshot holds for each line of the chart, in their order.
+std::vector<double> valuesOfLines(ChartKind kind, const Snapshot& snapshot) {
+    switch (kind) {
+    case ChartKind::fans:
+        return {snapshot.fanLoad()};
+    case ChartKind::temperature:
+    case ChartKind::heat:
+        return {snapshot.temps.soc, snapshot.temps.socMean};
+    case ChartKind::processor:
+        return {DiagnosisEngine::busyPercent(snapshot.cpu)};
+    case ChartKind::power:
+        break;
+    }
+    return {snapshot.power.systemWatts};
+}
+
+} // namespace
+
+std::vector<TimePoint> measured(const std::vector<TimePoint>& points) {
+    std::vector<TimePoint> kept;
+    kept.reserve(points.size());
+    std::copy_if(points.begin(), points.end(), std::back_inserter(kept),
+                 [](const TimePoint& point) { return point.value > 0; });
+    return kept;
+}
+
+std::optional<TimeSpan> span(const std::vector<TimePoint>& points) {
+    if (points.empty() || !(points.front().time < points.back().time))
+        return std::nullopt;
+    return TimeSpan{points.front().time, points.back().time};
+}
+
+double powerCeiling(const std::vector<TimePoint>& power) {
+    double peak = 0;
+    for (const TimePoint& point : power)
+        peak = std::max(peak, point.value);
+    return std::max(20.0, std::ceil(1.2 * peak / 10) * 10);
+}
+
+std::optional<double> valueAt(const std::vector<TimePoint>& points, UnixSeconds time) {
+    const auto after = std::lower_bound(points.begin(), points.end(), time,
+                                        [](const TimePoint& point, UnixSeconds wanted) { return point.time < wanted; });
+    if (after == points.end())
+        return std::nullopt;
+    if (after->time == time)
+        return after->value;
+    if (after == points.begin())
+        return std::nullopt;
+    const TimePoint& before = *(after - 1);
+    return before.value + (after->value - before.value) * (time - before.time) / (after->time - before.time);
+}
+
+const Snapshot* snapshotNearest(const History& history, std::optional<UnixSeconds> scrub) {
+    const std::deque<Snapshot>& snapshots = history.snapshots();
+    if (!scrub || snapshots.empty())
+        return nullptr;
+    const auto isEarlier = [](const Snapshot& snapshot, UnixSeconds time) { return snapshot.timestamp < time; };
+    const auto after = std::lower_bound(snapshots.begin(), snapshots.end(), *scrub, isEarlier);
+    if (after == snapshots.begin())
+        return &snapshots.front();
+    const UnixSeconds before = (after - 1)->timestamp;
+    if (after != snapshots.end() && after->timestamp - *scrub < *scrub - before)
+        return &*after;
+    return &*std::lower_bound(snapshots.begin(), after, before, isEarlier);
+}
+
+std::optional<UnixSeconds> pointBeside(const std::vector<TimePoint>& points, std::optional<UnixSeconds> scrub,
+                                       int steps) {
+    if (points.empty())
+        return std::nullopt;
+    std::ptrdiff_t from = std::ssize(points) - 1;
+    if (scrub) {
+        const auto nearest =
+            std::min_element(points.begin(), points.end(), [&](const TimePoint& a, const TimePoint& b) {
+                return std::abs(a.time - *scrub) < std::abs(b.time - *scrub);
+            });
+        from = nearest - points.begin();
+    }
+    const std::ptrdiff_t to = std::clamp<std::ptrdiff_t>(from + steps, 0, std::ssize(points) - 1);
+    return points[static_cast<std::size_t>(to)].time;
+}
+
+int tenthOf(const std::vector<TimePoint>& points) {
+    return std::max(1, static_cast<int>(points.size() / 10));
+}
+
+TimelineModel timelineModel(const SensorHub& hub, bool isPinned) {
+    const ChartSeries& series = hub.series();
+    const std::optional<TimeSpan> shown = span(series.cpu);
+    if (!shown || shown->seconds() < gatheringSeconds)
+        return {.notice = tr("Gathering history. The first minute or so is needed before trends mean anything."),
+                .noticeTitle = tr("Timeline")};
+    TimelineModel model{.span = shown, .times = timeMarks(*shown, hub.format())};
+    const std::optional<RampMark> ramp = rampMark(hub, *shown);
+    for (const ChartKind kind : chartsOf(hub.cooling())) {
+        if (!hasSensor(kind, hub.extremes()))
+            continue;
+        ChartModel chart = chartOf(kind, series, hub.format(), hub.cooling() == Cooling::passive);
+        chart.emptyText = emptyTextOf(chart, hub.snapshot());
+        if (model.charts.empty())
+            chart.caption = withHint(chart.caption, isPinned);
+        chart.spokenName = tr("%1, last 15 minutes").arg(chart.title);
+        if (ramp) {
+            chart.ramp = ramp->time;
+            chart.rampText = model.charts.empty() ? ramp->text : QString();
+        }
+        model.charts.push_back(std::move(chart));
+    }
+    return model;
+}
+
+std::vector<ChartReading> chartReadings(const TimelineModel& model, const Snapshot& snapshot,
+                                        const std::optional<Scrub>& scrub, const Format& format) {
+    std::vector<ChartReading> readings;
+    for (const ChartModel& chart : model.charts) {
+        ChartReading reading = readingOf(chart.kind, snapshot, format);
+        const QString when = scrub ? tr("At %1").arg(toQString(format.timeWithSeconds(snapshot.timestamp))) : tr("Now");
+        reading.spokenValue = tr("%1: %2").arg(when, reading.spokenValue);
+        reading.isPinned = scrub && scrub->isPinned;
+        if (reading.isPinned)
+            reading.spokenValue = tr("%1, pinned").arg(reading.spokenValue);
+        const std::vector<double> values = valuesOfLines(chart.kind, snapshot);
+        for (std::size_t i = 0; i < chart.lines.size(); ++i)
+            reading.rings.push_back(scrub && values[i] > 0 ? valueAt(chart.lines[i].points, scrub->time)
+                                                           : std::nullopt);
+        readings.push_back(std::move(reading));
+    }
+    return readings;
+}
+
+} // namespace vantoro

@@ -1,0 +1,61 @@
+#include "Model/Diagnosis/Diagnosis.h"
+
+#include "Support/HistoryBuilder.h"
+
+#include <gtest/gtest.h>
+
+namespace vantoro {
+
+using namespace vantoro::testing;
+
+TEST(Diagnosis, BandsTheLoad) {
+    using enum StressLevel;
+    struct Case {
+        double load;
+        StressLevel state;
+    };
+    for (const auto& [load, state] :
+         {Case{0.0, idle}, Case{0.0599, idle}, Case{0.06, light}, Case{0.2199, light}, Case{0.22, moderate},
+          Case{0.4799, moderate}, Case{0.48, heavy}, Case{0.7799, heavy}, Case{0.78, extreme}, Case{1, extreme}})
+        EXPECT_EQ(DiagnosisEngine::stressLevel(load), state) << load;
+    Snapshot both = fanMachine(0.5);
+    both.chipHeat = 100;
+    EXPECT_EQ(DiagnosisEngine::load(both, Cooling::fans), 0.5);
+    EXPECT_EQ(DiagnosisEngine::load(both, Cooling::passive), 1);
+}
+
+TEST(Diagnosis, SeverityFollowsTheStateUnlessHeatPresses) {
+    struct Case {
+        double load;
+        ThermalPressure pressure;
+        double idlePercent;
+        Severity severity;
+    };
+    using enum ThermalPressure;
+    for (const auto& [load, pressure, idlePercent, severity] :
+         {Case{0, nominal, 100, Severity::calm}, Case{0.1, nominal, 40, Severity::calm},
+          Case{0.1, nominal, 39, Severity::normal}, Case{0, fair, 39, Severity::normal},
+          Case{0.3, nominal, 100, Severity::normal}, Case{0.5, nominal, 0, Severity::elevated},
+          Case{0.9, fair, 0, Severity::high}, Case{0, serious, 100, Severity::critical},
+          Case{0.9, critical, 0, Severity::critical}}) {
+        Snapshot now = fanMachine(load);
+        now.thermalPressure = pressure;
+        now.cpu.idlePercent = idlePercent;
+        EXPECT_EQ(DiagnosisEngine::evaluate(historyEndingIn(now), Format(DefaultFormatContext())).severity, severity)
+            << load << ' ' << idlePercent;
+    }
+}
+
+TEST(Diagnosis, WordsDurations) {
+    struct Case {
+        double seconds;
+        const char* text;
+    };
+    for (const auto& [seconds, text] :
+         {Case{0.0, "0 seconds"}, Case{46.9, "46 seconds"}, Case{89.9, "89 seconds"}, Case{90, "2 minutes"},
+          Case{149, "2 minutes"}, Case{150, "3 minutes"}, Case{3569, "59 minutes"}, Case{3570, "an hour"},
+          Case{7169, "an hour"}, Case{7170, "2 hours"}, Case{10700, "2 hours"}, Case{10799, "3 hours"}})
+        EXPECT_EQ(DiagnosisEngine::duration(seconds), text) << seconds;
+}
+
+} // namespace vantoro

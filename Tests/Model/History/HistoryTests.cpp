@@ -1,0 +1,198 @@
+#include "Model/History/History.h"
+
+#include "Support/HistoryBuilder.h"
+
+#include <gtest/gtest.h>
+
+namespace vantoro {
+
+using namespace vantoro::testing;
+
+namespace {
+
+History everyTwoSeconds(int count) {
+    History history;
+    for (int i = 0; i < count; ++i)
+        history.append(at(2 * i, fanMachine(0)));
+    return history;
+}
+
+} // namespace
+
+TEST(History, KeepsTheBusiestRowsOfATickInStableOrder) {
+    std::vector<ProcessSample> rows;
+    for (int pid = 0; pid < 35; ++pid)
+        rows.push_back(process(pid, "p", pid % 7));
+    History history;
+    history.append(fanMachine(0, rows));
+    const auto& kept = history.snapshots().back().processes;
+    ASSERT_EQ(kept.size(), History::processesPerSample);
+    for (std::size_t i = 1; i < kept.size(); ++i) {
+        EXPECT_GE(kept[i - 1].cpuPercent, kept[i].cpuPercent);
+        EXPECT_TRUE(kept[i - 1].cpuPercent > kept[i].cpuPercent || kept[i - 1].pid() < kept[i].pid());
+    }
+    EXPECT_EQ(kept.back().cpuPercent, 3);
+}
+
+TEST(History, DropsWhatIsOlderThanTheRetention) {
+    History history = everyTwoSeconds(100);
+    history.setRetention(60);
+    history.append(at(200, fanMachine(0)));
+    EXPECT_EQ(history.snapshots().size(), 31U); // the one exactly 60 s old included
+    EXPECT_EQ(history.snapshots().front().timestamp, 140);
+    history.setRetention(10);
+    EXPECT_EQ(history.snapshots().size(), 6U);
+    history.setRetention(1000);
+    EXPECT_EQ(history.snapshots().size(), 6U);
+}
+
+TEST(History, WindowsAreHalfOpenAndAlwaysInRange) {
+    const History history = everyTwoSeconds(10); // 0, 2 … 18
+    struct Case {
+        double from;
+        double to;
+        std::size_t count;
+    };
+    for (const auto& [from, to, count] : {Case{4, 8, 2}, Case{3, 9, 3}, Case{4, 4, 0}, Case{8, 4, 0}, Case{-9, 99, 10},
+                                          Case{18, 99, 1}, Case{19, 99, 0}, Case{-9, 0, 0}})
+        EXPECT_EQ(history.slice(from, to).size(), count) << from << " to " << to;
+    EXPECT_EQ(history.recent(0).size(), 1U);
+    EXPECT_EQ(history.recent(6).size(), 4U);
+    EXPECT_EQ(history.recent(6).front().timestamp, 12);
+    EXPECT_EQ(history.recent(1e9).size(), 10U);
+    EXPECT_TRUE(History().recent(10).empty());
+    EXPECT_TRUE(History().slice(0, 10).empty());
+}
+
+TEST(History, LooksForTheCauseBeforeTheEffectWhenItCan) {
+    struct Case {
+        int seconds;
+        int firstAgeWithRows;
+        int lastAgeWithRows;
+        double oldestAge;
+        double newestAge;
+    };
+    for (const auto& [seconds, first, last, oldestAge, newestAge] :
+         {Case{200, 200, 0, 75, 16}, Case{200, 40, 40, 75, 16}, Case{10, 10, 0, 10, 0}, // too short for the window
+          Case{200, 15, 0, 75, 0},                                                      // no row in the window
+          Case{200, 200, 76, 75, 0}}) {                                                 // nor anywhere since
+        History built;
+        for (int age = seconds; age >= 0; --age)
+            built.append(at(1000 - age, fanMachine(0, std::vector<ProcessSample>(age <= first && age >= last))));
+        const SnapshotRun window = built.causeWindow(15, 75);
+        EXPECT_EQ(1000 - window.front().timestamp, oldestAge);
+        EXPECT_EQ(1000 - window.back().timestamp, newestAge);
+    }
+    EXPECT_TRUE(History().causeWindow(15, 75).empty());
+}
+
+TEST(History, FindsWhereTheUnbrokenRampBegan) {
+    const auto rampOf = [](const std::vector<Snapshot>& snapshots, std::optional<double> threshold = {}) {
+        History built;
+        for (std::size_t i = 0; i < snapshots.size(); ++i)
+            built.append(at(static_cast<double>(i), snapshots[i]));
+        return built.lastRampStart(threshold);
+    };
+    const Snapshot quiet = fanMachine(0.1);
+    const Snapshot busy = fanMachine(0.5);
+    EXPECT_EQ(rampOf({}), std::nullopt);
+    EXPECT_EQ(rampOf({busy, quiet, busy, busy}), 2);
+    EXPECT_EQ(rampOf({busy, busy}), 0);
+    EXPECT_EQ(rampOf({busy, quiet}), std::nullopt);
+    EXPECT_EQ(rampOf({fanMachine(0.18)}), std::nullopt);
+    EXPECT_EQ(rampOf({fanMachine(0.19)}), 0);
+    EXPECT_EQ(rampOf({busy, quiet, busy}, 0.05), 0);
+    EXPECT_EQ(rampOf({fanlessMachine(65)}), std::nullopt);
+    EXPECT_EQ(rampOf({fanlessMachine(66)}), 0);
+}
+
+TEST(History, KnowsTheRampWithoutLookingBackAtAllOfIt) {
+    History history;
+    history.setRetention(20);
+    const std::vector<Snapshot> kinds{fanMachine(0.5), fanlessMachine(60), fanMachine(0.2), fanlessMachine(90)};
+    for (int i = 0; i < 400; ++i) {
+        // Long ramps that outlast the retention, short ones, and changes of the threshold in between.
+        const bool isMixed = i % 100 < 40;
+        history.append(at(i, isMixed ? kinds[static_cast<std::size_t>(i * 7 / 3 % 4)] : kinds[i < 200 ? 0 : 3]));
+        if (i == 190)
+            history.setRetention(5);
+        const double threshold = history.snapshots().back().cooling == Cooling::passive ? 0.22 : 0.18;
+        ASSERT_EQ(history.lastRampStart({}), history.lastRampStart(threshold)) << i;
+    }
+    history.append(at(1000, fanMachine(0.5)));
+    EXPECT_EQ(history.lastRampStart({}), 1000) << "what came before was dropped";
+}
+
+TEST(ProcessAggregation, SumsUpOneProcessOverTheWindow) {
+    History history;
+    for (int i = 0; i < 10; ++i) {
+        std::vector<ProcessSample> rows{process(8, "idle", 24.9)};
+        if (i >= 5)
+            rows.push_back(process(7, i == 9 ? "" : "build " + std::to_string(i), i == 9 ? 100 : 25));
+        rows.back().energyImpact = 10;
+        rows.back().memoryBytes = 1000 - static_cast<std::uint64_t>(i);
+        history.append(at(i, fanMachine(0, rows)));
+    }
+    const auto aggregates = History::aggregate(history.recent(100));
+    ASSERT_EQ(aggregates.size(), 2U);
+    EXPECT_EQ(aggregates[1].busySamples, 0);
+    // The name is the last that was not empty; busy begins at a quarter of a core.
+    const ProcessAggregate expected{.pid = 7,
+                                    .displayName = "build 8",
+                                    .kind = ProcessKind::userApp,
+                                    .user = "me",
+                                    .totalCPU = 200,
+                                    .peakCPU = 100,
+                                    .totalEnergy = 50,
+                                    .peakMemory = 995,
+                                    .samples = 5,
+                                    .busySamples = 5,
+                                    .firstSeen = 5,
+                                    .lastSeen = 9,
+                                    .averageCPU = 40,
+                                    .averageEnergy = 10,
+                                    .sustained = 0.5,
+                                    .stressScore = 71};
+    EXPECT_EQ(aggregates[0], expected);
+    EXPECT_TRUE(History::aggregate({}).empty());
+    EXPECT_TRUE(History::group({}).empty());
+}
+
+TEST(ProcessAggregation, AReusedPidTakesTheLatestKind) {
+    History history;
+    history.append(at(0, fanMachine(0, {process(1, "old", 10, ProcessKind::userApp, "Old")})));
+    history.append(at(1, fanMachine(0, {process(1, "new", 30, ProcessKind::systemDaemon)})));
+    const ProcessAggregate both = History::aggregate(history.recent(10)).at(0);
+    EXPECT_EQ(both.displayName + both.owningAppName.value_or(""), "newOld");
+    EXPECT_EQ(both.kind, ProcessKind::systemDaemon);
+}
+
+TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
+    ProcessSample main = process(3, "Editor", 5, ProcessKind::userApp, "Editor");
+    ProcessIdentity withPath = *main.identity;
+    withPath.owningAppPath = "/Applications/Editor.app";
+    main.identity = withPath;
+    main.memoryBytes = 100;
+    std::vector<ProcessSample> rows{process(1, "Helper A", 20, ProcessKind::helper, "Editor"),
+                                    process(2, "Helper B", 40, ProcessKind::helper, "Editor"), main,
+                                    process(4, "zip", 90, ProcessKind::commandLine)};
+    rows[0].energyImpact = 1000; // ranks the process first, but plays no part for the group
+    History history;
+    history.append(fanMachine(0, rows));
+    const auto groups = History::group(History::aggregate(history.recent(0)));
+    ASSERT_EQ(groups.size(), 2U);
+    EXPECT_EQ(groups[0].key, "zip");
+    const ProcessGroup& editor = groups[1];
+    EXPECT_EQ(editor.displayName, "Editor");
+    EXPECT_EQ(editor.kind, ProcessKind::userApp);
+    EXPECT_EQ(editor.owningAppPath, "/Applications/Editor.app");
+    ASSERT_EQ(editor.members.size(), 3U);
+    EXPECT_EQ(editor.members[0].pid, 2);
+    EXPECT_EQ(editor.members[2].pid, 3);
+    EXPECT_DOUBLE_EQ(editor.totalCPU, 65);
+    EXPECT_DOUBLE_EQ(editor.peakCPU, 40);
+    EXPECT_EQ(editor.totalMemory, 100U);
+    EXPECT_DOUBLE_EQ(editor.stressScore, 65 + 45 * 1 + 0.05 * 40);
+}
+
+} // namespace vantoro

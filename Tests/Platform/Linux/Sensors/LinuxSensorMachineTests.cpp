@@ -1,0 +1,351 @@
+// What the readers make of each recorded machine.
+#include "CSensors/cpufreq.h"
+#include "CSensors/ioreport.h"
+#include "CSensors/smc.h"
+#include "Model/Readers/CoreMonitor.h"
+#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Readers/SensorDump.h"
+#include "Model/Readers/SMCReader.h"
+#include "Platform/Linux/Hwmon/HwmonFan.h"
+#include "Platform/Linux/Power/LinuxEnergyReport.h"
+#include "Platform/Linux/Processor/CpufreqStateReport.h"
+#include "Platform/Linux/Processor/CpufreqTables.h"
+#include "Platform/Linux/Processor/LinuxProcessors.h"
+#include "Platform/Linux/Sensors/HwmonSMCService.h"
+#include "Platform/Linux/Sensors/LinuxThermalState.h"
+#include "Platform/Linux/Sensors/SensorMachine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vantoro {
+namespace {
+
+using test::SensorMachine;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The reader over a machine's sensors.
+class Reading {
+public:
+    explicit Reading(const SensorMachine& machine)
+        : service_(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr)) {
+        smc_use(service_);
+        reader_ = std::make_unique<SMCReader>(SMCReader::Options{.trust = service_->trust(), .pause = [](int) {}});
+    }
+    ~Reading() {
+        reader_.reset();
+        smc_use(nullptr);
+    }
+    SMCReader* operator->() { return reader_.get(); }
+    SensorTrust trust() const { return service_->trust(); }
+
+    static double number(const std::string& key) {
+        double value = -1;
+        smc_read_number(key.c_str(), &value);
+        return value;
+    }
+
+private:
+    std::shared_ptr<HwmonSMCService> service_;
+    std::unique_ptr<SMCReader> reader_;
+};
+
+TEST(LinuxSensorMachines, GiveTheirTemperaturesAndFans) {
+    struct Expected {
+        std::string machine;
+        SensorTrust trust;
+        Temperatures temperatures;
+        std::vector<FanReading> fans;
+        bool reportsNoFans;
+        std::vector<std::string> graphicsKeys;
+        std::size_t enclosureKeys;
+    };
+    const Expected table[] = {
+        // The mean of ten: Package, five cores and the embedded controller's "CPU".
+        {"intel-laptop",
+         SensorTrust::fewAndHonest,
+         {.soc = 67, .socMean = 436.0 / 7, .gpu = 0, .battery = 31.2, .enclosure = (41 + 38.85 + 45) / 3},
+         {{.index = 0, .rpm = 3120, .minRPM = 0, .maxRPM = 6630, .targetRPM = 3120}},
+         false,
+         {"Tg00"},
+         5},
+        // The first fan of the board's has never turned though it is driven: nothing is plugged in.
+        {"amd-desktop",
+         SensorTrust::fewAndHonest,
+         {.soc = 62.5, .socMean = 61.375, .gpu = 70, .battery = 0, .enclosure = 36},
+         {{.index = 0, .rpm = 1150, .minRPM = 0, .maxRPM = 3300, .targetRPM = 1160},
+          {.index = 2, .rpm = 918, .minRPM = 0, .maxRPM = 2295, .targetRPM = 918},
+          {.index = 3, .rpm = 0, .minRPM = 0, .maxRPM = 2000, .targetRPM = 0}},
+         false,
+         {"Tg00", "Tg01", "Tg02", "Tg03"},
+         3},
+        {"arm-board",
+         SensorTrust::fewAndHonest,
+         {.soc = 52.777, .socMean = 52.777, .gpu = 49.444},
+         {},
+         false,
+         {"Tg00"},
+         0},
+        {"fanless-mini", SensorTrust::fewAndHonest, {.soc = 58, .socMean = 57, .enclosure = 35}, {}, true, {}, 1},
+        // The drive sleeps.
+        {"server",
+         SensorTrust::fewAndHonest,
+         {.soc = 61, .socMean = 58, .enclosure = 29},
+         {{.index = 0, .rpm = 5400, .minRPM = 300, .maxRPM = 12000, .targetRPM = 5400},
+          {.index = 1, .rpm = 5500, .minRPM = 300, .maxRPM = 5500, .targetRPM = 5500}},
+         false,
+         {},
+         2},
+        {"mac",
+         SensorTrust::manyAndNoisy,
+         {.soc = 56.03, .socMean = 52.015, .gpu = 46.73, .battery = 30.1, .enclosure = (29.5 + 33.85) / 2},
+         {{.index = 0, .rpm = 2317, .minRPM = 2317, .maxRPM = 7826, .targetRPM = 2320}},
+         false,
+         {"Tg0f", "Tg0j", "Tg0n", "Tg0r"},
+         2}};
+    for (const Expected& expected : table) {
+        SCOPED_TRACE(expected.machine);
+        const SensorMachine machine(expected.machine);
+        Reading reading(machine);
+        ASSERT_TRUE(reading->isAvailable());
+        EXPECT_EQ(reading.trust(), expected.trust);
+        EXPECT_EQ(reading->reportsNoFans(), expected.reportsNoFans);
+        EXPECT_EQ(reading->gpuKeys(), expected.graphicsKeys);
+        EXPECT_EQ(reading->enclosureKeys().size(), expected.enclosureKeys);
+        const Temperatures got = reading->readTemperatures();
+        constexpr double tolerance = 1e-4; // keys hold single precision
+        EXPECT_NEAR(got.soc, expected.temperatures.soc, tolerance);
+        EXPECT_NEAR(got.socMean, expected.temperatures.socMean, tolerance);
+        EXPECT_NEAR(got.gpu, expected.temperatures.gpu, tolerance);
+        EXPECT_NEAR(got.battery, expected.temperatures.battery, tolerance);
+        EXPECT_NEAR(got.enclosure, expected.temperatures.enclosure, tolerance);
+        EXPECT_EQ(reading->readFans(), expected.fans);
+    }
+}
+
+TEST(LinuxSensorMachines, GiveTheirPower) {
+    struct Expected {
+        std::string machine;
+        /// What the counters gain in two seconds.
+        std::map<std::string, std::string> twoSecondsLater;
+        double system, adapter, battery;
+    };
+    const std::string zone = "sys/class/powercap/intel-rapl:";
+    const Expected table[] = {{"intel-laptop", {}, 13.86, 0, 13.86},
+                              // Plugged in: the platform's counter, which wraps, and what charges the battery.
+                              {"intel-laptop",
+                               {{"sys/class/power_supply/AC/online", "1\n"},
+                                {"sys/class/power_supply/BAT0/status", "Charging\n"},
+                                {zone + "1/energy_uj", "23671150\n"}},
+                               12,
+                               25.86,
+                               13.86},
+                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 20, 0, 0},
+                              {"arm-board", {}, 0, 0, 0},
+                              {"server", {{zone + "0/energy_uj", "90000100\n"}}, 212, 0, 0},
+                              {"mac", {}, 9.12, 61, 0}};
+    for (const Expected& expected : table) {
+        SCOPED_TRACE(expected.machine);
+        SensorMachine machine(expected.machine);
+        Reading reading(machine);
+        reading->readPower();
+        for (const auto& [file, text] : expected.twoSecondsLater)
+            machine.write(file, text);
+        machine.pass(2);
+        const PowerReading power = reading->readPower();
+        EXPECT_NEAR(power.systemWatts, expected.system, 1e-3);
+        EXPECT_NEAR(power.adapterWatts, expected.adapter, 1e-3);
+        EXPECT_NEAR(power.batteryWatts, expected.battery, 1e-3);
+    }
+}
+
+TEST(LinuxSensorMachines, AFansCeilingSaysWhereItComesFrom) {
+    const SensorMachine machine("amd-desktop");
+    Reading reading(machine);
+    reading->readFans();
+    EXPECT_EQ(Reading::number("F0MS"), static_cast<double>(FanMaximumSource::stated));
+    EXPECT_EQ(Reading::number("F2MS"), static_cast<double>(FanMaximumSource::duty));
+    EXPECT_EQ(Reading::number("F3MS"), static_cast<double>(FanMaximumSource::highestSeen));
+    // The header comes to life, and stays a fan when it stops.
+    const std::string header = "sys/class/hwmon/hwmon3/fan1_input";
+    machine.write(header, "800\n");
+    EXPECT_EQ(reading->readFans().size(), 4u);
+    machine.write(header, "0\n");
+    EXPECT_EQ(reading->readFans().size(), 4u);
+}
+
+TEST(LinuxSensorMachines, ASleepingCardIsNotReadAndUsesNothing) {
+    SensorMachine machine("amd-desktop");
+    const auto clock = [seconds = machine.seconds()] { return seconds->load(); };
+    ior_use(std::make_shared<LinuxEnergyReport>(machine.root(), machine.lane(), nullptr));
+    GPUPowerSampler sampler(clock);
+    Reading reading(machine);
+    sampler.sampleWatts();
+    machine.pass(2);
+    EXPECT_NEAR(sampler.sampleWatts(), 38, 1e-6); // the processor's own graphics give the package's power: left out
+    EXPECT_NEAR(reading->readTemperatures().gpu, 70, 1e-4);
+
+    machine.write("sys/devices/pci0000:00/0000:00:01.1/0000:03:00.0/power/runtime_status", "suspended\n");
+    machine.pass(2);
+    sampler.sampleWatts();
+    machine.pass(2);
+    EXPECT_EQ(sampler.sampleWatts(), 0);
+    EXPECT_NEAR(reading->readTemperatures().gpu, 48, 1e-4);
+    EXPECT_THAT(reading->readFans().front().index, 2);
+    ior_use(nullptr);
+}
+
+TEST(LinuxSensorMachines, IntegratedGraphicsHaveAnEnergyCounter) {
+    SensorMachine machine("intel-laptop");
+    LinuxEnergyReport report(machine.root(), machine.lane(), nullptr);
+    ASSERT_TRUE(report.load() && report.subscribe());
+    const auto before = report.sample();
+    EXPECT_EQ(before->channelCount(), 1);
+    EXPECT_EQ(before->channelName(0), "GPU uncore intel-rapl:0:1");
+    EXPECT_EQ(before->unitLabel(0), "uJ");
+    machine.write("sys/class/powercap/intel-rapl:0:1/energy_uj", "400000\n"); // wrapped
+    EXPECT_EQ(report.sample()->value(0) - before->value(0), 262143328850 - 500000 + 400000);
+    const SensorMachine none("server");
+    EXPECT_FALSE(LinuxEnergyReport(none.root(), none.lane(), nullptr).load());
+}
+
+TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
+    SensorMachine machine("amd-desktop");
+    smc_use(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr));
+    std::string text;
+    std::int64_t watts = 30;
+    std::int64_t microjoules = 65532000000;
+    const auto wait = [&](int milliseconds) {
+        machine.pass(milliseconds / 1e3);
+        microjoules += watts * milliseconds * 1000;
+        machine.write("sys/class/powercap/intel-rapl:0/energy_uj", std::to_string(microjoules) + "\n");
+    };
+    const auto dump = [&] {
+        SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
+                        [&text](std::string_view line) { text += std::string(line) + '\n'; });
+    };
+    dump();
+    EXPECT_NE(text.find("\nPower: system 30.00 W  adapter unknown\n"), std::string::npos) << text;
+    text.clear();
+    watts = 0;
+    wait(400);
+    dump();
+    EXPECT_NE(text.find("\nPower: system unknown  adapter unknown\n"), std::string::npos) << text;
+    smc_use(nullptr);
+}
+
+std::vector<int> frequencies(const CoreMonitor& monitor) {
+    std::vector<int> all;
+    for (const Core& core : monitor.cores())
+        all.push_back(static_cast<int>(core.megahertz + 0.5));
+    return all;
+}
+
+TEST(LinuxSensorMachines, GiveTheirCoresFrequencies) {
+    const std::string policies = "sys/devices/system/cpu/cpufreq/";
+    struct Expected {
+        std::string machine;
+        std::map<std::string, std::string> later;
+        double maxEfficiency, maxPerformance;
+        std::vector<int> megahertz;
+    };
+    const Expected table[] = {
+        // Efficiency cores first; averaged frequencies, exact though the tables are evenly spaced.
+        {"intel-laptop", {}, 3500, 4700, {1235, 1235, 1235, 1235, 2500, 2500, 4700, 4700}},
+        // Counted: 50 at 3.7 GHz and 150 at 2.8 GHz; a core that did nothing; two processors without scaling.
+        {"amd-desktop",
+         {{policies + "policy0/stats/time_in_state", "3700000 150\n2800000 200\n2200000 1000\n"}},
+         0,
+         3700,
+         {3025, 2200, 0, 0}},
+        {"arm-board",
+         {{policies + "policy0/stats/time_in_state", "408000 500\n816000 120\n1416000 80\n"},
+          {policies + "policy4/stats/time_in_state", "408000 60\n1800000 80\n"}},
+         1416,
+         1800,
+         {816, 816, 816, 816, 1104, 1104}},
+        {"server", {}, 0, 0, {0, 0}}};
+    for (const Expected& expected : table) {
+        SCOPED_TRACE(expected.machine);
+        SensorMachine machine(expected.machine);
+        machine.write("proc/stat", "cpu0 0 0 0 0\n");
+        cpufreq_use(std::make_shared<CpufreqTables>(machine.root()),
+                    std::make_shared<CpufreqStateReport>(machine.root(), machine.lane()));
+        CoreMonitor monitor(std::make_shared<LinuxProcessors>(machine.root()));
+        EXPECT_NEAR(monitor.maxEfficiencyMHz(), expected.maxEfficiency, 1e-6);
+        EXPECT_NEAR(monitor.maxPerformanceMHz(), expected.maxPerformance, 1e-6);
+        monitor.sample();
+        monitor.sample(); // the first to look at frequencies
+        for (const auto& [file, text] : expected.later)
+            machine.write(file, text);
+        machine.pass(2);
+        monitor.sample();
+        EXPECT_EQ(frequencies(monitor), expected.megahertz);
+    }
+    cpufreq_use(nullptr, nullptr);
+}
+
+TEST(LinuxSensorMachines, CountTheirProcessorsEfficientOnesFirst) {
+    const std::map<std::string, ProcessorCounts> expected = {
+        {"intel-laptop", {.performance = 4, .efficiency = 4, .all = 8}},
+        {"amd-desktop", {.performance = 4, .efficiency = 0, .all = 4}},
+        {"arm-board", {.performance = 2, .efficiency = 4, .all = 6}},
+        {"fanless-mini", {.performance = 3, .efficiency = 0, .all = 3}},
+        {"mac", {.performance = 4, .efficiency = 4, .all = 8}}};
+    for (const auto& [name, counts] : expected)
+        EXPECT_EQ(LinuxProcessors(SensorMachine(name).root()).counts(), counts) << name;
+
+    const SensorMachine machine("intel-laptop");
+    LinuxProcessors processors(machine.root());
+    std::vector<HostTicks> ticks;
+    const auto users = [&ticks] {
+        std::vector<std::uint32_t> all;
+        for (const HostTicks& tick : ticks)
+            all.push_back(tick.user);
+        return all;
+    };
+    ASSERT_EQ(processors.readTicks(ticks), 0);
+    EXPECT_THAT(users(), ElementsAre(14, 15, 16, 17, 10, 11, 12, 13));
+    EXPECT_EQ(ticks[4], (HostTicks{.user = 10, .system = 23, .idle = 65, .nice = 1}));
+    // One goes offline, one nobody knew comes: the others keep their places.
+    machine.write("proc/stat", "cpu 0 0 0 0\ncpu1 91 0 0 0\ncpu5 95 0 0 0\ncpu8 98 0 0 0\n");
+    ASSERT_EQ(processors.readTicks(ticks), 0);
+    EXPECT_THAT(users(), ElementsAre(14, 95, 16, 17, 10, 91, 12, 13));
+    EXPECT_NE(LinuxProcessors(SensorMachine().root()).readTicks(ticks), 0);
+}
+
+TEST(LinuxSensorMachines, SayHowHardHeatPresses) {
+    SensorMachine board("arm-board");
+    LinuxThermalState state(board.root(), board.lane());
+    for (const auto& [thousandths, expected] :
+         std::map<int, int>{{52777, 0}, {69999, 0}, {70000, 1}, {75000, 2}, {90000, 2}, {95000, 3}, {255000, 0}}) {
+        board.write("sys/class/thermal/thermal_zone0/temp", std::to_string(thousandths) + "\n");
+        EXPECT_EQ(state.rawValue(), expected) << thousandths;
+    }
+    const SensorMachine laptop("intel-laptop");
+    LinuxThermalState throttled(laptop.root(), laptop.lane());
+    std::vector<int> values;
+    for (const int count : {9, 9, 12, 13, 14, 14}) {
+        laptop.write("sys/devices/system/cpu/cpu0/thermal_throttle/package_throttle_count", std::to_string(count));
+        values.push_back(throttled.rawValue());
+    }
+    EXPECT_THAT(values, ElementsAre(0, 0, 1, 1, 2, 0));
+    const SensorMachine mini("fanless-mini");
+    EXPECT_EQ(LinuxThermalState(mini.root(), mini.lane()).rawValue(), 1);
+}
+
+TEST(LinuxSensorMachines, AMachineWithoutSensorsHasNoController) {
+    const SensorMachine machine;
+    Reading reading(machine);
+    EXPECT_FALSE(reading->isAvailable());
+    EXPECT_THAT(reading->readFans(), IsEmpty());
+    const SensorMachine other("server");
+    EXPECT_EQ(HwmonSMCService(other.root(), other.lane(), nullptr).open("AppleBMC"), 0u);
+}
+
+} // namespace
+} // namespace vantoro

@@ -1,0 +1,180 @@
+#include "VantoroTop/Arguments.h"
+#include "VantoroTop/BlockText.h"
+#include "VantoroTop/Sampler.h"
+
+#include "Model/Processes/TopStream.h"
+#include "Model/Text/Utf8.h"
+#include "Support/ChildProgram.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vantoro::top {
+namespace {
+
+/// What the reader of the stream makes of a text.
+TopBlock readBack(const std::string& text) {
+    TopBlock block;
+    TopBlockCutter().ingest(text + "Processes:\n",
+                            [&](const std::vector<std::string>& lines) { block = parseBlock(lines, 0); });
+    return block;
+}
+
+TEST(VantoroTop, RefusesOtherArguments) {
+    const auto parse = [](std::vector<const char*> arguments) { return parseArguments(arguments); };
+    const std::vector<const char*> good = {
+        "-l", "0", "-s", "2", "-n", "40", "-o", "cpu", "-stats", "pid,command,cpu,mem,power,user", "-ncols", "220"};
+    EXPECT_EQ(parse(good), Request(StreamRequest{.samples = 0, .intervalSeconds = 2, .rows = 40, .columns = 220}));
+    EXPECT_EQ(parse({"--paths"}), Request(PathsRequest{}));
+    for (std::size_t length = 0; length < good.size(); ++length)
+        EXPECT_TRUE(std::holds_alternative<BadRequest>(
+            parse({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)})));
+    struct Case {
+        std::size_t place;
+        const char* value;
+    };
+    for (const auto& [place, value] :
+         {Case{1, "-1"}, Case{1, "1x"}, Case{1, ""}, Case{3, "0"}, Case{3, "2.5"}, Case{5, "99999999999"},
+          Case{7, "mem"}, Case{9, "pid"}, Case{0, "-L"}, Case{11, "0"}}) {
+        std::vector<const char*> bad = good;
+        bad[place] = value;
+        EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(bad))) << value;
+    }
+    std::vector<const char*> more = good;
+    more.push_back("--paths");
+    EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(more)));
+    test::ChildProgram program({VANTORO_TOP, "-x\u009b\x1b"});
+    EXPECT_EQ(program.wait(), 2);
+    EXPECT_EQ(program.output() + program.errors(), "vantoro-top: unknown argument \"-x??\"\n");
+    test::ChildProgram full({"/bin/sh", "-c", "exec \"$0\" --paths >/dev/full", VANTORO_TOP});
+    EXPECT_EQ(full.wait(), 1);
+}
+
+TEST(VantoroTop, PrintsTheHead) {
+    SystemFigures figures;
+    figures.processes = {.total = 412, .running = 3, .threads = 2014};
+    figures.localTime.tm_year = 126;
+    figures.localTime.tm_mon = 2;
+    figures.localTime.tm_mday = 1;
+    figures.localTime.tm_hour = 9;
+    figures.load = {2.114, 2.045, 1.98};
+    figures.userPercent = 5.125;
+    figures.systemPercent = 10.25;
+    figures.idlePercent = 84.625;
+    figures.totalKiB = 1000;
+    figures.memory = {.pageBytes = 4096,
+                      .wiredPages = 20,
+                      .compressorPages = 5,
+                      .internalPages = 100,
+                      .purgeablePages = 10,
+                      .swapIns = 7,
+                      .swapOuts = 27431};
+    figures.swapOutsSince = 3;
+    std::string text;
+    appendHead(text, figures, 220);
+    EXPECT_EQ(text, "Processes: 412 total, 3 running, 409 sleeping, 2014 threads\n"
+                    "2026/03/01 09:00:00\n"
+                    "Load Avg: 2.11, 2.05, 1.98 \n"
+                    "CPU usage: 5.13% user, 10.25% sys, 84.63% idle \n"
+                    "PhysMem: 460K used (80K wired, 20K compressor), 540K unused.\n"
+                    "VM: 7(0) swapins, 27431(3) swapouts.\n"
+                    "\n"
+                    "PID     COMMAND          %CPU     MEM          POWER USER\n");
+}
+
+TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
+    std::string head = "Processes: 1\n";
+    appendHead(head, {}, 220);
+    const std::pair<std::string, std::string> names[] = {{"exactly sixteen!", "exactly sixteen!"},
+                                                         {"seventeen letters", "seventeen letter"},
+                                                         {"tab\tnewline\n\x7f", "tab?newline??"},
+                                                         {"äö€", "äö€"},
+                                                         {"\xFF\xC0\xAF\xED\xA0\x80", "??????"},
+                                                         {"cut\xE2\x82", "cut??"},
+                                                         {"\xC2\x85\u2028\u202E\u2066", "????"},
+                                                         {"seven äöü letters", "seven äöü let"},
+                                                         {"日本語の名前", "日本語の名"},
+                                                         {"   ", "?"},
+                                                         {"", "?"},
+                                                         {"Processes: 1", "Processes? 1"}};
+    for (const auto& [name, shown] : names) {
+        std::string text = head;
+        appendRow(text,
+                  {.pid = 4194304, .command = name, .cpuPercent = 12799.96, .residentKiB = 1U << 30U, .user = "ada"},
+                  220);
+        EXPECT_EQ(readBack(text).rows, (std::vector{TopRow{4194304, shown, 12800, 1ULL << 40U, 0, "ada"}})) << name;
+    }
+    for (const std::size_t columns : {1u, 10u, 30u, 53u, 54u, 55u, 60u}) {
+        std::string text;
+        appendRow(text, {.pid = 1, .command = "abcdefghijklmnop", .user = "someone"}, columns);
+        EXPECT_EQ(text.size(), std::min<std::size_t>(columns, 53 + 7) + 1) << columns;
+        text.clear();
+        appendRow(text, {.pid = 1, .command = "äöüäöüäöü", .user = "jöß"}, columns);
+        EXPECT_LE(text.size(), columns + 1);
+        EXPECT_EQ(validUtf8Length(text), text.size()) << "no half a character";
+    }
+    std::string text;
+    appendPathLine(text, 7, "/home/a\nb");
+    EXPECT_EQ(text, "7 /home/a?b\n");
+}
+
+TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
+    const test::TemporaryFolder folder;
+    folder.write("proc/stat", "cpu 0 0 0 0\nprocesses 1\n");
+    for (const int pid : {10, 20, 30})
+        writeProcess(folder, pid, "p" + std::to_string(pid), 100, 1000);
+    Sampler sampler(
+        {.root = folder.path(), .units = {.ticksPerSecond = 100, .pageBytes = 4096}, .descriptorBudget = 10});
+    using Rows = std::vector<std::pair<int, double>>;
+    CPULoad load;
+    const auto rows = [&](double monotonic, double boot) {
+        std::string text;
+        sampler.appendBlock(text, {.monotonicSeconds = monotonic, .bootSeconds = boot}, 4, 220);
+        const TopBlock block = readBack(text);
+        load = block.system.cpu;
+        Rows found;
+        for (const TopRow& row : block.rows)
+            found.emplace_back(row.pid, row.cpuPercent);
+        return found;
+    };
+    EXPECT_EQ(rows(50, 900), (Rows{{10, 0}, {20, 0}, {30, 0}}));
+    // Within 2 s: one process used half of a second, one started and used a tenth, one came into sight but is old.
+    writeProcess(folder, 30, "p30", 100, 1050);
+    writeProcess(folder, 40, "new", 90'100, 5);
+    writeProcess(folder, 15, "old", 5000, 4000);
+    folder.write("proc/stat", "cpu 10 10 20 60\nprocesses 3\n");
+    EXPECT_EQ(rows(52, 902), (Rows{{30, 25}, {40, 5}, {10, 0}, {15, 0}}));
+    EXPECT_EQ(load.userPercent, 20);
+    EXPECT_EQ(load.systemPercent, 20);
+    // A pid's next owner starts over.
+    writeProcess(folder, 30, "p30", 90'150, 2000);
+    EXPECT_EQ(rows(54, 904), (Rows{{10, 0}, {15, 0}, {20, 0}, {30, 0}}));
+}
+
+TEST(VantoroTop, RunsOnThisMachineAndEndsQuietlyWhenItsReaderIsGone) {
+    const std::string command = "-s 1 -n 100000 -o cpu -stats pid,command,cpu,mem,power,user -ncols 220";
+    test::ChildProgram gone(
+        {"/bin/sh", "-c", "{ \"$0\" -l 0 " + command + "; echo $? >&2; } | head -c 1", VANTORO_TOP});
+    test::ChildProgram twice({"/bin/sh", "-c", "exec \"$0\" -l 2 " + command, VANTORO_TOP});
+    test::ChildProgram paths({VANTORO_TOP, "--paths"});
+    EXPECT_EQ(twice.wait(), 0);
+    const auto lines = lastBlock(twice.output());
+    ASSERT_TRUE(lines);
+    const TopBlock block = parseBlock(*lines, 0);
+    EXPECT_EQ(block.rows.size() + 8, lines->size() - 1) << "each row reads";
+    EXPECT_TRUE(std::ranges::any_of(block.rows, [&](const TopRow& row) { return row.pid == twice.pid(); }));
+    for (const TopRow& row : block.rows)
+        EXPECT_FALSE(row.user.empty()) << row.command;
+    EXPECT_EQ(paths.wait(), 0);
+    EXPECT_EQ(parsePathList(paths.output()).at(paths.pid()), VANTORO_TOP);
+    for (const auto& [pid, path] : parsePathList(paths.output()))
+        EXPECT_NE(std::string("/[(").find(path[0]), std::string::npos) << path;
+    EXPECT_EQ(gone.wait(), 0);
+    EXPECT_EQ(gone.errors(), "0\n");
+}
+
+} // namespace
+} // namespace vantoro::top

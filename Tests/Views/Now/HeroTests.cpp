@@ -1,0 +1,321 @@
+// The hero of the Now pane: its words and dials, how it breaks its headline, what turns, and what is spoken.
+#include "Views/Now/Hero.h"
+
+#include "Design/BalancedLabel.h"
+#include "Design/Gauges/FanRotor.h"
+#include "Design/TextLabel.h"
+#include "Views/Stage.h"
+
+#include <algorithm>
+#include <QPaintEvent>
+
+namespace vantoro {
+namespace {
+
+using testing::Stage;
+
+TEST(HeadlineTests, TakesTheLargestStyleThatFitsAndBreaksIntoEqualLines) {
+    Stage stage;
+    const std::vector<BalancedLabel::Step> steps{{Type::display40, 2}, {Type::display32, 2}, {Type::display26, 3}};
+    const QString name = "The Quite Remarkably Long Name of an Application";
+    struct Case {
+        QString text;
+        int width;
+        double size;
+        qsizetype lines;
+        bool isWhole;
+    };
+    for (const Case& one :
+         {Case{"All quiet", 600, 40, 1, true}, Case{"Your fans are loud because of Xcode", 600, 40, 2, true},
+          Case{"Your fans are roaring — Wi-Fi Direct helper leads, but the load is spread out", 600, 32, 2, true},
+          Case{"Your fans are loud because of " + name + " and its Helper", 444, 26, 3, true},
+          Case{"Your fans are loud because of " + name + name + name + name, 444, 26, 3, false},
+          Case{"Your fans are loud because of " + QString(300, 'w'), 444, 26, 3, false}}) {
+        SCOPED_TRACE(one.text.toStdString());
+        BalancedLabel label(stage.look, steps, Tone::textPrimary);
+        label.setText(one.text);
+        EXPECT_EQ(label.styleAt(one.width).size, one.size);
+        const QStringList lines = label.linesAt(one.width);
+        EXPECT_EQ(lines.size(), one.lines);
+        const QFontMetricsF metrics(fontOf(label.styleAt(one.width), stage.theme));
+        for (const QString& line : lines)
+            EXPECT_LE(metrics.horizontalAdvance(line), one.width + 1);
+        EXPECT_EQ(lines.join(' ') == one.text, one.isWhole);
+        EXPECT_EQ(label.describe().name, one.text) << "the whole of it is read out";
+        if (!one.isWhole) {
+            EXPECT_TRUE(lines.join(' ').startsWith("Your fans are loud")) << "only its middle is left out";
+        }
+        label.resize(one.width, 200);
+        label.grab();
+        EXPECT_EQ(label.toolTip().isEmpty(), one.isWhole);
+    }
+    // A greedy break would leave one word on the second line.
+    BalancedLabel label(stage.look, steps, Tone::textPrimary);
+    label.setText("Your fans are loud because of Xcode");
+    EXPECT_EQ(label.linesAt(600), (QStringList{"Your fans are loud", "because of Xcode"}));
+}
+
+TEST(HeadlineTests, IsAnnouncedOnChangeAtMostEveryTenSeconds) {
+    HeadlineAnnouncer announcer;
+    std::vector<bool> due;
+    double now = 1000;
+    for (const char* headline : {"All quiet", "Loud", "Audible", "Audible", "Audible", "Audible"}) {
+        due.push_back(announcer.isDue(headline, now));
+        now += 4;
+    }
+    EXPECT_EQ(due, (std::vector<bool>{false, true, false, false, true, false}))
+        << "a change too soon is told when its time has come";
+}
+
+Snapshot machineWithFans(int count, double rpm) {
+    Snapshot snapshot;
+    snapshot.timestamp = 1772357000;
+    for (int i = 0; i < count; ++i)
+        snapshot.fans.push_back({.index = i, .rpm = rpm, .minRPM = 1000, .maxRPM = 5000, .targetRPM = rpm});
+    return snapshot;
+}
+
+TEST(DialsTests, ShowWhatTheMachineHas) {
+    struct Case {
+        Snapshot snapshot;
+        std::vector<QString> spokenNames;
+        QString firstFigure;
+        QString firstCaption;
+        QString firstSpoken;
+        QString peak;
+    };
+    Snapshot unknownLimits = machineWithFans(1, 0);
+    unknownLimits.fans[0].minRPM = unknownLimits.fans[0].maxRPM = 0;
+    for (const Case& one : {Case{machineWithFans(0, 0), {"Fan"}, "—", "", "no reading", ""},
+                            Case{unknownLimits, {"Left fan"}, "0", "Left", "0 rpm", ""},
+                            Case{machineWithFans(2, 3360),
+                                 {"Left fan", "Right fan"},
+                                 "3,360",
+                                 "Left · 59%",
+                                 "3,360 rpm, 59 percent of its range",
+                                 ""},
+                            Case{machineWithFans(3, 1480),
+                                 {"Left fan", "Right fan", "Fan 3"},
+                                 "1,480",
+                                 "Left · 12%",
+                                 "1,480 rpm, 12 percent of its range",
+                                 "1,480"}}) {
+        Stage stage;
+        stage.hub.accept(one.snapshot);
+        const DialsModel model = dialsModel(stage.hub);
+        std::vector<QString> names;
+        for (const FanRotorFigures& rotor : model.rotors)
+            names.push_back(rotor.spokenName);
+        EXPECT_EQ(names, one.spokenNames);
+        EXPECT_EQ(model.rotors[0].figure, one.firstFigure);
+        EXPECT_EQ(model.rotors[0].caption, one.firstCaption);
+        EXPECT_EQ(model.rotors[0].spokenValue, one.firstSpoken);
+        EXPECT_EQ(model.peakFigure, one.peak);
+        EXPECT_FALSE(model.dial.has_value());
+    }
+    Stage stage;
+    stage.play("design-fanless.jsonl.gz");
+    const DialsModel fanless = dialsModel(stage.hub);
+    ASSERT_TRUE(fanless.dial.has_value());
+    EXPECT_EQ(fanless.dial->figure + fanless.dial->unit, "71°C");
+    EXPECT_EQ(fanless.dial->spokenValue, "Hot, whole chip 71°C, hottest core 85°C");
+    stage.settings.setTemperatureUnit("F");
+    EXPECT_EQ(dialsModel(stage.hub).dial->smallFigure, "160°");
+    Snapshot parked;
+    parked.timestamp = stage.hub.snapshot().timestamp + 2000;
+    parked.cooling = Cooling::passive;
+    stage.hub.accept(parked);
+    const DialsModel awaiting = dialsModel(stage.hub);
+    EXPECT_EQ(awaiting.dial->figure, "—");
+    EXPECT_EQ(awaiting.dial->unit, "");
+    EXPECT_EQ(awaiting.dial->gapFigure, "");
+    EXPECT_FALSE(awaiting.dial->position.has_value());
+    EXPECT_EQ(eyebrowModel(stage.hub.verdict()).spokenValue, "Measuring");
+}
+
+TEST(FanRotorTests, TurnsAsTheFanDoesButOnlyWhereItMay) {
+    Stage stage;
+    FanRotor rotor(stage.look, 148, FanRotor::Captions::full);
+    rotor.show();
+    const auto turnsInASecond = [&] {
+        double turned = 0;
+        for (int i = 0; i < 100; ++i) {
+            stage.seconds += 0.01;
+            const double last = rotor.turns();
+            stage.clock.beat();
+            turned += rotor.turns() - last + (rotor.turns() < last ? 1 : 0);
+        }
+        return turned;
+    };
+    FanRotorFigures figures{.figure = "1,250", .unit = "rpm", .position = 0.1, .turnsPerSecond = 0.5};
+    rotor.show(figures);
+    turnsInASecond(); // eases up to its speed
+    EXPECT_NEAR(turnsInASecond(), 0.5, 0.02);
+    figures.turnsPerSecond = 2;
+    rotor.show(figures);
+    turnsInASecond();
+    EXPECT_LT(turnsInASecond() * WheelFrames::blades / 30, 0.5) << "half a pitch a beat would look like standing still";
+    rotor.setTurning(false);
+    EXPECT_EQ(turnsInASecond(), 0);
+    EXPECT_FALSE(stage.clock.isBeating());
+    rotor.setTurning(true);
+    EXPECT_TRUE(stage.clock.isBeating());
+    rotor.hide();
+    stage.clock.beat();
+    EXPECT_FALSE(stage.clock.isBeating());
+    rotor.show();
+    EXPECT_TRUE(stage.clock.isBeating());
+    stage.theme.setReducesMotion(true);
+    EXPECT_EQ(turnsInASecond(), 0);
+    stage.theme.setReducesMotion(false);
+    figures.turnsPerSecond = 0;
+    rotor.show(figures);
+    turnsInASecond();
+    EXPECT_FALSE(stage.clock.isBeating()) << "at rest nothing beats";
+}
+
+TEST(FanRotorTests, PaintsOnlyItsWheelWhileItTurns) {
+    class Painted : public QObject {
+    public:
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint)
+                regions.push_back(static_cast<QPaintEvent*>(event)->region().boundingRect());
+            return false;
+        }
+        std::vector<QRect> regions;
+    };
+    Stage stage;
+    FanRotor rotor(stage.look, 148, FanRotor::Captions::full);
+    rotor.show(FanRotorFigures{.figure = "1,250", .unit = "rpm", .position = 0.1, .turnsPerSecond = 1});
+    stage.picture(rotor, rotor.sizeHint());
+    Painted painted;
+    rotor.installEventFilter(&painted);
+    for (int beat = 0; beat < 30; ++beat) {
+        stage.seconds += 0.033;
+        stage.clock.beat();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_GT(painted.regions.size(), 20U);
+    for (const QRect& region : painted.regions)
+        EXPECT_LE(region.width() * region.height(), 106 * 106);
+}
+
+TEST(HeroTests, GrowsWithItsTextAndStaysWithinItself) {
+    Stage stage;
+    stage.hub.accept(machineWithFans(2, 3360));
+    HeroModel model = heroModel(stage.hub, stage.settings);
+    Hero hero(stage.look);
+    hero.show();
+    for (const double scale : {1.0, 1.5}) {
+        stage.theme.setTextScale(scale);
+        for (const int width : {772, 992, 1232}) {
+            model.detail = "Xcode averaged 512% CPU across 11 processes over the window that heated the machine.";
+            hero.show(model);
+            const int before = hero.heightForWidth(width);
+            model.detail = model.detail.repeated(8);
+            hero.show(model);
+            const int after = hero.heightForWidth(width);
+            EXPECT_GE(before, 228);
+            EXPECT_GT(after, before);
+            hero.resize(width, after);
+            for (const QWidget* child : hero.findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+                EXPECT_TRUE(hero.rect().contains(child->geometry())) << child->metaObject()->className() << width;
+        }
+    }
+}
+
+TEST(HeroTests, NothingBelowMovesWhenAFigureOrASentenceChanges) {
+    Stage stage;
+    stage.hub.accept(machineWithFans(2, 3360));
+    HeroModel model = heroModel(stage.hub, stage.settings);
+    Hero hero(stage.look);
+    const QString sentence = "It averaged %1% CPU across %2 processes over the window that heated the machine. ";
+    model.detail = sentence.arg(888).arg(18).repeated(4);
+    hero.show();
+    hero.resize(772, 300);
+    hero.show(model);
+    const int height = hero.heightForWidth(772);
+    hero.resize(772, height);
+    const auto placeOfHeadline = [&] { return hero.findChildren<BalancedLabel*>().front()->geometry().topLeft(); };
+    const QPoint place = placeOfHeadline();
+    for (const QString& detail : {sentence.arg(111).arg(11).repeated(4), sentence.arg(7).arg(8), QString()}) {
+        stage.seconds += 2;
+        model.detail = detail;
+        hero.show(model);
+        EXPECT_EQ(hero.heightForWidth(772), height) << detail.toStdString();
+        EXPECT_EQ(placeOfHeadline(), place);
+    }
+    stage.seconds += 60;
+    hero.show(model);
+    EXPECT_LT(hero.heightForWidth(772), height) << "a minute later it is forgotten, whether or not anything changed";
+
+    for (int width = 120; width < 700; width += 7) {
+        const QFont font = fontOf(Type::lead, stage.theme);
+        EXPECT_EQ(brokenLines(sentence.arg(888).arg(18), font, width).size(),
+                  brokenLines(sentence.arg(111).arg(11), font, width).size())
+            << width;
+    }
+}
+
+TEST(HeroPictures, OfRareStatesAreSavedOnRequest) {
+    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
+    struct Case {
+        const char* name;
+        Snapshot snapshot;
+        double scale;
+        int width;
+    };
+    Snapshot slowed = machineWithFans(2, 4900);
+    slowed.thermalPressure = ThermalPressure::serious;
+    Snapshot parked;
+    parked.cooling = Cooling::passive;
+    for (const Case& one :
+         {Case{"none", machineWithFans(0, 0), 1, 1040}, Case{"five", machineWithFans(5, 2480), 1, 1040},
+          Case{"critical", slowed, 1, 1040}, Case{"large", slowed, 1.5, 820}, Case{"parked", parked, 1, 1040}}) {
+        Stage stage;
+        stage.theme.setTextScale(one.scale);
+        stage.hub.accept(one.snapshot);
+        QWidget window;
+        QPalette colors;
+        colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
+        window.setPalette(colors);
+        Hero hero(stage.look, &window);
+        hero.show(heroModel(stage.hub, stage.settings));
+        const int width = one.width - 48;
+        hero.setGeometry(24, 8, width, hero.heightForWidth(width));
+        stage.picture(window, {one.width, hero.height() + 16}).save(folder + "/rare-" + one.name + ".png");
+    }
+}
+
+TEST(HeroPictures, AreSavedOnRequest) {
+    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
+    struct Case {
+        const char* name;
+        const char* recording;
+        Theme::Appearance appearance;
+        int width;
+    };
+    for (const Case& one : {Case{"hero-dark", "design-fans.jsonl.gz", Theme::Appearance::dark, 1040},
+                            Case{"hero-narrow-dark", "design-fans.jsonl.gz", Theme::Appearance::dark, 820},
+                            Case{"hero-fanless-dark", "design-fanless.jsonl.gz", Theme::Appearance::dark, 1040},
+                            Case{"hero-calm-light", "design-calm.jsonl.gz", Theme::Appearance::light, 1040}}) {
+        Stage stage(one.appearance);
+        stage.play(one.recording);
+        QWidget window;
+        QPalette colors;
+        colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
+        window.setPalette(colors);
+        Hero hero(stage.look, &window);
+        hero.show(heroModel(stage.hub, stage.settings));
+        const int width = one.width - 48;
+        hero.setGeometry(24, 60, width, hero.heightForWidth(width));
+        stage.picture(window, {one.width, 360}).save(folder + '/' + one.name + ".png");
+    }
+}
+
+} // namespace
+} // namespace vantoro

@@ -1,0 +1,282 @@
+// The settings window: what it says of each choice, and that a choice is stored and applied at once.
+#include "Design/Controls/ChoiceList.h"
+#include "Design/Controls/PopUpButton.h"
+#include "Design/Controls/SegmentedControl.h"
+#include "Design/Controls/StepSlider.h"
+#include "Design/Controls/Switch.h"
+#include "Views/Settings/SettingsView.h"
+
+#include "Views/Stage.h"
+
+#include <QSignalSpy>
+
+namespace vantoro {
+namespace {
+
+using testing::Stage;
+using Source = ProcessMonitor::Source;
+
+constexpr Source fromStream{Source::Kind::system, false};
+constexpr Source refused{Source::Kind::ownProcessesOnly, false};
+constexpr Source ownByChoice{Source::Kind::ownProcessesOnly, true};
+
+/// The control of this kind that a screen reader knows by this name.
+template <class Control>
+Control& named(QWidget& window, const QString& name) {
+    for (Control* const control : window.findChildren<Control*>())
+        if (control->describe().name == name)
+            return *control;
+    throw std::runtime_error("no control is called " + name.toStdString());
+}
+
+SettingsRow& row(QWidget& window, const QString& title) {
+    for (SettingsRow* const found : window.findChildren<SettingsRow*>())
+        if (found->title() == title)
+            return *found;
+    throw std::runtime_error("no row is called " + title.toStdString());
+}
+
+TEST(SettingsModelTests, NamesEveryRate) {
+    const QStringList labels{"Every 10 seconds", "Every 5 seconds",  "Every 3 seconds", "Every 2 seconds",
+                             "Every second",     "2 times a second", "4 times a second"};
+    const QStringList names{"Very relaxed", "Very relaxed", "Relaxed", "Default", "Brisk", "Maximum", "Maximum"};
+    for (int i = 0; i < labels.size(); ++i) {
+        EXPECT_EQ(rateLabel(i), labels[i]);
+        EXPECT_EQ(rateName(i), names[i]);
+        EXPECT_EQ(rateIndexOf(sampleRates.at(static_cast<std::size_t>(i))), i);
+    }
+    EXPECT_EQ(rateNote(1, true).left(49), "Around 8% of a CPU core. Cheapest by far, but a s");
+    EXPECT_EQ(rateNote(2, true), rateNote(3, true));
+    EXPECT_TRUE(rateNote(2, true).endsWith("particular data can be. Around 26% of a core."));
+    EXPECT_TRUE(rateNote(6, true).endsWith(
+        "digits step rather than morph — nothing is legible re-forming four times a second."));
+    EXPECT_EQ(rateIndexOf(1.5), 3);
+}
+
+TEST(SettingsModelTests, WhereItIsMeasuredNoNoteStatesACost) {
+    QStringList notes{motionNote(true, false), motionNote(false, false), rotorNote(true, false),
+                      rotorNote(false, false)};
+    for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i)
+        notes.append(rateNote(i, false));
+    for (const QString& note : notes) {
+        EXPECT_FALSE(note.contains(u'%')) << note.toStdString();
+        EXPECT_TRUE(note.front().isUpper() && note.endsWith(u'.') && !note.contains("  ")) << note.toStdString();
+    }
+    constexpr double megabyte = 1024.0 * 1024;
+    EXPECT_EQ(ownCostText({.percentOfCore = 1.26, .memoryBytes = 33.4 * megabyte}), "1.3% of a core · 33 MB");
+    EXPECT_EQ(ownCostText({.percentOfCore = 26.4}), "26% of a core");
+    EXPECT_EQ(ownCostText({.memoryBytes = megabyte}), "measuring");
+    EXPECT_EQ(ownCostNote({.hasPrograms = false}), "Over the last minute, without the programs it runs for its lists.");
+}
+
+TEST(SettingsViewTests, NothingMovesWhenTheSliderDoesAndALongNameLeavesItsTitle) {
+    Stage stage;
+    stage.hub.beginReplay("ThinkStation P620 Workstation · AMD Ryzen Threadripper PRO 5995WX 64-Cores · revision B");
+    SettingsView window(stage.context, SourceNames{.costsAreStated = false});
+    stage.picture(window, window.size());
+    const auto& motion = named<SegmentedControl>(window, "Motion of readings");
+    const int before = motion.mapTo(&window, QPoint()).y();
+    auto& slider = named<StepSlider>(window, "Sample rate");
+    for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i) {
+        emit slider.moved(i);
+        stage.settle();
+        EXPECT_EQ(motion.mapTo(&window, QPoint()).y(), before) << i;
+    }
+    for (const TextLabel* const label : row(window, "Machine").findChildren<TextLabel*>())
+        if (label->text() == "Machine") {
+            EXPECT_GE(label->width(), label->sizeHint().width());
+        }
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST(SettingsViewTests, SaysWhatItTakesItselfWhileSomeoneLooks) {
+    struct Account : OwnCost {
+        std::optional<ProcessorTime> processorTime() override { return used; }
+        std::optional<std::uint64_t> memoryBytes() override {
+            ++memoryReadings;
+            return 34603008;
+        }
+        ProcessorTime used{.seconds = 5};
+        int memoryReadings = 0;
+    };
+    const auto account = std::make_shared<Account>();
+    OwnCostMeter meter(account);
+    Stage stage;
+    ViewContext context{stage.hub, stage.settings, stage.look, {}, nullptr, &meter};
+    meter.note(stage.seconds);
+    SettingsView window(context, {});
+    EXPECT_EQ(account->memoryReadings, 0);
+    EXPECT_FALSE(row(window, "Vantoro itself").isVisibleTo(&window));
+    window.show();
+    EXPECT_EQ(row(window, "Vantoro itself").value(), "measuring");
+    stage.seconds += 60;
+    account->used.seconds += 0.78;
+    window.refresh();
+    EXPECT_EQ(row(window, "Vantoro itself").value(), "1.3% of a core · 33 MB");
+    EXPECT_EQ(row(window, "Vantoro itself").note(), "Over the last minute, with the programs it runs for its lists.");
+}
+
+TEST(SettingsModelTests, SaysWhereTheProcessListComesFrom) {
+    const SourceNames mac;
+    const SourceNames linux_{.stream = "vantoro-top",
+                             .streamForShort = "vantoro-top",
+                             .streamIsSetuidRoot = false,
+                             .sensors = "hwmon",
+                             .reports = "cpufreq"};
+    EXPECT_EQ(currentlyReading(fromStream, mac), "/usr/bin/top — every process");
+    EXPECT_EQ(currentlyReading(ownByChoice, mac), "Syscalls — your processes only");
+    EXPECT_EQ(currentlyReading(refused, mac), "Syscalls — top was blocked on this Mac");
+    EXPECT_EQ(currentlyReading(fromStream, linux_), "vantoro-top — every process");
+    EXPECT_EQ(dataSources(fromStream, mac), "SMC · IOReport · top");
+    EXPECT_EQ(dataSources(refused, mac), "SMC · IOReport · syscalls");
+    EXPECT_EQ(dataSources(fromStream, linux_), "hwmon · cpufreq · vantoro-top");
+
+    const QString everyone = processListNote(false, Cooling::fans, fromStream, mac);
+    EXPECT_EQ(everyone,
+              "Reads the full process list through /usr/bin/top, which ships setuid-root and can therefore see "
+              "processes owned by other users — WindowServer, mds_stores and kernel_task are usually the ones spinning "
+              "the fans. If this Mac refuses to run it, Vantoro falls back to syscalls on its own rather than showing "
+              "an empty list.");
+    EXPECT_EQ(processListNote(false, Cooling::fans, refused, mac),
+              everyone +
+                  "\n\nThat has happened here: top would not run, so the list below is your own processes only.");
+    EXPECT_TRUE(processListNote(false, Cooling::passive, fromStream, mac).contains("the ones heating the chip. If"));
+    EXPECT_TRUE(processListNote(true, Cooling::fans, ownByChoice, mac).contains("block. Fans, temperatures, power, "));
+    EXPECT_TRUE(processListNote(true, Cooling::passive, ownByChoice, mac).contains("block. Temperatures, power, "));
+    EXPECT_FALSE(processListNote(false, Cooling::fans, fromStream, linux_).contains("setuid"));
+    EXPECT_FALSE(processListNote(true, Cooling::fans, ownByChoice, linux_).contains("setuid"));
+}
+
+TEST(SettingsModelTests, SpeaksOfTheFigureThatTheMenuBarShows) {
+    EXPECT_EQ(menuBarLabel(Cooling::fans), "Show fan speed in the menu bar at all times");
+    EXPECT_EQ(menuBarNote(Cooling::fans, false), "The RPM figure appears only once the fans become audible.");
+    EXPECT_EQ(menuBarLabel(Cooling::passive), "Show the temperature in the menu bar at all times");
+    EXPECT_EQ(menuBarNote(Cooling::passive, true),
+              "The chip's temperature stays visible even when the machine is idle.");
+    EXPECT_EQ(coresText({}), "—");
+    EXPECT_EQ(coresText({{.isPerformance = true}, {.isPerformance = true}, {}}), "2 performance · 1 efficiency");
+    EXPECT_EQ(coresText({{.isPerformance = true, .tier = "super"}, {.tier = "performance"}, {.tier = "performance"}}),
+              "1 super · 2 performance");
+    EXPECT_EQ(coresText({{}, {}}), "2") << "all alike";
+}
+
+TEST(SettingsViewTests, TheSliderStoresARateOnlyWhenItIsMoved) {
+    Stage stage;
+    stage.settings.setSampleInterval(1.5);
+    SettingsView view(stage.context, {});
+    view.QWidget::show();
+    StepSlider& slider = named<StepSlider>(view, "Sample rate");
+    EXPECT_EQ(slider.value(), 3);
+    EXPECT_EQ(stage.settings.sampleInterval(), 1.5);
+    QTest::keyClick(&slider, Qt::Key_End);
+    EXPECT_EQ(stage.settings.sampleInterval(), 0.25);
+    EXPECT_EQ(row(view, "4 times a second").value(), "Maximum");
+    QTest::keyClick(&slider, Qt::Key_End);
+    QTest::keyClick(&slider, Qt::Key_Left);
+    EXPECT_EQ(stage.settings.sampleInterval(), 0.5);
+    QTest::mouseClick(&slider, Qt::LeftButton, Qt::NoModifier, {15, 22});
+    EXPECT_EQ(stage.settings.sampleInterval(), 10);
+
+    QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&slider);
+    EXPECT_EQ(spoken->role(), QAccessible::Slider);
+    EXPECT_EQ(spoken->text(QAccessible::Value), "Every 10 seconds, Very relaxed");
+    spoken->valueInterface()->setCurrentValue(4);
+    EXPECT_EQ(stage.settings.sampleInterval(), 1);
+}
+
+TEST(SettingsViewTests, EveryChoiceIsStoredAndSaid) {
+    Stage stage;
+    stage.play("design-fans.jsonl.gz");
+    SettingsView view(stage.context, {});
+    view.QWidget::show();
+    const QSignalSpy appearance(&view, &SettingsView::appearanceChanged);
+    const QSignalSpy menuBar(&view, &SettingsView::menuBarSettingChanged);
+    const QSignalSpy rotors(&view, &SettingsView::rotorSettingChanged);
+    const QSignalSpy published(&stage.hub, &SensorHub::verdictChanged);
+
+    QTest::keyClick(&named<SegmentedControl>(view, "Motion of readings"), Qt::Key_Right);
+    EXPECT_FALSE(stage.settings.smoothUpdates());
+    EXPECT_EQ(row(view, "Motion of readings").note(), motionNote(false, true));
+    QTest::keyClick(&named<Switch>(view, "Spin the fan rotors"), Qt::Key_Space);
+    EXPECT_FALSE(stage.settings.spinRotors());
+    EXPECT_EQ(row(view, "Spin the fan rotors").note(), rotorNote(false, true));
+    EXPECT_EQ(rotors.count(), 1);
+    Switch& figure = named<Switch>(view, "Show fan speed in the menu bar at all times");
+    QTest::mouseClick(&figure, Qt::LeftButton);
+    EXPECT_TRUE(stage.settings.menuBarShowsRPM());
+    EXPECT_TRUE(QAccessible::queryAccessibleInterface(&figure)->state().checked);
+    EXPECT_EQ(menuBar.count(), 1);
+    QTest::keyClick(&named<SegmentedControl>(view, "Appearance"), Qt::Key_Right);
+    EXPECT_EQ(stage.settings.appearance(), "light");
+    ASSERT_EQ(appearance.count(), 1);
+    EXPECT_EQ(appearance[0][0].toString(), "light");
+    QTest::keyClick(&named<SegmentedControl>(view, "Temperature"), Qt::Key_Right);
+    EXPECT_EQ(stage.settings.temperatureUnit(), "F");
+    EXPECT_EQ(published.count(), 1) << "the words are made anew";
+}
+
+/// Opens the list by keyboard and presses these keys in it.
+void chooseByKeys(SettingsView& view, const QString& name, std::initializer_list<Qt::Key> keys) {
+    QTest::keyClick(&named<PopUpButton>(view, name), Qt::Key_Space);
+    for (const Qt::Key key : keys)
+        if (ChoiceList* const list = view.findChild<ChoiceList*>()) {
+            QTest::keyClick(list, key);
+        }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(view.findChild<ChoiceList*>(), nullptr) << "closed";
+}
+
+TEST(SettingsViewTests, TheHistoryIsCutAsSoonAsLessIsToBeKept) {
+    Stage stage;
+    stage.play("design-fans.jsonl.gz");
+    SettingsView view(stage.context, {});
+    view.QWidget::show();
+    const std::size_t all = stage.hub.history().snapshots().size();
+    chooseByKeys(view, "Keep history for", {Qt::Key_Up, Qt::Key_Escape});
+    EXPECT_EQ(stage.settings.historyMinutes(), 30);
+    chooseByKeys(view, "Keep history for", {Qt::Key_Down, Qt::Key_Return});
+    EXPECT_EQ(stage.settings.historyMinutes(), 60);
+    EXPECT_EQ(stage.hub.history().snapshots().size(), all);
+    chooseByKeys(view, "Keep history for", {Qt::Key_Home, Qt::Key_Space});
+    EXPECT_EQ(stage.settings.historyMinutes(), 15);
+    EXPECT_EQ(stage.hub.history().retentionSeconds(), 900);
+    EXPECT_LT(stage.hub.history().snapshots().size(), all);
+}
+
+TEST(SettingsViewTests, TheRateAndTheProcessListAreAppliedToTheRunningHub) {
+    Stage stage;
+    stage.settings.setSampleInterval(10);
+    stage.hub.start();
+    SettingsView view(stage.context, {});
+    view.QWidget::show();
+    QSignalSpy ticks(&stage.hub, &SensorHub::snapshotChanged);
+    QTest::keyClick(&named<StepSlider>(view, "Sample rate"), Qt::Key_End);
+    EXPECT_TRUE(ticks.wait(3000)) << "ten seconds would still be to come";
+    chooseByKeys(view, "Process list", {Qt::Key_Down, Qt::Key_Return});
+    EXPECT_EQ(stage.settings.processMonitorMode(), "unprivileged");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return stage.hub.processSource() == ownByChoice; }, 3000));
+    EXPECT_EQ(row(view, "Process list").note(), processListNote(true, Cooling::fans, ownByChoice, {}));
+    EXPECT_EQ(row(view, "Currently reading").value(), "Syscalls — your processes only");
+}
+
+TEST(SettingsViewTests, FitsItsTextsAtEveryScale) {
+    for (const double scale : {1.0, 1.5}) {
+        Stage stage(Theme::Appearance::light);
+        stage.play("design-fans.jsonl.gz");
+        stage.makeCores();
+        stage.theme.setTextScale(scale);
+        SettingsView view(stage.context, {});
+        const QImage picture = stage.picture(view, {view.width(), 1200});
+        for (const TextLabel* const label : view.findChildren<TextLabel*>())
+            if (label->isVisible()) {
+                EXPECT_EQ(label->toolTip(), QString()) << "cut: " << label->text().toStdString();
+                EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+            }
+        if (const QString folder = qEnvironmentVariable("VANTORO_PICTURES"); !folder.isEmpty())
+            picture.save(QString("%1/settings-%2.png").arg(folder).arg(scale));
+    }
+}
+
+} // namespace
+} // namespace vantoro
