@@ -36,8 +36,8 @@ struct Screens {
     void forEach(Check check) {
         window->resize(MainWindow::usualSize);
         window->show();
-        for (const Pane pane : {Pane::now, Pane::cores, Pane::timeline, Pane::sensors}) {
-            window->showPane(pane);
+        for (const PaneKind& kind : panes) {
+            window->showPane(kind.pane);
             stage.settle();
             check(*window);
         }

@@ -1,7 +1,7 @@
 #include "Views/Shell/ControlBar.h"
 
-#include "Views/Updates/UpdateChip.h"
 #include "Views/Shared/Words.h"
+#include "Views/Updates/UpdateChip.h"
 
 #include <cmath>
 #include <QMouseEvent>
@@ -101,6 +101,17 @@ private:
     bool isCompact_ = false;
     FocusTracker focus_;
 };
+
+namespace {
+
+QStringList paneTitles() {
+    QStringList titles;
+    for (const PaneKind& kind : panes)
+        titles.append(tr(kind.title));
+    return titles;
+}
+
+} // namespace
 
 ControlBar::ControlBar(Look& look, QWidget* parent)
     : PaintedWidget(look, parent)

@@ -5,6 +5,7 @@
 #include "Design/Controls/Button.h"
 #include "Design/Controls/SegmentedControl.h"
 #include "Views/Shell/ControlBarModel.h"
+#include "Views/Shell/Panes.h"
 #include "Views/Updates/UpdatesModel.h"
 
 namespace vantoro {

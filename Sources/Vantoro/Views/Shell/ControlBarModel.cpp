@@ -5,10 +5,6 @@
 
 namespace vantoro {
 
-QStringList paneTitles() {
-    return {tr("Now"), tr("Cores"), tr("Timeline"), tr("Sensors")};
-}
-
 Badge badge(const SensorHub& hub, bool simulates) {
     if (hub.isReplay())
         return {.icon = "tape.replay",

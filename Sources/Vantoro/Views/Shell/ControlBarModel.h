@@ -1,20 +1,11 @@
 // What the bar at the top of the window says.
 #pragma once
 
-#include <array>
 #include <QString>
-#include <QStringList>
 
 namespace vantoro {
 
 class SensorHub;
-
-enum class Pane { now, cores, timeline, sensors };
-
-inline constexpr std::array allPanes{Pane::now, Pane::cores, Pane::timeline, Pane::sensors};
-
-/// The panes' names in their order.
-QStringList paneTitles();
 
 /// A dashed mark beside the settings button: the figures are not this machine's own. Empty texts are no badge.
 struct Badge {

@@ -1,12 +1,8 @@
 #include "Views/Shell/MainWindow.h"
 
 #include "Model/Updates/Updates.h"
-#include "Views/Cores/CoresView.h"
-#include "Views/Now/NowView.h"
 #include "Views/Report/ReportSheet.h"
-#include "Views/Sensors/SensorsView.h"
 #include "Views/Settings/SettingsModel.h"
-#include "Views/Timeline/TimelineView.h"
 
 #include <QCloseEvent>
 #include <QPainter>
@@ -53,9 +49,8 @@ void MainWindow::addShortcuts() {
         shortcut->setAutoRepeat(false);
         connect(shortcut, &QShortcut::activated, this, action);
     };
-    for (const Pane pane : allPanes)
-        add(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(pane))),
-            [this, pane] { showPane(pane); });
+    for (const PaneKind& kind : panes)
+        add(QKeySequence(Qt::CTRL | kind.key), [this, &kind] { showPane(kind.pane); });
     add(QKeySequence(Qt::CTRL | Qt::Key_Comma), [this] { emit settingsRequested(); });
     add(QKeySequence(Qt::CTRL | Qt::Key_E), [this] { openReport(); });
     add(QKeySequence(Qt::CTRL | Qt::Key_W), [this] { close(); });
@@ -68,29 +63,14 @@ void MainWindow::restoreGeometryOf() {
         resize(usualSize);
 }
 
-// Made when it is first looked at: three of the four panes are never seen by who only wants the verdict.
+// Made when it is first looked at: most panes are never seen by who only wants the verdict.
 QWidget* MainWindow::view(Pane pane) {
-    QWidget*& view = views_.at(static_cast<std::size_t>(pane));
-    if (view != nullptr)
-        return view;
-    switch (pane) {
-    case Pane::now: {
-        auto* const now = new NowView(context_, content_);
-        connect(now, &NowView::explainRequested, this, &MainWindow::openReport);
-        view = now;
-        break;
+    const auto place = static_cast<std::size_t>(pane);
+    QWidget*& view = views_.at(place);
+    if (view == nullptr) {
+        view = panes.at(place).make(context_, content_, [this] { openReport(); });
+        stack_->addWidget(view);
     }
-    case Pane::cores:
-        view = new CoresView(context_, content_);
-        break;
-    case Pane::timeline:
-        view = new TimelineView(context_, content_);
-        break;
-    case Pane::sensors:
-        view = new SensorsView(context_, content_);
-        break;
-    }
-    stack_->addWidget(view);
     return view;
 }
 

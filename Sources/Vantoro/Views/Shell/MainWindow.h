@@ -2,8 +2,8 @@
 // sampling goes on without it.
 #pragma once
 
-#include "Views/Shell/ControlBar.h"
 #include "Views/Shared/View.h"
+#include "Views/Shell/ControlBar.h"
 
 #include <array>
 #include <functional>
@@ -61,7 +61,7 @@ private:
     ControlBar* bar_; // this, the views and the layout are owned by Qt as children
     QWidget* content_;
     QStackedLayout* stack_;
-    std::array<QWidget*, allPanes.size()> views_{};
+    std::array<QWidget*, panes.size()> views_{};
     Pane pane_ = Pane::now;
     bool canBeSeen_ = false;
     bool wasPainted_ = false;
