@@ -1,5 +1,6 @@
+#include "Model/Explanation/ExplainerAdvice.h"
+
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/Explanation/ExplainerSections.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
 #include "Model/Text/WholeNumber.h"
 
@@ -7,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace vantoro::explainer {
+namespace vantoro {
 
 namespace {
 
@@ -194,4 +195,4 @@ Explanation::Section actionSection(const Verdict& verdict, const Snapshot& now) 
     return section;
 }
 
-} // namespace vantoro::explainer
+} // namespace vantoro
