@@ -70,9 +70,10 @@ void readEverything(benchmark::State& state) {
     smc_use(service);
     SMCReader reader({.trust = service->trust(), .pause = [](int) {}});
     std::vector<Descriptor> files;
-    const std::size_t enclosure = reader.enclosureKeys().size();
+    const std::size_t enclosure = reader.keys(SensorFamily::enclosure).size();
     for (const HwmonSensor& sensor : discoverHwmon(tree.root()))
-        if (sensor.driver != "nct6799" || files.size() < reader.socKeys().size() + reader.gpuKeys().size() + enclosure)
+        if (sensor.driver != "nct6799" || files.size() < reader.keys(SensorFamily::chip).size() +
+                                                             reader.keys(SensorFamily::graphics).size() + enclosure)
             files.emplace_back(::open(sensor.inputPath.c_str(), O_RDONLY | O_CLOEXEC));
     reader.readTemperatures();
     double bare = 0;

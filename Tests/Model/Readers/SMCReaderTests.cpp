@@ -40,15 +40,15 @@ TEST_F(SMCReaderTest, SortsKeysIntoFamiliesInTheirOrder) {
     smc->setFloat("Tp07", 40);
     smc->failingCalls = {{"Tp07", SMCCommand::getKeyAtIndex}};
     SMCReader reader = make();
-    EXPECT_EQ(reader.socKeys(), (std::vector<std::string>{"Tp09", "Tp01"}));
-    EXPECT_EQ(reader.gpuKeys(), std::vector<std::string>{"Tg05"});
-    EXPECT_EQ(reader.batteryKeys(), std::vector<std::string>{"TB1T"});
-    EXPECT_EQ(reader.enclosureKeys(), std::vector<std::string>{"Ts0P"});
+    EXPECT_EQ(reader.keys(SensorFamily::chip), (std::vector<std::string>{"Tp09", "Tp01"}));
+    EXPECT_EQ(reader.keys(SensorFamily::graphics), std::vector<std::string>{"Tg05"});
+    EXPECT_EQ(reader.keys(SensorFamily::battery), std::vector<std::string>{"TB1T"});
+    EXPECT_EQ(reader.keys(SensorFamily::enclosure), std::vector<std::string>{"Ts0P"});
     EXPECT_EQ(reader.sensorCount(), 5);
 
     const SMCReader withMiddleTier({.measuresCoresUnderTs = true});
-    EXPECT_EQ(withMiddleTier.socKeys(), (std::vector<std::string>{"Tp09", "Ts0P", "Tp01"}));
-    EXPECT_TRUE(withMiddleTier.enclosureKeys().empty());
+    EXPECT_EQ(withMiddleTier.keys(SensorFamily::chip), (std::vector<std::string>{"Tp09", "Ts0P", "Tp01"}));
+    EXPECT_TRUE(withMiddleTier.keys(SensorFamily::enclosure).empty());
 }
 
 TEST_F(SMCReaderTest, FamiliesAreCappedAndTheReserveStandsInForAShortDie) {
@@ -63,15 +63,15 @@ TEST_F(SMCReaderTest, FamiliesAreCappedAndTheReserveStandsInForAShortDie) {
         addKeys("Te", reserve / 2);
         addKeys("Tf", reserve - reserve / 2);
         SMCReader reader = make();
-        EXPECT_EQ(reader.socKeys().size(), expected);
-        EXPECT_EQ(reader.socKeys()[0][1], kind);
+        EXPECT_EQ(reader.keys(SensorFamily::chip).size(), expected);
+        EXPECT_EQ(reader.keys(SensorFamily::chip)[0][1], kind);
     }
     for (const char* const prefix : {"Tg", "TB", "Ts"})
         addKeys(prefix, 150);
     SMCReader reader = make();
-    EXPECT_EQ(reader.gpuKeys().size(), 64U);
-    EXPECT_EQ(reader.batteryKeys().size(), 150U);
-    EXPECT_EQ(reader.enclosureKeys().size(), 48U);
+    EXPECT_EQ(reader.keys(SensorFamily::graphics).size(), 64U);
+    EXPECT_EQ(reader.keys(SensorFamily::battery).size(), 150U);
+    EXPECT_EQ(reader.keys(SensorFamily::enclosure).size(), 48U);
 }
 
 TEST_F(SMCReaderTest, FanCountIsTriedThreeTimesThenProbedFor) {

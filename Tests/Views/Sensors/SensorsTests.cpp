@@ -120,7 +120,7 @@ TEST(SensorsModelTests, ThePlainTextHoldsAllThatIsShown) {
     stage.hub.setSensorListVisible(true);
     for (const double second : {0.0, 20.0})
         stage.hub.accept(warm(second));
-    const QString text = modelOf(stage, {.hottestCore = true}).plainText();
+    const QString text = modelOf(stage, {true}).plainText();
     EXPECT_TRUE(text.startsWith("MacBook · Apple M3 Pro\n2 fans · 148 sensors\nSMC · IOReport · syscalls\n\nFans\n"))
         << text.toStdString();
     for (const char* line :

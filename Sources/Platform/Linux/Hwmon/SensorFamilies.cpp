@@ -69,20 +69,6 @@ SensorFamily familyOf(const HwmonSensor& sensor) {
     return label.find("battery") != std::string::npos ? SensorFamily::battery : SensorFamily::enclosure;
 }
 
-std::string_view keyPrefix(SensorFamily family) {
-    switch (family) {
-    case SensorFamily::chip:
-        return "Tp";
-    case SensorFamily::graphics:
-        return "Tg";
-    case SensorFamily::battery:
-        return "TB";
-    case SensorFamily::enclosure:
-        break;
-    }
-    return "Ts";
-}
-
 bool isMacController(std::string_view driver) {
     return driver == "applesmc" || driver.starts_with("macsmc");
 }
@@ -99,10 +85,11 @@ std::optional<std::uint32_t> controllerKey(std::string_view label) {
 std::optional<std::uint32_t> SensorKeys::next(SensorFamily family) {
     constexpr std::string_view characters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr int base = static_cast<int>(characters.size());
-    int& used = used_[static_cast<int>(family)];
+    int& used = used_.at(placeOf(family));
     while (used < base * base) {
         const auto number = static_cast<std::size_t>(used++);
-        const std::string key = std::string(keyPrefix(family)) + characters[number / base] + characters[number % base];
+        const std::string key = std::string(sensorFamilies.at(placeOf(family)).keyPrefix) + characters[number / base] +
+                                characters[number % base];
         if (take(keyCode(key)))
             return keyCode(key);
     }

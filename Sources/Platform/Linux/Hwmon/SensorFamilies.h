@@ -1,8 +1,10 @@
 // Which family of temperature keys a sensor belongs to, and which key it gets. Pure.
 #pragma once
 
+#include "Model/Records/Temperatures.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -11,15 +13,10 @@
 
 namespace vantoro {
 
-enum class SensorFamily { chip, graphics, battery, enclosure };
-
 /// By the driver, and by the label where a driver serves several families. The drivers of a processor's own sensors are
 /// the chip; those of graphics processors, the graphics; supplies are the battery; everything else (boards, drives,
 /// radios, ACPI zones) is the enclosure.
 SensorFamily familyOf(const HwmonSensor& sensor);
-
-/// "Tp", "Tg", "TB" or "Ts".
-std::string_view keyPrefix(SensorFamily family);
 
 /// Whether the driver is the one that passes on the controller of a Mac.
 bool isMacController(std::string_view driver);
@@ -43,7 +40,7 @@ public:
 
 private:
     std::set<std::uint32_t> taken_;
-    int used_[4] = {};
+    std::array<int, sensorFamilies.size()> used_{};
 };
 
 /// A reading in thousandths of a degree as degrees Celsius. None for what a chip says when nothing is connected or its

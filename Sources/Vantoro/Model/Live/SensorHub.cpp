@@ -1,13 +1,12 @@
 #include "Model/Live/SensorHub.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
+#include "Model/History/Suspects.h"
+#include "Model/Live/Quits.h"
 #include "Model/Records/MachineName.h"
 #include "Model/Text/Numbers.h"
-#include "Model/Live/Quits.h"
-#include "Model/History/Suspects.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <utility>
@@ -333,8 +332,8 @@ const std::string& SensorHub::machineName() {
 std::string SensorHub::sensorSummary() const {
     if (isReplay_) {
         const Temperatures& temps = snapshot_.temps;
-        const std::array readings{temps.soc, temps.socMean, temps.gpu, temps.battery, temps.enclosure};
-        const auto recorded = std::ranges::count_if(readings, [](double celsius) { return celsius > 0; });
+        const auto recorded = std::ranges::count_if(
+            temperatureFigures, [&temps](const TemperatureFigure& figure) { return temps.*figure.celsius > 0; });
         return vantoro::sensorSummary(cooling_, static_cast<int>(snapshot_.fans.size()), static_cast<int>(recorded));
     }
     return vantoro::sensorSummary(cooling_, hasOpenSensors() ? sources_.sensors->fanCount() : 0,

@@ -65,31 +65,36 @@ SMCReader::~SMCReader() {
 }
 
 int SMCReader::sensorCount() const {
-    return static_cast<int>(socKeys_.size() + gpuKeys_.size() + batteryKeys_.size() + enclosureKeys_.size());
+    std::size_t count = 0;
+    for (const Family& family : families_)
+        count += family.keys.size();
+    return static_cast<int>(count);
 }
 
 void SMCReader::discoverSensors() {
-    constexpr std::size_t fewestDieKeys = 4;
-    std::vector<std::string> reserve;
+    constexpr std::size_t fewestKeys = 4;
+    std::array<std::vector<std::string>, sensorFamilies.size()> reserves;
     for (std::string& key : floatKeys(smc_key_count())) {
-        const std::string_view family = std::string_view(key).substr(0, 2);
-        if (family == "Tp" || (family == "Ts" && options_.measuresCoresUnderTs))
-            socKeys_.push_back(std::move(key));
-        else if (family == "Tg")
-            gpuKeys_.push_back(std::move(key));
-        else if (family == "TB")
-            batteryKeys_.push_back(std::move(key));
-        else if (family == "Ts")
-            enclosureKeys_.push_back(std::move(key));
-        else if (family == "Te" || family == "Tf")
-            reserve.push_back(std::move(key));
+        const std::string_view prefix = std::string_view(key).substr(0, 2);
+        for (const SensorFamilyKind& kind : sensorFamilies) {
+            const bool isCore = prefix == "Ts" && options_.measuresCoresUnderTs;
+            const std::size_t place = placeOf(isCore ? SensorFamily::chip : kind.family);
+            if (prefix == kind.keyPrefix)
+                families_.at(place).keys.push_back(std::move(key));
+            else if (std::ranges::find(kind.reservePrefixes, prefix) != kind.reservePrefixes.end())
+                reserves.at(place).push_back(std::move(key));
+            else
+                continue;
+            break;
+        }
     }
-    // Some chips name their die's sensors after the clusters.
-    if (socKeys_.size() < fewestDieKeys && reserve.size() >= fewestDieKeys)
-        socKeys_ = std::move(reserve);
-    socKeys_.resize(std::min<std::size_t>(socKeys_.size(), 128));
-    gpuKeys_.resize(std::min<std::size_t>(gpuKeys_.size(), 64));
-    enclosureKeys_.resize(std::min<std::size_t>(enclosureKeys_.size(), 48));
+    for (std::size_t place = 0; place < families_.size(); ++place) {
+        std::vector<std::string>& keys = families_[place].keys;
+        // Some chips name their die's sensors after the clusters.
+        if (keys.size() < fewestKeys && reserves[place].size() >= fewestKeys)
+            keys = std::move(reserves[place]);
+        keys.resize(std::min(keys.size(), sensorFamilies[place].mostKeys));
+    }
 }
 
 void SMCReader::discoverFans() {
@@ -133,16 +138,16 @@ std::vector<FanReading> SMCReader::readFans() {
 Temperatures SMCReader::readTemperatures() {
     if (!isAvailable_)
         return {};
-    const FamilyReading soc = summarisePatiently(socKeys_, options_.trust, socReadings_);
-    const FamilyReading gpu = summarisePatiently(gpuKeys_, options_.trust, gpuReadings_);
-    const double battery = averageOf(readAll(batteryKeys_));
-    const double enclosure = averageOf(readAll(enclosureKeys_));
-    const bool believesSoc = soc.isCredible(options_.trust);
-    lastGood_ = {.soc = believesSoc ? soc.hottest : lastGood_.soc,
-                 .socMean = believesSoc ? soc.mean : lastGood_.socMean,
-                 .gpu = gpu.isCredible(options_.trust) ? gpu.hottest : lastGood_.gpu,
-                 .battery = battery > 0 ? battery : lastGood_.battery,
-                 .enclosure = enclosure > 0 ? enclosure : lastGood_.enclosure};
+    for (const SensorFamilyKind& kind : sensorFamilies) {
+        Family& family = families_.at(placeOf(kind.family));
+        const FamilyReading reading = kind.hasSingles ? summarisePatiently(family.keys, options_.trust, family.readings)
+                                                      : FamilyReading{.mean = averageOf(readAll(family.keys))};
+        if (kind.hasSingles ? !reading.isCredible(options_.trust) : reading.mean <= 0)
+            continue;
+        for (const TemperatureFigure& figure : temperatureFigures)
+            if (figure.family == kind.family)
+                lastGood_.*figure.celsius = figure.isHottest ? reading.hottest : reading.mean;
+    }
     return lastGood_;
 }
 
@@ -154,12 +159,8 @@ PowerReading SMCReader::readPower() {
             .batteryWatts = readKey("PPBR").value_or(0)};
 }
 
-std::vector<double> SMCReader::latestDieSensors() const {
-    return measuring(socReadings_, static_cast<int>(socKeys_.size()), options_.trust);
-}
-
-std::vector<double> SMCReader::latestGPUSensors() const {
-    return measuring(gpuReadings_, static_cast<int>(gpuKeys_.size()), options_.trust);
+std::vector<double> SMCReader::latest(SensorFamily family) const {
+    return measuring(families_.at(placeOf(family)).readings, static_cast<int>(keys(family).size()), options_.trust);
 }
 
 std::vector<double> SMCReader::measuringSensors(const std::vector<std::string>& keys) {

@@ -5,6 +5,7 @@
 #include "CSensors/smc.h"
 #include "Model/Readers/SensorSources.h"
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -35,28 +36,32 @@ public:
     Cooling cooling() const override { return reportsNoFans_ ? Cooling::passive : Cooling::fans; }
     int fanCount() const override { return fanCount_; }
     int sensorCount() const override;
-    bool hasGPUSensors() const override { return !gpuKeys_.empty(); }
-    std::optional<std::size_t> dieSensorCount() const override { return socKeys_.size(); }
-    std::optional<std::size_t> gpuSensorCount() const override { return gpuKeys_.size(); }
+    bool hasGPUSensors() const override { return !keys(SensorFamily::graphics).empty(); }
+    std::optional<std::size_t> dieSensorCount() const override { return keys(SensorFamily::chip).size(); }
+    std::optional<std::size_t> gpuSensorCount() const override { return keys(SensorFamily::graphics).size(); }
 
     bool isAvailable() const { return isAvailable_; }
     bool reportsNoFans() const { return reportsNoFans_; }
-    const std::vector<std::string>& socKeys() const { return socKeys_; }
-    const std::vector<std::string>& gpuKeys() const { return gpuKeys_; }
-    const std::vector<std::string>& batteryKeys() const { return batteryKeys_; }
-    const std::vector<std::string>& enclosureKeys() const { return enclosureKeys_; }
+    const std::vector<std::string>& keys(SensorFamily family) const { return families_.at(placeOf(family)).keys; }
 
     std::vector<FanReading> readFans() override;
     Temperatures readTemperatures() override;
     PowerReading readPower() override;
-    std::vector<double> readDieSensors() override { return measuringSensors(socKeys_); }
-    std::vector<double> readGPUSensors() override { return measuringSensors(gpuKeys_); }
-    std::vector<double> latestDieSensors() const override;
-    std::vector<double> latestGPUSensors() const override;
+    std::vector<double> readDieSensors() override { return measuringSensors(keys(SensorFamily::chip)); }
+    std::vector<double> readGPUSensors() override { return measuringSensors(keys(SensorFamily::graphics)); }
+    std::vector<double> latestDieSensors() const override { return latest(SensorFamily::chip); }
+    std::vector<double> latestGPUSensors() const override { return latest(SensorFamily::graphics); }
     /// The values of those keys that measure at this moment, ascending, degrees Celsius.
     std::vector<double> measuringSensors(const std::vector<std::string>& keys);
 
 private:
+    struct Family {
+        std::vector<std::string> keys;
+        /// What they gave the last time.
+        std::vector<double> readings;
+    };
+
+    std::vector<double> latest(SensorFamily family) const;
     void discoverSensors();
     void discoverFans();
 
@@ -64,14 +69,8 @@ private:
     bool isAvailable_ = false;
     int fanCount_ = 0;
     bool reportsNoFans_ = false;
-    std::vector<std::string> socKeys_;
-    std::vector<std::string> gpuKeys_;
-    std::vector<std::string> batteryKeys_;
-    std::vector<std::string> enclosureKeys_;
+    std::array<Family, sensorFamilies.size()> families_;
     Temperatures lastGood_;
-    /// What every key of the family gave the last time.
-    std::vector<double> socReadings_;
-    std::vector<double> gpuReadings_;
 };
 
 } // namespace vantoro

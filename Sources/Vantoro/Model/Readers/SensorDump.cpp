@@ -4,10 +4,10 @@
 #include "Model/Text/WholeNumber.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <fmt/format.h>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,8 +18,19 @@ namespace vantoro {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> reportedPrefixes{"Tp", "Te", "Tf", "Tg", "TB", "Ts", "TC"};
 constexpr std::string_view couldNotOpen = "Could not open the SMC.";
+
+/// Those of the families, and last the one of some older controllers' processors.
+std::vector<std::string_view> reportedPrefixes() {
+    std::vector<std::string_view> prefixes;
+    for (const SensorFamilyKind& kind : sensorFamilies) {
+        prefixes.push_back(kind.keyPrefix);
+        std::ranges::copy_if(kind.reservePrefixes, std::back_inserter(prefixes),
+                             [](std::string_view prefix) { return !prefix.empty(); });
+    }
+    prefixes.emplace_back("TC");
+    return prefixes;
+}
 
 struct KeyValue {
     std::string key;
@@ -109,9 +120,15 @@ void printFans(SMCReader& reader, bool hasChip, const Words& words, const PrintL
 
 void printReader(SMCReader& reader, const Words& words, const PrintLine& print) {
     const Temperatures temperatures = reader.readTemperatures();
-    print(fmt::format("SMCReader results → SoC {}  GPU {}  battery {}  enclosure {}", words.celsius(temperatures.soc),
-                      words.celsius(temperatures.gpu), words.celsius(temperatures.battery),
-                      words.celsius(temperatures.enclosure)));
+    std::string results = "SMCReader results →";
+    std::string_view gap = " ";
+    for (const TemperatureFigure& figure : temperatureFigures) {
+        if (figure.dumpName.empty())
+            continue;
+        results += fmt::format("{}{} {}", gap, figure.dumpName, words.celsius(temperatures.*figure.celsius));
+        gap = "  ";
+    }
+    print(results);
     printFans(reader, temperatures.soc != 0, words, print);
     print(fmt::format("Power: system {}  adapter {}", words.figure(readKey("PSTR"), 2, " W"),
                       words.figure(readKey("PDTR"), 2, " W")));
@@ -128,7 +145,7 @@ void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const P
     print(fmt::format("SMC keys: {}", keyCount));
     print("");
     KeysByPrefix byPrefix = readByPrefix(keyCount);
-    for (const std::string_view prefix : reportedPrefixes) {
+    for (const std::string_view prefix : reportedPrefixes()) {
         const auto found = byPrefix.find(prefix);
         if (found == byPrefix.end())
             print(fmt::format("{}: none found", prefix));

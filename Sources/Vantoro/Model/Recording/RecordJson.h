@@ -1,14 +1,15 @@
 // The records as JSON values, with the names and the order of RecordingFields.h.
 #pragma once
 
-#include "Model/Records/EnumNames.h"
 #include "Model/Recording/RecordingFields.h"
+#include "Model/Records/EnumNames.h"
 
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vantoro {
@@ -60,6 +61,11 @@ Json toJson(const HeldShare<Number>& share) {
         return std::clamp(finite(share.percent), 0.0, 100.0);
     else
         return std::clamp(*share.percent, 0.0, 100.0);
+}
+
+template <class Number>
+Json toJson(const LaterFigure<Number>& figure) {
+    return finite(figure.number);
 }
 
 template <class Enum>
@@ -114,6 +120,11 @@ bool isLeftOut(const HeldShare<Number>& share) {
     return isLeftOut(share.percent);
 }
 
+template <class Number>
+bool isLeftOut(const LaterFigure<Number>& figure) {
+    return finite(figure.number) == 0;
+}
+
 template <class Value>
 const Value& presentValue(const std::optional<Value>& value) {
     return *value;
@@ -133,9 +144,9 @@ struct JsonFields {
     Json& object;
 
     template <class Field>
-    void operator()(const char* name, const Field& field) const {
+    void operator()(std::string_view name, const Field& field) const {
         if (!isLeftOut(field))
-            object.emplace(name, toJson(presentValue(field)));
+            object.emplace(std::string(name), toJson(presentValue(field)));
     }
 };
 

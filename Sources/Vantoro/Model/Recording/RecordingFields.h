@@ -34,6 +34,17 @@ HeldShare<Number> heldShare(Number& percent) {
     return {percent};
 }
 
+/// A figure that came later, of which 0 is none.
+template <class Number>
+struct LaterFigure {
+    Number& number;
+};
+
+template <class Number>
+LaterFigure<Number> laterFigure(Number& number) {
+    return {number};
+}
+
 template <MaybeConst<FanReading> Record, class Visit>
 void visitFields(Record& fan, Visit&& visit) {
     visit("index", fan.index);
@@ -45,11 +56,13 @@ void visitFields(Record& fan, Visit&& visit) {
 
 template <MaybeConst<Temperatures> Record, class Visit>
 void visitFields(Record& temps, Visit&& visit) {
-    visit("soc", temps.soc);
-    visit("socMean", temps.socMean);
-    visit("gpu", temps.gpu);
-    visit("battery", temps.battery);
-    visit("enclosure", temps.enclosure);
+    for (const TemperatureFigure& figure : temperatureFigures) {
+        auto& celsius = temps.*figure.celsius;
+        if (figure.cameLater)
+            visit(figure.name, laterFigure(celsius));
+        else
+            visit(figure.name, celsius);
+    }
 }
 
 template <MaybeConst<PowerReading> Record, class Visit>

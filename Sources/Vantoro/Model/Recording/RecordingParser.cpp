@@ -1,6 +1,6 @@
 #include "Model/History/History.h"
-#include "Model/Recording/JsonScanner.h"
 #include "Model/Processes/KnownIdentities.h"
+#include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/Recording.h"
 #include "Model/Recording/RecordingFields.h"
 #include "Model/Recording/RecordingReasons.h"
@@ -176,6 +176,7 @@ private:
         }
         static RecordingTarget targetOf(ProcessorShare<double>& share) { return ShareTarget{&share.percent}; }
         static RecordingTarget targetOf(HeldShare<double>& share) { return ShareTarget{&share.percent}; }
+        static RecordingTarget targetOf(LaterFigure<double>& figure) { return &figure.number; }
         static RecordingTarget targetOf(HeldShare<std::optional<double>>& share) {
             return OptionalShareTarget{&share.percent};
         }

@@ -29,15 +29,19 @@ void Extremes::add(const Snapshot& snapshot) {
     const Vitals shown = Vitals::quantising(snapshot);
     for (const FanReading& fan : shown.fans)
         widen(fans.try_emplace(fan.index, Span{.lowest = fan.rpm, .highest = fan.rpm}).first->second, fan.rpm);
-    widen(soc, shown.temps.soc);
-    widen(socMean, shown.temps.socMean);
-    widen(gpu, shown.temps.gpu);
-    widen(battery, shown.temps.battery);
-    widen(enclosure, shown.temps.enclosure);
+    for (std::size_t i = 0; i < temps.size(); ++i)
+        widen(temps[i], shown.temps.*temperatureFigures[i].celsius);
     widen(systemWatts, shown.power.systemWatts);
     widen(adapterWatts, shown.power.adapterWatts);
     widen(batteryWatts, shown.power.batteryWatts);
     widen(gpuWatts, shown.power.gpuWatts);
+}
+
+bool Extremes::has(SensorFamily family) const {
+    for (std::size_t i = 0; i < temps.size(); ++i)
+        if (temps[i] && temperatureFigures[i].family == family)
+            return true;
+    return false;
 }
 
 } // namespace vantoro

@@ -4,6 +4,7 @@
 
 #include "Model/Records/Telemetry.h"
 
+#include <array>
 #include <map>
 #include <optional>
 
@@ -20,17 +21,16 @@ struct Span {
 struct Extremes {
     /// By the fan's index; a fan that stands still counts.
     std::map<int, Span> fans;
-    std::optional<Span> soc;
-    std::optional<Span> socMean;
-    std::optional<Span> gpu;
-    std::optional<Span> battery;
-    std::optional<Span> enclosure;
+    /// In the order of their table.
+    std::array<std::optional<Span>, temperatureFigures.size()> temps;
     std::optional<Span> systemWatts;
     std::optional<Span> adapterWatts;
     std::optional<Span> batteryWatts;
     std::optional<Span> gpuWatts;
 
     void add(const Snapshot& snapshot);
+    /// Whether any figure was ever made of the family's sensors.
+    bool has(SensorFamily family) const;
 
     bool operator==(const Extremes&) const = default;
 };

@@ -80,12 +80,8 @@ Vitals Vitals::quantising(const Snapshot& snapshot) {
         fan.rpm = roundedTo(10, fan.rpm);
         fan.targetRPM = roundedTo(10, fan.targetRPM);
     }
-    const Temperatures& temps = snapshot.temps;
-    vitals.temps = {.soc = std::round(temps.soc),
-                    .socMean = std::round(temps.socMean),
-                    .gpu = std::round(temps.gpu),
-                    .battery = std::round(temps.battery),
-                    .enclosure = std::round(temps.enclosure)};
+    for (const TemperatureFigure& figure : temperatureFigures)
+        vitals.temps.*figure.celsius = std::round(snapshot.temps.*figure.celsius);
     vitals.power = {.systemWatts = roundedToHalf(snapshot.power.systemWatts),
                     .adapterWatts = roundedToHalf(snapshot.power.adapterWatts),
                     .batteryWatts = roundedTo(0.1, snapshot.power.batteryWatts),

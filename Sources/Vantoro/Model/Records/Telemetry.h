@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Model/Records/ProcessIdentity.h"
+#include "Model/Records/Temperatures.h"
 #include "Model/Text/UnixSeconds.h"
 
 #include <array>
@@ -12,7 +13,6 @@
 #include <vector>
 
 namespace vantoro {
-
 
 /// One fan. Speeds in revolutions per minute; limits of 0 mean they are not known.
 struct FanReading {
@@ -26,17 +26,6 @@ struct FanReading {
     std::string label() const;
 
     bool operator==(const FanReading&) const = default;
-};
-
-/// Degrees Celsius; 0 means no reading.
-struct Temperatures {
-    double soc = 0;
-    double socMean = 0;
-    double gpu = 0;
-    double battery = 0;
-    double enclosure = 0;
-
-    bool operator==(const Temperatures&) const = default;
 };
 
 /// Watts; 0 means no reading.

@@ -2,8 +2,8 @@
 
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Views/Now/FactsModel.h"
-#include "Views/Timeline/TimelineModel.h"
 #include "Views/Shared/Words.h"
+#include "Views/Timeline/TimelineModel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -73,35 +73,22 @@ void finish(SensorRowModel& row, const QString& explanation) {
     row.spokenValue = (QStringList{row.value} + about).join(", ");
 }
 
-struct TemperatureKind {
-    const char* label;
-    const char* source;
-    const char* explanation;
-    double Temperatures::*figure;
-    std::optional<Span> Extremes::*span;
-    double least;
-    double most;
-};
+QString trUnlessEmpty(const char* text) {
+    return *text != '\0' ? tr(text) : QString();
+}
 
-constexpr TemperatureKind temperatureKinds[] = {
-    {"Hottest core", "hottest die sensor", "", &Temperatures::soc, &Extremes::soc, 30, 100},
-    {"Whole chip", "mean of the die sensors", "", &Temperatures::socMean, &Extremes::socMean, 30, 100},
-    {"GPU", "hottest graphics sensor", "", &Temperatures::gpu, &Extremes::gpu, 30, 100},
-    {"Battery", "", "mean of the battery sensors", &Temperatures::battery, &Extremes::battery, 20, 60},
-    {"Enclosure", "", "mean of the enclosure sensors", &Temperatures::enclosure, &Extremes::enclosure, 20, 60},
-};
-
-SensorRowModel temperatureRow(const SensorHub& hub, const TemperatureKind& kind) {
-    const double celsius = hub.vitals().temps.*kind.figure;
+SensorRowModel temperatureRow(const SensorHub& hub, std::size_t place) {
+    const TemperatureFigure& figure = temperatureFigures.at(place);
+    const double celsius = hub.vitals().temps.*figure.celsius;
     SensorRowModel row;
-    row.label = tr(kind.label);
-    row.source = *kind.source != '\0' ? tr(kind.source) : QString();
-    row.range = temperatureRange(hub.extremes().*kind.span, hub.format());
+    row.label = tr(figure.label);
+    row.source = trUnlessEmpty(figure.source);
+    row.range = temperatureRange(hub.extremes().temps.at(place), hub.format());
     row.value = toQString(hub.format().temperature(celsius));
     row.isMissing = !(celsius > 0);
-    row.line =
-        course(hub, kind.least, kind.most, [&kind](const Snapshot& snapshot) { return snapshot.temps.*kind.figure; });
-    finish(row, *kind.explanation != '\0' ? tr(kind.explanation) : QString());
+    row.line = course(hub, figure.least, figure.most,
+                      [&figure](const Snapshot& snapshot) { return snapshot.temps.*figure.celsius; });
+    finish(row, trUnlessEmpty(figure.explanation));
     return row;
 }
 
@@ -240,19 +227,56 @@ LegendModel memoryLegend(const SensorHub& hub) {
     return legend;
 }
 
-} // namespace
+/// Rows of cells, set in columns.
+class Table {
+public:
+    explicit Table(const QString& title) : title_(title) {}
 
-bool& UnfoldedRows::operator[](SensorFamily family) {
-    switch (family) {
-    case SensorFamily::hottestCore:
-        return hottestCore;
-    case SensorFamily::wholeChip:
-        return wholeChip;
-    case SensorFamily::graphics:
-        break;
+    void add(const QStringList& cells) { rows_.push_back(cells); }
+
+    QString text() const {
+        std::vector<qsizetype> widths;
+        for (const QStringList& row : rows_) {
+            // A line of a single cell runs across the columns.
+            if (row.size() == 1)
+                continue;
+            widths.resize(std::max(widths.size(), static_cast<std::size_t>(row.size())));
+            for (qsizetype i = 0; i < row.size(); ++i)
+                widths[static_cast<std::size_t>(i)] = std::max(widths[static_cast<std::size_t>(i)], row[i].size());
+        }
+        QString text = title_ + u'\n';
+        for (const QStringList& row : rows_) {
+            QString line;
+            for (qsizetype i = 0; i < row.size(); ++i)
+                line += QStringLiteral("  ") +
+                        row[i].leftJustified(row.size() > 1 ? widths[static_cast<std::size_t>(i)] : 0);
+            while (line.endsWith(u' '))
+                line.chop(1);
+            text += line + u'\n';
+        }
+        return text;
     }
-    return graphics;
+
+private:
+    QString title_;
+    std::vector<QStringList> rows_;
+};
+
+void add(Table& table, const SensorRowModel& row) {
+    table.add({row.label, row.value, row.range, row.source});
+    if (row.isExpanded)
+        table.add({QStringLiteral("  ") + row.sensorsTitle + (row.sensors.isEmpty() ? QString() : tr(": ")) +
+                   row.sensors.join(u' ')});
 }
+
+QString legendText(const QString& title, const LegendModel& legend) {
+    Table table(legend.figure.isEmpty() ? title : title + QStringLiteral(" · ") + legend.figure);
+    for (const LegendEntry& entry : legend.entries)
+        table.add({entry.label, entry.value});
+    return table.text();
+}
+
+} // namespace
 
 SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
     SensorsModel model;
@@ -267,21 +291,47 @@ SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const Un
     const bool mayHaveFans = !hub.isReady() || !hub.extremes().fans.empty();
     if (hub.cooling() == Cooling::fans && mayHaveFans)
         model.fans = fanRows(hub);
-    for (const TemperatureKind& kind : temperatureKinds)
-        model.temperatures.push_back(temperatureRow(hub, kind));
-    if (hub.hasDieSensors()) {
-        const bool areSilent = hub.dieSensorsAreSilent();
-        unfold(model.temperatures[0], unfolded.hottestCore, hub.dieSensors(), areSilent, hub.format());
-        unfold(model.temperatures[1], unfolded.wholeChip, hub.dieSensors(), areSilent, hub.format());
+    for (std::size_t place = 0; place < temperatureFigures.size(); ++place) {
+        SensorRowModel& row = model.temperatures.emplace_back(temperatureRow(hub, place));
+        const SensorFamily family = temperatureFigures.at(place).family;
+        if (family == SensorFamily::chip && hub.hasDieSensors())
+            unfold(row, unfolded[place], hub.dieSensors(), hub.dieSensorsAreSilent(), hub.format());
+        else if (family == SensorFamily::graphics && hub.hasGPUSensors())
+            unfold(row, unfolded[place], hub.gpuSensors(), hub.gpuSensorsAreSilent(), hub.format());
     }
-    if (hub.hasGPUSensors())
-        unfold(model.temperatures[2], unfolded.graphics, hub.gpuSensors(), hub.gpuSensorsAreSilent(), hub.format());
     model.pressure = hub.vitals().thermalPressure;
     for (const PowerKind& kind : powerKinds)
         model.power.push_back(powerRow(hub, kind));
     model.processor = processorLegend(hub);
     model.memory = memoryLegend(hub);
     return model;
+}
+
+QString SensorsModel::plainText() const {
+    QStringList parts;
+    QString head = machineName + u'\n' + summary + u'\n' + dataSources + u'\n';
+    if (!complaint.isEmpty())
+        head += complaint + u'\n';
+    parts.append(head);
+    if (fans) {
+        Table table(tr("Fans"));
+        for (const FanRowModel& fan : *fans)
+            table.add({fan.label, fan.unit.isEmpty() ? fan.speed : fan.speed + u' ' + fan.unit, fan.range,
+                       fan.floorText, fan.targetText, fan.ceilingText});
+        parts.append(table.text());
+    }
+    Table heat(tr("Temperatures"));
+    for (const SensorRowModel& row : temperatures)
+        add(heat, row);
+    heat.add({tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
+    parts.append(heat.text());
+    Table rails(tr("Power"));
+    for (const SensorRowModel& row : power)
+        add(rails, row);
+    parts.append(rails.text());
+    parts.append(legendText(tr("Processor"), processor));
+    parts.append(legendText(tr("Memory"), memory));
+    return parts.join(u'\n');
 }
 
 } // namespace vantoro

@@ -5,6 +5,7 @@
 #include "Model/Live/SensorHub.h"
 #include "Views/Settings/SettingsModel.h"
 
+#include <array>
 #include <QString>
 #include <vector>
 
@@ -70,18 +71,8 @@ struct LegendModel {
     bool operator==(const LegendModel&) const = default;
 };
 
-/// The rows that unfold.
-enum class SensorFamily : std::uint8_t { hottestCore, wholeChip, graphics };
-
-/// Which of them are unfolded.
-struct UnfoldedRows {
-    bool hottestCore = false;
-    bool wholeChip = false;
-    bool graphics = false;
-
-    bool& operator[](SensorFamily family);
-    bool any() const { return hottestCore || wholeChip || graphics; }
-};
+/// Which rows of temperatures are unfolded, in the order of the figures' table.
+using UnfoldedRows = std::array<bool, temperatureFigures.size()>;
 
 struct SensorsModel {
     QString machineName;
@@ -91,7 +82,7 @@ struct SensorsModel {
     QString complaint;
     /// None on a machine without fans, and on one that reports none.
     std::optional<std::vector<FanRowModel>> fans;
-    /// Hottest core, whole chip and graphics processor come first, in this order.
+    /// In the order of the figures' table.
     std::vector<SensorRowModel> temperatures;
     ThermalPressure pressure = ThermalPressure::nominal;
     std::vector<SensorRowModel> power;

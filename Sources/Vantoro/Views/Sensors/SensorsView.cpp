@@ -2,12 +2,12 @@
 
 #include "Design/Controls/Button.h"
 #include "Design/Gauges/FigureLine.h"
-#include "Views/Shared/FourStepMeter.h"
-#include "Views/Sensors/LinearGauge.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
-#include "Views/Sensors/StackedBar.h"
+#include "Views/Sensors/LinearGauge.h"
 #include "Views/Sensors/SensorRow.h"
+#include "Views/Sensors/StackedBar.h"
+#include "Views/Shared/FourStepMeter.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
@@ -251,14 +251,12 @@ void SensorsView::build() {
 void SensorsView::buildTemperatures(QVBoxLayout* column) {
     Panel* const panel = addPanel(column, vantoro::tr("Temperatures"), "thermometer.medium");
     panel->setSidePadding(Space::panelPadding - SensorRow::sideMargin);
-    constexpr std::size_t rows = 5;
-    for (std::size_t i = 0; i < rows; ++i) {
+    for (std::size_t i = 0; i < temperatureFigures.size(); ++i) {
         temperatureRows_.push_back(new SensorRow(look(), temperatureHeight, i == 0));
         panel->body()->addWidget(temperatureRows_.back());
+        connect(temperatureRows_.back(), &SensorRow::unfoldAsked, this,
+                [this, i](bool unfolded) { unfold(i, unfolded); });
     }
-    for (const SensorFamily family : {SensorFamily::hottestCore, SensorFamily::wholeChip, SensorFamily::graphics})
-        connect(temperatureRows_[static_cast<std::size_t>(family)], &SensorRow::unfoldAsked, this,
-                [this, family](bool unfolded) { unfold(family, unfolded); });
     pressure_ = new PressureRow(look());
     panel->body()->addWidget(pressure_);
 }
@@ -274,12 +272,16 @@ void SensorsView::buildPower(QVBoxLayout* column) {
     }
 }
 
-void SensorsView::readSensorsIfSeen(bool isSeen) {
-    hub().setSensorListVisible(isSeen && unfolded_.any());
+bool SensorsView::isAnyUnfolded() const {
+    return std::ranges::find(unfolded_, true) != unfolded_.end();
 }
 
-void SensorsView::unfold(SensorFamily family, bool unfolded) {
-    unfolded_[family] = unfolded;
+void SensorsView::readSensorsIfSeen(bool isSeen) {
+    hub().setSensorListVisible(isSeen && isAnyUnfolded());
+}
+
+void SensorsView::unfold(std::size_t row, bool unfolded) {
+    unfolded_.at(row) = unfolded;
     readSensorsIfSeen(isVisible());
     // What is unfolded has its figures at once.
     if (unfolded && hub().isReady())
@@ -294,7 +296,7 @@ void SensorsView::copyAll() {
 
 void SensorsView::showEvent(QShowEvent* event) {
     readSensorsIfSeen(true);
-    if (unfolded_.any() && hub().isReady())
+    if (isAnyUnfolded() && hub().isReady())
         hub().publish(true);
     View::showEvent(event);
 }

@@ -45,10 +45,11 @@ private:
     void buildTemperatures(QVBoxLayout* column);
     void buildPower(QVBoxLayout* column);
     void showFans(const SensorsModel& model);
-    void unfold(SensorFamily family, bool unfolded);
+    void unfold(std::size_t row, bool unfolded);
+    bool isAnyUnfolded() const;
     void readSensorsIfSeen(bool isSeen);
 
-    UnfoldedRows unfolded_;
+    UnfoldedRows unfolded_{};
     SensorsModel model_;
     // All owned by Qt as children.
     ScrollPane* scroll_;

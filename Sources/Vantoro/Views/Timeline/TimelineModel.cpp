@@ -26,7 +26,7 @@ bool hasSensor(ChartKind kind, const Extremes& extremes) {
         return !extremes.fans.empty();
     case ChartKind::temperature:
     case ChartKind::heat:
-        return extremes.soc || extremes.socMean;
+        return extremes.has(SensorFamily::chip);
     case ChartKind::processor:
         return true;
     case ChartKind::power:

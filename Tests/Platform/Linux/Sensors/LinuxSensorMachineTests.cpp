@@ -114,8 +114,8 @@ TEST(LinuxSensorMachines, GiveTheirTemperaturesAndFans) {
         ASSERT_TRUE(reading->isAvailable());
         EXPECT_EQ(reading.trust(), expected.trust);
         EXPECT_EQ(reading->reportsNoFans(), expected.reportsNoFans);
-        EXPECT_EQ(reading->gpuKeys(), expected.graphicsKeys);
-        EXPECT_EQ(reading->enclosureKeys().size(), expected.enclosureKeys);
+        EXPECT_EQ(reading->keys(SensorFamily::graphics), expected.graphicsKeys);
+        EXPECT_EQ(reading->keys(SensorFamily::enclosure).size(), expected.enclosureKeys);
         const Temperatures got = reading->readTemperatures();
         constexpr double tolerance = 1e-4; // keys hold single precision
         EXPECT_NEAR(got.soc, expected.temperatures.soc, tolerance);
