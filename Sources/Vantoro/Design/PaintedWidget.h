@@ -4,9 +4,9 @@
 
 #include "Design/AnimationClock.h"
 #include "Design/Icons.h"
-#include "Model/Text/Motion.h"
 #include "Design/Theme.h"
 #include "Design/Typography.h"
+#include "Model/Text/Motion.h"
 
 #include <functional>
 #include <optional>

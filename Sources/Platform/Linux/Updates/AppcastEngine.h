@@ -5,8 +5,8 @@
 #include "Platform/CurrentUpdateEngine.h"
 #include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/ArchiveDownload.h"
-#include "Platform/Linux/Updates/FeedRequest.h"
 #include "Platform/Linux/Updates/Copy/InstalledCopy.h"
+#include "Platform/Linux/Updates/FeedRequest.h"
 
 #include <QProcess>
 

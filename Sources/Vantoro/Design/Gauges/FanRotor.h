@@ -3,8 +3,8 @@
 
 #include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
-#include "Design/PaintedWidget.h"
 #include "Design/Gauges/WheelFrames.h"
+#include "Design/PaintedWidget.h"
 
 namespace vantoro {
 

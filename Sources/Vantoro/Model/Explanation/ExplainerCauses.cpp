@@ -1,6 +1,6 @@
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/Explanation/ExplainerSections.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
+#include "Model/Explanation/ExplainerSections.h"
 #include "Model/Text/WholeNumber.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // The sections of an explanation, each a pure function of what was measured and concluded.
 #pragma once
 
-#include "Model/Text/Format.h"
-#include "Model/Records/Explanation.h"
 #include "Model/History/History.h"
+#include "Model/Records/Explanation.h"
+#include "Model/Text/Format.h"
 
 #include <optional>
 

@@ -1,10 +1,10 @@
 #include "Model/Live/SensorHub.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
+#include "Model/History/Suspects.h"
+#include "Model/Live/Quits.h"
 #include "Model/Records/MachineName.h"
 #include "Model/Text/Numbers.h"
-#include "Model/Live/Quits.h"
-#include "Model/History/Suspects.h"
 
 #include <algorithm>
 #include <array>

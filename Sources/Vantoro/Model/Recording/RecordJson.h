@@ -1,8 +1,8 @@
 // The records as JSON values, with the names and the order of RecordingFields.h.
 #pragma once
 
-#include "Model/Records/EnumNames.h"
 #include "Model/Recording/RecordingFields.h"
+#include "Model/Records/EnumNames.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "Model/History/History.h"
-#include "Model/Recording/JsonScanner.h"
 #include "Model/Processes/KnownIdentities.h"
+#include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/Recording.h"
 #include "Model/Recording/RecordingFields.h"
 #include "Model/Recording/RecordingReasons.h"

@@ -1,7 +1,7 @@
-#include "Model/Records/EnumNames.h"
 #include "Model/Recording/Recording.h"
 #include "Model/Recording/RecordingFields.h"
 #include "Model/Recording/RecordJson.h"
+#include "Model/Records/EnumNames.h"
 
 #include <algorithm>
 #include <chrono>

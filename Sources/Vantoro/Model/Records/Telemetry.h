@@ -13,7 +13,6 @@
 
 namespace vantoro {
 
-
 /// One fan. Speeds in revolutions per minute; limits of 0 mean they are not known.
 struct FanReading {
     int index = 0;

@@ -1,8 +1,8 @@
 #include "Model/Updates/Updates.h"
 
 #include "Model/Live/Log.h"
-#include "Model/Text/PlainNotes.h"
 #include "Model/Live/Settings.h"
+#include "Model/Text/PlainNotes.h"
 
 #include <algorithm>
 #include <chrono>

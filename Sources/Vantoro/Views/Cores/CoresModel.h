@@ -1,8 +1,8 @@
 // What the cores pane shows: a tile per core, a summary per kind, and the spread of the single temperature sensors.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/Records/Core.h"
+#include "Model/Text/Format.h"
 
 #include <array>
 #include <optional>

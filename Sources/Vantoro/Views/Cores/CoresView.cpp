@@ -1,8 +1,8 @@
 #include "Views/Cores/CoresView.h"
 
-#include "Views/Cores/CoreTile.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
+#include "Views/Cores/CoreTile.h"
 #include "Views/Cores/ThermalRuler.h"
 #include "Views/Shared/Words.h"
 

@@ -1,10 +1,10 @@
 // The verdict's figures side by side, each with its course below.
 #pragma once
 
-#include "Views/Shared/FourStepMeter.h"
-#include "Design/Panel.h"
 #include "Design/Gauges/Sparkline.h"
+#include "Design/Panel.h"
 #include "Views/Now/FactsModel.h"
+#include "Views/Shared/FourStepMeter.h"
 
 namespace vantoro {
 

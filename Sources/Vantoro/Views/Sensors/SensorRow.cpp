@@ -1,7 +1,7 @@
 #include "Views/Sensors/SensorRow.h"
 
-#include "Design/Panel.h"
 #include "Design/Gauges/Sparkline.h"
+#include "Design/Panel.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>

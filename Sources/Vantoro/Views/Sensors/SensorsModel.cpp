@@ -2,8 +2,8 @@
 
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Views/Now/FactsModel.h"
-#include "Views/Timeline/TimelineModel.h"
 #include "Views/Shared/Words.h"
+#include "Views/Timeline/TimelineModel.h"
 
 #include <algorithm>
 #include <cmath>

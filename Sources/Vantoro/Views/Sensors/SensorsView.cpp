@@ -2,12 +2,12 @@
 
 #include "Design/Controls/Button.h"
 #include "Design/Gauges/FigureLine.h"
-#include "Views/Shared/FourStepMeter.h"
-#include "Views/Sensors/LinearGauge.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
-#include "Views/Sensors/StackedBar.h"
+#include "Views/Sensors/LinearGauge.h"
 #include "Views/Sensors/SensorRow.h"
+#include "Views/Sensors/StackedBar.h"
+#include "Views/Shared/FourStepMeter.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>

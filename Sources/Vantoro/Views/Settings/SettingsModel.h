@@ -1,9 +1,9 @@
 // What the settings window says and offers, and what a choice in it stores.
 #pragma once
 
-#include "Model/Readers/OwnCostMeter.h"
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
+#include "Model/Readers/OwnCostMeter.h"
 #include "Views/Shared/SourceNames.h"
 
 #include <array>

@@ -3,8 +3,8 @@
 
 #include "Views/Settings/SettingsForm.h"
 #include "Views/Settings/SettingsModel.h"
-#include "Views/Updates/UpdatesModel.h"
 #include "Views/Shared/View.h"
+#include "Views/Updates/UpdatesModel.h"
 
 namespace vantoro {
 

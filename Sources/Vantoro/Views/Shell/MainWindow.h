@@ -2,8 +2,8 @@
 // sampling goes on without it.
 #pragma once
 
-#include "Views/Shell/ControlBar.h"
 #include "Views/Shared/View.h"
+#include "Views/Shell/ControlBar.h"
 
 #include <array>
 #include <functional>

@@ -3,13 +3,13 @@
 #include "Model/Live/Log.h"
 #include "Model/Updates/Updates.h"
 #include "Platform/Memory.h"
-#include "Views/Shell/AppMenus.h"
 #include "Views/MenuBar/MenuBarItem.h"
 #include "Views/MenuBar/MenuBarPanel.h"
+#include "Views/Settings/SettingsView.h"
 #include "Views/Shared/NoticeAlert.h"
 #include "Views/Shared/NoticeModel.h"
 #include "Views/Shared/ScreenRoom.h"
-#include "Views/Settings/SettingsView.h"
+#include "Views/Shell/AppMenus.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -3,12 +3,12 @@
 #pragma once
 
 #include "Model/Readers/OwnCostMeter.h"
-#include "Views/Shell/AppMenusModel.h"
-#include "Views/Shell/MainWindow.h"
 #include "Views/MenuBar/MenuBarImage.h"
 #include "Views/Shared/SourceNames.h"
-#include "Views/Shell/SystemLooks.h"
 #include "Views/Shared/View.h"
+#include "Views/Shell/AppMenusModel.h"
+#include "Views/Shell/MainWindow.h"
+#include "Views/Shell/SystemLooks.h"
 
 #include <functional>
 #include <memory>

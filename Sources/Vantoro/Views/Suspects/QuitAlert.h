@@ -4,9 +4,9 @@
 #include "Design/Controls/Button.h"
 #include "Design/Controls/Sheet.h"
 #include "Design/TextLabel.h"
+#include "Views/Shared/View.h"
 #include "Views/Suspects/QuitModel.h"
 #include "Views/Updates/UpdateMark.h"
-#include "Views/Shared/View.h"
 
 namespace vantoro {
 

@@ -1,8 +1,8 @@
 // One chart of the Timeline pane: title, plot, and the moment that is picked on it by pointer or keyboard.
 #pragma once
 
-#include "Views/Timeline/LinePlot.h"
 #include "Design/PaintedWidget.h"
+#include "Views/Timeline/LinePlot.h"
 #include "Views/Timeline/TimelineModel.h"
 
 #include <QPixmap>

@@ -1,10 +1,10 @@
 #include "Platform/Linux/Updates/Preparation/ReleasePreparation.h"
 
 #include "Model/Text/VersionOrder.h"
-#include "Platform/Linux/Updates/Preparation/ArchiveSignature.h"
-#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
 #include "Platform/Linux/Updates/Copy/CopyRights.h"
 #include "Platform/Linux/Updates/Copy/UpdateErrors.h"
+#include "Platform/Linux/Updates/Preparation/ArchiveSignature.h"
+#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
