@@ -21,6 +21,7 @@
 #include "Model/Updates/Updates.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
+#include "Platform/QuietPainting.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "ProgramIdentity.h"
 #include "Views/Shell/Shell.h"
@@ -246,7 +247,9 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
     qInstallMessageHandler(reportFatally);
     // What Qt would take of the command line for itself is not ours to offer.
     int own = std::min(argc, 1);
+    std::optional<QuietPainting> quietPainting(std::in_place);
     const QApplication application(own, argv);
+    quietPainting.reset();
     QApplication::setApplicationName("Vantoro");
     QApplication::setDesktopFileName("vantoro");
     QApplication::setWindowIcon(QIcon(":/icons/app.svg"));

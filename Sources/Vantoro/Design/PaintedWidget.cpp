@@ -150,6 +150,11 @@ void PaintedWidget::drawIcon(QPainter& painter, const QRectF& rectangle, const Q
     painter.setTransform(before);
 }
 
+double PaintedWidget::smallestSeen(double length) const {
+    constexpr double pixels = 0.25;
+    return length > 0 ? pixels / devicePixelRatioF() / length : 0;
+}
+
 QRectF PaintedWidget::mirrored(const QRectF& rectangle) const {
     return isRightToLeft() ? rectangle.translated(width() - rectangle.left() - rectangle.right(), 0) : rectangle;
 }

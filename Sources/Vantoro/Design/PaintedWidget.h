@@ -79,6 +79,10 @@ protected:
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }
     QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
+    /// Whether any of it is on screen: neither hidden nor scrolled out of sight. What is not does not move.
+    bool isInSight() const { return isVisible() && !visibleRegion().isEmpty(); }
+    /// The share of a way that is this long below which nobody sees a difference.
+    double smallestSeen(double length) const;
     /// Widgets reckon as if read from left to right; where the layout runs from right to left, this is where the
     /// rectangle stands then. Text and icons are mirrored as they are drawn.
     QRectF mirrored(const QRectF& rectangle) const;

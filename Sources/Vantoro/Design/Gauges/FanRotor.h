@@ -65,6 +65,8 @@ private:
     FanRotorFigures figures_;
     AnimatedValue position_;
     bool gaugeMoves_ = false;
+    /// Where the gauge's picture shows it.
+    double painted_ = 0;
     AnimatedValue speed_;
     bool turningAllowed_ = true;
     double turns_ = 0;

@@ -20,6 +20,8 @@ struct GaugeShape {
     static GaugeShape ofSize(int size);
     /// How far the cursor reaches from the centre.
     double reach() const;
+    /// How long the whole arc is.
+    double arcLength() const;
 
     bool operator==(const GaugeShape&) const = default;
 };

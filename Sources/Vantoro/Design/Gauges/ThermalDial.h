@@ -42,6 +42,8 @@ private:
     Tone background_;
     ThermalDialFigures figures_;
     AnimatedValue position_;
+    /// Where it was painted last.
+    double painted_ = 0;
     FocusTracker focus_;
 };
 

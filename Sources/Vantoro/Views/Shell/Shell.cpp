@@ -14,12 +14,15 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QShortcut>
+#include <QTimer>
 #include <QUrl>
 
 namespace vantoro {
 
 namespace {
 constexpr const char* homePage = "https://vantoro.example";
+/// By then the first figures have been shown and what glides has arrived.
+constexpr int settlingMilliseconds = 5000;
 } // namespace
 
 Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
@@ -126,6 +129,9 @@ void Shell::raiseWindow() {
         connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);
         connect(window_, &MainWindow::canBeSeenChanged, this, &Shell::updateClock);
         connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
+        // Most of what it took to start and to open a window is not needed to keep it open.
+        connect(window_, &MainWindow::firstSeen, this,
+                [this] { QTimer::singleShot(settlingMilliseconds, this, &releaseUnusedMemory); });
         if (options_.updates != nullptr)
             connect(window_, &MainWindow::firstSeen, options_.updates, &Updates::windowWasSeen);
         new WindowKeeper(*window_,
