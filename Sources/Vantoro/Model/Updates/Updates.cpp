@@ -1,8 +1,8 @@
 #include "Model/Updates/Updates.h"
 
 #include "Model/Live/Log.h"
-#include "Model/Text/PlainNotes.h"
 #include "Model/Live/Settings.h"
+#include "Model/Text/PlainNotes.h"
 
 #include <algorithm>
 #include <chrono>
@@ -358,10 +358,10 @@ void Updates::fail(const UpdateError& error) {
 
 void Updates::checkWhenFree() {
     setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+    whenUpdaterIsFree([this] { updater_->checkForUpdates(); });
 }
 
-void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
+void Updates::whenUpdaterIsFree(std::function<void()> work, int attempt) {
     if (attempt > lastAttempt) {
         installFailed_ = std::exchange(installRequested_, false);
         setPhase({.kind = Kind::failed,
@@ -375,7 +375,7 @@ void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
         environment_.after(secondsBetweenAttempts,
                            [self = QPointer(this), work = std::move(work), attempt, number = phaseNumber_] {
                                if (self && self->phaseNumber_ == number)
-                                   self->whenSparkleIsFree(work, attempt + 1);
+                                   self->whenUpdaterIsFree(work, attempt + 1);
                            });
     }
 }
