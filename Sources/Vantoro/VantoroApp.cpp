@@ -3,24 +3,25 @@
 #include "CSensors/cpufreq.h"
 #include "CSensors/ioreport.h"
 #include "CSensors/smc.h"
-#include "Model/Commands/CapabilityCheck.h"
 #include "Model/CommandLine/CommandLine.h"
-#include "Model/Live/Complaint.h"
-#include "Model/Readers/CoreMonitor.h"
+#include "Model/Commands/CapabilityCheck.h"
 #include "Model/Commands/ExplainCommand.h"
-#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Commands/RecordCommand.h"
+#include "Model/Commands/StandardOutput.h"
+#include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
 #include "Model/Live/Log.h"
-#include "Model/Commands/RecordCommand.h"
 #include "Model/Live/Replay.h"
-#include "Model/Readers/SensorDump.h"
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
+#include "Model/Readers/CoreMonitor.h"
+#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Readers/SensorDump.h"
 #include "Model/Readers/SMCReader.h"
-#include "Model/Commands/StandardOutput.h"
 #include "Model/Updates/Updates.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
+#include "Platform/Posix/MonotonicClock.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "ProgramIdentity.h"
 #include "Views/Shell/Shell.h"
@@ -53,10 +54,6 @@ int print(const std::string& text) {
     StandardOutput output;
     output.text(text);
     return output.status();
-}
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void pauseFor(int milliseconds) {

@@ -295,7 +295,7 @@ using namespace vantoro;
                                  error:(NSError*)error {
     if (_driver != nullptr)
         _driver->didFinishUpdateCycleFor(updateCheckOf(updateCheck),
-                                         error != nil ? std::optional(updateErrorOf(error)) : std::nullopt);
+                                         error != nil ? updateErrorOf(error) : Outcome<UpdateError>());
 }
 
 @end

@@ -110,7 +110,7 @@ public:
     void showUpdateInstalledAndRelaunched(bool relaunched, UpdateAction acknowledgement) override;
     void dismissUpdateInstallation() override;
     void updaterDidNotFindUpdate(const UpdateError& error) override;
-    void didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) override;
+    void didFinishUpdateCycleFor(UpdateCheck check, const Outcome<UpdateError>& outcome) override;
 
 signals:
     /// Anything above has another value.
