@@ -1,4 +1,4 @@
-#import "Platform/Darwin/SparkleDriver.h"
+#import "Platform/Darwin/Updates/SparkleDriver.h"
 
 #include <memory>
 #include <utility>
