@@ -21,6 +21,7 @@
 #include "Model/Updates/Updates.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
+#include "Platform/Posix/MonotonicClock.h"
 #include "Platform/QuietPainting.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "ProgramIdentity.h"
@@ -54,10 +55,6 @@ int print(const std::string& text) {
     StandardOutput output;
     output.text(text);
     return output.status();
-}
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void pauseFor(int milliseconds) {

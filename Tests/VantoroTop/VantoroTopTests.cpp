@@ -61,9 +61,9 @@ TEST(VantoroTop, PrintsTheHead) {
     figures.localTime.tm_mday = 1;
     figures.localTime.tm_hour = 9;
     figures.load = {2.114, 2.045, 1.98};
-    figures.userPercent = 5.125;
-    figures.systemPercent = 10.25;
-    figures.idlePercent = 84.625;
+    figures.cpu.userPercent = 5.125;
+    figures.cpu.systemPercent = 10.25;
+    figures.cpu.idlePercent = 84.625;
     figures.totalKiB = 1000;
     figures.memory = {.pageBytes = 4096,
                       .wiredPages = 20,

@@ -14,19 +14,11 @@
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
+#include "Platform/Posix/MonotonicClock.h"
 
-#include <chrono>
 #include <cstdlib>
 
 namespace vantoro {
-
-namespace {
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-} // namespace
 
 Platform currentPlatform(const std::string& programFolder) {
     // The process table keeps a descriptor per process.

@@ -9,7 +9,7 @@ namespace {
 
 /// Other devices either cannot sleep or answer without waking.
 bool wakesWhenRead(const HwmonSensor& sensor) {
-    return familyOf(sensor) == SensorFamily::graphics || sensor.driver == "drivetemp";
+    return familyOf(sensor) == HwmonFamily::graphics || sensor.driver == "drivetemp";
 }
 
 } // namespace

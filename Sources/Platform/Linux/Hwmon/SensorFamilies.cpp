@@ -30,15 +30,15 @@ constexpr std::array<std::string_view, 2> firmwareDrivers = {"scpi_sensors", "sc
 
 /// Thermal zones of device trees become chips named for them, with '_' for '-': "cpu_thermal", "soc_thermal",
 /// "cpu0_thermal", "bigcore_thermal", "littlecore_thermal", "package_thermal".
-SensorFamily familyOfZone(std::string_view driver) {
+HwmonFamily familyOfZone(std::string_view driver) {
     const auto names = [driver](std::string_view part) { return driver.find(part) != std::string_view::npos; };
     if (names("gpu"))
-        return SensorFamily::graphics;
+        return HwmonFamily::graphics;
     if (names("cpu") || names("soc") || names("core") || names("cluster") || names("package"))
-        return SensorFamily::chip;
+        return HwmonFamily::chip;
     if (names("batt"))
-        return SensorFamily::battery;
-    return SensorFamily::enclosure;
+        return HwmonFamily::battery;
+    return HwmonFamily::enclosure;
 }
 
 bool isPowerSupply(const HwmonSensor& sensor, std::string_view driver) {
@@ -48,36 +48,36 @@ bool isPowerSupply(const HwmonSensor& sensor, std::string_view driver) {
 
 } // namespace
 
-SensorFamily familyOf(const HwmonSensor& sensor) {
+HwmonFamily familyOf(const HwmonSensor& sensor) {
     const std::string driver = loweredText(sensor.driver);
     const std::string label = loweredText(sensor.label);
     if (isOneOf(driver, graphicsDrivers) || driver.starts_with("i915"))
-        return SensorFamily::graphics;
+        return HwmonFamily::graphics;
     if (isOneOf(driver, processorDrivers))
-        return SensorFamily::chip;
+        return HwmonFamily::chip;
     if (isOneOf(driver, firmwareDrivers))
-        return label.find("gpu") != std::string::npos ? SensorFamily::graphics : SensorFamily::chip;
+        return label.find("gpu") != std::string::npos ? HwmonFamily::graphics : HwmonFamily::chip;
     if (isPowerSupply(sensor, driver))
-        return SensorFamily::battery;
+        return HwmonFamily::battery;
     if (driver.ends_with("_thermal") || driver.ends_with("-thermal"))
         return familyOfZone(driver);
     // Embedded controllers of laptops measure all over the machine and say where.
     if (label == "cpu")
-        return SensorFamily::chip;
+        return HwmonFamily::chip;
     if (label == "gpu")
-        return SensorFamily::graphics;
-    return label.find("battery") != std::string::npos ? SensorFamily::battery : SensorFamily::enclosure;
+        return HwmonFamily::graphics;
+    return label.find("battery") != std::string::npos ? HwmonFamily::battery : HwmonFamily::enclosure;
 }
 
-std::string_view keyPrefix(SensorFamily family) {
+std::string_view keyPrefix(HwmonFamily family) {
     switch (family) {
-    case SensorFamily::chip:
+    case HwmonFamily::chip:
         return "Tp";
-    case SensorFamily::graphics:
+    case HwmonFamily::graphics:
         return "Tg";
-    case SensorFamily::battery:
+    case HwmonFamily::battery:
         return "TB";
-    case SensorFamily::enclosure:
+    case HwmonFamily::enclosure:
         break;
     }
     return "Ts";
@@ -96,7 +96,7 @@ std::optional<std::uint32_t> controllerKey(std::string_view label) {
     return keyCode(label);
 }
 
-std::optional<std::uint32_t> SensorKeys::next(SensorFamily family) {
+std::optional<std::uint32_t> SensorKeys::next(HwmonFamily family) {
     constexpr std::string_view characters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     constexpr int base = static_cast<int>(characters.size());
     int& used = used_[static_cast<int>(family)];

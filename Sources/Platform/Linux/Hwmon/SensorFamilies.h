@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Linux/Hwmon/HwmonTree.h"
+#include "Platform/SMCKeyData.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,35 +12,27 @@
 
 namespace vantoro {
 
-enum class SensorFamily { chip, graphics, battery, enclosure };
+enum class HwmonFamily { chip, graphics, battery, enclosure };
 
 /// By the driver, and by the label where a driver serves several families. The drivers of a processor's own sensors are
 /// the chip; those of graphics processors, the graphics; supplies are the battery; everything else (boards, drives,
 /// radios, ACPI zones) is the enclosure.
-SensorFamily familyOf(const HwmonSensor& sensor);
+HwmonFamily familyOf(const HwmonSensor& sensor);
 
 /// "Tp", "Tg", "TB" or "Ts".
-std::string_view keyPrefix(SensorFamily family);
+std::string_view keyPrefix(HwmonFamily family);
 
 /// Whether the driver is the one that passes on the controller of a Mac.
 bool isMacController(std::string_view driver);
 /// A label of that driver's that is a key of the controller's: "T" or "P" and three more letters or digits.
 std::optional<std::uint32_t> controllerKey(std::string_view label);
 
-/// Four characters as a code, the first in the most significant byte.
-constexpr std::uint32_t keyCode(std::string_view text) {
-    std::uint32_t code = 0;
-    for (std::size_t place = 0; place < 4; ++place)
-        code = code << 8 | static_cast<unsigned char>(place < text.size() ? text[place] : ' ');
-    return code;
-}
-
 /// Hands out keys: the family's prefix and two characters that count up in base 62 ("00" … "zz"). A key already taken
 /// is passed over. None when a family's 3,844 keys are used up.
 class SensorKeys {
 public:
     bool take(std::uint32_t key) { return taken_.insert(key).second; }
-    std::optional<std::uint32_t> next(SensorFamily family);
+    std::optional<std::uint32_t> next(HwmonFamily family);
 
 private:
     std::set<std::uint32_t> taken_;

@@ -128,7 +128,7 @@ struct HwmonSMCService::Keys {
     void addGraphics(const std::shared_ptr<NvidiaGPUs>& gpus, SensorKeys& keys) {
         const std::size_t count = gpus ? gpus->addresses().size() : 0;
         for (std::size_t place = 0; place < count; ++place)
-            if (const auto code = keys.next(SensorFamily::graphics))
+            if (const auto code = keys.next(HwmonFamily::graphics))
                 add(*code, KeyType::real, [gpus, place]() -> std::optional<double> {
                     const auto& reading = gpus->readings()[place];
                     return reading ? reading->celsius : std::nullopt;

@@ -278,14 +278,14 @@ TEST(LinuxSensorArithmetic, SortsDriversIntoFamilies) {
         return familyOf({.driver = driver, .label = label});
     };
     for (const char* driver : {"coretemp", "k10temp", "zenpower", "cpu_thermal", "soc_thermal", "bigcore0_thermal"})
-        EXPECT_EQ(family(driver), SensorFamily::chip) << driver;
+        EXPECT_EQ(family(driver), HwmonFamily::chip) << driver;
     for (const char* driver : {"amdgpu", "nouveau", "i915", "xe", "gpu_thermal"})
-        EXPECT_EQ(family(driver), SensorFamily::graphics) << driver;
+        EXPECT_EQ(family(driver), HwmonFamily::graphics) << driver;
     for (const char* driver : {"acpitz", "nvme", "nct6799", "iwlwifi_1", "pch_cannonlake", "drivetemp"})
-        EXPECT_EQ(family(driver), SensorFamily::enclosure) << driver;
-    EXPECT_EQ(family("BAT1"), SensorFamily::battery);
-    EXPECT_EQ(family("scpi_sensors", "GPU"), SensorFamily::graphics);
-    EXPECT_EQ(family("dell_smm", "CPU"), SensorFamily::chip);
+        EXPECT_EQ(family(driver), HwmonFamily::enclosure) << driver;
+    EXPECT_EQ(family("BAT1"), HwmonFamily::battery);
+    EXPECT_EQ(family("scpi_sensors", "GPU"), HwmonFamily::graphics);
+    EXPECT_EQ(family("dell_smm", "CPU"), HwmonFamily::chip);
 }
 
 TEST(LinuxSensorArithmetic, CountersAndTables) {

@@ -40,8 +40,8 @@ std::optional<std::string> unpacked(const QByteArray& bytes, const std::string& 
     const test::TemporaryFolder beside;
     beside.write("archive", bytes.toStdString());
     const Descriptor file(::open((beside.path() + "/archive").c_str(), O_RDONLY | O_CLOEXEC));
-    const auto fault = unpackArchive(file.number(), folder, nullptr, {.bytes = 1'000'000, .entries = 50});
-    return fault ? std::optional(fault->text) : std::nullopt;
+    const auto outcome = unpackArchive(file.number(), folder, nullptr, {.bytes = 1'000'000, .entries = 50});
+    return outcome.failed() ? std::optional(outcome.fault().text) : std::nullopt;
 }
 
 TEST(HostileInput, FeedsAndManifests) {

@@ -297,7 +297,7 @@ TEST_F(SharedFolder, AUserWhoMayNotWriteThereChangesNothing) {
         if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
             ::_exit(1);
         const InstalledCopy installed(copy() + "/bin/vantoro");
-        if (!installed.reasonToStay())
+        if (!installed.canBeReplaced().failed())
             ::_exit(2);
         if (::geteuid() == nobody && (installed.makeStagingFolder() || errno != EACCES))
             ::_exit(3);
