@@ -196,7 +196,7 @@ TEST(KeyboardTests, AHeldKeyActivatesOnce) {
     const QSignalSpy toggles(&toggle, &Switch::toggled);
     const QSignalSpy segmentsChosen(&segments, &SegmentedControl::chosen);
     const QSignalSpy choicesMade(&choices, &ChoiceList::chosen);
-    const QSignalSpy rowToggles(&row, &SuspectRow::toggled);
+    const QSignalSpy rowToggles(&row, &SuspectRow::clicked);
     const QSignalSpy quits(&row, &SuspectRow::quitAsked);
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter})
         for (QWidget* const widget : std::initializer_list<QWidget*>{&button, &footer, &toggle, &choices, &row})

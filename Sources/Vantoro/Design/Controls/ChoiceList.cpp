@@ -19,26 +19,6 @@ constexpr int sidePadding = 12;
 constexpr int gapToAnchor = 4;
 } // namespace
 
-/// Speaks for one choice; what is seen is painted by the list.
-class ChoiceList::Row : public PaintedWidget {
-public:
-    Row(Look& look, ChoiceList& list, int index) : PaintedWidget(look, &list), list_(list), index_(index) {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-    }
-
-    Description describe() override {
-        return {.role = QAccessible::ListItem,
-                .name = list_.choices_[index_],
-                .isSelected = list_.highlighted_ == index_,
-                .isSelectable = true,
-                .actions = {{QAccessibleActionInterface::pressAction(), [this] { list_.choose(index_); }}}};
-    }
-
-private:
-    ChoiceList& list_;
-    int index_;
-};
-
 ChoiceList::ChoiceList(Look& look, const QStringList& choices, int current, QWidget* parent)
     : PaintedWidget(look, parent), choices_(choices), current_(current), highlighted_(std::max(0, current)) {
     setWindowFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
@@ -47,7 +27,13 @@ ChoiceList::ChoiceList(Look& look, const QStringList& choices, int current, QWid
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     for (int i = 0; i < choices_.size(); ++i)
-        rows_.push_back(new Row(look, *this, i));
+        rows_.push_back(new SpokenPart(look, this, [this, i] {
+            return Description{.role = QAccessible::ListItem,
+                               .name = choices_[i],
+                               .isSelected = highlighted_ == i,
+                               .isSelectable = true,
+                               .actions = {{QAccessibleActionInterface::pressAction(), [this, i] { choose(i); }}}};
+        }));
 }
 
 void ChoiceList::openAt(const QWidget& anchor, const QRect& drawn) {

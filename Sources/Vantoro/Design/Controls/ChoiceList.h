@@ -1,7 +1,7 @@
 // The list that a pop-up button opens: a window of its own that goes as soon as something else is wanted.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Controls/Pressable.h"
 
 #include <QStringList>
 
@@ -30,7 +30,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    class Row;
     double rowHeight() const;
     QRectF rowRect(int index) const;
     int rowAt(const QPointF& point) const;
@@ -40,7 +39,7 @@ private:
     QStringList choices_;
     int current_;
     int highlighted_;
-    std::vector<Row*> rows_; // owned by Qt as children
+    std::vector<SpokenPart*> rows_; // owned by Qt as children
 };
 
 } // namespace vantoro

@@ -3,8 +3,6 @@
 #include "Design/Panel.h"
 
 #include <algorithm>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -18,8 +16,7 @@ constexpr int chevronSize = 14;
 constexpr int chevronInset = 19;
 } // namespace
 
-FooterButton::FooterButton(Look& look, const QString& icon, QWidget* parent)
-    : PaintedWidget(look, parent), icon_(icon) {
+FooterButton::FooterButton(Look& look, const QString& icon, QWidget* parent) : Pressable(look, parent), icon_(icon) {
     setFocusPolicy(Qt::StrongFocus);
 }
 
@@ -37,21 +34,18 @@ QSize FooterButton::sizeHint() const {
 }
 
 Description FooterButton::describe() {
-    Description what{.role = QAccessible::Button, .name = text_};
-    if (isEnabled())
-        what.actions.push_back({"Press", [this] { emit clicked(); }});
-    return what;
+    return {.role = QAccessible::Button, .name = text_, .actions = pressAction()};
 }
 
 void FooterButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (isHovered_ && isEnabled()) {
+    if (isHovered() && isEnabled()) {
         QPainterPath shape;
         shape.addRoundedRect(QRectF(rect()).adjusted(0, -Space::panelRadius, 0, 0), Space::panelRadius,
                              Space::panelRadius);
         painter.setClipRect(rect());
-        painter.fillPath(shape, color(isPressed_ ? Tone::buttonPressed : Tone::hover));
+        painter.fillPath(shape, color(isPressed() ? Tone::buttonPressed : Tone::hover));
     }
     painter.fillRect(QRect(0, 0, width(), 1), color(Tone::line));
     const QRectF content(0, 2, width(), height() - 2);
@@ -63,53 +57,7 @@ void FooterButton::paintEvent(QPaintEvent*) {
         return;
     drawIcon(painter, QRectF(width() - chevronInset - 10, content.top(), 20, content.height()), "chevron.right",
              chevronSize, color(Tone::textTertiary));
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()).adjusted(4, 4, -4, -4), Space::buttonRadius, theme());
-}
-
-void FooterButton::enterEvent(QEnterEvent*) {
-    isHovered_ = true;
-    update();
-}
-
-void FooterButton::leaveEvent(QEvent*) {
-    isHovered_ = false;
-    update();
-}
-
-void FooterButton::mousePressEvent(QMouseEvent* event) {
-    isPressed_ = event->button() == Qt::LeftButton;
-    update();
-}
-
-void FooterButton::mouseReleaseEvent(QMouseEvent* event) {
-    const bool isClick = isPressed_ && rect().contains(event->position().toPoint());
-    isPressed_ = false;
-    update();
-    if (isClick)
-        emit clicked();
-}
-
-void FooterButton::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    const int key = event->key();
-    if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter)
-        emit clicked();
-    else
-        PaintedWidget::keyPressEvent(event);
-}
-
-void FooterButton::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void FooterButton::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    isPressed_ = false;
-    PaintedWidget::focusOutEvent(event);
-    update();
+    drawFocusRing(painter, QRectF(rect()).adjusted(4, 4, -4, -4), Space::buttonRadius);
 }
 
 } // namespace vantoro

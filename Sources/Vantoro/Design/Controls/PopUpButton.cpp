@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 namespace vantoro {
@@ -20,8 +18,9 @@ constexpr int rightPadding = 6;
 } // namespace
 
 PopUpButton::PopUpButton(Look& look, const QStringList& choices, QWidget* parent)
-    : PaintedWidget(look, parent), choices_(choices) {
+    : Pressable(look, parent), choices_(choices) {
     setFocusPolicy(Qt::StrongFocus);
+    setPressedAtOnce();
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -37,7 +36,7 @@ void PopUpButton::setSpokenName(const QString& name) {
     spoken_ = name;
 }
 
-void PopUpButton::openList() {
+void PopUpButton::press() {
     auto* const list = new ChoiceList(look(), choices_, current_, this); // deletes itself when it closes
     connect(list, &ChoiceList::chosen, this, [this](int index) {
         if (index == current_)
@@ -46,6 +45,10 @@ void PopUpButton::openList() {
         emit chosen(index);
     });
     list->openAt(*this, drawnRect());
+}
+
+bool PopUpButton::isPressKey(int key) const {
+    return key == Qt::Key_Up || key == Qt::Key_Down || Pressable::isPressKey(key);
 }
 
 QRect PopUpButton::drawnRect() const {
@@ -65,7 +68,7 @@ Description PopUpButton::describe() {
     return {.role = QAccessible::ComboBox,
             .name = spoken_,
             .value = choices_[current_],
-            .actions = {{QAccessibleActionInterface::showMenuAction(), [this] { openList(); }}}};
+            .actions = pressAction(QAccessibleActionInterface::showMenuAction())};
 }
 
 void PopUpButton::paintEvent(QPaintEvent*) {
@@ -74,59 +77,14 @@ void PopUpButton::paintEvent(QPaintEvent*) {
     const QRectF drawn = drawnRect();
     constexpr double radius = Space::buttonRadius - 2;
     painter.setPen(QPen(color(Tone::buttonLine), 1));
-    painter.setBrush(color(hovered_ ? Tone::buttonHover : Tone::button));
+    painter.setBrush(color(isHovered() ? Tone::buttonHover : Tone::button));
     painter.drawRoundedRect(drawn.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     const QRectF chevron(drawn.right() - rightPadding - chevronSize, drawn.top(), chevronSize, drawn.height());
     const QRectF text(drawn.left() + leftPadding, drawn.top(),
                       chevron.left() - chevronGap - drawn.left() - leftPadding + 1, drawn.height());
     drawIcon(painter, chevron, "chevron.up.down", chevronSize, color(Tone::textSecondary));
     drawText(painter, text, Type::body, color(Tone::textPrimary), choices_[current_]);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), radius + ringMargin - 1, theme());
-}
-
-void PopUpButton::enterEvent(QEnterEvent*) {
-    hovered_ = true;
-    update();
-}
-
-void PopUpButton::leaveEvent(QEvent*) {
-    hovered_ = false;
-    update();
-}
-
-void PopUpButton::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
-        openList();
-}
-
-void PopUpButton::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    switch (event->key()) {
-    case Qt::Key_Space:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-        if (!event->isAutoRepeat())
-            openList();
-        break;
-    default:
-        PaintedWidget::keyPressEvent(event);
-    }
-}
-
-void PopUpButton::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void PopUpButton::focusOutEvent(QFocusEvent* event) {
-    if (event->reason() != Qt::PopupFocusReason)
-        focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
+    drawFocusRing(painter, QRectF(rect()), radius + ringMargin - 1);
 }
 
 } // namespace vantoro

@@ -1,13 +1,13 @@
 // A button that shows the present choice and opens a list of all of them.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Controls/Pressable.h"
 
 #include <QStringList>
 
 namespace vantoro {
 
-class PopUpButton : public PaintedWidget {
+class PopUpButton : public Pressable {
     Q_OBJECT
 public:
     /// Room around the button for the focus ring.
@@ -20,8 +20,6 @@ public:
     void setCurrent(int index);
     /// What a screen reader says is chosen here.
     void setSpokenName(const QString& name);
-    /// Opens the list under the button.
-    void openList();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return {80, sizeHint().height()}; }
@@ -33,12 +31,9 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void enterEvent(QEnterEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
+    /// Opens the list under the button.
+    void press() override;
+    bool isPressKey(int key) const override;
 
 private:
     QRect drawnRect() const;
@@ -46,8 +41,6 @@ private:
     QStringList choices_;
     int current_ = 0;
     QString spoken_;
-    bool hovered_ = false;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -179,8 +179,7 @@ void FanRotor::paintEvent(QPaintEvent* event) {
         return;
     if (captions_ != Captions::none)
         paintCaptions(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 12, theme());
+    drawFocusRing(painter, QRectF(rect()), 12);
 }
 
 void FanRotor::showEvent(QShowEvent* event) {
@@ -195,18 +194,6 @@ void FanRotor::hideEvent(QHideEvent* event) {
     gaugeMoves_ = false;
     gauge_ = {};
     PaintedWidget::hideEvent(event);
-}
-
-void FanRotor::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void FanRotor::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 void FanRotor::resizeEvent(QResizeEvent* event) {

@@ -3,8 +3,8 @@
 
 #include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
-#include "Design/PaintedWidget.h"
 #include "Design/Gauges/WheelFrames.h"
+#include "Design/PaintedWidget.h"
 
 namespace vantoro {
 
@@ -44,8 +44,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void themeChanged() override;
 
@@ -71,7 +69,6 @@ private:
     double lastBeat_ = 0;
     QPixmap gauge_;
     std::shared_ptr<WheelFrames> wheel_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -29,8 +29,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     bool isSmall() const { return size_ < 100; }
@@ -42,7 +40,6 @@ private:
     Tone background_;
     ThermalDialFigures figures_;
     AnimatedValue position_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro
