@@ -1,14 +1,13 @@
 // The shared components: what they hold, how they are driven, and what a screen reader is told of them.
-#include "Design/BalancedLabel.h"
 #include "Design/Controls/Button.h"
-#include "Design/Controls/ChoiceList.h"
-#include "Design/Controls/FooterButton.h"
-#include "Design/Controls/PopUpButton.h"
 #include "Design/Controls/SegmentedControl.h"
 #include "Design/Controls/Sheet.h"
-#include "Design/Controls/Switch.h"
 #include "Design/Gauges/CoreBar.h"
 #include "Design/Panel.h"
+#include "Design/TextLabel.h"
+#include "Views/Now/AdvicePanel.h"
+#include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/Switch.h"
 #include "Views/Shared/Words.h"
 #include "Views/Suspects/SuspectRow.h"
 

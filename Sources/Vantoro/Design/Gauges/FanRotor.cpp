@@ -4,13 +4,45 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <numbers>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPaintEvent>
+#include <tuple>
 #include <utility>
 
 namespace vantoro {
 
 namespace {
+
+constexpr double pitchDegrees = 360.0 / WheelFrames::blades;
+// Shares of the radius.
+constexpr double bladeRoot = 0.34;
+constexpr double hubOuter = 0.36;
+constexpr double hubInner = 0.27;
+constexpr double core = 0.20;
+constexpr double sweepDegrees = 38;
+// Where a blade's edge is pulled to: outwards from its root before it sweeps.
+constexpr double bendRadius = 0.72;
+constexpr double bendDegrees = 4;
+
+/// Degrees clockwise from the top.
+QPointF polar(double radius, double degrees) {
+    const double radians = degrees * std::numbers::pi / 180;
+    return {radius * std::sin(radians), -radius * std::cos(radians)};
+}
+
+QPainterPath blade(double radius) {
+    const double root = -sweepDegrees;
+    const double width = pitchDegrees / 2;
+    QPainterPath path(polar(radius * bladeRoot, root));
+    path.quadTo(polar(radius * bendRadius, root + bendDegrees), polar(radius, 0));
+    path.lineTo(polar(radius, width));
+    path.quadTo(polar(radius * bendRadius, root + bendDegrees + width), polar(radius * bladeRoot, root + width));
+    path.closeSubpath();
+    return path;
+}
 
 /// How far the lines below stand within the gauge's gap.
 constexpr double figureRise = 12;
@@ -23,12 +55,57 @@ constexpr double fastestSeen = 0.45 * 1000.0 / AnimationClock::beatMilliseconds 
 
 } // namespace
 
-FanRotor::FanRotor(Look& look, int size, Captions captions, Tone background, QWidget* parent)
-    : PaintedWidget(look, parent), size_(size), captions_(captions), background_(background) {
-    keepDirection();
-    setFocusPolicy(captions == Captions::none ? Qt::NoFocus : Qt::StrongFocus);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+std::shared_ptr<WheelFrames> WheelFrames::shared(double radius, const QColor& color, double pixelRatio) {
+    static std::map<std::tuple<double, QRgb, double>, std::weak_ptr<WheelFrames>> known;
+    std::erase_if(known, [](const auto& entry) { return entry.second.expired(); });
+    std::weak_ptr<WheelFrames>& entry = known[{radius, color.rgba(), pixelRatio}];
+    std::shared_ptr<WheelFrames> frames = entry.lock();
+    if (frames == nullptr) {
+        frames = std::make_shared<WheelFrames>(radius, color, pixelRatio);
+        entry = frames;
+    }
+    return frames;
 }
+
+WheelFrames::WheelFrames(double radius, const QColor& color, double pixelRatio)
+    : radius_(radius), color_(color), pixelRatio_(pixelRatio) {}
+
+const QPixmap& WheelFrames::at(double turns) {
+    const double pitches = turns * blades;
+    const double within = pitches - std::floor(pitches);
+    const int step = static_cast<int>(within * count) % count;
+    QPixmap& frame = frames_[static_cast<std::size_t>(step)];
+    if (frame.isNull())
+        frame = render(pitchDegrees * step / count);
+    return frame;
+}
+
+QPixmap WheelFrames::render(double degrees) const {
+    const int side = static_cast<int>(std::ceil(2 * radius_ * pixelRatio_));
+    QPixmap picture(side, side);
+    picture.setDevicePixelRatio(pixelRatio_);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(radius_, radius_);
+    painter.rotate(degrees);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color_);
+    const QPainterPath shape = blade(radius_);
+    for (int i = 0; i < blades; ++i) {
+        painter.drawPath(shape);
+        painter.rotate(pitchDegrees);
+    }
+    painter.drawEllipse(QPointF(), radius_ * hubOuter, radius_ * hubOuter);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.drawEllipse(QPointF(), radius_ * hubInner, radius_ * hubInner);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawEllipse(QPointF(), radius_ * core, radius_ * core);
+    return picture;
+}
+
+FanRotor::FanRotor(Look& look, int size, Captions captions, Tone background, QWidget* parent)
+    : Dial(look, size, captions != Captions::none, background, parent), captions_(captions) {}
 
 void FanRotor::setDiameter(int size) {
     if (size == size_)
@@ -43,25 +120,16 @@ void FanRotor::setDiameter(int size) {
 void FanRotor::show(const FanRotorFigures& figures) {
     if (figures == figures_)
         return;
-    const double now = look().clock.now();
-    // Where a position comes up or goes away there is nothing to glide from.
-    const bool glides = figures.position && figures_.position && isVisible();
-    position_.set(figures.position.value_or(0), now, glides ? look().update() : std::nullopt);
     const bool textsChanged = figures.figure != figures_.figure || figures.caption != figures_.caption ||
                               figures.label != figures_.label || figures.unit != figures_.unit;
-    const bool speaksAnew = figures.spokenValue != figures_.spokenValue;
-    figures_ = figures;
+    take(figures);
     gauge_ = {};
     if (textsChanged)
         update();
     else
         update(gaugeRect());
     headForSpeed();
-    gaugeMoves_ = !position_.isAtRest(now);
-    if (gaugeMoves_)
-        look().clock.run(*this);
-    if (speaksAnew)
-        announceChange();
+    gaugeMoves_ = !position_.isAtRest(look().clock.now());
 }
 
 void FanRotor::setTurning(bool allowed) {
@@ -105,10 +173,6 @@ QRect FanRotor::gaugeRect() const {
     return {0, 0, width(), size_ + 2 * ringMargin};
 }
 
-QPointF FanRotor::centre() const {
-    return {width() / 2.0, ringMargin + size_ / 2.0};
-}
-
 double FanRotor::wheelRadius() const {
     const double inset = size_ >= 120 ? 20 : size_ >= 100 ? 14 : size_ >= 68 ? 12 : 10;
     return GaugeShape::ofSize(size_).outerRadius - inset;
@@ -131,22 +195,14 @@ QSize FanRotor::sizeAt(int diameter) const {
     return {static_cast<int>(std::ceil(width)) + 2 * ringMargin, static_cast<int>(std::ceil(height)) + 2 * ringMargin};
 }
 
-Description FanRotor::describe() {
-    return {.role = QAccessible::ProgressBar,
-            .name = figures_.spokenName,
-            .value = figures_.spokenValue,
-            .number = figures_.position};
-}
-
-void FanRotor::paintGauge(QPainter& painter, double now) {
+void FanRotor::paintCachedGauge(QPainter& painter) {
     if (gauge_.isNull()) {
         const double ratio = devicePixelRatioF();
         gauge_ = QPixmap(gaugeRect().size() * ratio);
         gauge_.setDevicePixelRatio(ratio);
         gauge_.fill(Qt::transparent);
         QPainter cached(&gauge_);
-        const std::optional<double> shown = figures_.position ? std::optional(position_.at(now)) : std::nullopt;
-        drawGauge(cached, centre(), GaugeShape::ofSize(size_), shown, figures_.heatStop, background_, theme());
+        paintGauge(cached);
     }
     painter.drawPixmap(0, 0, gauge_);
 }
@@ -169,8 +225,7 @@ void FanRotor::paintCaptions(QPainter& painter) const {
 
 void FanRotor::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    const double now = look().clock.now();
-    paintGauge(painter, now);
+    paintCachedGauge(painter);
     if (wheel_ == nullptr)
         wheel_ = WheelFrames::shared(wheelRadius(), color(Tone::blade), devicePixelRatioF());
     const double radius = wheelRadius();
@@ -188,12 +243,10 @@ void FanRotor::showEvent(QShowEvent* event) {
 }
 
 void FanRotor::hideEvent(QHideEvent* event) {
-    look().clock.stop(*this);
-    position_.set(position_.target(), look().clock.now(), std::nullopt);
     speed_.set(speed_.target(), look().clock.now(), std::nullopt);
     gaugeMoves_ = false;
     gauge_ = {};
-    PaintedWidget::hideEvent(event);
+    Dial::hideEvent(event);
 }
 
 void FanRotor::resizeEvent(QResizeEvent* event) {

@@ -1,15 +1,39 @@
 // A fan as it stands in its range: the gauge, the wheel that turns as the fan does, and the figures below.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
-#include "Design/Gauges/WheelFrames.h"
-#include "Design/PaintedWidget.h"
+#include "Design/Gauges/GaugeFigures.h"
+#include <array>
+#include <memory>
 
 namespace vantoro {
 
+/// The blades of a rotor, drawn once per size and colour and kept as the few pictures that make up one blade pitch.
+class WheelFrames {
+public:
+    static constexpr int blades = 11;
+    /// Pictures per blade pitch; after one pitch the wheel looks as before.
+    static constexpr int count = 16;
+
+    /// The frames for a wheel of this radius, shared by all that show the same.
+    static std::shared_ptr<WheelFrames> shared(double radius, const QColor& color, double pixelRatio);
+
+    WheelFrames(double radius, const QColor& color, double pixelRatio);
+
+    /// Where the wheel stands after so many turns, clockwise; a square with sides of twice the radius.
+    const QPixmap& at(double turns);
+
+private:
+    QPixmap render(double degrees) const;
+
+    double radius_;
+    QColor color_;
+    double pixelRatio_;
+    std::array<QPixmap, count> frames_;
+};
+
 /// One stop of the keyboard. While it turns, only the wheel's square is painted anew, from pictures drawn once.
-class FanRotor : public PaintedWidget, public Animated {
+class FanRotor : public Dial<FanRotorFigures> {
     Q_OBJECT
 public:
     enum class Captions : std::uint8_t {
@@ -17,9 +41,6 @@ public:
         label, ///< the name alone
         none,
     };
-
-    /// Room on every side of what is drawn, for the focus ring and the cursor of small gauges.
-    static constexpr int ringMargin = 4;
 
     /// `size` across: 148, 120, 100, 68 or 64; `background` is what it stands on.
     FanRotor(Look& look, int size, Captions captions, Tone background = Tone::window, QWidget* parent = nullptr);
@@ -35,10 +56,9 @@ public:
     /// What it would ask for at another diameter.
     QSize sizeAt(int diameter) const;
     QSize minimumSizeHint() const override { return sizeHint(); }
-    Description describe() override;
     bool advance(double now) override;
 
-    using PaintedWidget::show;
+    using Dial::show;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -49,19 +69,14 @@ protected:
 
 private:
     QRect gaugeRect() const;
-    QPointF centre() const;
     double wheelRadius() const;
     QRect wheelSquare() const;
     double figureHeight() const { return lineHeight(Type::panelTitle) + 1; }
     void headForSpeed();
-    void paintGauge(QPainter& painter, double now);
+    void paintCachedGauge(QPainter& painter);
     void paintCaptions(QPainter& painter) const;
 
-    int size_;
     Captions captions_;
-    Tone background_;
-    FanRotorFigures figures_;
-    AnimatedValue position_;
     bool gaugeMoves_ = false;
     AnimatedValue speed_;
     bool turningAllowed_ = true;

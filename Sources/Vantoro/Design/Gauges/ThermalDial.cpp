@@ -24,25 +24,13 @@ TextStyle scaled(const TextStyle& style, double factor) {
 } // namespace
 
 ThermalDial::ThermalDial(Look& look, int size, Tone background, QWidget* parent)
-    : PaintedWidget(look, parent), size_(size), background_(background) {
-    keepDirection();
-    setFocusPolicy(isSmall() ? Qt::NoFocus : Qt::StrongFocus);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-}
+    : Dial(look, size, size >= smallBelow, background, parent) {}
 
 void ThermalDial::show(const ThermalDialFigures& figures) {
     if (figures == figures_)
         return;
-    const double now = look().clock.now();
-    const bool glides = figures.position && figures_.position && isVisible();
-    position_.set(figures.position.value_or(0), now, glides ? look().update() : std::nullopt);
-    const bool speaksAnew = figures.spokenValue != figures_.spokenValue;
-    figures_ = figures;
-    if (!position_.isAtRest(now))
-        look().clock.run(*this);
+    take(figures);
     update();
-    if (speaksAnew)
-        announceChange();
 }
 
 bool ThermalDial::advance(double now) {
@@ -53,17 +41,6 @@ bool ThermalDial::advance(double now) {
 QSize ThermalDial::sizeHint() const {
     const int side = size_ + 2 * ringMargin;
     return {side, side};
-}
-
-Description ThermalDial::describe() {
-    return {.role = QAccessible::ProgressBar,
-            .name = figures_.spokenName,
-            .value = figures_.spokenValue,
-            .number = figures_.position};
-}
-
-QPointF ThermalDial::centre() const {
-    return {width() / 2.0, ringMargin + size_ / 2.0};
 }
 
 void ThermalDial::paintFigure(QPainter& painter) const {
@@ -138,19 +115,11 @@ void ThermalDial::paintGap(QPainter& painter) const {
 
 void ThermalDial::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const std::optional<double> shown =
-        figures_.position ? std::optional(position_.at(look().clock.now())) : std::nullopt;
-    drawGauge(painter, centre(), GaugeShape::ofSize(size_), shown, figures_.heatStop, background_, theme());
+    paintGauge(painter);
     paintFigure(painter);
     if (!isSmall())
         paintGap(painter);
     drawFocusRing(painter, QRectF(rect()), 12);
-}
-
-void ThermalDial::hideEvent(QHideEvent* event) {
-    look().clock.stop(*this);
-    position_.set(position_.target(), look().clock.now(), std::nullopt);
-    PaintedWidget::hideEvent(event);
 }
 
 } // namespace vantoro

@@ -1,19 +1,15 @@
 // How warm the chip of a machine without fans is: the gauge with the temperature within.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
-#include "Design/PaintedWidget.h"
+#include "Design/Gauges/GaugeFigures.h"
 
 namespace vantoro {
 
 /// One stop of the keyboard at its full size; below 100 the temperature stands alone in it.
-class ThermalDial : public PaintedWidget, public Animated {
+class ThermalDial : public Dial<ThermalDialFigures> {
     Q_OBJECT
 public:
-    /// Room on every side of what is drawn, for the focus ring and the cursor of small gauges.
-    static constexpr int ringMargin = 4;
-
     /// `size` across: 196 or 68; `background` is what it stands on.
     ThermalDial(Look& look, int size, Tone background = Tone::window, QWidget* parent = nullptr);
 
@@ -21,25 +17,18 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
-    Description describe() override;
     bool advance(double now) override;
 
-    using PaintedWidget::show;
+    using Dial::show;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
-    bool isSmall() const { return size_ < 100; }
-    QPointF centre() const;
+    static constexpr int smallBelow = 100;
+    bool isSmall() const { return size_ < smallBelow; }
     void paintFigure(QPainter& painter) const;
     void paintGap(QPainter& painter) const;
-
-    int size_;
-    Tone background_;
-    ThermalDialFigures figures_;
-    AnimatedValue position_;
 };
 
 } // namespace vantoro

@@ -1,4 +1,4 @@
-#include "Design/Controls/StepSlider.h"
+#include "Views/Settings/StepSlider.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Design/Controls/Switch.h"
+#include "Views/Settings/Switch.h"
 
 #include <algorithm>
 #include <QPainter>
