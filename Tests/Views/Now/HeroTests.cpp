@@ -1,7 +1,6 @@
 // The hero of the Now pane: its words and dials, how it breaks its headline, what turns, and what is spoken.
 #include "Views/Now/Hero.h"
 
-#include "Design/BalancedLabel.h"
 #include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
 #include "Design/TextLabel.h"

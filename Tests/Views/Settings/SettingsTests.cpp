@@ -1,10 +1,9 @@
 // The settings window: what it says of each choice, and that a choice is stored and applied at once.
-#include "Design/Controls/ChoiceList.h"
-#include "Design/Controls/PopUpButton.h"
 #include "Design/Controls/SegmentedControl.h"
-#include "Design/Controls/StepSlider.h"
-#include "Design/Controls/Switch.h"
+#include "Views/Settings/PopUpButton.h"
 #include "Views/Settings/SettingsView.h"
+#include "Views/Settings/StepSlider.h"
+#include "Views/Settings/Switch.h"
 
 #include "Views/Stage.h"
 

@@ -191,8 +191,7 @@ void FanRotor::paintEvent(QPaintEvent* event) {
         return;
     if (captions_ != Captions::none)
         paintCaptions(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 12, theme());
+    drawFocusRing(painter, QRectF(rect()), 12);
     if (isVisible() && (gaugeMoves_ || speed_.target() > 0 || !speed_.isAtRest(now)))
         look().clock.run(*this);
 }
@@ -209,18 +208,6 @@ void FanRotor::hideEvent(QHideEvent* event) {
     gaugeMoves_ = false;
     gauge_ = {};
     PaintedWidget::hideEvent(event);
-}
-
-void FanRotor::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void FanRotor::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 void FanRotor::resizeEvent(QResizeEvent* event) {

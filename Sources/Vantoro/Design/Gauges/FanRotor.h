@@ -1,7 +1,7 @@
 // A fan as it stands in its range: the gauge, the wheel that turns as the fan does, and the figures below.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/Gauges/Gauge.h"
 #include "Design/Gauges/WheelFrames.h"
 #include "Design/PaintedWidget.h"
@@ -44,8 +44,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void themeChanged() override;
 
@@ -73,7 +71,6 @@ private:
     double lastBeat_ = 0;
     QPixmap gauge_;
     std::shared_ptr<WheelFrames> wheel_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

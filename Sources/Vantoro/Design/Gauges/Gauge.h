@@ -2,12 +2,9 @@
 // temperatures.
 #pragma once
 
-#include "Design/Theme.h"
+#include "Design/PaintedWidget.h"
 
-#include <optional>
-#include <QPointF>
-
-class QPainter;
+#include <QPainter>
 
 namespace vantoro {
 

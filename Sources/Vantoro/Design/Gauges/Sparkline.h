@@ -1,7 +1,7 @@
 // The course of one figure as a small line with a dot at its end.
 #pragma once
 
-#include "Design/Gauges/SparklineLine.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/PaintedWidget.h"
 
 namespace vantoro {

@@ -149,26 +149,13 @@ void ThermalDial::paintEvent(QPaintEvent*) {
     paintFigure(painter);
     if (!isSmall())
         paintGap(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 12, theme());
+    drawFocusRing(painter, QRectF(rect()), 12);
 }
 
 void ThermalDial::hideEvent(QHideEvent* event) {
     look().clock.stop(*this);
     position_.set(position_.target(), look().clock.now(), std::nullopt);
     PaintedWidget::hideEvent(event);
-}
-
-void ThermalDial::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void ThermalDial::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 // How warm the chip of a machine without fans is: the gauge with the temperature within.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/Gauges/Gauge.h"
 #include "Design/PaintedWidget.h"
 
@@ -29,8 +29,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     bool isSmall() const { return size_ < 100; }
@@ -44,7 +42,6 @@ private:
     AnimatedValue position_;
     /// Where it was painted last.
     double painted_ = 0;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

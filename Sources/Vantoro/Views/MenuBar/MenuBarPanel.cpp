@@ -1,12 +1,12 @@
 #include "Views/MenuBar/MenuBarPanel.h"
 
-#include "Design/BalancedLabel.h"
 #include "Design/Controls/Button.h"
 #include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
 #include "Design/Gauges/FigureLine.h"
 #include "Design/Gauges/ThermalDial.h"
 #include "Design/Panel.h"
+#include "Design/TextLabel.h"
 #include "Model/Updates/Updates.h"
 #include "Views/Shared/Eyebrow.h"
 #include "Views/Shared/ScreenRoom.h"

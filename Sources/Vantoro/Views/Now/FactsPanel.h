@@ -53,8 +53,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void themeChanged() override;
 
 private:
@@ -67,7 +65,6 @@ private:
     FactsModel model_;
     std::vector<FactCell*> cells_; // owned by Qt as children
     bool isNarrow_ = false;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 // The sheet that explains a verdict in full: made when it is asked for, and gone when it is closed.
 #pragma once
 
-#include "Design/Controls/BriefText.h"
+#include "Design/Controls/Button.h"
 #include "Design/Controls/Sheet.h"
 #include "Views/Report/ReportModel.h"
 

@@ -1,7 +1,7 @@
 // What the sensors pane shows: everything that is measured, by family, with what it has been since launch.
 #pragma once
 
-#include "Design/Gauges/SparklineLine.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Model/Live/SensorHub.h"
 #include "Views/Settings/SettingsModel.h"
 

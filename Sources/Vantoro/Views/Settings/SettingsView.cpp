@@ -1,11 +1,11 @@
 #include "Views/Settings/SettingsView.h"
 
 #include "Design/Controls/Button.h"
-#include "Design/Controls/PopUpButton.h"
 #include "Design/Controls/SegmentedControl.h"
-#include "Design/Controls/StepSlider.h"
-#include "Design/Controls/Switch.h"
 #include "Model/Updates/Updates.h"
+#include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/StepSlider.h"
+#include "Views/Settings/Switch.h"
 #include "Views/Shared/Words.h"
 
 #include <QKeyEvent>

@@ -55,7 +55,6 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void themeChanged() override;
 
@@ -78,7 +77,6 @@ private:
     std::optional<UnixSeconds> scrub_;
     double reveal_ = 1;
     QPixmap drawn_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro
