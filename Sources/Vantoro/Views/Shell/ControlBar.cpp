@@ -1,7 +1,7 @@
 #include "Views/Shell/ControlBar.h"
 
-#include "Views/Updates/UpdateChip.h"
 #include "Views/Shared/Words.h"
+#include "Views/Updates/UpdateChip.h"
 
 #include <cmath>
 #include <QMouseEvent>
@@ -111,7 +111,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     switcher_->setSegmentSize({88, 28});
     settings_->setIcon("gearshape", 18);
     settings_->setDrawnHeight(28);
-    settings_->setSpokenName(tr("Settings"));
+    settings_->setSpokenName(vantoro::tr("Settings"));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(switcher_, &SegmentedControl::chosen, this,
             [this](int index) { emit paneChosen(static_cast<Pane>(index)); });
