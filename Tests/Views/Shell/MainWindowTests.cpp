@@ -123,7 +123,7 @@ TEST(MainWindowTests, AsksNothingOfTheHubWhileNobodyCanSeeIt) {
     stage.hub.tick();
     EXPECT_EQ(view.refreshes, 2) << "shown, then published, twice in one transaction";
     EXPECT_EQ(other.refreshes, 1) << "nothing that it shows has changed";
-    stage.hub.publishInNewFormat();
+    stage.settings.store(Setting::temperatureUnit, "F");
     EXPECT_EQ(std::exchange(other.refreshes, 1), 2) << "all is written anew";
     view.refreshes = 2;
     stage.clock.setPaused(true);
