@@ -25,6 +25,7 @@
 #include "Platform/QuietPainting.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "ProgramIdentity.h"
+#include "Views/Shared/Words.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Shell/SingleInstance.h"
 
@@ -114,11 +115,13 @@ void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutp
 void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,
                        const Settings& settings, StandardOutput& output) {
     CapabilityCheck(
-        platform, {.print = [&output](std::string_view text) { output.line(text); },
-                   .reader = readerOptions(line, platform),
-                   .now = monotonicSeconds,
-                   .mode = [&] { return ProcessMonitor::mode(environment.processMode, settings.processMonitorMode()); },
-                   .timing = environment.processTiming})
+        platform,
+        {.print = [&output](std::string_view text) { output.line(text); },
+         .reader = readerOptions(line, platform),
+         .now = monotonicSeconds,
+         .mode =
+             [&] { return ProcessMonitor::mode(environment.processMode, settings.value(Setting::processMonitorMode)); },
+         .timing = environment.processTiming})
         .run();
 }
 
@@ -142,7 +145,8 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     }
     SensorHub hub(platform, sensorSources(line, platform), settings, environment);
     if (line.action == CommandLine::Action::record)
-        return recordThisMachine(line, hub, timerInterval(environment.interval, settings.sampleInterval()));
+        return recordThisMachine(line, hub,
+                                 timerInterval(environment.interval, settings.value(Setting::sampleInterval)));
     return explainThisMachine(line, hub);
 }
 
@@ -255,6 +259,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
     constexpr int cachedKilobytes = 512;
     QPixmapCache::setCacheLimit(cachedKilobytes);
     installAccessibility();
+    installCatalogue(QLocale::system(), {":/i18n", QCoreApplication::applicationDirPath() + "/../share/vantoro/i18n"});
 
     Settings settings;
     const SettingsFormatContext formatContext(settings);

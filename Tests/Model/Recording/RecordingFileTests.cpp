@@ -61,7 +61,7 @@ protected:
         return read(name);
     }
 
-    test::TemporaryFolder folder_;
+    testing::TemporaryFolder folder_;
 };
 
 TEST_F(RecordingFile, GivesBackWhatWasWritten) {

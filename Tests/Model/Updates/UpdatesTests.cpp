@@ -62,7 +62,7 @@ protected:
         EXPECT_EQ(phase().detail, detail);
     }
 
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     Settings settings{folder.path() + "/settings.ini"};
     std::shared_ptr<ScriptedUpdateEngine> engine = std::make_shared<ScriptedUpdateEngine>();
     double now = launchTime;

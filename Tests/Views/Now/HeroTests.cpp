@@ -131,7 +131,7 @@ TEST(DialsTests, ShowWhatTheMachineHas) {
     ASSERT_TRUE(fanless.dial.has_value());
     EXPECT_EQ(fanless.dial->figure + fanless.dial->unit, "71°C");
     EXPECT_EQ(fanless.dial->spokenValue, "Hot, whole chip 71°C, hottest core 85°C");
-    stage.settings.setTemperatureUnit("F");
+    stage.settings.store(Setting::temperatureUnit, "F");
     EXPECT_EQ(dialsModel(stage.hub).dial->smallFigure, "160°");
     Snapshot parked;
     parked.timestamp = stage.hub.snapshot().timestamp + 2000;

@@ -1,18 +1,20 @@
 #include "Model/Text/Motion.h"
 
+#include "Model/Text/Setting.h"
+
 #include <cmath>
 #include <numbers>
 
 namespace vantoro {
 
 bool Motion::smooth() const {
-    return context_.flag("smoothUpdates").value_or(true);
+    return context_.flag(Setting::smoothUpdates.key).value_or(Setting::smoothUpdates.byDefault);
 }
 
 std::optional<Animation> Motion::update() const {
     if (!smooth())
         return std::nullopt;
-    const double interval = context_.number("sampleInterval").value_or(2.0);
+    const double interval = context_.number(Setting::sampleInterval.key).value_or(Setting::sampleInterval.byDefault);
     if (interval > 0 && interval <= 0.5)
         return LinearAnimation{.durationSeconds = interval};
     constexpr double longestResponse = 0.42;

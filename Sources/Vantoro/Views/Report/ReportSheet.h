@@ -15,7 +15,7 @@ class ReportSheet : public Sheet {
     Q_OBJECT
 public:
     /// Over this window. What it says is what the hub knows now: later samples change nothing in it.
-    ReportSheet(Look& look, QWidget& window, SensorHub& hub);
+    ReportSheet(Look& look, QWidget& window, const SensorHub& hub);
 
     void openReport();
     /// Writes the plain text; a failure is said in the footer.

@@ -84,11 +84,16 @@ struct TemperatureKind {
 };
 
 constexpr TemperatureKind temperatureKinds[] = {
-    {"Hottest core", "hottest die sensor", "", &Temperatures::soc, &Extremes::soc, 30, 100},
-    {"Whole chip", "mean of the die sensors", "", &Temperatures::socMean, &Extremes::socMean, 30, 100},
-    {"GPU", "hottest graphics sensor", "", &Temperatures::gpu, &Extremes::gpu, 30, 100},
-    {"Battery", "", "mean of the battery sensors", &Temperatures::battery, &Extremes::battery, 20, 60},
-    {"Enclosure", "", "mean of the enclosure sensors", &Temperatures::enclosure, &Extremes::enclosure, 20, 60},
+    {QT_TRANSLATE_NOOP("vantoro", "Hottest core"), QT_TRANSLATE_NOOP("vantoro", "hottest die sensor"), "",
+     &Temperatures::soc, &Extremes::soc, 30, 100},
+    {QT_TRANSLATE_NOOP("vantoro", "Whole chip"), QT_TRANSLATE_NOOP("vantoro", "mean of the die sensors"), "",
+     &Temperatures::socMean, &Extremes::socMean, 30, 100},
+    {QT_TRANSLATE_NOOP("vantoro", "GPU"), QT_TRANSLATE_NOOP("vantoro", "hottest graphics sensor"), "",
+     &Temperatures::gpu, &Extremes::gpu, 30, 100},
+    {QT_TRANSLATE_NOOP("vantoro", "Battery"), "", QT_TRANSLATE_NOOP("vantoro", "mean of the battery sensors"),
+     &Temperatures::battery, &Extremes::battery, 20, 60},
+    {QT_TRANSLATE_NOOP("vantoro", "Enclosure"), "", QT_TRANSLATE_NOOP("vantoro", "mean of the enclosure sensors"),
+     &Temperatures::enclosure, &Extremes::enclosure, 20, 60},
 };
 
 SensorRowModel temperatureRow(const SensorHub& hub, const TemperatureKind& kind) {
@@ -129,11 +134,15 @@ struct PowerKind {
 };
 
 constexpr PowerKind powerKinds[] = {
-    {"System", "whole-machine draw", &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
-    {"Adapter", "coming in from the charger", &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
-    {"Battery", "charge or discharge", &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
-    {"GPU", "IOReport's cumulative energy counter, differentiated over time.", &PowerReading::gpuWatts,
-     &Extremes::gpuWatts, graphicsCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "System"), QT_TRANSLATE_NOOP("vantoro", "whole-machine draw"),
+     &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "Adapter"), QT_TRANSLATE_NOOP("vantoro", "coming in from the charger"),
+     &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "Battery"), QT_TRANSLATE_NOOP("vantoro", "charge or discharge"),
+     &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "GPU"),
+     QT_TRANSLATE_NOOP("vantoro", "IOReport's cumulative energy counter, differentiated over time."),
+     &PowerReading::gpuWatts, &Extremes::gpuWatts, graphicsCeiling},
 };
 
 SensorRowModel powerRow(const SensorHub& hub, const PowerKind& kind) {
@@ -254,7 +263,7 @@ bool& UnfoldedRows::operator[](SensorFamily family) {
     return graphics;
 }
 
-SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
+SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
     SensorsModel model;
     model.machineName = toQString(hub.machineName());
     model.summary = toQString(hub.sensorSummary());

@@ -98,11 +98,12 @@ struct SensorsModel {
     LegendModel processor;
     LegendModel memory;
 
-    static SensorsModel of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
     /// All of it as a table of plain text, for the clipboard.
     QString plainText() const;
 
     bool operator==(const SensorsModel&) const = default;
 };
+
+SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
 
 } // namespace vantoro

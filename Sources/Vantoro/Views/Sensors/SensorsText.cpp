@@ -48,7 +48,7 @@ private:
 void add(Table& table, const SensorRowModel& row) {
     table.add({row.label, row.value, row.range, row.source});
     if (row.isExpanded)
-        table.add({QStringLiteral("  ") + row.sensorsTitle + (row.sensors.isEmpty() ? QString() : tr(": ")) +
+        table.add({QStringLiteral("  ") + row.sensorsTitle + (row.sensors.isEmpty() ? QString() : vantoro::tr(": ")) +
                    row.sensors.join(u' ')});
 }
 
@@ -68,23 +68,23 @@ QString SensorsModel::plainText() const {
         head += complaint + u'\n';
     parts.append(head);
     if (fans) {
-        Table table(tr("Fans"));
+        Table table(vantoro::tr("Fans"));
         for (const FanRowModel& fan : *fans)
             table.add({fan.label, fan.unit.isEmpty() ? fan.speed : fan.speed + u' ' + fan.unit, fan.range,
                        fan.floorText, fan.targetText, fan.ceilingText});
         parts.append(table.text());
     }
-    Table heat(tr("Temperatures"));
+    Table heat(vantoro::tr("Temperatures"));
     for (const SensorRowModel& row : temperatures)
         add(heat, row);
-    heat.add({tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
+    heat.add({vantoro::tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
     parts.append(heat.text());
-    Table rails(tr("Power"));
+    Table rails(vantoro::tr("Power"));
     for (const SensorRowModel& row : power)
         add(rails, row);
     parts.append(rails.text());
-    parts.append(legendText(tr("Processor"), processor));
-    parts.append(legendText(tr("Memory"), memory));
+    parts.append(legendText(vantoro::tr("Processor"), processor));
+    parts.append(legendText(vantoro::tr("Memory"), memory));
     return parts.join(u'\n');
 }
 

@@ -275,7 +275,7 @@ void SensorsView::buildPower(QVBoxLayout* column) {
 }
 
 void SensorsView::readSensorsIfSeen(bool isSeen) {
-    hub().setSensorListVisible(isSeen && unfolded_.any());
+    context().actions.setSensorListVisible(isSeen && unfolded_.any());
 }
 
 void SensorsView::unfold(SensorFamily family, bool unfolded) {
@@ -283,7 +283,7 @@ void SensorsView::unfold(SensorFamily family, bool unfolded) {
     readSensorsIfSeen(isVisible());
     // What is unfolded has its figures at once.
     if (unfolded && hub().isReady())
-        hub().publish(true);
+        context().actions.publish(true);
     refresh();
 }
 
@@ -295,7 +295,7 @@ void SensorsView::copyAll() {
 void SensorsView::showEvent(QShowEvent* event) {
     readSensorsIfSeen(true);
     if (unfolded_.any() && hub().isReady())
-        hub().publish(true);
+        context().actions.publish(true);
     View::showEvent(event);
 }
 
@@ -329,7 +329,7 @@ void SensorsView::showFans(const SensorsModel& model) {
 }
 
 void SensorsView::refresh() {
-    SensorsModel model = SensorsModel::of(hub(), context().sources, unfolded_);
+    SensorsModel model = sensorsModel(hub(), context().sources, unfolded_);
     if (model == model_)
         return;
     machine_->set(model.machineName, model.summary, model.dataSources);

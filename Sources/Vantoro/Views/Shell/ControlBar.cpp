@@ -105,7 +105,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     switcher_->setSegmentSize({88, 28});
     settings_->setIcon("gearshape", 18);
     settings_->setDrawnHeight(28);
-    settings_->setSpokenName(tr("Settings"));
+    settings_->setSpokenName(vantoro::tr("Settings"));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(switcher_, &SegmentedControl::chosen, this,
             [this](int index) { emit paneChosen(static_cast<Pane>(index)); });

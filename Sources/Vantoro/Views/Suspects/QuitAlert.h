@@ -41,7 +41,7 @@ private:
     void follow();
     void place();
 
-    SensorHub& hub_;
+    Quits& quits_;
     std::string key_;
     QuitModel model_;
     std::optional<QuitQuestion> question_;

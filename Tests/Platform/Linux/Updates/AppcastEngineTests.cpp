@@ -112,7 +112,7 @@ protected:
     const std::string unfinished = "The update didn't finish.";
     const std::string immovable = "Vantoro can't replace itself here.";
     const QByteArray good = testing::archiveOf(testing::release("2.0", "200"));
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     Settings settings{folder.path() + "/settings.ini"};
     testing::UpdateServer server;
     testing::SigningKey key;

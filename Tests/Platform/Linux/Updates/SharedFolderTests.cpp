@@ -100,7 +100,7 @@ protected:
     const QByteArray archive = testing::archiveOf(testing::release("2.0", "200"));
     const std::string unfinished = "The update didn't finish.";
     const std::string immovable = "Vantoro can't replace itself here.";
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     testing::UpdateServer server;
     testing::SigningKey key;
     int instances = 0;
