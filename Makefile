@@ -1,9 +1,11 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test screenshots bench bench-window soak core asan tsan check-mac fuzz package test-package format format-check tidy clean
+.PHONY: build run test screenshots texts bench bench-window soak core asan tsan check-mac fuzz package test-package format format-check tidy clean
 
 sources := $(shell git ls-files --cached --others --exclude-standard -- 'Packaging/*.cpp' 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
+
+CATALOGUE := build/texts/vantoro.ts
 
 # configure-and-build PRESET: configures once (CMake itself configures again when its files change), then builds.
 define configure-and-build
@@ -28,6 +30,14 @@ screenshots:
 	@Scripts/bootstrap test
 	$(call configure-and-build,dev)
 	@build/dev/bin/vantoro-screenshots Documentation/screenshots
+
+# Every text of the interface, for a translator: lrelease makes vantoro_de.qm of it, for share/vantoro/i18n. What a
+# catalogue of that name already holds stays.
+texts:
+	@Scripts/bootstrap texts
+	@mkdir -p build/texts $(dir $(CATALOGUE))
+	@PATH="$$PATH:/usr/lib/qt6/bin" lupdate -silent -locations none -no-obsolete Sources/Vantoro/Views \
+		-ts $(CATALOGUE) 2>build/texts/complaints || { cat build/texts/complaints >&2; exit 1; }
 
 asan tsan core:
 	@Scripts/bootstrap ci

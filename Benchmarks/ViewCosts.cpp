@@ -42,7 +42,7 @@ int main(int argumentCount, char** arguments) {
     Icons icons;
     AnimationClock clock;
     Look look{theme, icons, clock, motion};
-    ViewContext context{hub, settings, look};
+    ViewContext context{hub, hub, settings, look};
     MainWindow window(context, false, [] {});
     window.show();
     QCoreApplication::processEvents();

@@ -17,13 +17,6 @@ struct Connection {
 
 Connection connection;
 
-constexpr std::uint32_t codeOf(const char* text) {
-    std::uint32_t code = 0;
-    for (int i = 0; i < 4; ++i)
-        code = code << 8 | static_cast<std::uint8_t>(text[i]);
-    return code;
-}
-
 void writeText(std::uint32_t code, char text[5]) {
     for (int i = 0; i < 4; ++i)
         text[i] = static_cast<char>(code >> (24 - 8 * i) & 0xFF);
@@ -68,23 +61,23 @@ double littleEndianFloat(const Payload& bytes) {
 
 std::optional<double> decode(const SMCKeyInfo& info, const Payload& bytes) {
     switch (info.dataType) {
-    case codeOf("flt "):
+    case keyCode("flt "):
         return info.dataSize == 4 ? std::optional(littleEndianFloat(bytes)) : std::nullopt;
-    case codeOf("ui8 "):
-    case codeOf("ui  "): // a second code for the same type
+    case keyCode("ui8 "):
+    case keyCode("ui  "): // a second code for the same type
         return bytes[0];
-    case codeOf("ui16"):
+    case keyCode("ui16"):
         return bigEndian16(bytes);
-    case codeOf("ui32"):
+    case keyCode("ui32"):
         return bigEndian32(bytes);
-    case codeOf("si8 "):
+    case keyCode("si8 "):
         return static_cast<std::int8_t>(bytes[0]);
-    case codeOf("si16"):
+    case keyCode("si16"):
         return static_cast<std::int16_t>(bigEndian16(bytes));
-    case codeOf("fpe2"): // whole revolutions: the two bits of fraction are dropped
+    case keyCode("fpe2"): // whole revolutions: the two bits of fraction are dropped
         return bigEndian16(bytes) >> 2;
-    case codeOf("fp88"): // signed, as machines report it, whatever its name says
-    case codeOf("sp78"):
+    case keyCode("fp88"): // signed, as machines report it, whatever its name says
+    case keyCode("sp78"):
         return static_cast<std::int16_t>(bigEndian16(bytes)) / 256.0;
     default:
         return std::nullopt;
@@ -114,7 +107,7 @@ unsigned smc_close() {
 }
 
 std::uint32_t smc_key_count() {
-    constexpr std::uint32_t key = codeOf("#KEY");
+    constexpr std::uint32_t key = keyCode("#KEY");
     if (connection.handle == 0)
         return 0;
     const std::optional<SMCKeyInfo> info = readKeyInfo(key);
@@ -143,7 +136,7 @@ unsigned smc_key_at_index(std::uint32_t index, char key_out[5], char type_out[5]
 unsigned smc_read_number(const char* key, double* value_out) {
     if (key == nullptr || connection.handle == 0 || std::strlen(key) != 4)
         return 0;
-    const std::uint32_t code = codeOf(key);
+    const std::uint32_t code = keyCode(key);
     const std::optional<SMCKeyInfo> info = readKeyInfo(code);
     if (!info)
         return 0;

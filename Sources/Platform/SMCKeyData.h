@@ -5,13 +5,22 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace vantoro {
+
+/// A key or a type, four characters, as its code, the first in the most significant byte.
+constexpr std::uint32_t keyCode(std::string_view text) {
+    std::uint32_t code = 0;
+    for (std::size_t place = 0; place < 4; ++place)
+        code = code << 8 | static_cast<unsigned char>(place < text.size() ? text[place] : ' ');
+    return code;
+}
 
 struct SMCKeyInfo {
     /// Length of the payload in bytes.
     std::uint32_t dataSize = 0;
-    /// Four-character type code.
+    /// As keyCode gives it.
     std::uint32_t dataType = 0;
     std::uint8_t dataAttributes = 0;
     std::array<std::uint8_t, 3> padding{};
@@ -20,7 +29,7 @@ struct SMCKeyInfo {
 };
 
 struct SMCKeyData {
-    /// Four-character code, first character in the most significant byte.
+    /// As keyCode gives it.
     std::uint32_t key = 0;
     std::array<std::uint8_t, 8> version{};
     std::array<std::uint8_t, 16> limits{};

@@ -1,6 +1,8 @@
 // What the operating system says of the whole machine's processors and memory.
 #pragma once
 
+#include "Model/Records/Telemetry.h"
+
 #include <cstdint>
 #include <optional>
 
@@ -14,6 +16,33 @@ struct HostTicks {
     std::uint32_t nice = 0;
 
     bool operator==(const HostTicks&) const = default;
+};
+
+/// Ticks from one reading to the next: unsigned differences survive a counter that wrapped in between.
+struct TicksSpent {
+    TicksSpent(const HostTicks& before, const HostTicks& now)
+        : user(static_cast<double>(now.user - before.user) + (now.nice - before.nice))
+        , system(now.system - before.system)
+        , idle(now.idle - before.idle) {}
+
+    double all() const { return user + system + idle; }
+    /// 0 to 1; none when no tick went by.
+    std::optional<double> busyShare() const {
+        return all() > 0 ? std::optional((user + system) / all()) : std::nullopt;
+    }
+    /// All idle when no tick went by; the load average is not among the ticks.
+    CPULoad load() const {
+        if (!(all() > 0))
+            return {};
+        return {.userPercent = user / all() * 100,
+                .systemPercent = system / all() * 100,
+                .idlePercent = idle / all() * 100};
+    }
+
+    /// With what was nice.
+    double user;
+    double system;
+    double idle;
 };
 
 /// Counts of pages of `pageBytes` each; the swap counts are cumulative.

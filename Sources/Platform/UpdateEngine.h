@@ -3,6 +3,8 @@
 // drive the same controller.
 #pragma once
 
+#include "Model/Text/Outcome.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -116,7 +118,7 @@ public:
     virtual void dismissUpdateInstallation() = 0;
 
     virtual void updaterDidNotFindUpdate(const UpdateError& error) = 0;
-    virtual void didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) = 0;
+    virtual void didFinishUpdateCycleFor(UpdateCheck check, const Outcome<UpdateError>& outcome) = 0;
 };
 
 /// SPUUpdater. Main thread.
@@ -139,7 +141,7 @@ public:
     virtual bool settlesHandOver() const { return true; }
 
     /// Begins; the driver must stay until the engine is destroyed. What went wrong when it cannot.
-    virtual std::optional<UpdateError> startUpdater(UpdateDriver& driver) = 0;
+    virtual Outcome<UpdateError> startUpdater(UpdateDriver& driver) = 0;
     virtual bool canCheckForUpdates() const = 0;
     virtual void checkForUpdates() = 0;
     /// Tells of an update that is found and of nothing else.

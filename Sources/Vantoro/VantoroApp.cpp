@@ -3,26 +3,29 @@
 #include "CSensors/cpufreq.h"
 #include "CSensors/ioreport.h"
 #include "CSensors/smc.h"
-#include "Model/Commands/CapabilityCheck.h"
 #include "Model/CommandLine/CommandLine.h"
-#include "Model/Live/Complaint.h"
-#include "Model/Readers/CoreMonitor.h"
+#include "Model/Commands/CapabilityCheck.h"
 #include "Model/Commands/ExplainCommand.h"
-#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Commands/RecordCommand.h"
+#include "Model/Commands/StandardOutput.h"
+#include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
 #include "Model/Live/Log.h"
-#include "Model/Commands/RecordCommand.h"
 #include "Model/Live/Replay.h"
-#include "Model/Readers/SensorDump.h"
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
+#include "Model/Readers/CoreMonitor.h"
+#include "Model/Readers/GPUPowerSampler.h"
+#include "Model/Readers/SensorDump.h"
 #include "Model/Readers/SMCReader.h"
-#include "Model/Commands/StandardOutput.h"
 #include "Model/Updates/Updates.h"
 #include "Platform/CurrentPlatform.h"
 #include "Platform/CurrentUpdateEngine.h"
+#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/QuietPainting.h"
 #include "Platform/Simulated/SimulatedPlatform.h"
 #include "ProgramIdentity.h"
+#include "Views/Shared/Words.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Shell/SingleInstance.h"
 
@@ -53,10 +56,6 @@ int print(const std::string& text) {
     StandardOutput output;
     output.text(text);
     return output.status();
-}
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void pauseFor(int milliseconds) {
@@ -116,11 +115,13 @@ void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutp
 void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,
                        const Settings& settings, StandardOutput& output) {
     CapabilityCheck(
-        platform, {.print = [&output](std::string_view text) { output.line(text); },
-                   .reader = readerOptions(line, platform),
-                   .now = monotonicSeconds,
-                   .mode = [&] { return ProcessMonitor::mode(environment.processMode, settings.processMonitorMode()); },
-                   .timing = environment.processTiming})
+        platform,
+        {.print = [&output](std::string_view text) { output.line(text); },
+         .reader = readerOptions(line, platform),
+         .now = monotonicSeconds,
+         .mode =
+             [&] { return ProcessMonitor::mode(environment.processMode, settings.value(Setting::processMonitorMode)); },
+         .timing = environment.processTiming})
         .run();
 }
 
@@ -144,7 +145,8 @@ int runOnThisMachine(const CommandLine& line, int argc, char** argv) {
     }
     SensorHub hub(platform, sensorSources(line, platform), settings, environment);
     if (line.action == CommandLine::Action::record)
-        return recordThisMachine(line, hub, timerInterval(environment.interval, settings.sampleInterval()));
+        return recordThisMachine(line, hub,
+                                 timerInterval(environment.interval, settings.value(Setting::sampleInterval)));
     return explainThisMachine(line, hub);
 }
 
@@ -246,7 +248,9 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
     qInstallMessageHandler(reportFatally);
     // What Qt would take of the command line for itself is not ours to offer.
     int own = std::min(argc, 1);
+    std::optional<QuietPainting> quietPainting(std::in_place);
     const QApplication application(own, argv);
+    quietPainting.reset();
     QApplication::setApplicationName("Vantoro");
     QApplication::setDesktopFileName("vantoro");
     QApplication::setWindowIcon(QIcon(":/icons/app.svg"));
@@ -255,6 +259,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
     constexpr int cachedKilobytes = 512;
     QPixmapCache::setCacheLimit(cachedKilobytes);
     installAccessibility();
+    installCatalogue(QLocale::system(), {":/i18n", QCoreApplication::applicationDirPath() + "/../share/vantoro/i18n"});
 
     Settings settings;
     const SettingsFormatContext formatContext(settings);

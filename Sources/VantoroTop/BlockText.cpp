@@ -96,11 +96,11 @@ void appendHead(std::string& text, const SystemFigures& figures, std::size_t col
 
     line = text.size();
     text += "CPU usage: ";
-    appendDecimal(text, figures.userPercent, 2);
+    appendDecimal(text, figures.cpu.userPercent, 2);
     text += "% user, ";
-    appendDecimal(text, figures.systemPercent, 2);
+    appendDecimal(text, figures.cpu.systemPercent, 2);
     text += "% sys, ";
-    appendDecimal(text, figures.idlePercent, 2);
+    appendDecimal(text, figures.cpu.idlePercent, 2);
     text += "% idle ";
     endLine(text, line, columns);
 

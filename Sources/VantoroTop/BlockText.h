@@ -22,9 +22,7 @@ struct SystemFigures {
     ProcessCounts processes;
     std::tm localTime{};
     LoadAverages load;
-    double userPercent = 0;
-    double systemPercent = 0;
-    double idlePercent = 100;
+    CPULoad cpu;
     std::uint64_t totalKiB = 0;
     VirtualMemory memory;
     /// Pages swapped since the block before.

@@ -45,8 +45,10 @@ void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t r
         return left.ticks != right.ticks ? left.ticks > right.ticks : left.index < right.index;
     });
 
-    if (stat)
-        compareTicks(stat->ticks);
+    if (stat) {
+        figures_.cpu = previousTicks_ ? TicksSpent(*previousTicks_, stat->ticks).load() : CPULoad{};
+        previousTicks_ = stat->ticks;
+    }
     figures_.localTime = moment.localTime;
     figures_.load = statistics_.loadAverages().value_or(LoadAverages{});
     figures_.memory = statistics_.virtualMemory().value_or(VirtualMemory{});
@@ -64,25 +66,6 @@ void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t r
     for (std::size_t next = 0; printed < rows && next < idle_.size(); ++next, ++printed)
         appendProcess(text, processes[idle_[next]], 0, columns);
     previous_ = moment;
-}
-
-void Sampler::compareTicks(const HostTicks& ticks) {
-    figures_.userPercent = 0;
-    figures_.systemPercent = 0;
-    figures_.idlePercent = 100;
-    if (previousTicks_) {
-        // 32 bits wide: a counter that wrapped still gives a small difference.
-        const double user = static_cast<double>(ticks.user - previousTicks_->user) +
-                            static_cast<double>(ticks.nice - previousTicks_->nice);
-        const double system = ticks.system - previousTicks_->system;
-        const double idle = ticks.idle - previousTicks_->idle;
-        if (const double total = user + system + idle; total > 0) {
-            figures_.userPercent = user / total * 100;
-            figures_.systemPercent = system / total * 100;
-            figures_.idlePercent = idle / total * 100;
-        }
-    }
-    previousTicks_ = ticks;
 }
 
 void Sampler::appendProcess(std::string& text, ScannedProcess& process, double cpuPercent, std::size_t columns) {

@@ -45,7 +45,6 @@ private:
         std::size_t index;
     };
 
-    void compareTicks(const HostTicks& ticks);
     void appendProcess(std::string& text, ScannedProcess& process, double cpuPercent, std::size_t columns);
     const std::string& userName(std::uint32_t uid);
 

@@ -40,13 +40,14 @@ int main(int argc, char** argv) {
         return printLine(preparationProgressLine(share));
     };
     const std::string& folder = words[8];
-    const auto error = prepareRelease(archive,
-                                      {.publicKey = words[2],
-                                       .signature = words[3],
-                                       .version = words[4],
-                                       .build = words[5],
-                                       .currentBuild = words[6]},
-                                      InstalledCopy(words[7]), folder, progress);
-    const PreparationOutcome outcome = error ? PreparationOutcome(*error) : PreparationOutcome(folder);
+    const auto prepared = prepareRelease(archive,
+                                         {.publicKey = words[2],
+                                          .signature = words[3],
+                                          .version = words[4],
+                                          .build = words[5],
+                                          .currentBuild = words[6]},
+                                         InstalledCopy(words[7]), folder, progress);
+    const PreparationOutcome outcome =
+        prepared.failed() ? PreparationOutcome(prepared.fault()) : PreparationOutcome(folder);
     return printLine(preparationOutcomeLine(outcome)) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,14 +1,13 @@
 // The shared components: what they hold, how they are driven, and what a screen reader is told of them.
-#include "Design/BalancedLabel.h"
 #include "Design/Controls/Button.h"
-#include "Design/Controls/ChoiceList.h"
-#include "Design/Controls/FooterButton.h"
-#include "Design/Controls/PopUpButton.h"
 #include "Design/Controls/SegmentedControl.h"
 #include "Design/Controls/Sheet.h"
-#include "Design/Controls/Switch.h"
 #include "Design/Gauges/CoreBar.h"
 #include "Design/Panel.h"
+#include "Design/TextLabel.h"
+#include "Views/Now/AdvicePanel.h"
+#include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/Switch.h"
 #include "Views/Shared/Words.h"
 #include "Views/Suspects/SuspectRow.h"
 
@@ -196,7 +195,7 @@ TEST(KeyboardTests, AHeldKeyActivatesOnce) {
     const QSignalSpy toggles(&toggle, &Switch::toggled);
     const QSignalSpy segmentsChosen(&segments, &SegmentedControl::chosen);
     const QSignalSpy choicesMade(&choices, &ChoiceList::chosen);
-    const QSignalSpy rowToggles(&row, &SuspectRow::toggled);
+    const QSignalSpy rowToggles(&row, &SuspectRow::clicked);
     const QSignalSpy quits(&row, &SuspectRow::quitAsked);
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter})
         for (QWidget* const widget : std::initializer_list<QWidget*>{&button, &footer, &toggle, &choices, &row})

@@ -10,8 +10,8 @@
 namespace vantoro {
 namespace {
 
-using test::ChildProgram;
-using test::comesTrue;
+using testing::ChildProgram;
+using testing::comesTrue;
 using Words = std::vector<std::string>;
 
 class Program : public ::testing::Test {
@@ -40,7 +40,7 @@ protected:
         EXPECT_NE(replay.output().find("Based on "), std::string::npos);
     }
 
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
 };
 
 /// Who started a process; 0 once it runs no more.
@@ -220,7 +220,7 @@ TEST_F(Program, LeavesNoStreamBehindWhenItIsKilled) {
 }
 
 TEST_F(Program, OpensItsWindowOnceAndEndsWhenAsked) {
-    const test::TemporaryFolder runtime;
+    const testing::TemporaryFolder runtime;
     ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::setenv("VANTORO_FIRST_FRAME", "1", 1);

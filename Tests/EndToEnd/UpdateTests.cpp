@@ -17,8 +17,8 @@ namespace vantoro {
 namespace {
 
 namespace fs = std::filesystem;
-using test::ChildProgram;
 using testing::ArchiveItem;
+using testing::ChildProgram;
 using testing::fileText;
 using testing::waitUntil;
 
@@ -104,7 +104,7 @@ protected:
         return names;
     }
 
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     testing::UpdateServer server;
 };
 

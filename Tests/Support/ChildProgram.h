@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace vantoro::test {
+namespace vantoro::testing {
 
 /// Whether the condition came to hold within the (generous) limit.
 bool comesTrue(const auto& condition, std::chrono::seconds limit = std::chrono::seconds(30)) {
@@ -78,4 +78,4 @@ private:
     bool hasEnded_ = false;
 };
 
-} // namespace vantoro::test
+} // namespace vantoro::testing

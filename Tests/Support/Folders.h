@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace vantoro::test {
+namespace vantoro::testing {
 
 inline std::string recordedMachine(std::string_view name) {
     return VANTORO_FIXTURES "/linux/" + std::string(name);
@@ -60,4 +60,4 @@ inline void writeProcess(const TemporaryFolder& folder, int pid, std::string_vie
     folder.write(place + "/status", "Name:\tx\nUid:\t" + std::to_string(uid) + "\t0\t0\t0\n");
 }
 
-} // namespace vantoro::test
+} // namespace vantoro::testing

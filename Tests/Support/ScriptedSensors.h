@@ -20,13 +20,6 @@
 
 namespace vantoro::testing {
 
-inline std::uint32_t fourCharacters(const std::string& text) {
-    std::uint32_t code = 0;
-    for (const char c : text)
-        code = code << 8 | static_cast<std::uint8_t>(c);
-    return code;
-}
-
 /// A system management controller that holds the keys it is given, in that order.
 class ScriptedSMC : public SMCService {
 public:
@@ -99,8 +92,8 @@ public:
             return true;
         if (command == SMCCommand::readKeyInfo && failingReads[key->name]-- > 0)
             reply.result = 0x84;
-        reply.key = fourCharacters(key->name);
-        reply.keyInfo = {.dataSize = key->size, .dataType = fourCharacters(key->type)};
+        reply.key = keyCode(key->name);
+        reply.keyInfo = {.dataSize = key->size, .dataType = keyCode(key->type)};
         if (command == SMCCommand::readBytes)
             std::copy_n(key->bytes.begin(), std::min<std::size_t>(key->bytes.size(), 32), reply.bytes.begin());
         return true;
@@ -116,11 +109,10 @@ private:
                   4};
         if (command == SMCCommand::getKeyAtIndex)
             return request.data32 < keys.size() ? &keys[request.data32] : nullptr;
-        const auto found =
-            std::ranges::find(keys, request.key, [](const Key& key) { return fourCharacters(key.name); });
+        const auto found = std::ranges::find(keys, request.key, [](const Key& key) { return keyCode(key.name); });
         if (found != keys.end())
             return &*found;
-        return request.key == fourCharacters("#KEY") ? &count_ : nullptr;
+        return request.key == keyCode("#KEY") ? &count_ : nullptr;
     }
 
     Key count_;

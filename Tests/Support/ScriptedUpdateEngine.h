@@ -17,11 +17,11 @@ public:
         return compareVersions(one, other);
     }
     bool canInstallUpdates() const override { return canInstall; }
-    std::optional<UpdateError> startUpdater(UpdateDriver& told) override {
+    Outcome<UpdateError> startUpdater(UpdateDriver& told) override {
         calls.emplace_back("start");
-        if (!startError)
+        if (!startOutcome.failed())
             driver = &told;
-        return startError;
+        return startOutcome;
     }
     bool canCheckForUpdates() const override { return canCheck; }
     void checkForUpdates() override { calls.emplace_back("check"); }
@@ -41,7 +41,7 @@ public:
     std::optional<std::string> feed = "https://updates.vantoro.example/appcast.xml";
     std::string version = "1.2";
     std::string build = "120";
-    std::optional<UpdateError> startError;
+    Outcome<UpdateError> startOutcome;
     bool canCheck = true;
     bool canInstall = true;
     bool isAutomatic = true;

@@ -1,7 +1,7 @@
 // Writes the recordings that the pictures of the interface are made from: `make-scenes FOLDER`. Each is 24 minutes on a
 // made-up machine, sampled every 4 seconds: a build that makes the fans climb, a background job on a fanless machine,
 // and a machine at rest. A fixed generator, so that every run writes the same figures.
-#include "Model/Recording/RecordingFile.h"
+#include "Model/Recording/RecordingWriter.h"
 
 #include <cmath>
 #include <cstdint>
@@ -151,16 +151,16 @@ bool write(const Scene& scene, const std::filesystem::path& folder) {
     const std::filesystem::path path = folder / scene.fileName;
     std::filesystem::remove(path);
     RecordingWriter writer;
-    auto failure = writer.open(path.string(), {.machine = scene.machine, .created = "2026-03-01T14:14:00Z"});
+    Outcome<> outcome = writer.open(path.string(), {.machine = scene.machine, .created = "2026-03-01T14:14:00Z"});
     Noise noise;
     double heat = 0;
-    for (double time = 0; !failure && time <= seconds; time += interval)
-        failure = writer.append(moment(scene, time, heat, noise));
-    if (!failure)
-        failure = writer.close();
-    if (failure)
-        std::cerr << path << ": " << *failure << '\n';
-    return !failure;
+    for (double time = 0; !outcome.failed() && time <= seconds; time += interval)
+        outcome = writer.append(moment(scene, time, heat, noise));
+    if (!outcome.failed())
+        outcome = writer.close();
+    if (outcome.failed())
+        std::cerr << path << ": " << outcome.fault() << '\n';
+    return !outcome.failed();
 }
 
 const Application firefox{"Firefox",

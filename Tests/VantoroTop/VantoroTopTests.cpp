@@ -46,10 +46,10 @@ TEST(VantoroTop, RefusesOtherArguments) {
     std::vector<const char*> more = good;
     more.push_back("--paths");
     EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(more)));
-    test::ChildProgram program({VANTORO_TOP, "-x\u009b\x1b"});
+    testing::ChildProgram program({VANTORO_TOP, "-x\u009b\x1b"});
     EXPECT_EQ(program.wait(), 2);
     EXPECT_EQ(program.output() + program.errors(), "vantoro-top: unknown argument \"-x??\"\n");
-    test::ChildProgram full({"/bin/sh", "-c", "exec \"$0\" --paths >/dev/full", VANTORO_TOP});
+    testing::ChildProgram full({"/bin/sh", "-c", "exec \"$0\" --paths >/dev/full", VANTORO_TOP});
     EXPECT_EQ(full.wait(), 1);
 }
 
@@ -61,9 +61,9 @@ TEST(VantoroTop, PrintsTheHead) {
     figures.localTime.tm_mday = 1;
     figures.localTime.tm_hour = 9;
     figures.load = {2.114, 2.045, 1.98};
-    figures.userPercent = 5.125;
-    figures.systemPercent = 10.25;
-    figures.idlePercent = 84.625;
+    figures.cpu.userPercent = 5.125;
+    figures.cpu.systemPercent = 10.25;
+    figures.cpu.idlePercent = 84.625;
     figures.totalKiB = 1000;
     figures.memory = {.pageBytes = 4096,
                       .wiredPages = 20,
@@ -122,7 +122,7 @@ TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
 }
 
 TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
-    const test::TemporaryFolder folder;
+    const testing::TemporaryFolder folder;
     folder.write("proc/stat", "cpu 0 0 0 0\nprocesses 1\n");
     for (const int pid : {10, 20, 30})
         writeProcess(folder, pid, "p" + std::to_string(pid), 100, 1000);
@@ -156,10 +156,10 @@ TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
 
 TEST(VantoroTop, RunsOnThisMachineAndEndsQuietlyWhenItsReaderIsGone) {
     const std::string command = "-s 1 -n 100000 -o cpu -stats pid,command,cpu,mem,power,user -ncols 220";
-    test::ChildProgram gone(
+    testing::ChildProgram gone(
         {"/bin/sh", "-c", "{ \"$0\" -l 0 " + command + "; echo $? >&2; } | head -c 1", VANTORO_TOP});
-    test::ChildProgram twice({"/bin/sh", "-c", "exec \"$0\" -l 2 " + command, VANTORO_TOP});
-    test::ChildProgram paths({VANTORO_TOP, "--paths"});
+    testing::ChildProgram twice({"/bin/sh", "-c", "exec \"$0\" -l 2 " + command, VANTORO_TOP});
+    testing::ChildProgram paths({VANTORO_TOP, "--paths"});
     EXPECT_EQ(twice.wait(), 0);
     const auto lines = lastBlock(twice.output());
     ASSERT_TRUE(lines);

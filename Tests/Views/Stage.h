@@ -111,7 +111,7 @@ struct Stage {
     SensorHub hub{Platform{.processControl = processes, .machine = std::make_shared<StageMachine>()},
                   SensorSources{sensors, sensors, nullptr}, settings,
                   HubEnvironment{.now = [this] { return wallSeconds; }, .monotonic = [this] { return seconds; }}};
-    ViewContext context{hub, settings, look};
+    ViewContext context{hub, hub, settings, look};
 };
 
 } // namespace vantoro::testing

@@ -1,32 +1,24 @@
 #include "Platform/CurrentPlatform.h"
 
-#include "Platform/Linux/Processor/CpufreqStateReport.h"
-#include "Platform/Linux/Processor/CpufreqTables.h"
-#include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
-#include "Platform/Linux/Processor/LinuxMachine.h"
-#include "Platform/Linux/Reading/LinuxOwnCost.h"
+#include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
-#include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Proc/LinuxProcessStream.h"
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
+#include "Platform/Linux/Processor/CpufreqStateReport.h"
+#include "Platform/Linux/Processor/CpufreqTables.h"
+#include "Platform/Linux/Processor/LinuxMachine.h"
+#include "Platform/Linux/Processor/LinuxProcessors.h"
+#include "Platform/Linux/Reading/LinuxOwnCost.h"
+#include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
-#include "Platform/Linux/Power/NvidiaGPUs.h"
+#include "Platform/Posix/MonotonicClock.h"
 
-#include <chrono>
 #include <cstdlib>
 
 namespace vantoro {
-
-namespace {
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-} // namespace
 
 Platform currentPlatform(const std::string& programFolder) {
     // The process table keeps a descriptor per process.

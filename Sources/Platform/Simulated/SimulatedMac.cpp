@@ -29,14 +29,8 @@ void SimulatedMac::measureHostLoad() {
     const std::optional<HostTicks> ticks = host_ ? host_->hostTicks() : std::nullopt;
     if (!ticks)
         return;
-    if (lastTicks_) {
-        const std::uint32_t busy =
-            (ticks->user - lastTicks_->user) + (ticks->system - lastTicks_->system) + (ticks->nice - lastTicks_->nice);
-        const std::uint32_t idle = ticks->idle - lastTicks_->idle;
-        const double all = static_cast<double>(busy) + static_cast<double>(idle);
-        if (all > 0)
-            hostLoad_ = busy / all;
-    }
+    if (lastTicks_)
+        hostLoad_ = TicksSpent(*lastTicks_, *ticks).busyShare().value_or(hostLoad_);
     lastTicks_ = ticks;
 }
 

@@ -13,13 +13,6 @@ namespace {
 constexpr std::uint32_t onlyHandle = 1;
 constexpr std::uint8_t keyNotFound = 0x84;
 
-std::uint32_t code(std::string_view fourCharacters) {
-    std::uint32_t value = 0;
-    for (const char character : fourCharacters)
-        value = value << 8 | static_cast<unsigned char>(character);
-    return value;
-}
-
 /// Spreads any number evenly over 64 bits.
 std::uint64_t mixed(std::uint64_t value) {
     value += 0x9e3779b97f4a7c15;
@@ -62,7 +55,7 @@ void SimulatedSMCService::addFans() {
     const std::vector<FanDesign>& fans = mac_->design().fans;
     for (std::size_t i = 0; i < fans.size(); ++i) {
         const std::string name = "F" + std::to_string(i);
-        const std::uint32_t speed = code(name + "Ac");
+        const std::uint32_t speed = keyCode(name + "Ac");
         add(name + "Ac", Type::float32,
             [this, i, speed](const ThermalModelState& state) { return state.fans[i].rpm + 5 * noise(speed, state); });
         add(name + "Mn", Type::float32, [fan = fans[i]](const ThermalModelState&) { return fan.minRPM; });
@@ -74,7 +67,7 @@ void SimulatedSMCService::addFans() {
 
 void SimulatedSMCService::add(const std::string& name, Type type,
                               std::function<double(const ThermalModelState&)> value) {
-    keys_.push_back({code(name), type, std::move(value)});
+    keys_.push_back({keyCode(name), type, std::move(value)});
 }
 
 void SimulatedSMCService::addSensors(const std::string& prefix, const std::vector<std::string>& endings,
@@ -83,7 +76,7 @@ void SimulatedSMCService::addSensors(const std::string& prefix, const std::vecto
     for (std::size_t i = 0; i < endings.size(); ++i) {
         const std::string name = prefix + endings[i];
         const double offset = -static_cast<double>(i) / static_cast<double>(endings.size() - 1);
-        add(name, Type::float32, [=, this, sensor = code(name)](const ThermalModelState& state) {
+        add(name, Type::float32, [=, this, sensor = keyCode(name)](const ThermalModelState& state) {
             return value(state, offset) + noiseKelvin * noise(sensor, state);
         });
     }
@@ -128,7 +121,9 @@ bool SimulatedSMCService::call(std::uint32_t handle, const SMCKeyData& request, 
     reply.key = key->code;
     if (request.data8 == static_cast<std::uint8_t>(SMCCommand::readKeyInfo)) {
         reply.keyInfo.dataSize = key->type == Type::byte ? 1 : 4;
-        reply.keyInfo.dataType = code(key->type == Type::float32 ? "flt " : key->type == Type::byte ? "ui8 " : "ui32");
+        reply.keyInfo.dataType = keyCode(key->type == Type::float32 ? "flt "
+                                         : key->type == Type::byte  ? "ui8 "
+                                                                    : "ui32");
         return true;
     }
     if (request.data8 != static_cast<std::uint8_t>(SMCCommand::readBytes))

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
+#include <utility>
 
 namespace vantoro {
 
@@ -107,7 +108,13 @@ PaintedWidget::PaintedWidget(Look& look, QWidget* parent) : QWidget(parent), loo
 }
 
 bool PaintedWidget::event(QEvent* event) {
-    if (event->type() == QEvent::KeyPress) {
+    if (event->type() == QEvent::FocusIn) {
+        showsKeyboard_ = isByKeyboard(static_cast<QFocusEvent*>(event)->reason());
+    } else if (event->type() == QEvent::FocusOut) {
+        // A pop-up only borrows the keyboard.
+        if (static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
+            showsKeyboard_ = false;
+    } else if (event->type() == QEvent::KeyPress) {
         const auto* const press = static_cast<QKeyEvent*>(event);
         if (press->isAutoRepeat() && activates(press->key())) {
             event->accept();
@@ -115,6 +122,16 @@ bool PaintedWidget::event(QEvent* event) {
         }
     }
     return QWidget::event(event);
+}
+
+bool PaintedWidget::isByKeyboard(Qt::FocusReason reason) const {
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason ||
+           reason == Qt::OtherFocusReason;
+}
+
+void PaintedWidget::keyUsed() {
+    if (!std::exchange(showsKeyboard_, true))
+        update();
 }
 
 void PaintedWidget::announceChange(QAccessible::Event change) {
@@ -150,6 +167,11 @@ void PaintedWidget::drawIcon(QPainter& painter, const QRectF& rectangle, const Q
     painter.setTransform(before);
 }
 
+double PaintedWidget::smallestSeen(double length) const {
+    constexpr double pixels = 0.25;
+    return length > 0 ? pixels / devicePixelRatioF() / length : 0;
+}
+
 QRectF PaintedWidget::mirrored(const QRectF& rectangle) const {
     return isRightToLeft() ? rectangle.translated(width() - rectangle.left() - rectangle.right(), 0) : rectangle;
 }
@@ -166,16 +188,18 @@ double PaintedWidget::textWidth(const TextStyle& style, const QString& text) con
     return tabularWidth(font(style), text);
 }
 
-void installAccessibility() {
-    QAccessible::installFactory(describedInterface);
-}
-
-void drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius, const Theme& theme) {
+void PaintedWidget::drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius) const {
+    if (!hasKeyboard())
+        return;
     constexpr double width = 2;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(theme.color(Tone::accent), width));
+    painter.setPen(QPen(color(Tone::accent), width));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(rectangle.adjusted(width / 2, width / 2, -width / 2, -width / 2), radius, radius);
+}
+
+void installAccessibility() {
+    QAccessible::installFactory(describedInterface);
 }
 
 } // namespace vantoro

@@ -4,9 +4,9 @@
 
 #include "Design/AnimationClock.h"
 #include "Design/Icons.h"
-#include "Model/Text/Motion.h"
 #include "Design/Theme.h"
 #include "Design/Typography.h"
+#include "Model/Text/Motion.h"
 
 #include <functional>
 #include <optional>
@@ -71,14 +71,21 @@ public:
     void setToolTip(const QString& text) { QWidget::setToolTip(plainTooltip(text)); }
     /// Tells a screen reader that the name, the value or the state has changed.
     void announceChange(QAccessible::Event change = QAccessible::ValueChanged);
+    /// Whether the keyboard is here and shown to be: reached by it rather than by the pointer.
+    bool hasKeyboard() const { return hasFocus() && showsKeyboard_; }
 
 protected:
-    /// A key that is held activates once: its repeats of Space, Return and Delete reach no widget of ours.
+    /// A key that is held activates once: its repeats of Space, Return and Delete reach no widget of ours. What
+    /// has the focus learns here how it came by it.
     bool event(QEvent* event) override;
     Look& look() const { return look_; }
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }
     QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
+    /// Whether any of it is on screen: neither hidden nor scrolled out of sight. What is not does not move.
+    bool isInSight() const { return isVisible() && !visibleRegion().isEmpty(); }
+    /// The share of a way that is this long below which nobody sees a difference.
+    double smallestSeen(double length) const;
     /// Widgets reckon as if read from left to right; where the layout runs from right to left, this is where the
     /// rectangle stands then. Text and icons are mirrored as they are drawn.
     QRectF mirrored(const QRectF& rectangle) const;
@@ -95,33 +102,22 @@ protected:
     double textWidth(const TextStyle& style, const QString& text) const;
     double lineHeight(const TextStyle& style) const { return lineHeightOf(style, look_.theme); }
 
+    /// Whether who comes by this reason comes by the keyboard.
+    virtual bool isByKeyboard(Qt::FocusReason reason) const;
+    /// A key was pressed here: the keyboard is shown, whatever brought the focus.
+    void keyUsed();
+    /// The ring round what has the keyboard, and nothing without it: 2 points of accent within the rectangle.
+    void drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius) const;
+
     /// After the theme changed; the widget is laid out and painted anew anyway.
     virtual void themeChanged() {}
 
 private:
     Look& look_;
+    bool showsKeyboard_ = false;
 };
 
 /// Makes every PaintedWidget known to screen readers by its description. Once, before the first window.
 void installAccessibility();
-
-/// The ring round what has the keyboard: 2 points of accent, `gap` outside the rectangle.
-void drawFocusRing(QPainter& painter, const QRectF& rectangle, double radius, const Theme& theme);
-
-/// A widget's `hasFocus()` reached by keyboard rather than by pointer: only then is a ring shown.
-class FocusTracker {
-public:
-    void focusIn(Qt::FocusReason reason) {
-        shows_ = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-                 reason == Qt::ShortcutFocusReason || reason == Qt::OtherFocusReason;
-    }
-    void focusOut() { shows_ = false; }
-    /// A key was pressed while it had the focus.
-    void keyUsed() { shows_ = true; }
-    bool showsRing() const { return shows_; }
-
-private:
-    bool shows_ = false;
-};
 
 } // namespace vantoro

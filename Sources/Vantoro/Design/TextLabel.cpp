@@ -3,8 +3,41 @@
 #include <algorithm>
 #include <cmath>
 #include <QPainter>
+#include <QTextLayout>
+#include <utility>
 
 namespace vantoro {
+
+namespace {
+
+constexpr double smallestDisplay = 26;
+
+double widestWord(const QString& text, const QFont& font) {
+    double widest = 0;
+    for (const QString& word : text.split(u' '))
+        widest = std::max(widest, tabularWidth(font, word));
+    return widest;
+}
+
+/// The text with so much left out of its middle that it takes no more than these lines.
+QStringList elidedLines(const QString& text, const QFont& font, double width, int mostLines) {
+    const auto lines = [&](qsizetype kept) {
+        return brokenLines(text.left((kept + 1) / 2).trimmed() + u'…' + text.right(kept / 2).trimmed(), font, width);
+    };
+    qsizetype fits = 0;
+    for (qsizetype low = 0, high = text.size(); low <= high;) {
+        const qsizetype kept = (low + high) / 2;
+        if (lines(kept).size() <= mostLines) {
+            fits = kept;
+            low = kept + 1;
+        } else {
+            high = kept - 1;
+        }
+    }
+    return lines(fits);
+}
+
+} // namespace
 
 QStringList brokenLines(const QString& text, const QFont& font, double width) {
     QStringList lines;
@@ -24,35 +57,44 @@ QStringList brokenLines(const QString& text, const QFont& font, double width) {
     return lines;
 }
 
-TextLabel::TextLabel(Look& look, const TextStyle& style, Tone tone, QWidget* parent)
-    : PaintedWidget(look, parent), style_(style), tone_(tone) {
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-}
-
-void TextLabel::setText(const QString& text) {
+void Label::setText(const QString& text) {
     if (text == text_)
         return;
     text_ = text;
-    brokenAt_ = -1;
+    forgetLines();
     updateGeometry();
     update();
     announceChange(QAccessible::NameChanged);
+}
+
+void Label::setTone(Tone tone) {
+    if (tone == tone_)
+        return;
+    tone_ = tone;
+    update();
+}
+
+void Label::setParagraph(bool isParagraph) {
+    QSizePolicy policy(QSizePolicy::Preferred, isParagraph ? QSizePolicy::Preferred : QSizePolicy::Fixed);
+    policy.setHeightForWidth(isParagraph);
+    setSizePolicy(policy);
+}
+
+Description Label::describe() {
+    return {.role = isHeading_ ? QAccessible::Heading : QAccessible::StaticText, .name = text_};
+}
+
+TextLabel::TextLabel(Look& look, const TextStyle& style, Tone tone, QWidget* parent)
+    : Label(look, tone, parent), style_(style) {
+    setParagraph(false);
 }
 
 void TextLabel::setStyle(const TextStyle& style) {
     if (style == style_)
         return;
     style_ = style;
-    brokenAt_ = -1;
-    keptAt_ = -1;
+    forgetLines();
     updateGeometry();
-    update();
-}
-
-void TextLabel::setTone(Tone tone) {
-    if (tone == tone_)
-        return;
-    tone_ = tone;
     update();
 }
 
@@ -64,12 +106,15 @@ void TextLabel::setAlignment(Qt::Alignment alignment) {
 void TextLabel::setWraps(bool wraps, int lines) {
     wraps_ = wraps;
     mostLines_ = lines;
-    QSizePolicy policy(QSizePolicy::Preferred, wraps ? QSizePolicy::Preferred : QSizePolicy::Fixed);
-    policy.setHeightForWidth(wraps);
-    setSizePolicy(policy);
+    setParagraph(wraps);
     brokenAt_ = -1;
     updateGeometry();
     update();
+}
+
+void TextLabel::forgetLines() {
+    brokenAt_ = -1;
+    keptAt_ = -1;
 }
 
 void TextLabel::keepRoomFor(const QStringList& texts) {
@@ -78,23 +123,16 @@ void TextLabel::keepRoomFor(const QStringList& texts) {
     updateGeometry();
 }
 
-void TextLabel::setHeading(bool heading) {
-    heading_ = heading;
-}
-
-std::vector<TextLabel::Line> TextLabel::lines(double width) const {
+const QStringList& TextLabel::lines(double width) const {
     if (brokenAt_ == width)
         return broken_;
     const QFont shown = font(style_);
-    QStringList texts = text_.isEmpty() ? QStringList() : brokenLines(text_, shown, width);
-    if (mostLines_ > 0 && texts.size() > mostLines_) {
-        const QString rest = texts.mid(mostLines_ - 1).join(u' ');
-        texts = texts.mid(0, mostLines_ - 1);
-        texts.append(elidedTabular(shown, rest, width, Qt::ElideMiddle));
+    broken_ = text().isEmpty() ? QStringList() : brokenLines(text(), shown, width);
+    if (mostLines_ > 0 && broken_.size() > mostLines_) {
+        const QString rest = broken_.mid(mostLines_ - 1).join(u' ');
+        broken_ = broken_.mid(0, mostLines_ - 1);
+        broken_.append(elidedTabular(shown, rest, width, Qt::ElideMiddle));
     }
-    broken_.clear();
-    for (QString& text : texts)
-        broken_.push_back({std::move(text)});
     brokenAt_ = width;
     return broken_;
 }
@@ -118,7 +156,7 @@ int TextLabel::heightForWidth(int width) const {
 
 QSize TextLabel::sizeHint() const {
     const int line = static_cast<int>(lineHeight(style_));
-    const int width = static_cast<int>(std::ceil(textWidth(style_, text_)));
+    const int width = static_cast<int>(std::ceil(textWidth(style_, text())));
     if (!wraps_)
         return {width, line};
     constexpr int readable = 640;
@@ -132,32 +170,109 @@ QSize TextLabel::minimumSizeHint() const {
 
 void TextLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const QColor ink = color(tone_);
     if (!wraps_) {
-        drawText(painter, QRectF(rect()), style_, ink, text_, alignment_);
+        drawText(painter, QRectF(rect()), style_, ink(), text(), alignment_);
         return;
     }
     const double height = lineHeight(style_);
-    painter.setPen(ink);
+    painter.setPen(ink());
     QRectF place(0, 0, width(), height);
-    for (const Line& line : lines(width())) {
-        drawLine(painter, place, font(style_), line.text, mirrored(alignment_), Qt::ElideNone);
+    for (const QString& line : lines(width())) {
+        drawLine(painter, place, font(style_), line, mirrored(alignment_), Qt::ElideNone);
         place.translate(0, height);
     }
 }
 
 void TextLabel::resizeEvent(QResizeEvent*) {
-    const bool isCut = !wraps_ && textWidth(style_, text_) > width() + 0.5;
-    setToolTip(isCut ? text_ : QString());
+    const bool isCut = !wraps_ && textWidth(style_, text()) > width() + 0.5;
+    explain(isCut);
 }
 
-void TextLabel::themeChanged() {
-    brokenAt_ = -1;
-    keptAt_ = -1;
+QStringList balancedLines(const QString& text, const QFont& font, double width) {
+    QStringList best = brokenLines(text, font, width);
+    if (best.size() < 2)
+        return best;
+    // The narrowest column that needs no more lines, found to the point; no word is broken for it.
+    double narrow = std::max(width / static_cast<double>(best.size()), widestWord(text, font));
+    for (double wide = width; wide - narrow > 1;) {
+        const double middle = (narrow + wide) / 2;
+        QStringList tried = brokenLines(text, font, middle);
+        if (tried.size() > best.size()) {
+            narrow = middle;
+        } else {
+            best = std::move(tried);
+            wide = middle;
+        }
+    }
+    return best;
 }
 
-Description TextLabel::describe() {
-    return {.role = heading_ ? QAccessible::Heading : QAccessible::StaticText, .name = text_};
+BalancedLabel::BalancedLabel(Look& look, std::vector<Step> steps, Tone tone, QWidget* parent)
+    : Label(look, tone, parent), steps_(std::move(steps)) {
+    setParagraph(true);
+}
+
+const BalancedLabel::Setting& BalancedLabel::set(int width) const {
+    if (set_.width == width)
+        return set_;
+    set_ = {.width = width};
+    if (text().isEmpty())
+        return set_;
+    for (const Step& step : steps_) {
+        const QFont shown = font(step.style);
+        set_.style = step.style;
+        set_.lines = balancedLines(text(), shown, width);
+        const bool fits = step.mostLines == 0 || set_.lines.size() <= step.mostLines;
+        if (fits && (step.mostLines == 0 || widestWord(text(), shown) <= width))
+            return set_;
+    }
+    const Step& last = steps_.back();
+    if (set_.lines.size() > last.mostLines) {
+        set_.lines = elidedLines(text(), font(last.style), width, last.mostLines);
+        set_.isElided = true;
+    }
+    return set_;
+}
+
+int BalancedLabel::heightForWidth(int width) const {
+    const Setting& setting = set(width);
+    return static_cast<int>(static_cast<double>(setting.lines.size()) * lineHeight(setting.style));
+}
+
+QSize BalancedLabel::sizeHint() const {
+    constexpr int readable = 640;
+    return {readable, heightForWidth(readable)};
+}
+
+QSize BalancedLabel::minimumSizeHint() const {
+    return {80, static_cast<int>(lineHeight(steps_.back().style))};
+}
+
+void BalancedLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const Setting& setting = set(width());
+    const QFont shown = font(setting.style);
+    const double height = lineHeight(setting.style);
+    painter.setFont(shown);
+    painter.setPen(ink());
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+    const QFontMetricsF metrics(shown);
+    QRectF place(0, 0, width(), height);
+    for (const QString& line : setting.lines) {
+        // Large digits are set as they come: each in the room of the widest, they would stand apart.
+        if (setting.style.size >= smallestDisplay)
+            painter.drawText(QPointF(isRightToLeft() ? width() - metrics.horizontalAdvance(line) : 0,
+                                     place.center().y() + (metrics.ascent() - metrics.descent()) / 2),
+                             line);
+        else
+            drawLine(painter, place, shown, line, mirrored(Qt::AlignLeft), Qt::ElideNone);
+        place.translate(0, height);
+    }
+}
+
+void BalancedLabel::resizeEvent(QResizeEvent* event) {
+    explain(set(width()).isElided);
+    PaintedWidget::resizeEvent(event);
 }
 
 } // namespace vantoro

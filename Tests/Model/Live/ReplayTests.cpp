@@ -53,7 +53,7 @@ TEST_F(ReplayTest, KeepsTheRecordedPaceAndTheHubStaysOutOfIt) {
     EXPECT_EQ(hub.sensorSummary(), "No fans · 1 sensors");
 
     hub.start();
-    hub.restartTimer();
+    settings.store(Setting::sampleInterval, 1);
     hub.tick();
     EXPECT_EQ(hub.history().snapshots().size(), 3U) << "nothing of this machine comes between";
     EXPECT_FALSE(hub.quits().question({.members = {{.pid = 12345}}}).has_value());

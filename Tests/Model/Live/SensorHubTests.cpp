@@ -226,9 +226,27 @@ TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() >= 4; }));
     EXPECT_TRUE(waitUntil([&] { return subject.processesReady(); }));
     EXPECT_EQ(subject.processSource(), (ProcessMonitor::Source{ProcessMonitor::Source::Kind::ownProcessesOnly, true}));
-    subject.restartTimer();
+    settings.store(Setting::sampleInterval, 5);
     const qsizetype before = snapshots.count();
     EXPECT_TRUE(waitUntil([&] { return snapshots.count() > before; }));
+}
+
+TEST_F(SensorHubTest, GoesByASettingAsSoonAsItIsStored) {
+    SensorHub& subject = makeHub();
+    const QSignalSpy written(&subject, &SensorHub::formatChanged);
+    settings.store(Setting::processMonitorMode, "unprivileged");
+    settings.store(Setting::sampleInterval, 0.5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(subject.processSource().kind, ProcessMonitor::Source::Kind::starting) << "nothing runs before it starts";
+    settings.store(Setting::historyMinutes, 15);
+    EXPECT_EQ(subject.history().retentionSeconds(), 900);
+    settings.store(Setting::historyMinutes, -1);
+    EXPECT_EQ(subject.history().retentionSeconds(), 1800) << "the default";
+    EXPECT_EQ(written.count(), 0);
+    settings.store(Setting::temperatureUnit, "F");
+    EXPECT_EQ(written.count(), 1);
+    settings.forget(Setting::temperatureUnit.key);
+    EXPECT_EQ(written.count(), 2);
 }
 
 class CountedActivity : public Activity {
@@ -255,7 +273,7 @@ TEST_F(SensorHubTest, TheSystemIsToldOfTheSamplingWhileItGoesOn) {
     EXPECT_EQ(activity->held, 0);
     subject.start();
     subject.start();
-    subject.restartTimer();
+    settings.store(Setting::processMonitorMode, "auto");
     EXPECT_EQ(activity->held, 1);
     hub.reset();
     EXPECT_EQ(activity->held, 0);
@@ -294,7 +312,7 @@ TEST_F(SensorHubTest, ThereIsNoVerdictBeforeTwoSamplesWithAListHoweverSlowTheTim
 
 TEST_F(SensorHubTest, NeverSamplesTwiceInAMomentNorTakesGraphicsPowerOverNextToNoTime) {
     environment.now = [this] { return now; };
-    settings.setSampleInterval(1);
+    settings.store(Setting::sampleInterval, 1);
     SensorHub& subject = makeHub();
     const auto roundsAfter = [&](double seconds) {
         now += seconds;
@@ -350,23 +368,23 @@ TEST(Settings, DefaultsAndMalformedValues) {
                           << std::string(1 << 20, 'x');
     for (const std::string& name : {file, broken}) {
         const Settings settings(name);
-        EXPECT_EQ(settings.sampleInterval(), 2);
-        EXPECT_TRUE(settings.smoothUpdates() && settings.spinRotors());
-        EXPECT_FALSE(settings.menuBarShowsRPM());
-        EXPECT_EQ(settings.temperatureUnit(), "C");
-        EXPECT_EQ(settings.historyMinutes(), 30);
-        EXPECT_EQ(settings.processMonitorMode(), "auto");
-        EXPECT_EQ(settings.appearance(), "system");
+        EXPECT_EQ(settings.value(Setting::sampleInterval), 2);
+        EXPECT_TRUE(settings.value(Setting::smoothUpdates) && settings.value(Setting::spinRotors));
+        EXPECT_FALSE(settings.value(Setting::menuBarShowsRPM));
+        EXPECT_EQ(settings.value(Setting::temperatureUnit), "C");
+        EXPECT_EQ(settings.value(Setting::historyMinutes), 30);
+        EXPECT_EQ(settings.value(Setting::processMonitorMode), "auto");
+        EXPECT_EQ(settings.value(Setting::appearance), "system");
     }
     {
         Settings settings(file);
-        settings.setSampleInterval(0.25);
-        settings.setSmoothUpdates(false);
-        settings.setTemperatureUnit("F");
+        settings.store(Setting::sampleInterval, 0.25);
+        settings.store(Setting::smoothUpdates, false);
+        settings.store(Setting::temperatureUnit, "F");
     }
     const Settings again(file);
-    EXPECT_EQ(again.sampleInterval(), 0.25);
-    EXPECT_FALSE(again.smoothUpdates());
+    EXPECT_EQ(again.value(Setting::sampleInterval), 0.25);
+    EXPECT_FALSE(again.value(Setting::smoothUpdates));
     EXPECT_EQ(SettingsFormatContext(again).text("temperatureUnit"), "F");
 }
 
@@ -392,13 +410,13 @@ TEST(Settings, TheSystemsOwnStoreHoldsKeysAndKindsAsTheyAre) {
                                                        {"smoothUpdates", false},
                                                        {"historyMinutes", 15.5}};
     Settings settings(std::make_unique<KeptStore>(values));
-    EXPECT_EQ(settings.sampleInterval(), 0.5);
-    EXPECT_FALSE(settings.spinRotors());
-    EXPECT_FALSE(settings.smoothUpdates());
-    EXPECT_EQ(settings.historyMinutes(), 15.5);
-    settings.setMenuBarShowsRPM(true);
-    settings.setSampleInterval(2);
-    settings.setAppearance("dark");
+    EXPECT_EQ(settings.value(Setting::sampleInterval), 0.5);
+    EXPECT_FALSE(settings.value(Setting::spinRotors));
+    EXPECT_FALSE(settings.value(Setting::smoothUpdates));
+    EXPECT_EQ(settings.value(Setting::historyMinutes), 15.5);
+    settings.store(Setting::menuBarShowsRPM, true);
+    settings.store(Setting::sampleInterval, 2);
+    settings.store(Setting::appearance, "dark");
     settings.storeText("vantoro.updates.available", "{}");
     settings.forget("spinRotors");
     const std::map<std::string, SettingsStore::Value> expected{{"sampleInterval", 2.0},

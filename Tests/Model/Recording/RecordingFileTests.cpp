@@ -1,5 +1,7 @@
 #include "Model/Recording/RecordingFile.h"
 
+#include "Model/Recording/RecordingWriter.h"
+
 #include "Support/Folders.h"
 #include "Support/Golden.h"
 #include "Support/RichSnapshot.h"
@@ -59,7 +61,7 @@ protected:
         return read(name);
     }
 
-    test::TemporaryFolder folder_;
+    testing::TemporaryFolder folder_;
 };
 
 TEST_F(RecordingFile, GivesBackWhatWasWritten) {
@@ -67,13 +69,13 @@ TEST_F(RecordingFile, GivesBackWhatWasWritten) {
         const RecordingHeader wanted{.machine = "MacBook · M3", .created = "2026-03-01T09:14:00Z"};
         const Snapshot rich = testing::richSnapshot();
         RecordingWriter writer;
-        ASSERT_EQ(writer.open(path(name), wanted), std::nullopt);
+        ASSERT_FALSE(writer.open(path(name), wanted).failed());
         for (int i = 0; i < 50; ++i)
-            ASSERT_EQ(writer.append(rich), std::nullopt);
+            ASSERT_FALSE(writer.append(rich).failed());
         // Every line is in the file before the next: a reader sees them while the recorder still runs.
         EXPECT_EQ(read(name).times.size(), 50U) << name;
-        EXPECT_EQ(writer.close(), std::nullopt);
-        EXPECT_NE(writer.append(rich), std::nullopt);
+        EXPECT_FALSE(writer.close().failed());
+        EXPECT_TRUE(writer.append(rich).failed());
 
         std::vector<Snapshot> snapshots;
         const RecordingResult result =
@@ -87,9 +89,9 @@ TEST_F(RecordingFile, GivesBackWhatWasWritten) {
 
 TEST_F(RecordingFile, AClockSetBackDoesNotSpoilTheRecording) {
     RecordingWriter writer;
-    ASSERT_EQ(writer.open(path("a.jsonl"), {}), std::nullopt);
+    ASSERT_FALSE(writer.open(path("a.jsonl"), {}).failed());
     for (const double time : {100.0, 40.0, 50.0, std::numeric_limits<double>::infinity(), 101.0})
-        ASSERT_EQ(writer.append({.timestamp = time}), std::nullopt);
+        ASSERT_FALSE(writer.append({.timestamp = time}).failed());
     EXPECT_EQ(read("a.jsonl").times, (std::vector<double>{100, 100, 100, 100, 101}));
 }
 
@@ -107,17 +109,17 @@ TEST_F(RecordingFile, SaysWhenNothingMoreFits) {
     getrlimit(RLIMIT_FSIZE, &before);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     RecordingWriter writer;
-    ASSERT_EQ(writer.open(path("a.jsonl"), {}), std::nullopt);
+    ASSERT_FALSE(writer.open(path("a.jsonl"), {}).failed());
     rlimit small = before;
     small.rlim_cur = 2500;
     setrlimit(RLIMIT_FSIZE, &small);
-    RecordingWriter::Failure failure;
-    for (int i = 0; i < 50 && !failure; ++i)
-        failure = writer.append({});
+    Outcome<> outcome;
+    for (int i = 0; i < 50 && !outcome.failed(); ++i)
+        outcome = writer.append({});
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(failure, "File too large");
-    EXPECT_EQ(writer.append({}), failure);
+    EXPECT_EQ(outcome, "File too large");
+    EXPECT_EQ(writer.append({}), outcome);
     EXPECT_FALSE(read("a.jsonl").times.empty());
     EXPECT_EQ(read("a.jsonl").error, "");
 }

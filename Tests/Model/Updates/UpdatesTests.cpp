@@ -62,7 +62,7 @@ protected:
         EXPECT_EQ(phase().detail, detail);
     }
 
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     Settings settings{folder.path() + "/settings.ini"};
     std::shared_ptr<ScriptedUpdateEngine> engine = std::make_shared<ScriptedUpdateEngine>();
     double now = launchTime;
@@ -265,7 +265,7 @@ TEST_F(UpdatesTest, ABusyUpdaterIsWaitedForAndThenGivenUp) {
     engine->canCheck = true;
     pass(0.25);
     EXPECT_EQ(calls("check"), 1);
-    engine->driver->didFinishUpdateCycleFor(UpdateCheck::byUser, std::nullopt);
+    engine->driver->didFinishUpdateCycleFor(UpdateCheck::byUser, {});
     EXPECT_EQ(phase().kind, Kind::idle) << "a check that ends without a word";
     engine->canCheck = false;
     updates().install(UpdateOrigin::controlBar);

@@ -198,8 +198,8 @@ TEST(SimulatedMac, ItsControllerRefusesWhatItDoesNotHold) {
             smc.call(handle, {.key = key, .data8 = static_cast<std::uint8_t>(command), .data32 = index}, reply));
         return reply;
     };
-    EXPECT_NE(ask(SMCCommand::readKeyInfo, testing::fourCharacters("TC0P")).result, 0);
-    EXPECT_NE(ask(SMCCommand::readBytes, testing::fourCharacters("F2Ac")).result, 0);
+    EXPECT_NE(ask(SMCCommand::readKeyInfo, keyCode("TC0P")).result, 0);
+    EXPECT_NE(ask(SMCCommand::readBytes, keyCode("F2Ac")).result, 0);
     const std::uint32_t count = smc_key_count();
     EXPECT_EQ(ask(SMCCommand::getKeyAtIndex, 0, count - 1).result, 0);
     EXPECT_NE(ask(SMCCommand::getKeyAtIndex, 0, count).result, 0);

@@ -84,15 +84,15 @@ TEST(CoresModelTests, WhatIsNotThereIsSaidAndNothingIsMeasuredForEver) {
     few.makeCores();
     few.hub.setCoresPaneVisible(true);
     few.hub.start();
-    CoresModel model = CoresModel::of(few.hub);
+    CoresModel model = coresModel(few.hub);
     EXPECT_EQ(model.clusters[0].busyText, "Measuring…") << "the first look tells no load";
     EXPECT_EQ(model.clusters[0].cores[0].busyText, "—");
     EXPECT_EQ(model.die->subtitle, "2 sensors");
     EXPECT_FALSE(model.gpu);
     few.hub.tick();
-    EXPECT_EQ(CoresModel::of(few.hub).clusters[0].cores[0].busyText, "93%");
+    EXPECT_EQ(coresModel(few.hub).clusters[0].cores[0].busyText, "93%");
     few.sensors->dieCount = 0;
-    model = CoresModel::of(few.hub);
+    model = coresModel(few.hub);
     EXPECT_FALSE(model.die);
     EXPECT_EQ(model.sensorsNote, "No temperatures of the die are reported here.");
 }
@@ -102,7 +102,7 @@ TEST(CoresModelTests, AReplayShowsWhatItsRecordingHolds) {
     stage.sensors->openable = false;
     stage.hub.beginReplay("Another", RecordedProcessors{.performance = 1, .efficiency = 4});
     stage.hub.accept({.timestamp = 1});
-    CoresModel model = CoresModel::of(stage.hub);
+    CoresModel model = coresModel(stage.hub);
     EXPECT_EQ(model.subtitle, "1 performance · 4 efficiency");
     EXPECT_EQ(model.coresNote, "This recording does not hold what each core did.");
     EXPECT_EQ(model.sensorsNote, "This recording does not hold the die's single sensors.");
@@ -111,7 +111,7 @@ TEST(CoresModelTests, AReplayShowsWhatItsRecordingHolds) {
     snapshot.cores = {{{true, 62, 3000}}};
     snapshot.dieSensors = {{50, 60}};
     stage.hub.accept(snapshot);
-    model = CoresModel::of(stage.hub);
+    model = coresModel(stage.hub);
     EXPECT_EQ(model.coresNote + model.sensorsNote, "");
     EXPECT_EQ(model.clusters[0].cores[0].spokenValue, "62 percent busy at 3.00 GHz");
     EXPECT_EQ(model.clusters[0].ceilingText, "") << "nobody recorded it";
@@ -179,7 +179,7 @@ TEST(CoresViewTests, MetersGlideOnTheSameTilesAndStepWhenSampledFast) {
     stage.clock.beat();
     EXPECT_FALSE(stage.clock.isBeating()) << "nothing moves unseen";
     view.show();
-    stage.settings.setSampleInterval(0.5);
+    stage.settings.store(Setting::sampleInterval, 0.5);
     stage.sensors->coreList[0].busy = 0.9;
     stage.hub.publish(true);
     EXPECT_FALSE(stage.clock.isBeating());

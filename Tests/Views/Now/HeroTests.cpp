@@ -1,9 +1,10 @@
 // The hero of the Now pane: its words and dials, how it breaks its headline, what turns, and what is spoken.
 #include "Views/Now/Hero.h"
 
-#include "Design/BalancedLabel.h"
+#include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
 #include "Design/TextLabel.h"
+#include "Views/Now/NowView.h"
 #include "Views/Stage.h"
 
 #include <algorithm>
@@ -13,6 +14,17 @@ namespace vantoro {
 namespace {
 
 using testing::Stage;
+
+/// What of a widget is painted anew.
+class PaintedRegions : public QObject {
+public:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            regions.push_back(static_cast<QPaintEvent*>(event)->region().boundingRect());
+        return false;
+    }
+    std::vector<QRect> regions;
+};
 
 TEST(HeadlineTests, TakesTheLargestStyleThatFitsAndBreaksIntoEqualLines) {
     Stage stage;
@@ -119,7 +131,7 @@ TEST(DialsTests, ShowWhatTheMachineHas) {
     ASSERT_TRUE(fanless.dial.has_value());
     EXPECT_EQ(fanless.dial->figure + fanless.dial->unit, "71°C");
     EXPECT_EQ(fanless.dial->spokenValue, "Hot, whole chip 71°C, hottest core 85°C");
-    stage.settings.setTemperatureUnit("F");
+    stage.settings.store(Setting::temperatureUnit, "F");
     EXPECT_EQ(dialsModel(stage.hub).dial->smallFigure, "160°");
     Snapshot parked;
     parked.timestamp = stage.hub.snapshot().timestamp + 2000;
@@ -175,29 +187,88 @@ TEST(FanRotorTests, TurnsAsTheFanDoesButOnlyWhereItMay) {
 }
 
 TEST(FanRotorTests, PaintsOnlyItsWheelWhileItTurns) {
-    class Painted : public QObject {
-    public:
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == QEvent::Paint)
-                regions.push_back(static_cast<QPaintEvent*>(event)->region().boundingRect());
-            return false;
-        }
-        std::vector<QRect> regions;
-    };
     Stage stage;
-    FanRotor rotor(stage.look, 148, FanRotor::Captions::full);
+    QWidget window;
+    FanRotor rotor(stage.look, 148, FanRotor::Captions::full, Tone::window, &window);
+    rotor.resize(rotor.sizeHint());
     rotor.show(FanRotorFigures{.figure = "1,250", .unit = "rpm", .position = 0.1, .turnsPerSecond = 1});
-    stage.picture(rotor, rotor.sizeHint());
-    Painted painted;
+    stage.picture(window, {400, 300});
+    PaintedRegions painted;
+    PaintedRegions below;
     rotor.installEventFilter(&painted);
-    for (int beat = 0; beat < 30; ++beat) {
-        stage.seconds += 0.033;
-        stage.clock.beat();
-        QCoreApplication::processEvents();
-    }
+    window.installEventFilter(&below);
+    const auto beat = [&](int beats) {
+        for (int i = 0; i < beats; ++i) {
+            stage.seconds += 0.033;
+            stage.clock.beat();
+            QCoreApplication::processEvents();
+        }
+    };
+    beat(30);
     EXPECT_GT(painted.regions.size(), 20U);
     for (const QRect& region : painted.regions)
         EXPECT_LE(region.width() * region.height(), 106 * 106);
+    EXPECT_TRUE(below.regions.empty()) << "what lies under the wheel has not changed";
+
+    // Scrolled out of sight it stands, and goes on once it can be seen.
+    rotor.move(0, 400);
+    beat(2);
+    EXPECT_FALSE(stage.clock.isBeating());
+    rotor.move(0, 0);
+    beat(1);
+    EXPECT_TRUE(stage.clock.isBeating());
+
+    // So slow that a beat mostly brings no other picture.
+    rotor.show(FanRotorFigures{.figure = "1,250", .unit = "rpm", .position = 0.1, .turnsPerSecond = 0.01});
+    beat(60);
+    painted.regions.clear();
+    beat(30);
+    EXPECT_LE(painted.regions.size(), 3U);
+}
+
+TEST(NowViewTests, ARefreshWithEqualFiguresPaintsNothingAndRunsNoClock) {
+    Stage stage;
+    stage.settings.setSpinRotors(false);
+    stage.hub.accept(machineWithFans(2, 3360));
+    NowView view(stage.context);
+    stage.picture(view, {1040, 1200});
+    ASSERT_FALSE(stage.clock.isBeating());
+    PaintedRegions painted;
+    for (QWidget* widget : view.findChildren<QWidget*>())
+        widget->installEventFilter(&painted);
+    for (int i = 0; i < 3; ++i) {
+        stage.hub.publish(true);
+        view.refresh();
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(stage.clock.isBeating());
+    }
+    EXPECT_TRUE(painted.regions.empty());
+}
+
+TEST(GlideTests, WhatNobodySeesIsNotAnimated) {
+    AnimatedValue value(0);
+    value.setResolution(0.01);
+    const SpringAnimation spring{.responseSeconds = 0.42};
+    value.set(0.009, 0, spring);
+    EXPECT_TRUE(value.isAtRest(0));
+    EXPECT_EQ(value.at(0), 0.009);
+    value.set(0.1, 0, spring);
+    EXPECT_FALSE(value.isAtRest(0));
+    double now = 0;
+    while (!value.isAtRest(now))
+        now += 0.033;
+    EXPECT_LT(now, 0.35) << "over once less than that is left, long before a thousandth of the way";
+    EXPECT_EQ(value.at(now), 0.1);
+
+    // The same in a widget: a share of a pixel starts no clock, a longer way does.
+    Stage stage;
+    CoreBar bar(stage.look);
+    bar.show(100, 8, {});
+    stage.picture(bar, {220, 8});
+    bar.show(100.5, 8, {});
+    EXPECT_FALSE(stage.clock.isBeating());
+    bar.show(150, 8, {});
+    EXPECT_TRUE(stage.clock.isBeating());
 }
 
 TEST(HeroTests, GrowsWithItsTextAndStaysWithinItself) {

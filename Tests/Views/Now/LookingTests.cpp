@@ -1,8 +1,8 @@
 // What is shown before anything has been measured: nothing that could be taken for an answer.
-#include "Design/Controls/FooterButton.h"
 #include "Views/MenuBar/MenuBarModel.h"
 #include "Views/MenuBar/MenuBarPanelModel.h"
 #include "Views/Now/AdviceModel.h"
+#include "Views/Now/AdvicePanel.h"
 #include "Views/Now/FactsModel.h"
 #include "Views/Now/HeroModel.h"
 #include "Views/Report/ReportSheet.h"

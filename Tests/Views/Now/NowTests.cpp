@@ -1,5 +1,5 @@
 // The Now pane: where its parts stand, and that it reaches the shell.
-#include "Design/Controls/FooterButton.h"
+#include "Views/Now/AdvicePanel.h"
 #include "Views/Now/NowContent.h"
 #include "Views/Now/NowView.h"
 

@@ -33,7 +33,7 @@ Snapshot warm(double seconds) {
 }
 
 SensorsModel modelOf(Stage& stage, const UnfoldedRows& unfolded = {}) {
-    return SensorsModel::of(stage.hub, SourceNames(), unfolded);
+    return sensorsModel(stage.hub, SourceNames(), unfolded);
 }
 
 TEST(SensorsModelTests, EveryFigureHasItsSourceItsRangeAndADashWhereItIsMissing) {

@@ -1,5 +1,4 @@
 // What holds for every screen: it mirrors where one reads from right to left, and large text is not cut.
-#include "Design/BalancedLabel.h"
 #include "Design/TextLabel.h"
 #include "Views/MenuBar/MenuBarPanel.h"
 #include "Views/Now/Dials.h"

@@ -1,22 +1,34 @@
 // What surrounds the panes: the second launch, the badge, the desktop's wishes.
 #include "Views/Settings/SettingsView.h"
 #include "Views/Shared/ScreenRoom.h"
+#include "Views/Shared/Words.h"
 #include "Views/Shell/ControlBar.h"
+#include "Views/Shell/LooksFollower.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Shell/SingleInstance.h"
-#include "Views/Shell/SystemLooks.h"
 
 #include "Support/EventLoop.h"
 #include "Views/Stage.h"
 
 #include <QSignalSpy>
 #include <QToolTip>
+#include <QTranslator>
 
 namespace vantoro {
 namespace {
 
 using testing::Stage;
 using testing::waitUntil;
+
+TEST(WordsTests, TextsComeFromTheLocalesCatalogueAndAreEnglishWithoutOne) {
+    const QStringList folders{"/nowhere", QString(VANTORO_FIXTURES) + "/i18n"};
+    EXPECT_FALSE(installCatalogue(QLocale("fr_FR"), folders));
+    EXPECT_TRUE(installCatalogue(QLocale("de_AT"), folders));
+    EXPECT_EQ(vantoro::tr("Settings"), "Einstellungen");
+    EXPECT_EQ(vantoro::tr("Maximum"), "Maximum") << "not in it";
+    qDeleteAll(qApp->findChildren<QTranslator*>());
+    EXPECT_EQ(vantoro::tr("Settings"), "Settings");
+}
 
 TEST(SingleInstanceTests, TheSecondLaunchRaisesTheFirst) {
     const QTemporaryDir folder;

@@ -1,9 +1,9 @@
 // Updates in the interface: what the chip, the panel's row and the settings say of each phase, and what they start.
 #include "Design/Controls/Button.h"
-#include "Design/Controls/Switch.h"
 #include "Model/Updates/Updates.h"
 #include "Views/MenuBar/MenuBarPanel.h"
 #include "Views/Settings/SettingsView.h"
+#include "Views/Settings/Switch.h"
 #include "Views/Shell/MainWindow.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Updates/UpdateChip.h"

@@ -1,7 +1,5 @@
 #include "Platform/Darwin/Sensors/DarwinEnergyReport.h"
 
-#include "Platform/Darwin/Kernel/CFText.h"
-
 #include <utility>
 
 namespace vantoro {

@@ -1,8 +1,8 @@
 // How much energy the chip's blocks have used, from the system's report (group "Energy Model").
 #pragma once
 
+#include "Platform/Darwin/Kernel/CFText.h"
 #include "Platform/Darwin/Sensors/IOReportLibrary.h"
-#include "Platform/Darwin/Kernel/KeptTexts.h"
 #include "Platform/EnergyReport.h"
 
 #include <memory>

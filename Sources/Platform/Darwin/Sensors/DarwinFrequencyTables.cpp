@@ -1,9 +1,9 @@
 #include "Platform/Darwin/Sensors/DarwinFrequencyTables.h"
 
 #include "Platform/Darwin/Kernel/CFOwner.h"
-#include "Platform/Darwin/Portable/ChipNames.h"
 #include "Platform/Darwin/Kernel/IOObject.h"
 #include "Platform/Darwin/Kernel/Sysctl.h"
+#include "Platform/Darwin/Portable/ChipNames.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "Platform/Darwin/Sensors/DarwinSMCService.h"
 
-#include "Platform/Darwin/Portable/ChipNames.h"
 #include "Platform/Darwin/Kernel/IOObject.h"
 #include "Platform/Darwin/Kernel/Sysctl.h"
+#include "Platform/Darwin/Portable/ChipNames.h"
 
 #include <cstddef>
 #include <mach/mach.h>

@@ -1,6 +1,5 @@
 #include "Platform/Darwin/Sensors/DarwinStateReport.h"
 
-#include "Platform/Darwin/Kernel/CFText.h"
 #include "Platform/Darwin/Portable/ChipNames.h"
 
 #include <utility>

@@ -1,8 +1,8 @@
 // How long each core has spent in each performance state, from the system's report (group "CPU Stats").
 #pragma once
 
+#include "Platform/Darwin/Kernel/CFText.h"
 #include "Platform/Darwin/Sensors/IOReportLibrary.h"
-#include "Platform/Darwin/Kernel/KeptTexts.h"
 #include "Platform/StateReport.h"
 
 #include <memory>

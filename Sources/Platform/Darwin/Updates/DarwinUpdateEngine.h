@@ -19,7 +19,7 @@ public:
     std::string currentBuild() const override;
     int compareVersion(const std::string& version, const std::string& other) const override;
 
-    std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
+    Outcome<UpdateError> startUpdater(UpdateDriver& driver) override;
     bool canCheckForUpdates() const override;
     void checkForUpdates() override;
     void checkForUpdatesInBackground() override;

@@ -1,7 +1,7 @@
 #include "Platform/Darwin/Updates/DarwinUpdateEngine.h"
 
 #include "Platform/CurrentUpdateEngine.h"
-#import "Platform/Darwin/SparkleDriver.h"
+#import "Platform/Darwin/Updates/SparkleDriver.h"
 
 #include <cstdlib>
 #include <utility>
@@ -44,12 +44,12 @@ public:
 
     SPUUpdater* updater() const { return updater_; }
 
-    std::optional<UpdateError> start(const std::string& version) {
+    Outcome<UpdateError> start(const std::string& version) {
         [updater_ setUserAgentString:textFor("Vantoro/" + version)];
         [updater_ setSendsSystemProfile:NO];
         NSError* error = nil;
         if ([updater_ startUpdater:&error])
-            return std::nullopt;
+            return {};
         return updateErrorOf(error);
     }
 
@@ -98,15 +98,15 @@ int DarwinUpdateEngine::compareVersion(const std::string& version, const std::st
     }
 }
 
-std::optional<UpdateError> DarwinUpdateEngine::startUpdater(UpdateDriver& driver) {
+Outcome<UpdateError> DarwinUpdateEngine::startUpdater(UpdateDriver& driver) {
     @autoreleasepool {
         auto session = std::make_unique<Session>(driver);
-        if (std::optional<UpdateError> error = session->start(currentVersion()))
-            return error;
+        if (auto started = session->start(currentVersion()); started.failed())
+            return started;
         session_ = std::move(session);
         if (windowWasSeen_)
             session_->allowUnbiddenChecks();
-        return std::nullopt;
+        return {};
     }
 }
 

@@ -1,4 +1,4 @@
-#import "Platform/Darwin/SparkleDriver.h"
+#import "Platform/Darwin/Updates/SparkleDriver.h"
 
 #include <memory>
 #include <utility>
@@ -295,7 +295,7 @@ using namespace vantoro;
                                  error:(NSError*)error {
     if (_driver != nullptr)
         _driver->didFinishUpdateCycleFor(updateCheckOf(updateCheck),
-                                         error != nil ? std::optional(updateErrorOf(error)) : std::nullopt);
+                                         error != nil ? updateErrorOf(error) : Outcome<UpdateError>());
 }
 
 @end

@@ -12,7 +12,7 @@ namespace vantoro {
 /// In the files' units: thousandths of a degree Celsius, revolutions per minute, microwatts, microjoules (cumulative).
 enum class HwmonQuantity { temperature, fan, power, energy };
 
-/// One sensor: a paths of its own for each file that is there, empty for those that are not.
+/// One sensor: a path of its own for each file that is there, empty for those that are not.
 struct HwmonSensor {
     /// The driver's name for its chip ("coretemp", "nct6775", "BAT0").
     std::string driver;

@@ -3,6 +3,7 @@
 
 #include "Model/Records/Temperatures.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
+#include "Platform/SMCKeyData.h"
 
 #include <array>
 #include <cstdint>
@@ -22,14 +23,6 @@ SensorFamily familyOf(const HwmonSensor& sensor);
 bool isMacController(std::string_view driver);
 /// A label of that driver's that is a key of the controller's: "T" or "P" and three more letters or digits.
 std::optional<std::uint32_t> controllerKey(std::string_view label);
-
-/// Four characters as a code, the first in the most significant byte.
-constexpr std::uint32_t keyCode(std::string_view text) {
-    std::uint32_t code = 0;
-    for (std::size_t place = 0; place < 4; ++place)
-        code = code << 8 | static_cast<unsigned char>(place < text.size() ? text[place] : ' ');
-    return code;
-}
 
 /// Hands out keys: the family's prefix and two characters that count up in base 62 ("00" … "zz"). A key already taken
 /// is passed over. None when a family's 3,844 keys are used up.

@@ -1,8 +1,8 @@
 // NVIDIA's graphics processors, asked only while they are awake.
 #pragma once
 
-#include "Platform/Linux/Reading/LanedReading.h"
 #include "Platform/Linux/Power/Nvml.h"
+#include "Platform/Linux/Reading/LanedReading.h"
 
 #include <memory>
 #include <optional>

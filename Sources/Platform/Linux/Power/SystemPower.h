@@ -1,8 +1,8 @@
 // What the whole machine, its adapter and its battery draw, from what the supplies, meters and counters tell.
 #pragma once
 
-#include "Platform/Linux/Power/EnergyArithmetic.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
+#include "Platform/Linux/Power/EnergyArithmetic.h"
 #include "Platform/Linux/Power/Powercap.h"
 #include "Platform/Linux/Power/PowerSupplies.h"
 

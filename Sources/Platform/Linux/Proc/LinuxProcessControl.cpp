@@ -1,8 +1,8 @@
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
 
-#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Reading/KeptFile.h"
 
 #include <array>
 #include <cerrno>

@@ -1,8 +1,8 @@
 // The process table, from /proc.
 #pragma once
 
-#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Proc/ProcScan.h"
+#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Posix/AccountName.h"
 #include "Platform/ProcessTable.h"
 

@@ -1,8 +1,8 @@
 // The whole machine's processors and memory, from /proc.
 #pragma once
 
-#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/SystemStatistics.h"
 
 #include <cstdint>

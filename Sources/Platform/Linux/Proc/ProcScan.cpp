@@ -77,11 +77,10 @@ bool ProcScan::list(std::optional<std::uint64_t> forks) {
     }
     if (!listing_ && folder_) {
         // The stream owns its descriptor, and the scan needs its own for as long as it lives.
-        if (const int copy = ::openat(folder_.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); copy >= 0) {
-            listing_.reset(::fdopendir(copy));
-            if (!listing_)
-                ::close(copy);
-        }
+        Descriptor copy(::openat(folder_.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        listing_.reset(::fdopendir(copy.number()));
+        if (listing_)
+            copy.release();
     }
     pids_.clear();
     if (!listing_) {

@@ -2,8 +2,8 @@
 // work for a process that did nothing since the last one.
 #pragma once
 
-#include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Reading/KeptFile.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Processor/LinuxMachine.h"
 
 #include "Platform/Linux/Reading/KeptFile.h"
+#include "Platform/Linux/Reading/SysfsText.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -11,14 +12,6 @@ namespace {
 
 bool isBlank(char character) {
     return static_cast<unsigned char>(character) <= ' ';
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
 }
 
 char lowered(char character) {
@@ -67,7 +60,7 @@ std::optional<std::string> tidyFirmwareText(std::string_view text) {
                                                    "x.x",
                                                    "0"};
     std::string kept;
-    for (const char character : trimmed(text.substr(0, text.find('\0'))))
+    for (const char character : trimmedText(text.substr(0, text.find('\0'))))
         if (static_cast<unsigned char>(character) >= ' ' && character != '\x7f')
             kept += character;
     const auto isFiller = [&kept](std::string_view filler) { return equalIgnoringCase(kept, filler); };
@@ -77,7 +70,7 @@ std::optional<std::string> tidyFirmwareText(std::string_view text) {
 }
 
 std::string tidyProcessorBrand(std::string_view text) {
-    std::string brand(trimmed(text));
+    std::string brand(trimmedText(text));
     for (const std::string_view sign : {"(R)", "(r)", "(TM)", "(tm)", "®", "™"})
         for (std::size_t at = brand.find(sign); at != std::string::npos; at = brand.find(sign))
             brand.erase(at, sign.size());
@@ -103,9 +96,9 @@ std::optional<std::string_view> parseCpuInfo(std::string_view text, std::string_
         start = newline == std::string_view::npos ? text.size() : newline + 1;
         if (!line.starts_with(title))
             continue;
-        const std::string_view rest = trimmed(line.substr(title.size()));
+        const std::string_view rest = trimmedText(line.substr(title.size()));
         if (rest.starts_with(':'))
-            if (const std::string_view value = trimmed(rest.substr(1)); !value.empty())
+            if (const std::string_view value = trimmedText(rest.substr(1)); !value.empty())
                 return value;
     }
     return {};

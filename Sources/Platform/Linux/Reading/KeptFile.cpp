@@ -13,12 +13,6 @@ constexpr std::size_t mostBytes = std::size_t{16} << 20;
 
 } // namespace
 
-void Descriptor::close() {
-    if (number_ >= 0)
-        ::close(number_);
-    number_ = -1;
-}
-
 KeptFile::KeptFile(std::string path, FileDelivery delivery) : path_(std::move(path)), delivery_(delivery) {}
 
 std::optional<std::string_view> KeptFile::read() {
@@ -58,14 +52,12 @@ std::optional<std::string> readFileAt(int folder, const char* path, std::size_t 
     std::string text;
     while (text.size() < limit) {
         char piece[8192];
-        const ssize_t got = ::read(file.number(), piece, std::min(sizeof piece, limit - text.size()));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
+        const auto got = file.read(piece, std::min(sizeof piece, limit - text.size()));
+        if (!got)
             return {};
-        if (got == 0)
+        if (*got == 0)
             break;
-        text.append(piece, static_cast<std::size_t>(got));
+        text.append(piece, *got);
     }
     return text;
 }

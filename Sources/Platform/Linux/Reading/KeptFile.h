@@ -1,34 +1,15 @@
 // Files of the kernel's that are read again and again.
 #pragma once
 
+#include "Platform/Posix/Descriptor.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace vantoro {
-
-/// Owns a file descriptor, or none.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~Descriptor() { close(); }
-
-    int number() const { return number_; }
-    explicit operator bool() const { return number_ >= 0; }
-    void close();
-
-private:
-    int number_ = -1;
-};
 
 /// How the kernel hands a file out. In one piece: a read with room enough gives all of it, which saves the read that
 /// would only find the end. In pieces: a read gives at most a page of it.

@@ -1,9 +1,9 @@
 #include "Platform/Linux/Reading/SysfsText.h"
 
+#include "Model/Text/Numbers.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 
 #include <algorithm>
-#include <charconv>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -42,13 +42,7 @@ std::string_view trimmedText(std::string_view text) {
 }
 
 std::optional<std::int64_t> parseWholeNumber(std::string_view text) {
-    text = trimmedText(text);
-    std::int64_t value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc{} || stop != end || text.empty())
-        return {};
-    return value;
+    return parseInt64(trimmedText(text));
 }
 
 std::vector<std::int64_t> parseWholeNumbers(std::string_view text) {

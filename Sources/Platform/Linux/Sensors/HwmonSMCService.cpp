@@ -2,8 +2,8 @@
 
 #include "Platform/Linux/Hwmon/HwmonFan.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
-#include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Hwmon/SensorFamilies.h"
+#include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Power/SystemPower.h"
 
 #include <algorithm>

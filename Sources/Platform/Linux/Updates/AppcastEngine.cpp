@@ -42,7 +42,7 @@ AppcastEngine::AppcastEngine(UpdateSetup setup, std::string preparer, std::funct
     , preparer_(std::move(preparer))
     , share_(std::move(share))
     , copy_(setup_.program)
-    , canBeReplaced_(!copy_.reasonToStay())
+    , canBeReplaced_(!copy_.canBeReplaced().failed())
     , wasMadeByArchive_(copy_.wasMadeByArchive())
     , requests_(setup_.version, setup_.authorities) {
     untilCheck_.setSingleShot(true);
@@ -82,12 +82,12 @@ bool AppcastEngine::settlesHandOver() const {
     return hasEnded && by.substr(end + 1) == copy_.program();
 }
 
-std::optional<UpdateError> AppcastEngine::startUpdater(UpdateDriver& driver) {
+Outcome<UpdateError> AppcastEngine::startUpdater(UpdateDriver& driver) {
     const QUrl feed(QString::fromStdString(setup_.feed), QUrl::StrictMode);
     if (!feed.isValid() || feed.scheme() != "https")
         return sparkleError(SparkleCode::appcast, "the feed's address is not https");
     driver_ = &driver;
-    return std::nullopt;
+    return {};
 }
 
 void AppcastEngine::checkForUpdates() {
@@ -131,7 +131,7 @@ void AppcastEngine::answered(FeedRequest::Result result) {
     driver_->updaterDidNotFindUpdate(none);
     if (session_->check == UpdateCheck::byUser)
         driver_->showUpdateNotFoundWithError(none, [] {});
-    end(std::nullopt);
+    end({});
 }
 
 void AppcastEngine::offer(AppcastEntry entry) {
@@ -169,7 +169,7 @@ UpdateReply AppcastEngine::replyTo(std::function<void()> accepted) {
         if (choice == UpdateChoice::install)
             accepted();
         else
-            self->end(std::nullopt);
+            self->end({});
     };
 }
 
@@ -184,7 +184,7 @@ UpdateAction AppcastEngine::cancellation() {
 
 void AppcastEngine::download() {
     if (session_->entry.item.isInformationOnlyUpdate) {
-        end(std::nullopt);
+        end({});
         return;
     }
     if (!takeCopy())
@@ -199,9 +199,9 @@ void AppcastEngine::download() {
         DownloadListener{.received = [this](std::uint64_t bytes) { driver_->showDownloadDidReceiveData(bytes); },
                          .startedOver = [this] { driver_->showDownloadInitiated(cancellation()); },
                          .finished =
-                             [this](std::optional<UpdateError> error) {
-                                 if (error)
-                                     fail(*error);
+                             [this](const Outcome<UpdateError>& outcome) {
+                                 if (outcome.failed())
+                                     fail(outcome.fault());
                                  else
                                      prepare();
                              }});
@@ -210,8 +210,8 @@ void AppcastEngine::download() {
 
 bool AppcastEngine::takeCopy() {
     // Asked anew: the folder can have changed hands since.
-    if (const auto reason = copy_.reasonToStay()) {
-        fail(sparkleError(SparkleCode::installationWriteNoPermission, *reason));
+    if (const auto answer = copy_.canBeReplaced(); answer.failed()) {
+        fail(sparkleError(SparkleCode::installationWriteNoPermission, answer.fault()));
         return false;
     }
     auto lock = copy_.lock();
@@ -284,8 +284,9 @@ void AppcastEngine::prepared() {
 void AppcastEngine::install() {
     if (!session_->isInstalled) {
         const AppcastItem& item = session_->entry.item;
-        if (const auto error = copy_.exchangeWith(session_->staging, item.versionString, item.displayVersionString)) {
-            fail(*error);
+        if (const auto exchanged = copy_.exchangeWith(session_->staging, item.versionString, item.displayVersionString);
+            exchanged.failed()) {
+            fail(exchanged.fault());
             return;
         }
         session_->isInstalled = true;
@@ -303,7 +304,7 @@ void AppcastEngine::fail(const UpdateError& error) {
     end(error);
 }
 
-void AppcastEngine::end(std::optional<UpdateError> error) {
+void AppcastEngine::end(const Outcome<UpdateError>& outcome) {
     const std::unique_ptr<Session> ended = std::exchange(session_, nullptr);
     // Each of the two may be telling.
     if (ended->feed) {
@@ -323,10 +324,10 @@ void AppcastEngine::end(std::optional<UpdateError> error) {
     if (!ended->isInstalled)
         ended->staging.remove();
     setup_.remember(nextCheckKey,
-                    fmt::format("{:.0f}", nextAutomaticCheck(setup_.now(), true, error.has_value(), share_())));
+                    fmt::format("{:.0f}", nextAutomaticCheck(setup_.now(), true, outcome.failed(), share_())));
     planCheck();
     driver_->dismissUpdateInstallation();
-    driver_->didFinishUpdateCycleFor(ended->check, error);
+    driver_->didFinishUpdateCycleFor(ended->check, outcome);
     // Connections and certificates are worth nothing until tomorrow.
     if (!session_)
         requests_.close();

@@ -5,8 +5,8 @@
 #include "Platform/CurrentUpdateEngine.h"
 #include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/ArchiveDownload.h"
-#include "Platform/Linux/Updates/FeedRequest.h"
 #include "Platform/Linux/Updates/Copy/InstalledCopy.h"
+#include "Platform/Linux/Updates/FeedRequest.h"
 
 #include <QProcess>
 
@@ -32,7 +32,7 @@ public:
     int compareVersion(const std::string& version, const std::string& other) const override;
     bool canInstallUpdates() const override { return wasMadeByArchive_; }
     bool settlesHandOver() const override;
-    std::optional<UpdateError> startUpdater(UpdateDriver& driver) override;
+    Outcome<UpdateError> startUpdater(UpdateDriver& driver) override;
     bool canCheckForUpdates() const override { return driver_ != nullptr && !session_; }
     void checkForUpdates() override;
     void checkForUpdatesInBackground() override;
@@ -69,7 +69,7 @@ private:
     void prepared();
     void install();
     void fail(const UpdateError& error);
-    void end(std::optional<UpdateError> error);
+    void end(const Outcome<UpdateError>& outcome);
     /// The answer to what is offered, which the driver may keep for as long as it likes.
     UpdateReply replyTo(std::function<void()> accepted);
     /// Ends this session while it fetches or prepares; nothing at any other time.

@@ -94,7 +94,7 @@ void ArchiveDownload::start() {
         if (received_ > 0)
             listener_.received(received_);
         if (received_ == length_)
-            finish(std::nullopt);
+            finish({});
         else
             request();
     });
@@ -180,7 +180,7 @@ void ArchiveDownload::ended() {
     if (!reply_)
         return;
     if (received_ == length_) {
-        finish(std::nullopt);
+        finish({});
         return;
     }
     const bool isFruitless = received_ <= receivedBefore_;
@@ -218,13 +218,13 @@ void ArchiveDownload::refuse(const std::string& why) {
     finish(sparkleError(SparkleCode::validation, why));
 }
 
-void ArchiveDownload::finish(std::optional<UpdateError> error) {
+void ArchiveDownload::finish(const Outcome<UpdateError>& outcome) {
     cancel();
-    if (error && file_ && received_ == 0)
+    if (outcome.failed() && file_ && received_ == 0)
         ::unlink(path_.c_str());
     // Whoever is told may destroy this.
     if (const auto finished = std::exchange(listener_.finished, nullptr))
-        finished(std::move(error));
+        finished(outcome);
 }
 
 } // namespace vantoro

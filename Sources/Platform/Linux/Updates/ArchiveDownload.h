@@ -17,7 +17,7 @@ struct DownloadListener {
     std::function<void()> startedOver;
     /// Once, at the end: nothing went wrong, or what did. The file holds exactly the length asked for where nothing
     /// did.
-    std::function<void(std::optional<UpdateError> error)> finished;
+    std::function<void(const Outcome<UpdateError>& outcome)> finished;
 };
 
 /// How long a download may take, however little comes of it: what came is kept for the next one.
@@ -49,7 +49,7 @@ private:
     void read();
     void ended();
     void stop();
-    void finish(std::optional<UpdateError> error);
+    void finish(const Outcome<UpdateError>& outcome);
     /// Throws away what came: it can be no part of the archive.
     void refuse(const std::string& why);
     bool startOver();

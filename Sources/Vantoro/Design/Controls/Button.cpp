@@ -3,8 +3,6 @@
 #include "Design/Panel.h"
 
 #include <cmath>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 namespace vantoro {
@@ -14,7 +12,7 @@ constexpr int iconGap = 8;
 } // namespace
 
 Button::Button(Look& look, Kind kind, const QString& text, QWidget* parent)
-    : PaintedWidget(look, parent), kind_(kind), text_(text) {
+    : Pressable(look, parent), kind_(kind), text_(text) {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
@@ -39,11 +37,6 @@ void Button::setSpokenName(const QString& name) {
     spoken_ = name;
     if (text_.isEmpty())
         setToolTip(name);
-}
-
-void Button::cancelPress() {
-    pressed_ = false;
-    update();
 }
 
 void Button::setDrawnHeight(int points) {
@@ -71,19 +64,17 @@ QSize Button::minimumSizeHint() const {
 }
 
 Description Button::describe() {
-    return {.role = QAccessible::Button,
-            .name = spoken_.isEmpty() ? text_ : spoken_,
-            .actions = {{"Press", [this] { emit clicked(); }}}};
+    return {.role = QAccessible::Button, .name = spoken_.isEmpty() ? text_ : spoken_, .actions = pressAction()};
 }
 
 QColor Button::fill() const {
     if (kind_ == Kind::standard) {
         const QColor blue = color(Tone::defaultButton);
-        return pressed_ ? blue.darker(115) : hovered_ ? blue.lighter(108) : blue;
+        return isPressed() ? blue.darker(115) : isHovered() ? blue.lighter(108) : blue;
     }
-    if (pressed_)
+    if (isPressed())
         return color(Tone::buttonPressed);
-    if (hovered_ && isEnabled())
+    if (isHovered() && isEnabled())
         return color(Tone::buttonHover);
     return kind_ == Kind::quiet ? QColor(Qt::transparent) : color(Tone::button);
 }
@@ -124,62 +115,7 @@ void Button::paintEvent(QPaintEvent*) {
             drawText(painter, content.adjusted(6, 0, -6, 0), textStyle(), ink(), text_, Qt::AlignHCenter);
         }
     }
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1, theme());
-}
-
-void Button::enterEvent(QEnterEvent*) {
-    hovered_ = true;
-    update();
-}
-
-void Button::leaveEvent(QEvent*) {
-    hovered_ = false;
-    update();
-}
-
-void Button::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton)
-        return;
-    pressed_ = true;
-    update();
-}
-
-void Button::mouseReleaseEvent(QMouseEvent* event) {
-    if (!pressed_ || event->button() != Qt::LeftButton)
-        return;
-    pressed_ = false;
-    update();
-    if (rect().contains(event->position().toPoint()))
-        emit clicked();
-}
-
-void Button::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    const int key = event->key();
-    if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter)
-        emit clicked();
-    else
-        PaintedWidget::keyPressEvent(event);
-}
-
-void Button::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void Button::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    pressed_ = false;
-    PaintedWidget::focusOutEvent(event);
-    update();
-}
-
-void Button::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::EnabledChange)
-        update();
-    PaintedWidget::changeEvent(event);
+    drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1);
 }
 
 } // namespace vantoro

@@ -1,11 +1,13 @@
 // The buttons: bordered, default, quiet (no border until the pointer is over it), with a text, an icon, or both.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Controls/Pressable.h"
+
+#include <utility>
 
 namespace vantoro {
 
-class Button : public PaintedWidget {
+class Button : public Pressable {
     Q_OBJECT
 public:
     enum class Kind {
@@ -28,8 +30,6 @@ public:
     void setIcon(const QString& name, int size = 16);
     /// What a screen reader says where the text does not; also the tooltip of a button without a text.
     void setSpokenName(const QString& name);
-    /// A press that is under way counts no more: the button has come to stand for something else.
-    void cancelPress();
     /// The drawn height in points: 32 unless told.
     void setDrawnHeight(int points);
 
@@ -37,19 +37,8 @@ public:
     QSize minimumSizeHint() const override;
     Description describe() override;
 
-signals:
-    void clicked();
-
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void enterEvent(QEnterEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     bool isSmall() const { return height_ <= 24; }
@@ -63,9 +52,44 @@ private:
     int iconSize_ = 16;
     QString spoken_;
     int height_ = 32;
-    bool hovered_ = false;
-    bool pressed_ = false;
-    FocusTracker focus_;
+};
+
+/// What a button says for two seconds once it has done its work. A member of what owns the button.
+class BriefText : public Animated {
+public:
+    static constexpr double seconds = 2;
+
+    BriefText(Look& look, Button& button) : look_(look), button_(button) {}
+
+    /// The button says this, and after two seconds what it said before.
+    void say(const QString& text) {
+        if (!usual_)
+            usual_ = button_.text();
+        button_.setText(text);
+        button_.announceChange(QAccessible::NameChanged);
+        until_ = look_.clock.now() + seconds;
+        look_.clock.run(*this);
+    }
+
+    /// At once: nobody sees the button any more.
+    void end() {
+        look_.clock.stop(*this);
+        if (usual_)
+            button_.setText(*std::exchange(usual_, std::nullopt));
+    }
+
+    bool advance(double now) override {
+        if (now < until_)
+            return true;
+        end();
+        return false;
+    }
+
+private:
+    Look& look_;
+    Button& button_;
+    std::optional<QString> usual_;
+    double until_ = 0;
 };
 
 } // namespace vantoro

@@ -16,33 +16,18 @@ constexpr int sidePadding = 14;
 constexpr int inset = 2;
 } // namespace
 
-/// Speaks for one segment; what is seen is painted by the control.
-class SegmentedControl::Segment : public PaintedWidget {
-public:
-    Segment(Look& look, SegmentedControl& control, int index)
-        : PaintedWidget(look, &control), control_(control), index_(index) {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-    }
-
-    Description describe() override {
-        return {.role = control_.meaning_ == Meaning::tabs ? QAccessible::PageTab : QAccessible::RadioButton,
-                .name = control_.texts_[index_],
-                .isSelected = control_.current_ == index_,
-                .isSelectable = true,
-                .actions = {{"Press", [this] { control_.choose(index_); }}}};
-    }
-
-private:
-    SegmentedControl& control_;
-    int index_;
-};
-
 SegmentedControl::SegmentedControl(Look& look, Meaning meaning, const QStringList& segments, QWidget* parent)
     : PaintedWidget(look, parent), meaning_(meaning), texts_(segments) {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     for (int i = 0; i < texts_.size(); ++i)
-        segments_.push_back(new Segment(look, *this, i));
+        segments_.push_back(new SpokenPart(look, this, [this, i] {
+            return Description{.role = meaning_ == Meaning::tabs ? QAccessible::PageTab : QAccessible::RadioButton,
+                               .name = texts_[i],
+                               .isSelected = current_ == i,
+                               .isSelectable = true,
+                               .actions = {{QAccessibleActionInterface::pressAction(), [this, i] { choose(i); }}}};
+        }));
 }
 
 void SegmentedControl::setCurrent(int index) {
@@ -124,8 +109,7 @@ void SegmentedControl::paintEvent(QPaintEvent*) {
         drawText(painter, segment.adjusted(4, 0, -4, 0), isCurrent ? Type::sectionTitle : Type::body,
                  color(isCurrent ? Tone::textPrimary : Tone::textSecondary), texts_[i], Qt::AlignHCenter);
     }
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1, theme());
+    drawFocusRing(painter, QRectF(rect()), Space::buttonRadius + ringMargin - 1);
 }
 
 void SegmentedControl::mousePressEvent(QMouseEvent* event) {
@@ -137,7 +121,7 @@ void SegmentedControl::mousePressEvent(QMouseEvent* event) {
 }
 
 void SegmentedControl::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
+    keyUsed();
     const int forward = isRightToLeft() ? -1 : 1;
     const bool isHeld = event->isAutoRepeat(); // one segment a press: what a segment stands for may be a whole pane
     if (event->key() == Qt::Key_Left)
@@ -146,19 +130,6 @@ void SegmentedControl::keyPressEvent(QKeyEvent* event) {
         choose(isHeld ? current_ : current_ + forward);
     else
         PaintedWidget::keyPressEvent(event);
-    update();
-}
-
-void SegmentedControl::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void SegmentedControl::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 // A row of choices of which one is taken: the pane switcher and the two- and three-way settings.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Controls/Pressable.h"
 
 #include <QStringList>
 
@@ -38,12 +38,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    class Segment;
     int segmentWidth(int index) const;
     QRect segmentRect(int index) const;
     void placeSegments();
@@ -51,11 +48,10 @@ private:
 
     Meaning meaning_;
     QStringList texts_;
-    std::vector<Segment*> segments_; // owned by Qt as children
+    std::vector<SpokenPart*> segments_; // owned by Qt as children
     int current_ = 0;
     std::optional<QSize> fixed_;
     QString spoken_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

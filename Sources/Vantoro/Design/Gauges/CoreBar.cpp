@@ -39,11 +39,10 @@ void CoreBar::show(double percent, int cores, std::optional<int> heatStop) {
     }
     if (percent == percent_.target())
         return;
-    const bool isSeen = isVisible();
-    percent_.set(percent, look().clock.now(), isSeen ? look().update() : std::nullopt);
-    if (isSeen)
+    percent_.setResolution(fullPercent() * smallestSeen(width()));
+    percent_.set(percent, look().clock.now(), isInSight() ? look().update() : std::nullopt);
+    if (advance(look().clock.now()))
         look().clock.run(*this);
-    advance(look().clock.now());
 }
 
 void CoreBar::jump() {

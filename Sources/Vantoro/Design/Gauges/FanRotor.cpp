@@ -28,6 +28,8 @@ FanRotor::FanRotor(Look& look, int size, Captions captions, Tone background, QWi
     keepDirection();
     setFocusPolicy(captions == Captions::none ? Qt::NoFocus : Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    // Nothing below needs to be painted for a wheel that turns.
+    setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void FanRotor::setDiameter(int size) {
@@ -45,16 +47,21 @@ void FanRotor::show(const FanRotorFigures& figures) {
         return;
     const double now = look().clock.now();
     // Where a position comes up or goes away there is nothing to glide from.
-    const bool glides = figures.position && figures_.position && isVisible();
+    const bool glides = figures.position && figures_.position && isInSight();
+    position_.setResolution(smallestSeen(GaugeShape::ofSize(size_).arcLength()));
     position_.set(figures.position.value_or(0), now, glides ? look().update() : std::nullopt);
+    const bool gaugeChanged = figures.heatStop != figures_.heatStop ||
+                              figures.position.has_value() != figures_.position.has_value() ||
+                              std::abs(position_.at(now) - painted_) > position_.resolution();
     const bool textsChanged = figures.figure != figures_.figure || figures.caption != figures_.caption ||
                               figures.label != figures_.label || figures.unit != figures_.unit;
     const bool speaksAnew = figures.spokenValue != figures_.spokenValue;
     figures_ = figures;
-    gauge_ = {};
+    if (gaugeChanged)
+        gauge_ = {};
     if (textsChanged)
         update();
-    else
+    else if (gaugeChanged)
         update(gaugeRect());
     headForSpeed();
     gaugeMoves_ = !position_.isAtRest(now);
@@ -90,12 +97,15 @@ bool FanRotor::advance(double now) {
     constexpr double longestStep = 0.1;
     const double step = std::clamp(now - lastBeat_, 0.0, longestStep);
     lastBeat_ = now;
-    const double turned = step * speed_.at(now);
-    turns_ = std::fmod(turns_ + turned, 1.0);
+    // Whoever is scrolled into sight again is painted, and goes on then.
+    if (!isInSight())
+        return false;
+    const int picture = WheelFrames::step(turns_);
+    turns_ = std::fmod(turns_ + step * speed_.at(now), 1.0);
     if (positionMoves) {
         gauge_ = {};
         update(gaugeRect());
-    } else if (turned > 0) {
+    } else if (WheelFrames::step(turns_) != picture) {
         update(wheelSquare());
     }
     return gaugeMoves_ || speed_.target() > 0 || !speed_.isAtRest(now);
@@ -145,7 +155,8 @@ void FanRotor::paintGauge(QPainter& painter, double now) {
         gauge_.setDevicePixelRatio(ratio);
         gauge_.fill(Qt::transparent);
         QPainter cached(&gauge_);
-        const std::optional<double> shown = figures_.position ? std::optional(position_.at(now)) : std::nullopt;
+        painted_ = position_.at(now);
+        const std::optional<double> shown = figures_.position ? std::optional(painted_) : std::nullopt;
         drawGauge(cached, centre(), GaugeShape::ofSize(size_), shown, figures_.heatStop, background_, theme());
     }
     painter.drawPixmap(0, 0, gauge_);
@@ -170,6 +181,7 @@ void FanRotor::paintCaptions(QPainter& painter) const {
 void FanRotor::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     const double now = look().clock.now();
+    painter.fillRect(event->rect(), color(background_));
     paintGauge(painter, now);
     if (wheel_ == nullptr)
         wheel_ = WheelFrames::shared(wheelRadius(), color(Tone::blade), devicePixelRatioF());
@@ -179,8 +191,9 @@ void FanRotor::paintEvent(QPaintEvent* event) {
         return;
     if (captions_ != Captions::none)
         paintCaptions(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 12, theme());
+    drawFocusRing(painter, QRectF(rect()), 12);
+    if (isVisible() && (gaugeMoves_ || speed_.target() > 0 || !speed_.isAtRest(now)))
+        look().clock.run(*this);
 }
 
 void FanRotor::showEvent(QShowEvent* event) {
@@ -195,18 +208,6 @@ void FanRotor::hideEvent(QHideEvent* event) {
     gaugeMoves_ = false;
     gauge_ = {};
     PaintedWidget::hideEvent(event);
-}
-
-void FanRotor::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void FanRotor::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 void FanRotor::resizeEvent(QResizeEvent* event) {

@@ -1,10 +1,10 @@
 // A fan as it stands in its range: the gauge, the wheel that turns as the fan does, and the figures below.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
-#include "Design/PaintedWidget.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/Gauges/WheelFrames.h"
+#include "Design/PaintedWidget.h"
 
 namespace vantoro {
 
@@ -44,8 +44,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void themeChanged() override;
 
@@ -65,13 +63,14 @@ private:
     FanRotorFigures figures_;
     AnimatedValue position_;
     bool gaugeMoves_ = false;
+    /// Where the gauge's picture shows it.
+    double painted_ = 0;
     AnimatedValue speed_;
     bool turningAllowed_ = true;
     double turns_ = 0;
     double lastBeat_ = 0;
     QPixmap gauge_;
     std::shared_ptr<WheelFrames> wheel_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

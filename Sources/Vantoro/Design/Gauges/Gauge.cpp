@@ -67,6 +67,10 @@ double GaugeShape::reach() const {
     return outerRadius + cursorOverhang + cursorWidth / 2;
 }
 
+double GaugeShape::arcLength() const {
+    return outerRadius * sweepDegrees * std::numbers::pi / 180;
+}
+
 void drawGauge(QPainter& painter, const QPointF& centre, const GaugeShape& shape, std::optional<double> position,
                int heatStop, Tone background, const Theme& theme) {
     painter.setRenderHint(QPainter::Antialiasing);

@@ -2,12 +2,9 @@
 // temperatures.
 #pragma once
 
-#include "Design/Theme.h"
+#include "Design/PaintedWidget.h"
 
-#include <optional>
-#include <QPointF>
-
-class QPainter;
+#include <QPainter>
 
 namespace vantoro {
 
@@ -20,6 +17,8 @@ struct GaugeShape {
     static GaugeShape ofSize(int size);
     /// How far the cursor reaches from the centre.
     double reach() const;
+    /// How long the whole arc is.
+    double arcLength() const;
 
     bool operator==(const GaugeShape&) const = default;
 };

@@ -1,8 +1,8 @@
 // The course of one figure as a small line with a dot at its end.
 #pragma once
 
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/PaintedWidget.h"
-#include "Design/Gauges/SparklineLine.h"
 
 namespace vantoro {
 

@@ -34,13 +34,18 @@ void ThermalDial::show(const ThermalDialFigures& figures) {
     if (figures == figures_)
         return;
     const double now = look().clock.now();
-    const bool glides = figures.position && figures_.position && isVisible();
+    const bool glides = figures.position && figures_.position && isInSight();
+    position_.setResolution(smallestSeen(GaugeShape::ofSize(size_).arcLength()));
     position_.set(figures.position.value_or(0), now, glides ? look().update() : std::nullopt);
     const bool speaksAnew = figures.spokenValue != figures_.spokenValue;
-    figures_ = figures;
+    ThermalDialFigures before = std::exchange(figures_, figures);
     if (!position_.isAtRest(now))
         look().clock.run(*this);
-    update();
+    const bool moved = before.position.has_value() != figures.position.has_value() ||
+                       std::abs(position_.at(now) - painted_) > position_.resolution();
+    before.position = figures.position;
+    if (moved || before != figures)
+        update();
     if (speaksAnew)
         announceChange();
 }
@@ -138,32 +143,19 @@ void ThermalDial::paintGap(QPainter& painter) const {
 
 void ThermalDial::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const std::optional<double> shown =
-        figures_.position ? std::optional(position_.at(look().clock.now())) : std::nullopt;
+    painted_ = position_.at(look().clock.now());
+    const std::optional<double> shown = figures_.position ? std::optional(painted_) : std::nullopt;
     drawGauge(painter, centre(), GaugeShape::ofSize(size_), shown, figures_.heatStop, background_, theme());
     paintFigure(painter);
     if (!isSmall())
         paintGap(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 12, theme());
+    drawFocusRing(painter, QRectF(rect()), 12);
 }
 
 void ThermalDial::hideEvent(QHideEvent* event) {
     look().clock.stop(*this);
     position_.set(position_.target(), look().clock.now(), std::nullopt);
     PaintedWidget::hideEvent(event);
-}
-
-void ThermalDial::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void ThermalDial::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 } // namespace vantoro

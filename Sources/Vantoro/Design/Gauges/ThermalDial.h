@@ -1,8 +1,8 @@
 // How warm the chip of a machine without fans is: the gauge with the temperature within.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
 #include "Design/Gauges/Gauge.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Design/PaintedWidget.h"
 
 namespace vantoro {
@@ -29,8 +29,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     bool isSmall() const { return size_ < 100; }
@@ -42,7 +40,8 @@ private:
     Tone background_;
     ThermalDialFigures figures_;
     AnimatedValue position_;
-    FocusTracker focus_;
+    /// Where it was painted last.
+    double painted_ = 0;
 };
 
 } // namespace vantoro

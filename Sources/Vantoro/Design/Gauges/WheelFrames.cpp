@@ -56,13 +56,17 @@ std::shared_ptr<WheelFrames> WheelFrames::shared(double radius, const QColor& co
 WheelFrames::WheelFrames(double radius, const QColor& color, double pixelRatio)
     : radius_(radius), color_(color), pixelRatio_(pixelRatio) {}
 
-const QPixmap& WheelFrames::at(double turns) {
+int WheelFrames::step(double turns) {
     const double pitches = turns * blades;
     const double within = pitches - std::floor(pitches);
-    const int step = static_cast<int>(within * count) % count;
-    QPixmap& frame = frames_[static_cast<std::size_t>(step)];
+    return static_cast<int>(within * count) % count;
+}
+
+const QPixmap& WheelFrames::at(double turns) {
+    const int picture = step(turns);
+    QPixmap& frame = frames_[static_cast<std::size_t>(picture)];
     if (frame.isNull())
-        frame = render(pitchDegrees * step / count);
+        frame = render(pitchDegrees * picture / count);
     return frame;
 }
 

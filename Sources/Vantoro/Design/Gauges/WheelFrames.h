@@ -19,6 +19,8 @@ public:
 
     WheelFrames(double radius, const QColor& color, double pixelRatio);
 
+    /// Which of the pictures shows the wheel after so many turns.
+    static int step(double turns);
     /// Where the wheel stands after so many turns, clockwise; a square with sides of twice the radius.
     const QPixmap& at(double turns);
 

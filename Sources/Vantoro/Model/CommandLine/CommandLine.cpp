@@ -12,7 +12,7 @@ namespace vantoro {
 namespace {
 
 /// A request to write text on the screen cannot be longer than this; somebody else's file name can.
-std::string quoted(std::string_view text) {
+std::string asTyped(std::string_view text) {
     return fmt::format("'{}'", shortened(terminalText(text), longestShownName));
 }
 
@@ -54,7 +54,7 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
         const std::string_view name = arguments[i].substr(0, equals);
         const auto found = std::ranges::find(switches, name, &CommandLineSwitch::name);
         if (found == switches.end())
-            return CommandLineError{fmt::format("unknown argument {}; --help lists the switches", quoted(name))};
+            return CommandLineError{fmt::format("unknown argument {}; --help lists the switches", asTyped(name))};
         const bool takesValue = found->value != CommandLineSwitch::Value::none;
         std::string_view value;
         if (equals != std::string_view::npos)
@@ -68,7 +68,7 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
         // Far likelier a value that was forgotten than a file of that name.
         if (takesValue && value.starts_with("--"))
             return CommandLineError{fmt::format(
-                "{} needs {}, and {} looks like a switch{}", name, found->valueName, quoted(value),
+                "{} needs {}, and {} looks like a switch{}", name, found->valueName, asTyped(value),
                 found->value == CommandLineSwitch::Value::file ? "; a file of that name is given with ./ before it"
                                                                : "")};
 
@@ -104,7 +104,7 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const std::vector<s
         } else if (name == "--seconds") {
             line.seconds = parseSeconds(value);
             if (!line.seconds)
-                return CommandLineError{fmt::format("--seconds needs a number above 0, not {}", quoted(value))};
+                return CommandLineError{fmt::format("--seconds needs a number above 0, not {}", asTyped(value))};
         }
     }
     if (std::string fault = combinationFault(line, explains, records); !fault.empty())

@@ -1,11 +1,11 @@
 #include "Model/Commands/CapabilityCheck.h"
 
 #include "CSensors/ioreport.h"
-#include "Model/Readers/CoreMonitor.h"
-#include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Commands/ProgramTrial.h"
-#include "Model/Text/TerminalText.h"
+#include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Processes/UnprivilegedProcesses.h"
+#include "Model/Readers/CoreMonitor.h"
+#include "Model/Text/TerminalText.h"
 
 #include <algorithm>
 #include <fmt/format.h>

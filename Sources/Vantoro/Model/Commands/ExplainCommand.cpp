@@ -1,12 +1,12 @@
 #include "Model/Commands/ExplainCommand.h"
 
-#include "Model/Live/Complaint.h"
-#include "Model/Explanation/Conclusion.h"
-#include "Model/Live/InterruptWatcher.h"
-#include "Model/Explanation/JsonReport.h"
-#include "Model/Recording/RecordingFile.h"
 #include "Model/Commands/StandardOutput.h"
+#include "Model/Explanation/Conclusion.h"
+#include "Model/Explanation/JsonReport.h"
 #include "Model/Explanation/TextReport.h"
+#include "Model/Live/Complaint.h"
+#include "Model/Live/InterruptWatcher.h"
+#include "Model/Recording/RecordingFile.h"
 
 #include <algorithm>
 #include <chrono>

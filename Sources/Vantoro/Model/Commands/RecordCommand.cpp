@@ -2,7 +2,7 @@
 
 #include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
-#include "Model/Recording/RecordingFile.h"
+#include "Model/Recording/RecordingWriter.h"
 
 #include <cmath>
 #include <cstdio>
@@ -28,20 +28,20 @@ int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::mill
     // From before the file is there: what was begun is finished.
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
     RecordingWriter writer;
-    RecordingWriter::Failure failure = writer.open(line.recordFile, hub.recordingHeader(secondsSinceEpoch()));
+    Outcome<> outcome = writer.open(line.recordFile, hub.recordingHeader(secondsSinceEpoch()));
     const auto takeOne = [&] {
         Snapshot snapshot = hub.measure(secondsSinceEpoch());
         hub.addSingleReadings(snapshot);
         History::keepBusiest(snapshot.processes);
-        failure = writer.append(snapshot);
-        if (failure)
+        outcome = writer.append(snapshot);
+        if (outcome.failed())
             QCoreApplication::exit(writeFault);
     };
-    if (!failure) {
+    if (!outcome.failed()) {
         hub.startProcesses();
         takeOne();
     }
-    if (!failure) {
+    if (!outcome.failed()) {
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, &timer, takeOne);
         timer.start(interval);
@@ -52,11 +52,11 @@ int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::mill
             end.start(std::chrono::milliseconds(std::llround(*line.seconds * 1e3)));
         QCoreApplication::exec();
     }
-    if (!failure)
-        failure = writer.close();
-    if (!failure)
+    if (!outcome.failed())
+        outcome = writer.close();
+    if (!outcome.failed())
         return EXIT_SUCCESS;
-    complain(fmt::format("{}: {}", line.recordFile, *failure));
+    complain(fmt::format("{}: {}", line.recordFile, outcome.fault()));
     return writeFault;
 }
 

@@ -1,9 +1,9 @@
 // Turns the rolling history into one verdict. Pure functions: the same history gives the same verdict.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/History/History.h"
 #include "Model/Records/Verdict.h"
+#include "Model/Text/Format.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 // The words of a verdict: its headline, its paragraph, its advice and its short cause phrase.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/Records/Verdict.h"
+#include "Model/Text/Format.h"
 
 #include <string>
 #include <vector>

@@ -1,11 +1,11 @@
 // Everything that the model concludes from a history, for the reports that are printed.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/History/ChartSeries.h"
-#include "Model/Records/Explanation.h"
 #include "Model/History/History.h"
+#include "Model/Records/Explanation.h"
 #include "Model/Records/Verdict.h"
+#include "Model/Text/Format.h"
 
 #include <vector>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Model/History/ChartSeries.h"
-#include "Model/Records/Explanation.h"
 #include "Model/History/History.h"
+#include "Model/Records/Explanation.h"
 #include "Model/Records/Verdict.h"
 
 #include <string>

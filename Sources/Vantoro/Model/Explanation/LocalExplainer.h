@@ -1,9 +1,9 @@
 // Writes the sectioned explanation from the local history. A pure function, run only when someone asks for the report.
 #pragma once
 
-#include "Model/Text/Format.h"
-#include "Model/Records/Explanation.h"
 #include "Model/History/History.h"
+#include "Model/Records/Explanation.h"
+#include "Model/Text/Format.h"
 
 namespace vantoro {
 

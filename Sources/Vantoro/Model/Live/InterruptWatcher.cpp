@@ -26,17 +26,20 @@ void writeByte(int /*signal*/) {
 } // namespace
 
 InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt) {
-    if (::pipe(pipe_.data()) != 0)
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0)
         return;
-    for (const int descriptor : pipe_)
-        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    notifier_ = std::make_unique<QSocketNotifier>(pipe_[0], QSocketNotifier::Read);
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        pipe_[i] = Descriptor(ends[i]);
+        ::fcntl(ends[i], F_SETFD, FD_CLOEXEC);
+    }
+    notifier_ = std::make_unique<QSocketNotifier>(pipe_[0].number(), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this, handler = std::move(onInterrupt)] {
         char byte = 0;
-        [[maybe_unused]] const ssize_t count = ::read(pipe_[0], &byte, 1);
+        pipe_[0].read(&byte, 1);
         handler();
     });
-    writeEnd = pipe_[1];
+    writeEnd = pipe_[1].number();
     for (std::size_t i = 0; i < stopSignals.size(); ++i)
         former_[i] = std::signal(stopSignals[i], writeByte);
     // Who was told to outlive its terminal (nohup) does.
@@ -50,9 +53,6 @@ InterruptWatcher::~InterruptWatcher() {
     for (std::size_t i = 0; i < stopSignals.size(); ++i)
         std::signal(stopSignals[i], former_[i]);
     writeEnd = -1;
-    notifier_.reset();
-    for (const int descriptor : pipe_)
-        ::close(descriptor);
 }
 
 bool InterruptWatcher::wasInterrupted() {

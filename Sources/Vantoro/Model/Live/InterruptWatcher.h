@@ -2,6 +2,8 @@
 // that it can finish what it holds.
 #pragma once
 
+#include "Platform/Posix/Descriptor.h"
+
 #include <array>
 #include <functional>
 #include <memory>
@@ -22,7 +24,7 @@ public:
     static bool wasInterrupted();
 
 private:
-    std::array<int, 2> pipe_{-1, -1};
+    std::array<Descriptor, 2> pipe_;
     std::array<void (*)(int), 3> former_{};
     std::unique_ptr<QSocketNotifier> notifier_;
 };

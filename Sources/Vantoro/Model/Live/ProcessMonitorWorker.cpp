@@ -1,6 +1,7 @@
 #include "Model/Live/ProcessMonitorWorker.h"
 
 #include "Model/Text/Utf8.h"
+#include "Platform/Posix/MonotonicClock.h"
 
 #include <algorithm>
 #include <QDeadlineTimer>
@@ -20,10 +21,6 @@ constexpr qint64 mostBytesPerBlock = qint64{64} * 1024 * 1024;
 
 std::string currentUserName(ProcessTable* table) {
     return table != nullptr ? table->userName(::geteuid()).value_or("") : "";
-}
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 std::unique_ptr<QProcess> makeProcess(const ProgramCommand& command) {

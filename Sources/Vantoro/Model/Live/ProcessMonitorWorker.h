@@ -2,8 +2,8 @@
 // the timers.
 #pragma once
 
-#include "Model/Processes/IdentityResolver.h"
 #include "Model/Live/ProcessMonitor.h"
+#include "Model/Processes/IdentityResolver.h"
 #include "Model/Processes/TopStream.h"
 #include "Model/Processes/UnprivilegedProcesses.h"
 

@@ -1,8 +1,8 @@
 // A recording in place of the machine: its snapshots reach the hub at the pace at which they were recorded.
 #pragma once
 
-#include "Model/Recording/RecordingFile.h"
 #include "Model/Live/SensorHub.h"
+#include "Model/Recording/RecordingFile.h"
 
 #include <optional>
 #include <QObject>

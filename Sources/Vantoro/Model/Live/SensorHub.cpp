@@ -85,10 +85,14 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , motion_(formatContext_)
     , cooling_(foundCooling())
     , processes_(
-          platform, [this] { return ProcessMonitor::mode(environment_.processMode, settings_.processMonitorMode()); },
+          platform,
+          [this] {
+              return ProcessMonitor::mode(environment_.processMode, settings_.value(Setting::processMonitorMode));
+          },
           environment_.processTiming)
     , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic))
     , system_(platform.system) {
+    connect(&settings_, &Settings::changed, this, &SensorHub::settingChanged);
     snapshot_ = measure(environment_.now());
     vitals_ = Vitals::quantising(snapshot_);
     verdict_.cooling = cooling_;
@@ -116,7 +120,7 @@ void SensorHub::start() {
     connect(timer_.get(), &QTimer::timeout, this, &SensorHub::tickUnlessJustDone);
     if (activity_)
         sampling_ = activity_->begin("Measuring how warm and busy the machine is");
-    timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
+    timer_->start(timerInterval(environment_.interval, settings_.value(Setting::sampleInterval)));
 }
 
 // The verdict is not to wait for two intervals of a slow timer: until it is there, what was delivered is taken soon.
@@ -153,7 +157,7 @@ void SensorHub::startProcesses() {
         processSource_ = source;
         emit processSourceChanged();
     };
-    processes_.start(processInterval(settings_.sampleInterval()), processRows);
+    processes_.start(processInterval(settings_.value(Setting::sampleInterval)), processRows);
 }
 
 void SensorHub::assignProcessesReady() {
@@ -170,12 +174,27 @@ void SensorHub::assignSensorsAvailable(bool available) {
     emit sensorsAvailableChanged();
 }
 
+void SensorHub::settingChanged(std::string_view key) {
+    constexpr double secondsPerMinute = 60;
+    if (key == Setting::sampleInterval.key || key == Setting::processMonitorMode.key) {
+        restartTimer();
+    } else if (key == Setting::historyMinutes.key) {
+        history_.setRetention(settings_.value(Setting::historyMinutes) * secondsPerMinute);
+    } else if (key == Setting::temperatureUnit.key) {
+        // The verdict and the facts have the unit in their words.
+        const Transaction transaction(*this);
+        publishDerived(true);
+        emit formatChanged();
+    }
+}
+
 void SensorHub::restartTimer() {
-    if (isReplay_)
+    const bool wasStarted = processes_.onUpdate != nullptr;
+    if (isReplay_ || !wasStarted)
         return;
-    processes_.start(processInterval(settings_.sampleInterval()), processRows);
+    processes_.start(processInterval(settings_.value(Setting::sampleInterval)), processRows);
     if (timer_)
-        timer_->start(timerInterval(environment_.interval, settings_.sampleInterval()));
+        timer_->start(timerInterval(environment_.interval, settings_.value(Setting::sampleInterval)));
 }
 
 ThermalPressure SensorHub::readThermalPressure() const {
@@ -219,7 +238,8 @@ void SensorHub::tickUnlessJustDone() {
         return;
     const UnixSeconds now = environment_.now();
     const double elapsed = now - snapshot_.timestamp;
-    const double shortest = shortestGapSeconds(timerInterval(environment_.interval, settings_.sampleInterval()));
+    const double shortest =
+        shortestGapSeconds(timerInterval(environment_.interval, settings_.value(Setting::sampleInterval)));
     // A clock that stands still or stepped back says nothing of when the last round was.
     if (ticks_ > 0 && elapsed > 0 && elapsed < shortest)
         return;
@@ -283,12 +303,6 @@ void SensorHub::publish(bool force) {
     publishDerived(force);
 }
 
-void SensorHub::publishInNewFormat() {
-    const Transaction transaction(*this);
-    publishDerived(true);
-    emit formatChanged();
-}
-
 void SensorHub::publishDerived(bool force) {
     sampleCores();
     Vitals vitals = Vitals::quantising(snapshot_);
@@ -322,7 +336,7 @@ void SensorHub::rebuildSeries() {
     emit seriesChanged();
 }
 
-const std::string& SensorHub::machineName() {
+const std::string& SensorHub::machineName() const {
     if (!machineName_)
         machineName_ = vantoro::machineName(machine_ ? machine_->modelIdentifier() : std::nullopt,
                                             machine_ ? machine_->processorBrand() : std::nullopt);

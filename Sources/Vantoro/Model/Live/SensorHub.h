@@ -2,21 +2,21 @@
 // the history and publishes what the interface draws from.
 #pragma once
 
-#include "Model/Text/Format.h"
-#include "Model/Text/Motion.h"
 #include "Model/History/ChartSeries.h"
-#include "Model/Records/Core.h"
-#include "Model/Records/CoreCeilings.h"
-#include "Model/Records/Extremes.h"
 #include "Model/History/HeatSmoothing.h"
 #include "Model/History/History.h"
 #include "Model/Live/Measuring.h"
 #include "Model/Live/ProcessMonitor.h"
-#include "Model/Recording/Recording.h"
-#include "Model/Readers/SensorSources.h"
 #include "Model/Live/Settings.h"
+#include "Model/Readers/SensorSources.h"
+#include "Model/Recording/Recording.h"
+#include "Model/Records/Core.h"
+#include "Model/Records/CoreCeilings.h"
+#include "Model/Records/Extremes.h"
 #include "Model/Records/SingleSensors.h"
 #include "Model/Records/Verdict.h"
+#include "Model/Text/Format.h"
+#include "Model/Text/Motion.h"
 #include "Platform/Platform.h"
 
 #include <chrono>
@@ -60,9 +60,25 @@ double shortestGapSeconds(std::chrono::milliseconds timerInterval);
 /// The process monitor's interval in whole seconds, at least 1; the environment plays no part.
 int processInterval(double sampleInterval);
 
+/// What views may have done.
+class HubActions {
+public:
+    virtual ~HubActions() = default;
+
+    /// Ends groups of processes, as far as the system allows; none while figures are replayed.
+    virtual Quits& quits() = 0;
+    /// The cores pane says while it is on screen; only then, or while a list of them is unfolded, are single sensors
+    /// read.
+    virtual void setCoresPaneVisible(bool visible) = 0;
+    /// The sensors pane says while it is on screen with a row unfolded into its single sensors.
+    virtual void setSensorListVisible(bool visible) = 0;
+    /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
+    virtual void publish(bool force) = 0;
+};
+
 /// Lives on the main thread. Every published property has a signal of its own, emitted when it is assigned; whatever
 /// is published at one moment is published within one transaction.
-class SensorHub : public QObject {
+class SensorHub : public QObject, public HubActions {
     Q_OBJECT
 public:
     static constexpr int processRows = 40;
@@ -115,11 +131,8 @@ public:
     /// How what was published last is to be shown; none means at once.
     const std::optional<Animation>& animation() const { return animation_; }
 
-    /// The cores pane sets this while it is on screen; only then, or while a list of them is unfolded, are single
-    /// sensors read.
-    void setCoresPaneVisible(bool visible) { coresPaneVisible_ = visible; }
-    /// The sensors pane sets this while it is on screen with a row unfolded into its single sensors.
-    void setSensorListVisible(bool visible) { sensorListVisible_ = visible; }
+    void setCoresPaneVisible(bool visible) override { coresPaneVisible_ = visible; }
+    void setSensorListVisible(bool visible) override { sensorListVisible_ = visible; }
 
     /// Starts sampling: the process monitor, one tick at once, then the timer. Does nothing the second time.
     void start();
@@ -136,12 +149,7 @@ public:
     /// One round with a snapshot that was measured elsewhere or before, in place of the sensors. What it holds is taken
     /// as it stands; it tells how the machine is cooled and whether it has sensors.
     void accept(Snapshot snapshot);
-    /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
-    void publish(bool force);
-    /// Publishes anew once figures are to be written in another way: in another unit, say.
-    void publishInNewFormat();
-    /// Reads the sampling interval again and restarts the process monitor and the timer.
-    void restartTimer();
+    void publish(bool force) override;
     /// Everything measured at this moment, with the process list and machine figures that were delivered last.
     Snapshot measure(UnixSeconds now);
     /// Adds to what was measured what a recording holds beside it: what each core did since the call before, and the
@@ -149,11 +157,11 @@ public:
     void addSingleReadings(Snapshot& measured);
     /// What this machine is to be called in a recording of it, begun at this time.
     RecordingHeader recordingHeader(UnixSeconds begun);
-    /// Ends groups of processes, as far as the system allows; none while figures are replayed.
-    Quits& quits() const { return *quits_; }
+    Quits& quits() override { return *quits_; }
+    const Quits& quits() const { return *quits_; }
 
     /// What people call this machine; found on first use.
-    const std::string& machineName();
+    const std::string& machineName() const;
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
     /// Whether the figures are a recording's rather than this machine's.
@@ -185,6 +193,8 @@ private:
     bool readsSingleSensors() const { return coresPaneVisible_ || sensorListVisible_; }
     bool hasOpenSensors() const { return sources_.sensors && sources_.sensors->isOpen(); }
     Cooling foundCooling() const;
+    void settingChanged(std::string_view key);
+    void restartTimer();
     ThermalPressure readThermalPressure() const;
     double readGPUWatts(UnixSeconds now);
     void appendAndPublish(Snapshot snapshot);
@@ -254,7 +264,7 @@ private:
     HeatSmoothing heat_;
     double gpuWatts_ = 0;
     std::optional<UnixSeconds> gpuReadAt_;
-    std::optional<std::string> machineName_;
+    mutable std::optional<std::string> machineName_;
 };
 
 } // namespace vantoro

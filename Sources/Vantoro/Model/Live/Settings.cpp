@@ -1,7 +1,6 @@
 #include "Model/Live/Settings.h"
 
 #include "Model/Text/Numbers.h"
-#include "Platform/SettingsStore.h"
 
 #include <cmath>
 #include <QDateTime>
@@ -76,25 +75,20 @@ public:
         if (ofQt_)
             return ofQt_->value(key);
         const auto value = ofSystem_->value(key.toStdString());
-        return value ? std::visit([](const auto& held) { return variant(held); }, *value) : QVariant();
+        return value ? variant(*value) : QVariant();
     }
-    void setValue(const QString& key, const QVariant& value) {
-        if (ofQt_)
-            ofQt_->setValue(key, value);
-        else if (value.typeId() == QMetaType::Bool)
-            ofSystem_->store(key.toStdString(), value.toBool());
-        else if (value.typeId() == QMetaType::Double || value.typeId() == QMetaType::Int)
-            ofSystem_->store(key.toStdString(), value.toDouble());
-        else
-            ofSystem_->store(key.toStdString(), value.toString().toStdString());
+    void setValue(const QString& key, const SettingsStore::Value& value) {
+        ofQt_ ? ofQt_->setValue(key, variant(value)) : ofSystem_->store(key.toStdString(), value);
     }
     void remove(const QString& key) { ofQt_ ? ofQt_->remove(key) : ofSystem_->forget(key.toStdString()); }
     void sync() { ofQt_ ? ofQt_->sync() : ofSystem_->sync(); }
 
 private:
-    static QVariant variant(const std::string& text) { return toQString(text); }
-    static QVariant variant(double number) { return number; }
-    static QVariant variant(bool flag) { return flag; }
+    static QVariant variant(const SettingsStore::Value& value) {
+        const auto* const text = std::get_if<std::string>(&value);
+        return text != nullptr ? toQString(*text)
+                               : std::visit([](const auto& held) { return QVariant::fromValue(held); }, value);
+    }
 
     std::unique_ptr<SettingsStore> ofSystem_;
     std::unique_ptr<QSettings> ofQt_;
@@ -134,98 +128,31 @@ std::optional<bool> Settings::storedFlag(std::string_view key) const {
     return std::nullopt;
 }
 
-void Settings::storeText(std::string_view key, const std::string& text) {
-    store_->setValue(toQString(key), toQString(text));
+void Settings::store(std::string_view key, const SettingsStore::Value& value) {
+    store_->setValue(toQString(key), value);
+    emit changed(key);
 }
 
 void Settings::forget(std::string_view key) {
     store_->remove(toQString(key));
+    emit changed(key);
 }
 
 void Settings::sync() {
     store_->sync();
 }
 
-double Settings::sampleInterval() const {
-    const double seconds = storedNumber("sampleInterval").value_or(0);
-    return seconds > 0 ? seconds : 2.0;
+double Settings::value(const NumberSetting& setting) const {
+    const double number = storedNumber(setting.key).value_or(0);
+    return number > 0 ? number : setting.byDefault;
 }
 
-void Settings::setSampleInterval(double seconds) {
-    store_->setValue("sampleInterval", seconds);
+bool Settings::value(const FlagSetting& setting) const {
+    return storedFlag(setting.key).value_or(setting.byDefault);
 }
 
-bool Settings::smoothUpdates() const {
-    return storedFlag("smoothUpdates").value_or(true);
-}
-
-void Settings::setSmoothUpdates(bool on) {
-    store_->setValue("smoothUpdates", on);
-}
-
-bool Settings::spinRotors() const {
-    return storedFlag("spinRotors").value_or(true);
-}
-
-void Settings::setSpinRotors(bool on) {
-    store_->setValue("spinRotors", on);
-}
-
-std::string Settings::temperatureUnit() const {
-    return storedText("temperatureUnit").value_or("C");
-}
-
-void Settings::setTemperatureUnit(const std::string& unit) {
-    store_->setValue("temperatureUnit", toQString(unit));
-}
-
-bool Settings::menuBarShowsRPM() const {
-    return storedFlag("menuBarShowsRPM").value_or(false);
-}
-
-void Settings::setMenuBarShowsRPM(bool on) {
-    store_->setValue("menuBarShowsRPM", on);
-}
-
-double Settings::historyMinutes() const {
-    const double minutes = storedNumber("historyMinutes").value_or(0);
-    return minutes > 0 ? minutes : 30;
-}
-
-void Settings::setHistoryMinutes(double minutes) {
-    store_->setValue("historyMinutes", minutes);
-}
-
-std::string Settings::processMonitorMode() const {
-    return storedText("processMonitorMode").value_or("auto");
-}
-
-void Settings::setProcessMonitorMode(const std::string& mode) {
-    store_->setValue("processMonitorMode", toQString(mode));
-}
-
-std::string Settings::appearance() const {
-    return storedText("appearance").value_or("system");
-}
-
-void Settings::setAppearance(const std::string& name) {
-    store_->setValue("appearance", toQString(name));
-}
-
-std::string Settings::windowGeometry() const {
-    return storedText("windowGeometry").value_or("");
-}
-
-void Settings::setWindowGeometry(const std::string& geometry) {
-    store_->setValue("windowGeometry", toQString(geometry));
-}
-
-bool Settings::toldOfMissingTray() const {
-    return storedFlag("toldOfMissingTray").value_or(false);
-}
-
-void Settings::setToldOfMissingTray(bool told) {
-    store_->setValue("toldOfMissingTray", told);
+std::string Settings::value(const TextSetting& setting) const {
+    return storedText(setting.key).value_or(std::string(setting.byDefault));
 }
 
 std::optional<std::string> SettingsFormatContext::grouped(std::int64_t number) const {

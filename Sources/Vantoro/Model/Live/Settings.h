@@ -1,17 +1,20 @@
-// The user's settings: every key with its type and default, over the system's own settings store.
+// The user's settings over the system's own settings store.
 #pragma once
 
 #include "Model/Text/FormatContext.h"
+#include "Model/Text/Setting.h"
+#include "Platform/SettingsStore.h"
 
 #include <memory>
+#include <QObject>
 #include <string>
+#include <type_traits>
 
 namespace vantoro {
 
-class SettingsStore;
-
 /// Read at the moment of each call; a value that is missing, of another type or not finite is the default. Main thread.
-class Settings {
+class Settings : public QObject {
+    Q_OBJECT
 public:
     /// The user's own store.
     Settings();
@@ -19,37 +22,18 @@ public:
     explicit Settings(const std::string& iniFile);
     /// A store of the system's own kind.
     explicit Settings(std::unique_ptr<SettingsStore> store);
-    ~Settings();
+    ~Settings() override;
 
-    /// Seconds between samples; 2 unless a number above 0 is stored.
-    double sampleInterval() const;
-    void setSampleInterval(double seconds);
-    /// Animate changes of value.
-    bool smoothUpdates() const;
-    void setSmoothUpdates(bool on);
-    /// Let the drawn fans turn.
-    bool spinRotors() const;
-    void setSpinRotors(bool on);
-    /// "F" is Fahrenheit, anything else Celsius.
-    std::string temperatureUnit() const;
-    void setTemperatureUnit(const std::string& unit);
-    bool menuBarShowsRPM() const;
-    void setMenuBarShowsRPM(bool on);
-    /// Minutes of history to keep.
-    double historyMinutes() const;
-    void setHistoryMinutes(double minutes);
-    /// "auto" or "unprivileged".
-    std::string processMonitorMode() const;
-    void setProcessMonitorMode(const std::string& mode);
-    /// "light", "dark", or anything else for the system's.
-    std::string appearance() const;
-    void setAppearance(const std::string& name);
-    /// Where the main window stood last, as the window system writes it; empty until it was closed once.
-    std::string windowGeometry() const;
-    void setWindowGeometry(const std::string& geometry);
-    /// The user has been told that this desktop shows no menu-bar item.
-    bool toldOfMissingTray() const;
-    void setToldOfMissingTray(bool told);
+    double value(const NumberSetting& setting) const;
+    bool value(const FlagSetting& setting) const;
+    std::string value(const TextSetting& setting) const;
+    template <class Value>
+    void store(const SettingRow<Value>& setting, std::type_identity_t<Value> value) {
+        if constexpr (std::is_same_v<Value, std::string_view>)
+            store(setting.key, std::string(value));
+        else
+            store(setting.key, value);
+    }
 
     /// What is stored under a key, if it reads as that type.
     std::optional<std::string> storedText(std::string_view key) const;
@@ -57,10 +41,15 @@ public:
     std::optional<bool> storedFlag(std::string_view key) const;
 
     /// For records that are another's to read and write.
-    void storeText(std::string_view key, const std::string& text);
+    void storeText(std::string_view key, const std::string& text) { store(key, text); }
+    void store(std::string_view key, const SettingsStore::Value& value);
     void forget(std::string_view key);
     /// Everything stored so far is on disk, for whoever reads it next.
     void sync();
+
+signals:
+    /// What is stored under this key was written or forgotten just now.
+    void changed(std::string_view key);
 
 private:
     class Store;

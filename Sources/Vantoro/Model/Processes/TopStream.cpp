@@ -2,6 +2,7 @@
 
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Utf8.h"
+#include "Model/Text/WholeNumber.h"
 
 #include <algorithm>
 #include <array>
@@ -26,14 +27,6 @@ void forEachPiece(std::string_view text, char separator, const Handler& handler)
             return;
         text.remove_prefix(end + 1);
     }
-}
-
-std::uint64_t truncatedToUnsigned(double value) {
-    if (!(value > 0))
-        return 0;
-    // The nearest double to the largest count is one too many, and converting it would be undefined.
-    constexpr double firstTooLarge = 18446744073709551616.0;
-    return value >= firstTooLarge ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(value);
 }
 
 double parseLoadAverage(std::string_view rest) {

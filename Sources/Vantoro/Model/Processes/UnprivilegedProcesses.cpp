@@ -5,18 +5,6 @@
 
 namespace vantoro {
 
-CPULoad cpuLoadBetween(const HostTicks& previous, const HostTicks& current) {
-    // Unsigned differences survive a counter that wrapped in between.
-    const double user = static_cast<double>(current.user - previous.user) + (current.nice - previous.nice);
-    const double system = current.system - previous.system;
-    const double idle = current.idle - previous.idle;
-    const double total = user + system + idle;
-    if (!(total > 0))
-        return {};
-    return {
-        .userPercent = user / total * 100, .systemPercent = system / total * 100, .idlePercent = idle / total * 100};
-}
-
 MemoryLoad memoryLoad(std::uint64_t physicalMemoryBytes, const std::optional<VirtualMemory>& memory) {
     if (!memory)
         return {.totalBytes = physicalMemoryBytes};
@@ -108,7 +96,7 @@ SystemLine UnprivilegedProcesses::systemLine() {
         return line;
     if (const std::optional<HostTicks> ticks = statistics_->hostTicks()) {
         if (previousTicks_)
-            line.cpu = cpuLoadBetween(*previousTicks_, *ticks);
+            line.cpu = TicksSpent(*previousTicks_, *ticks).load();
         previousTicks_ = ticks;
     }
     if (const std::optional<LoadAverages> averages = statistics_->loadAverages())

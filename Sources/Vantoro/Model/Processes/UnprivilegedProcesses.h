@@ -15,10 +15,6 @@
 
 namespace vantoro {
 
-/// CPU shares by the ticks that passed between two readings; the counters may wrap. Idle when none passed. The load
-/// average is left at 0.
-CPULoad cpuLoadBetween(const HostTicks& previous, const HostTicks& current);
-
 /// Memory in use from counts of pages: applications' own pages that cannot be thrown away, wired and compressed ones.
 /// Without counts only the total is known.
 MemoryLoad memoryLoad(std::uint64_t physicalMemoryBytes, const std::optional<VirtualMemory>& memory);

@@ -11,17 +11,6 @@ namespace {
 
 constexpr std::int32_t mostFrequencies = 32;
 
-double busyShare(const HostTicks& previous, const HostTicks& current) {
-    // Unsigned differences survive a counter that wrapped in between.
-    const std::uint32_t user = current.user - previous.user;
-    const std::uint32_t system = current.system - previous.system;
-    const std::uint32_t nice = current.nice - previous.nice;
-    const std::uint32_t idle = current.idle - previous.idle;
-    const double busy = static_cast<double>(user) + system + nice;
-    const double all = busy + idle;
-    return all > 0 ? std::clamp(busy / all, 0.0, 1.0) : 0;
-}
-
 } // namespace
 
 CoreMonitor::CoreMonitor(std::shared_ptr<Processors> processors) : processors_(std::move(processors)) {
@@ -53,7 +42,7 @@ void CoreMonitor::sample() {
     if (previous_.size() == current_.size()) {
         sampleFrequency();
         for (std::size_t i = 0; i < std::min(cores_.size(), current_.size()); ++i)
-            cores_[i].busy = busyShare(previous_[i], current_[i]);
+            cores_[i].busy = TicksSpent(previous_[i], current_[i]).busyShare().value_or(0);
     }
     previous_.swap(current_);
 }

@@ -60,26 +60,4 @@ struct RecordingResult {
 /// Reads a whole recording and hands over each snapshot. With an error in the result, what was handed over is void.
 RecordingResult readRecording(const std::string& path, const std::function<void(Snapshot&&)>& take);
 
-/// Writes a recording, each line out to the system before the call returns. Every function gives none on success, else
-/// the reason in one line; after a failure every further call gives it again.
-class RecordingWriter {
-public:
-    using Failure = std::optional<std::string>;
-
-    RecordingWriter();
-    /// Closes the file; call close() to learn whether that worked.
-    ~RecordingWriter();
-    RecordingWriter(RecordingWriter&&) noexcept;
-    RecordingWriter& operator=(RecordingWriter&&) noexcept;
-
-    /// Makes the file, which must not exist, and writes the header. When that fails there is no file.
-    [[nodiscard]] Failure open(const std::string& path, const RecordingHeader& header);
-    [[nodiscard]] Failure append(const Snapshot& snapshot);
-    Failure close();
-
-private:
-    class State;
-    std::unique_ptr<State> state_;
-};
-
 } // namespace vantoro

@@ -1,6 +1,7 @@
 #include "Model/Recording/RecordingFile.h"
 #include "Model/Recording/RecordingFileSupport.h"
 #include "Model/Text/TerminalText.h"
+#include "Platform/Posix/Descriptor.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +25,7 @@ enum class StreamEnd { none, clean, cutOff, broken };
 class ByteStream {
 public:
     explicit ByteStream(const std::string& path) : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (!file_.isOpen()) {
+        if (!file_) {
             failWithSystem();
             return;
         }
@@ -102,7 +103,7 @@ private:
         return count;
     }
 
-    FileDescriptor file_;
+    Descriptor file_;
     std::unique_ptr<z_stream> gzip_;
     std::vector<char> input_;
     bool isInsideMember_ = false;

@@ -1,9 +1,9 @@
 // The wording of a recording's refusals. Nothing of the file gets into it unfiltered.
 #pragma once
 
-#include "Model/Records/EnumNames.h"
 #include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/Recording.h"
+#include "Model/Records/EnumNames.h"
 
 #include <algorithm>
 #include <cstddef>

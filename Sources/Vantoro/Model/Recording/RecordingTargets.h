@@ -2,9 +2,9 @@
 // does not fit is told in words that follow the field's name.
 #pragma once
 
-#include "Model/Records/EnumNames.h"
 #include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/RecordingReasons.h"
+#include "Model/Records/EnumNames.h"
 #include "Model/Records/Telemetry.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "Model/Text/Format.h"
 
+#include "Model/Text/Setting.h"
 #include "Model/Text/WholeNumber.h"
 
 #include <array>
@@ -11,7 +12,7 @@ namespace vantoro {
 namespace {
 
 bool isFahrenheit(const FormatContext& context) {
-    return context.text("temperatureUnit") == "F";
+    return context.text(Setting::temperatureUnit.key) == "F";
 }
 
 constexpr const char* noReading = "—";

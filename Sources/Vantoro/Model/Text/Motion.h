@@ -58,16 +58,22 @@ public:
     explicit AnimatedValue(double value = 0) : target_(value) {}
 
     double target() const { return target_; }
+    /// What is smaller than this cannot be seen: so short a way is not animated, and with no more than that to go the
+    /// value has arrived.
+    void setResolution(double smallest) { smallest_ = smallest; }
+    double resolution() const { return smallest_; }
     /// Heads for a new target from where the value stands, keeping its speed; at once without an animation.
     void set(double target, double now, const std::optional<Animation>& animation);
     double at(double now) const;
-    /// Whether it has arrived, to within a thousandth of the way.
+    /// Whether it has arrived, to within a thousandth of the way or what cannot be seen.
     bool isAtRest(double now) const;
 
 private:
     Movement movementAt(double now) const;
+    bool canBeSeen(const Movement& movement) const;
 
     double target_;
+    double smallest_ = 0;
     Movement start_;
     double begun_ = 0;
     std::optional<Animation> animation_;

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -33,6 +34,15 @@ std::optional<double> parseSlowly(std::string_view text) {
     if (!(stream >> value) || !std::isfinite(value))
         return std::nullopt;
     return value;
+}
+
+template <std::integral Number>
+std::optional<Number> parseWhole(std::string_view text) {
+    if (std::signed_integral<Number> && text.size() > 1 && text.front() == '+' && isDigit(text[1]))
+        text.remove_prefix(1);
+    Number value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc{} && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
 }
 
 } // namespace
@@ -78,21 +88,15 @@ std::optional<double> parseDecimal(std::string_view text) {
 }
 
 std::optional<std::int32_t> parseInt32(std::string_view text) {
-    if (text.size() > 1 && text.front() == '+' && isDigit(text[1]))
-        text.remove_prefix(1);
-    std::int32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size())
-        return std::nullopt;
-    return value;
+    return parseWhole<std::int32_t>(text);
+}
+
+std::optional<std::int64_t> parseInt64(std::string_view text) {
+    return parseWhole<std::int64_t>(text);
 }
 
 std::optional<std::uint64_t> parseUnsigned(std::string_view text) {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size())
-        return std::nullopt;
-    return value;
+    return parseWhole<std::uint64_t>(text);
 }
 
 std::string_view trimmed(std::string_view text) {

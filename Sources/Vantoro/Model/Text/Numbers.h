@@ -14,7 +14,8 @@ std::optional<double> parseDecimal(std::string_view text);
 
 /// A whole number in decimal that takes up the whole text, with an optional sign; none when it does not fit.
 std::optional<std::int32_t> parseInt32(std::string_view text);
-/// As parseInt32, without a sign.
+std::optional<std::int64_t> parseInt64(std::string_view text);
+/// The same without a sign.
 std::optional<std::uint64_t> parseUnsigned(std::string_view text);
 
 /// The text without the white space at both its ends.

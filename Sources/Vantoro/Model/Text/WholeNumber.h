@@ -20,6 +20,15 @@ inline std::int64_t truncated(double value) {
     return static_cast<std::int64_t>(value);
 }
 
+/// The same without a sign: 0 for what is below.
+inline std::uint64_t truncatedToUnsigned(double value) {
+    if (!(value > 0))
+        return 0;
+    // The nearest double to the largest count is one too many, and converting it would be undefined.
+    constexpr double firstTooLarge = 18446744073709551616.0;
+    return value >= firstTooLarge ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(value);
+}
+
 /// The nearest whole number, halves away from zero; clamped to 64 bits, 0 for NaN.
 inline std::int64_t rounded(double value) {
     return truncated(std::round(value));

@@ -1,8 +1,8 @@
 #include "Model/Updates/Updates.h"
 
 #include "Model/Live/Log.h"
-#include "Model/Text/PlainNotes.h"
 #include "Model/Live/Settings.h"
+#include "Model/Text/PlainNotes.h"
 
 #include <algorithm>
 #include <chrono>
@@ -107,8 +107,8 @@ void Updates::start() {
         Log::updates("no SUFeedURL in this bundle — updater not started");
         return;
     }
-    if (const std::optional<UpdateError> error = engine_->startUpdater(*this)) {
-        fmt::print(stderr, "Vantoro: updater could not start — {}\n", error->description);
+    if (const auto started = engine_->startUpdater(*this); started.failed()) {
+        fmt::print(stderr, "Vantoro: updater could not start — {}\n", started.fault().description);
         return;
     }
     updater_ = engine_.get();
@@ -321,13 +321,14 @@ void Updates::updaterDidNotFindUpdate(const UpdateError& error) {
         setPhase({});
 }
 
-void Updates::didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) {
-    if (error)
-        Log::updates(fmt::format("finished: {} {} {}", error->domain, error->code, error->description));
+void Updates::didFinishUpdateCycleFor(UpdateCheck check, const Outcome<UpdateError>& outcome) {
+    if (outcome.failed())
+        Log::updates(fmt::format("finished: {} {} {}", outcome.fault().domain, outcome.fault().code,
+                                 outcome.fault().description));
     // The last check's time is another now, and a check that ended without a word has to end here.
     if (check == UpdateCheck::byUser && phase_.kind == Kind::checking) {
-        if (error)
-            fail(*error);
+        if (outcome.failed())
+            fail(outcome.fault());
         else
             setPhase({});
     }
@@ -358,10 +359,10 @@ void Updates::fail(const UpdateError& error) {
 
 void Updates::checkWhenFree() {
     setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
-    whenSparkleIsFree([this] { updater_->checkForUpdates(); });
+    whenUpdaterIsFree([this] { updater_->checkForUpdates(); });
 }
 
-void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
+void Updates::whenUpdaterIsFree(std::function<void()> work, int attempt) {
     if (attempt > lastAttempt) {
         installFailed_ = std::exchange(installRequested_, false);
         setPhase({.kind = Kind::failed,
@@ -375,7 +376,7 @@ void Updates::whenSparkleIsFree(std::function<void()> work, int attempt) {
         environment_.after(secondsBetweenAttempts,
                            [self = QPointer(this), work = std::move(work), attempt, number = phaseNumber_] {
                                if (self && self->phaseNumber_ == number)
-                                   self->whenSparkleIsFree(work, attempt + 1);
+                                   self->whenUpdaterIsFree(work, attempt + 1);
                            });
     }
 }

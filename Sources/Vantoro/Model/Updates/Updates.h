@@ -110,7 +110,7 @@ public:
     void showUpdateInstalledAndRelaunched(bool relaunched, UpdateAction acknowledgement) override;
     void dismissUpdateInstallation() override;
     void updaterDidNotFindUpdate(const UpdateError& error) override;
-    void didFinishUpdateCycleFor(UpdateCheck check, const std::optional<UpdateError>& error) override;
+    void didFinishUpdateCycleFor(UpdateCheck check, const Outcome<UpdateError>& outcome) override;
 
 signals:
     /// Anything above has another value.
@@ -121,7 +121,7 @@ private:
     void fail(const UpdateError& error);
     void checkWhenFree();
     /// Does the work once the updater is free, unless the phase is another by then.
-    void whenSparkleIsFree(std::function<void()> work, int attempt = 0);
+    void whenUpdaterIsFree(std::function<void()> work, int attempt = 0);
     /// Back to idle after a while, unless the phase is another by then.
     void retireLater();
     void proceedWithFoundUpdate();

@@ -47,8 +47,10 @@ int CoreTile::heightFor(const Theme& theme) {
 void CoreTile::show(const CoreFigures& figures, const std::optional<Animation>& animation) {
     if (figures == figures_)
         return;
-    const std::optional<Animation> shown = isVisible() ? animation : std::nullopt;
+    const std::optional<Animation> shown = isInSight() ? animation : std::nullopt;
     const double now = look().clock.now();
+    busy_.setResolution(smallestSeen(busyMeter().height()));
+    frequency_.setResolution(smallestSeen(frequencyBar().width()));
     busy_.set(figures.busy, now, shown);
     frequency_.set(figures.frequencyFill.value_or(0), now, shown);
     const bool looksDifferent = figures.isHighlighted != figures_.isHighlighted || figures.label != figures_.label ||
@@ -60,15 +62,22 @@ void CoreTile::show(const CoreFigures& figures, const std::optional<Animation>& 
         update();
     else if (readsDifferent)
         update(mirrored(QRectF(0, 0, busyMeter().left(), frequencyBar().top())).toAlignedRect());
-    if (shown)
+    advance(now);
+    if (isMoving(now))
         look().clock.run(*this);
     if (readsDifferent)
         announceChange();
 }
 
 bool CoreTile::advance(double now) {
-    update(mirrored(busyMeter()).toAlignedRect());
-    update(mirrored(frequencyBar()).toAlignedRect());
+    if (std::abs(busy_.at(now) - paintedBusy_) > busy_.resolution())
+        update(mirrored(busyMeter()).toAlignedRect());
+    if (std::abs(frequency_.at(now) - paintedFrequency_) > frequency_.resolution())
+        update(mirrored(frequencyBar()).toAlignedRect());
+    return isMoving(now);
+}
+
+bool CoreTile::isMoving(double now) const {
     return !busy_.isAtRest(now) || !frequency_.isAtRest(now);
 }
 
@@ -111,14 +120,16 @@ void CoreTile::paintEvent(QPaintEvent*) {
 
     const double now = look().clock.now();
     const QRectF meter = mirrored(busyMeter());
-    const double filled = meter.height() * busy_.at(now);
+    paintedBusy_ = busy_.at(now);
+    paintedFrequency_ = frequency_.at(now);
+    const double filled = meter.height() * paintedBusy_;
     drawMeter(painter, meter, QRectF(meter.left(), meter.bottom() - filled, meter.width(), filled + meterWidth),
               color(Tone::tileTrack), color(busy ? Tone::textPrimary : Tone::bar));
     if (!figures_.frequencyFill)
         return;
     const QRectF bar = mirrored(frequencyBar());
     drawMeter(painter, bar,
-              QRectF(bar.left() - barHeight, bar.top(), bar.width() * frequency_.at(now) + barHeight, barHeight),
+              QRectF(bar.left() - barHeight, bar.top(), bar.width() * paintedFrequency_ + barHeight, barHeight),
               color(Tone::tileTrack), color(busy ? Tone::ink : Tone::bar));
 }
 

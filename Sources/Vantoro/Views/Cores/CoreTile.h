@@ -28,11 +28,15 @@ private:
     bool advance(double now) override;
     QRectF busyMeter() const;
     QRectF frequencyBar() const;
+    bool isMoving(double now) const;
     void settle();
 
     CoreFigures figures_;
     AnimatedValue busy_;
     AnimatedValue frequency_;
+    /// What the meters show at this moment.
+    double paintedBusy_ = 0;
+    double paintedFrequency_ = 0;
 };
 
 } // namespace vantoro

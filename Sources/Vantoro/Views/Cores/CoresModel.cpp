@@ -147,7 +147,7 @@ Spread spreadOf(const std::vector<double>& ascendingCelsius, bool areSilent, con
     return spread;
 }
 
-CoresModel CoresModel::of(const SensorHub& hub) {
+CoresModel coresModel(const SensorHub& hub) {
     std::vector<Core> performance;
     std::vector<Core> efficiency;
     for (const Core& core : hub.cores())

@@ -1,8 +1,8 @@
 // What the cores pane shows: a tile per core, a summary per kind, and the spread of the single temperature sensors.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/Records/Core.h"
+#include "Model/Text/Format.h"
 
 #include <array>
 #include <optional>
@@ -91,10 +91,10 @@ struct CoresModel {
     /// Why the die's sensors are not shown; else empty.
     QString sensorsNote;
 
-    static CoresModel of(const SensorHub& hub);
-
     bool operator==(const CoresModel&) const = default;
 };
+
+CoresModel coresModel(const SensorHub& hub);
 
 /// Tiles in a row for this many cores in a window that is wide enough.
 int columnCount(int cores);

@@ -1,8 +1,8 @@
 #include "Views/Cores/CoresView.h"
 
-#include "Views/Cores/CoreTile.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
+#include "Views/Cores/CoreTile.h"
 #include "Views/Cores/ThermalRuler.h"
 #include "Views/Shared/Words.h"
 
@@ -170,15 +170,15 @@ CoresView::SpreadPanel CoresView::addSpreadPanel(const QString& title, const QSt
 }
 
 void CoresView::showEvent(QShowEvent* event) {
-    hub().setCoresPaneVisible(true);
+    context().actions.setCoresPaneVisible(true);
     // The single sensors' figures come with this publishing, not with the next tick.
     if (hub().isReady())
-        hub().publish(true);
+        context().actions.publish(true);
     View::showEvent(event);
 }
 
 void CoresView::hideEvent(QHideEvent* event) {
-    hub().setCoresPaneVisible(false);
+    context().actions.setCoresPaneVisible(false);
     View::hideEvent(event);
 }
 
@@ -197,7 +197,7 @@ void CoresView::placeTiles() {
 
 void CoresView::showClusters(const CoresModel& model) {
     // Digits that change several times a second are hard enough to read: the meters step with them.
-    const bool steps = context().settings.sampleInterval() < 1;
+    const bool steps = context().settings.value(Setting::sampleInterval) < 1;
     const std::optional<Animation> animation = steps ? std::nullopt : look().update();
     while (clusters_.size() > model.clusters.size()) {
         delete clusters_.back().line;
@@ -240,7 +240,7 @@ TextLabel* CoresView::newNote() {
 }
 
 void CoresView::refresh() {
-    CoresModel model = CoresModel::of(hub());
+    CoresModel model = coresModel(hub());
     if (model == model_)
         return;
     const bool otherCount = model.coreCount != model_.coreCount;

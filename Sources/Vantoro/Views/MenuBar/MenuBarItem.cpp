@@ -52,6 +52,10 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
         else
             create();
     });
+    connect(&context.settings, &Settings::changed, this, [this](std::string_view key) {
+        if (key == Setting::menuBarShowsRPM.key)
+            refresh();
+    });
     connect(&context.look.theme, &Theme::changed, this, [this] {
         refresh();
         showPicture();
@@ -122,8 +126,8 @@ QRect MenuBarItem::geometry() const {
 void MenuBarItem::refresh() {
     if (item_ == nullptr)
         return;
-    MenuBarModel model =
-        menuBarModel(context_.hub, context_.settings.menuBarShowsRPM(), context_.look.theme.reducesMotion());
+    MenuBarModel model = menuBarModel(context_.hub, context_.settings.value(Setting::menuBarShowsRPM),
+                                      context_.look.theme.reducesMotion());
     if (model == model_)
         return;
     const bool looksSame = model.symbol == model_.symbol && model.figure == model_.figure;

@@ -1,8 +1,8 @@
 // The item in the system's menu bar or tray.
 #pragma once
 
-#include "Views/Shared/HubWatch.h"
 #include "Views/MenuBar/MenuBarImage.h"
+#include "Views/Shared/HubWatch.h"
 #include "Views/Shared/View.h"
 
 #include <memory>

@@ -1,17 +1,17 @@
 #include "Views/MenuBar/MenuBarPanel.h"
 
-#include "Design/BalancedLabel.h"
 #include "Design/Controls/Button.h"
 #include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
 #include "Design/Gauges/FigureLine.h"
-#include "Design/Panel.h"
 #include "Design/Gauges/ThermalDial.h"
+#include "Design/Panel.h"
+#include "Design/TextLabel.h"
 #include "Model/Updates/Updates.h"
 #include "Views/Shared/Eyebrow.h"
 #include "Views/Shared/ScreenRoom.h"
-#include "Views/Updates/UpdateRow.h"
 #include "Views/Shared/Words.h"
+#include "Views/Updates/UpdateRow.h"
 
 #include <algorithm>
 #include <QCursor>
@@ -156,7 +156,7 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     , figures_(new Figures(look(), this))
     , noSuspects_(new BalancedLabel(look(), {{Type::body, 3}}, Tone::textSecondary, this))
     , update_(new UpdateRow(look(), this))
-    , open_(new Button(look(), Button::Kind::bordered, tr("Open Vantoro"), this))
+    , open_(new Button(look(), Button::Kind::bordered, vantoro::tr("Open Vantoro"), this))
     , settings_(new Button(look(), Button::Kind::bordered, QString(), this))
     , quit_(new Button(look(), Button::Kind::bordered, QString(), this)) {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint | Qt::WindowStaysOnTopHint);
@@ -171,9 +171,9 @@ MenuBarPanel::MenuBarPanel(ViewContext& context, QWidget* parent)
     shows({&SensorHub::snapshotChanged, &SensorHub::vitalsChanged, &SensorHub::verdictChanged,
            &SensorHub::suspectsChanged, &SensorHub::processesReadyChanged});
     settings_->setIcon(QStringLiteral("gearshape"));
-    settings_->setSpokenName(tr("Settings"));
+    settings_->setSpokenName(vantoro::tr("Settings"));
     quit_->setIcon(QStringLiteral("power"));
-    quit_->setSpokenName(tr("Quit Vantoro"));
+    quit_->setSpokenName(vantoro::tr("Quit Vantoro"));
     for (Button* const button : {open_, settings_, quit_})
         button->setDrawnHeight(buttonHeight);
     const auto closeAnd = [this](void (MenuBarPanel::*signal)()) {

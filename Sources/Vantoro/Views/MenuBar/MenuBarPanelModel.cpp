@@ -73,7 +73,7 @@ MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settin
     model.cores = suspects.cores;
     if (model.suspects.empty())
         model.noSuspects = suspects.isPending ? tr("first list pending") : suspects.emptyText;
-    model.rotorTurns = settings.spinRotors();
+    model.rotorTurns = settings.value(Setting::spinRotors);
     return model;
 }
 

@@ -1,7 +1,7 @@
 // The dials beside the verdict: the fans of a machine, or the temperature of one without.
 #pragma once
 
-#include "Design/Gauges/DialFigures.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Model/Live/SensorHub.h"
 
 #include <vector>

@@ -1,8 +1,8 @@
 #include "Views/Now/FactsModel.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Views/Timeline/TimelineModel.h"
 #include "Views/Shared/Words.h"
+#include "Views/Timeline/TimelineModel.h"
 
 #include <algorithm>
 #include <cmath>

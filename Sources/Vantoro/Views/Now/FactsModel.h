@@ -1,7 +1,7 @@
 // What the row of facts shows: the verdict's figures, each with its course over the last quarter of an hour.
 #pragma once
 
-#include "Design/Gauges/SparklineLine.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Model/Live/SensorHub.h"
 
 #include <QString>

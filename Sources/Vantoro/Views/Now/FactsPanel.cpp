@@ -176,20 +176,8 @@ void FactsPanel::themeChanged() {
 }
 
 void FactsPanel::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
+    keyUsed();
     Panel::keyPressEvent(event);
-}
-
-void FactsPanel::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    Panel::focusInEvent(event);
-    update();
-}
-
-void FactsPanel::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    Panel::focusOutEvent(event);
-    update();
 }
 
 void FactsPanel::paintEvent(QPaintEvent* event) {
@@ -205,8 +193,7 @@ void FactsPanel::paintEvent(QPaintEvent* event) {
         const int x = qRound(Space::panelPadding + column * (wide + cellGap) + wide + cellGap / 2.0);
         painter.fillRect(mirrored(QRect(x, cellsTop() + row * (high + rowGap), 1, high)), color(Tone::line));
     }
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()).adjusted(2, 2, -2, -2), Space::panelRadius - 2, theme());
+    drawFocusRing(painter, QRectF(rect()).adjusted(2, 2, -2, -2), Space::panelRadius - 2);
 }
 
 } // namespace vantoro

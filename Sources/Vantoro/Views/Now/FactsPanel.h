@@ -1,10 +1,10 @@
 // The verdict's figures side by side, each with its course below.
 #pragma once
 
-#include "Views/Shared/FourStepMeter.h"
-#include "Design/Panel.h"
 #include "Design/Gauges/Sparkline.h"
+#include "Design/Panel.h"
 #include "Views/Now/FactsModel.h"
+#include "Views/Shared/FourStepMeter.h"
 
 namespace vantoro {
 
@@ -53,8 +53,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void themeChanged() override;
 
 private:
@@ -67,7 +65,6 @@ private:
     FactsModel model_;
     std::vector<FactCell*> cells_; // owned by Qt as children
     bool isNarrow_ = false;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 #include "Views/Now/Hero.h"
 
-#include "Design/BalancedLabel.h"
 #include "Design/Panel.h"
+#include "Design/TextLabel.h"
 #include "Views/Now/Dials.h"
 #include "Views/Shared/Eyebrow.h"
 

@@ -17,13 +17,13 @@ HeroModel heroModel(const SensorHub& hub, const Settings& settings) {
                               : tr("Two samples and the first list of processes are needed before anything can be "
                                    "said. That takes about two seconds."),
                 .dials = dialsModel(hub),
-                .rotorsTurn = settings.spinRotors()};
+                .rotorsTurn = settings.value(Setting::spinRotors)};
     const Verdict& verdict = hub.verdict();
     return {.eyebrow = eyebrowModel(verdict),
             .headline = toQString(verdict.headline),
             .detail = toQString(verdict.detail),
             .dials = dialsModel(hub),
-            .rotorsTurn = settings.spinRotors()};
+            .rotorsTurn = settings.value(Setting::spinRotors)};
 }
 
 bool HeadlineAnnouncer::isDue(const QString& headline, double now) {

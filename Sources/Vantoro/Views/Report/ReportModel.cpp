@@ -40,7 +40,7 @@ ReportModel reportModel(const Verdict& verdict, const Explanation& explanation) 
     return model;
 }
 
-ReportModel reportModel(SensorHub& hub) {
+ReportModel reportModel(const SensorHub& hub) {
     ReportModel model =
         reportModel(hub.verdict(), LocalExplainer::explain(hub.history(), hub.verdict(), hub.snapshot(), hub.format()));
     model.machineName = toQString(hub.machineName());

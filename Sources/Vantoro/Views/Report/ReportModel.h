@@ -1,8 +1,8 @@
 // The long explanation as the report sheet shows it, ready to paint.
 #pragma once
 
-#include "Model/Records/Explanation.h"
 #include "Model/Live/SensorHub.h"
+#include "Model/Records/Explanation.h"
 
 #include <optional>
 #include <QString>
@@ -51,7 +51,7 @@ struct ReportModel {
 
 ReportModel reportModel(const Verdict& verdict, const Explanation& explanation);
 /// Explains the present verdict of the hub: made when someone asks, and nothing of it is kept.
-ReportModel reportModel(SensorHub& hub);
+ReportModel reportModel(const SensorHub& hub);
 
 /// Whether the sections stand under each other rather than in two columns.
 bool reportTakesOneColumn(int sheetWidth, double textScale);

@@ -100,8 +100,7 @@ void ReportPage::paintEvent(QPaintEvent* event) {
         painter.setPen(run.isHeat ? theme().heatText(model_.heatStop) : color(run.tone));
         run.layout->draw(&painter, run.origin, selections);
     }
-    if (showsRing_)
-        drawFocusRing(painter, QRectF(visibleRegion().boundingRect()), 4, theme());
+    drawFocusRing(painter, QRectF(visibleRegion().boundingRect()), 4);
 }
 
 void ReportPage::arrangeAnew() {
@@ -230,19 +229,6 @@ void ReportPage::keyPressEvent(QKeyEvent* event) {
         selectAll();
     else
         PaintedWidget::keyPressEvent(event);
-}
-
-void ReportPage::focusInEvent(QFocusEvent* event) {
-    // It has the keyboard when the sheet opens, to scroll by; a ring round everything then would only distract.
-    showsRing_ = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void ReportPage::focusOutEvent(QFocusEvent* event) {
-    showsRing_ = false;
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 } // namespace vantoro

@@ -42,8 +42,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
+    // It has the keyboard when the sheet opens, to scroll by; a ring round everything then would only distract.
+    bool isByKeyboard(Qt::FocusReason reason) const override {
+        return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+    }
     void themeChanged() override;
 
 private:
@@ -71,7 +73,6 @@ private:
     Place anchor_;
     Place caret_;
     bool isSelecting_ = false;
-    bool showsRing_ = false;
 };
 
 } // namespace vantoro

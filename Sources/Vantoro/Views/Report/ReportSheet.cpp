@@ -43,7 +43,7 @@ protected:
     void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(QRect(0, 0, width(), 1), color(Tone::line)); }
 };
 
-ReportSheet::ReportSheet(Look& look, QWidget& window, SensorHub& hub)
+ReportSheet::ReportSheet(Look& look, QWidget& window, const SensorHub& hub)
     : Sheet(look, window, radius)
     , model_(reportModel(hub))
     , pane_(new ScrollPane(look, card()))

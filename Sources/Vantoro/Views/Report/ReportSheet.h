@@ -1,7 +1,7 @@
 // The sheet that explains a verdict in full: made when it is asked for, and gone when it is closed.
 #pragma once
 
-#include "Design/Controls/BriefText.h"
+#include "Design/Controls/Button.h"
 #include "Design/Controls/Sheet.h"
 #include "Views/Report/ReportModel.h"
 
@@ -15,7 +15,7 @@ class ReportSheet : public Sheet {
     Q_OBJECT
 public:
     /// Over this window. What it says is what the hub knows now: later samples change nothing in it.
-    ReportSheet(Look& look, QWidget& window, SensorHub& hub);
+    ReportSheet(Look& look, QWidget& window, const SensorHub& hub);
 
     void openReport();
     /// Writes the plain text; a failure is said in the footer.

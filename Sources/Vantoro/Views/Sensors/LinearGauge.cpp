@@ -39,13 +39,15 @@ void LinearGauge::show(const FanRowModel& fan, const std::optional<Animation>& a
     if (fan == fan_)
         return;
     const bool appears = fan.position.has_value() != fan_.position.has_value();
-    const std::optional<Animation> shown = isVisible() && !appears ? animation : std::nullopt;
+    const std::optional<Animation> shown = isInSight() && !appears ? animation : std::nullopt;
     const double now = look().clock.now();
+    position_.setResolution(smallestSeen(width()));
+    target_.setResolution(smallestSeen(width()));
     position_.set(fan.position.value_or(0), now, shown);
     target_.set(fan.target.value_or(0), now, shown);
     fan_ = fan;
     update();
-    if (shown)
+    if (!position_.isAtRest(now) || !target_.isAtRest(now))
         look().clock.run(*this);
 }
 

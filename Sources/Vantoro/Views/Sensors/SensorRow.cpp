@@ -1,13 +1,11 @@
 #include "Views/Sensors/SensorRow.h"
 
-#include "Design/Panel.h"
 #include "Design/Gauges/Sparkline.h"
+#include "Design/Panel.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
 #include <cmath>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 namespace vantoro {
@@ -30,7 +28,7 @@ constexpr TextStyle valueStyle = Type::lead.semibold();
 } // namespace
 
 SensorRow::SensorRow(Look& look, int leastHeight, bool isFirst, QWidget* parent)
-    : PaintedWidget(look, parent), leastHeight_(leastHeight), isFirst_(isFirst), line_(new Sparkline(look, this)) {
+    : Pressable(look, parent), leastHeight_(leastHeight), isFirst_(isFirst), line_(new Sparkline(look, this)) {
     line_->setLineHeight(lineHeightInRow);
     line_->setAreaShown(false);
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -155,8 +153,7 @@ void SensorRow::paintEvent(QPaintEvent*) {
              Qt::AlignRight, Qt::ElideNone);
     if (model_.isExpanded)
         paintSensors(painter, headBottom);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()).adjusted(0, 2, 0, -1), Space::buttonRadius, theme());
+    drawFocusRing(painter, QRectF(rect()).adjusted(0, 2, 0, -1), Space::buttonRadius);
 }
 
 void SensorRow::paintNames(QPainter& painter, const QRectF& head) const {
@@ -172,7 +169,7 @@ void SensorRow::paintNames(QPainter& painter, const QRectF& head) const {
         drawText(painter, rest, Type::caption, color(Tone::textTertiary), model_.range);
         rest.setLeft(rest.left() + textWidth(Type::caption, model_.range) + rangeGap);
     }
-    const bool isReached = hovered_ || model_.isExpanded || (hasFocus() && focus_.showsRing());
+    const bool isReached = isHovered() || model_.isExpanded || hasKeyboard();
     if (model_.isExpandable && isReached && rest.width() >= chevron)
         drawIcon(painter, QRectF(rest.left(), rest.top(), chevron, rest.height()),
                  model_.isExpanded ? "chevron.down" : "chevron.right", chevron, color(Tone::textTertiary));
@@ -195,59 +192,15 @@ void SensorRow::paintSensors(QPainter& painter, double top) const {
     }
 }
 
-void SensorRow::ask() {
-    if (model_.isExpandable)
-        emit unfoldAsked(!model_.isExpanded);
-}
-
-void SensorRow::enterEvent(QEnterEvent*) {
-    hovered_ = true;
-    if (model_.isExpandable)
-        update();
-}
-
-void SensorRow::leaveEvent(QEvent*) {
-    hovered_ = false;
-    if (model_.isExpandable)
-        update();
-}
-
-void SensorRow::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        ask();
-}
-
-void SensorRow::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    const int key = event->key();
-    if (model_.isExpandable && (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter))
-        ask();
-    else
-        PaintedWidget::keyPressEvent(event);
-}
-
-void SensorRow::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void SensorRow::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
-}
-
 Description SensorRow::describe() {
     Description what{.role = model_.isExpandable ? QAccessible::Button : QAccessible::StaticText,
                      .name = model_.label,
-                     .value = model_.spokenValue};
-    what.isExpandable = model_.isExpandable;
-    what.isExpanded = model_.isExpanded;
+                     .value = model_.spokenValue,
+                     .isExpanded = model_.isExpanded,
+                     .isExpandable = model_.isExpandable,
+                     .actions = pressAction(model_.isExpanded ? vantoro::tr("Fold") : vantoro::tr("Unfold"))};
     if (model_.isExpanded)
         what.value += QStringLiteral(", ") + model_.sensorsTitle + QStringLiteral(": ") + model_.sensors.join(u' ');
-    if (model_.isExpandable)
-        what.actions.push_back({model_.isExpanded ? vantoro::tr("Fold") : vantoro::tr("Unfold"), [this] { ask(); }});
     return what;
 }
 

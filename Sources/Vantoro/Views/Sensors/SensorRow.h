@@ -1,14 +1,14 @@
 // One measured figure: what it is, its course, what it reads; some unfold into their single sensors.
 #pragma once
 
-#include "Design/PaintedWidget.h"
+#include "Design/Controls/Pressable.h"
 #include "Views/Sensors/SensorsModel.h"
 
 namespace vantoro {
 
 class Sparkline;
 
-class SensorRow : public PaintedWidget {
+class SensorRow : public Pressable {
     Q_OBJECT
 public:
     /// Room at both sides for the focus ring.
@@ -34,12 +34,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void themeChanged() override;
-    void enterEvent(QEnterEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
+    void press() override { emit unfoldAsked(!model_.isExpanded); }
+    bool isPressable() const override { return model_.isExpandable; }
 
 private:
     struct SensorGrid {
@@ -58,14 +54,11 @@ private:
     void placeLine();
     void paintNames(QPainter& painter, const QRectF& head) const;
     void paintSensors(QPainter& painter, double top) const;
-    void ask();
 
     int leastHeight_;
     bool isFirst_;
     SensorRowModel model_;
     Sparkline* line_; // owned by Qt as a child
-    bool hovered_ = false;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

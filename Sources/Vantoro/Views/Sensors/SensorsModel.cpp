@@ -77,6 +77,15 @@ QString trUnlessEmpty(const char* text) {
     return *text != '\0' ? tr(text) : QString();
 }
 
+// The table of temperatures knows no translations: these are its texts, for whoever extracts them.
+[[maybe_unused]] constexpr const char* temperatureTexts[] = {
+    QT_TRANSLATE_NOOP("vantoro", "Hottest core"), QT_TRANSLATE_NOOP("vantoro", "hottest die sensor"),
+    QT_TRANSLATE_NOOP("vantoro", "Whole chip"),   QT_TRANSLATE_NOOP("vantoro", "mean of the die sensors"),
+    QT_TRANSLATE_NOOP("vantoro", "GPU"),          QT_TRANSLATE_NOOP("vantoro", "hottest graphics sensor"),
+    QT_TRANSLATE_NOOP("vantoro", "Battery"),      QT_TRANSLATE_NOOP("vantoro", "mean of the battery sensors"),
+    QT_TRANSLATE_NOOP("vantoro", "Enclosure"),    QT_TRANSLATE_NOOP("vantoro", "mean of the enclosure sensors"),
+};
+
 SensorRowModel temperatureRow(const SensorHub& hub, std::size_t place) {
     const TemperatureFigure& figure = temperatureFigures.at(place);
     const double celsius = hub.vitals().temps.*figure.celsius;
@@ -116,11 +125,15 @@ struct PowerKind {
 };
 
 constexpr PowerKind powerKinds[] = {
-    {"System", "whole-machine draw", &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
-    {"Adapter", "coming in from the charger", &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
-    {"Battery", "charge or discharge", &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
-    {"GPU", "IOReport's cumulative energy counter, differentiated over time.", &PowerReading::gpuWatts,
-     &Extremes::gpuWatts, graphicsCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "System"), QT_TRANSLATE_NOOP("vantoro", "whole-machine draw"),
+     &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "Adapter"), QT_TRANSLATE_NOOP("vantoro", "coming in from the charger"),
+     &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "Battery"), QT_TRANSLATE_NOOP("vantoro", "charge or discharge"),
+     &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
+    {QT_TRANSLATE_NOOP("vantoro", "GPU"),
+     QT_TRANSLATE_NOOP("vantoro", "IOReport's cumulative energy counter, differentiated over time."),
+     &PowerReading::gpuWatts, &Extremes::gpuWatts, graphicsCeiling},
 };
 
 SensorRowModel powerRow(const SensorHub& hub, const PowerKind& kind) {
@@ -278,7 +291,7 @@ QString legendText(const QString& title, const LegendModel& legend) {
 
 } // namespace
 
-SensorsModel SensorsModel::of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
+SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
     SensorsModel model;
     model.machineName = toQString(hub.machineName());
     model.summary = toQString(hub.sensorSummary());
@@ -314,23 +327,23 @@ QString SensorsModel::plainText() const {
         head += complaint + u'\n';
     parts.append(head);
     if (fans) {
-        Table table(tr("Fans"));
+        Table table(vantoro::tr("Fans"));
         for (const FanRowModel& fan : *fans)
             table.add({fan.label, fan.unit.isEmpty() ? fan.speed : fan.speed + u' ' + fan.unit, fan.range,
                        fan.floorText, fan.targetText, fan.ceilingText});
         parts.append(table.text());
     }
-    Table heat(tr("Temperatures"));
+    Table heat(vantoro::tr("Temperatures"));
     for (const SensorRowModel& row : temperatures)
         add(heat, row);
-    heat.add({tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
+    heat.add({vantoro::tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
     parts.append(heat.text());
-    Table rails(tr("Power"));
+    Table rails(vantoro::tr("Power"));
     for (const SensorRowModel& row : power)
         add(rails, row);
     parts.append(rails.text());
-    parts.append(legendText(tr("Processor"), processor));
-    parts.append(legendText(tr("Memory"), memory));
+    parts.append(legendText(vantoro::tr("Processor"), processor));
+    parts.append(legendText(vantoro::tr("Memory"), memory));
     return parts.join(u'\n');
 }
 

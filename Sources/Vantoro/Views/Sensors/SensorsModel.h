@@ -1,7 +1,7 @@
 // What the sensors pane shows: everything that is measured, by family, with what it has been since launch.
 #pragma once
 
-#include "Design/Gauges/SparklineLine.h"
+#include "Design/Gauges/GaugeFigures.h"
 #include "Model/Live/SensorHub.h"
 #include "Views/Settings/SettingsModel.h"
 
@@ -89,11 +89,12 @@ struct SensorsModel {
     LegendModel processor;
     LegendModel memory;
 
-    static SensorsModel of(SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
     /// All of it as a table of plain text, for the clipboard.
     QString plainText() const;
 
     bool operator==(const SensorsModel&) const = default;
 };
+
+SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded);
 
 } // namespace vantoro

@@ -277,7 +277,7 @@ bool SensorsView::isAnyUnfolded() const {
 }
 
 void SensorsView::readSensorsIfSeen(bool isSeen) {
-    hub().setSensorListVisible(isSeen && isAnyUnfolded());
+    context().actions.setSensorListVisible(isSeen && isAnyUnfolded());
 }
 
 void SensorsView::unfold(std::size_t row, bool unfolded) {
@@ -285,7 +285,7 @@ void SensorsView::unfold(std::size_t row, bool unfolded) {
     readSensorsIfSeen(isVisible());
     // What is unfolded has its figures at once.
     if (unfolded && hub().isReady())
-        hub().publish(true);
+        context().actions.publish(true);
     refresh();
 }
 
@@ -297,7 +297,7 @@ void SensorsView::copyAll() {
 void SensorsView::showEvent(QShowEvent* event) {
     readSensorsIfSeen(true);
     if (isAnyUnfolded() && hub().isReady())
-        hub().publish(true);
+        context().actions.publish(true);
     View::showEvent(event);
 }
 
@@ -331,7 +331,7 @@ void SensorsView::showFans(const SensorsModel& model) {
 }
 
 void SensorsView::refresh() {
-    SensorsModel model = SensorsModel::of(hub(), context().sources, unfolded_);
+    SensorsModel model = sensorsModel(hub(), context().sources, unfolded_);
     if (model == model_)
         return;
     machine_->set(model.machineName, model.summary, model.dataSources);

@@ -1,7 +1,7 @@
 // The pane of everything that is measured: fans, temperatures, power, processor and memory.
 #pragma once
 
-#include "Design/Controls/BriefText.h"
+#include "Design/Controls/Button.h"
 #include "Views/Sensors/SensorsModel.h"
 #include "Views/Shared/View.h"
 

@@ -57,23 +57,29 @@ void StackedBar::show(const LegendModel& legend, const std::optional<Animation>&
         return;
     const bool isFirst = legend.entries.size() != legend_.entries.size();
     const int height = heightForWidth(width());
-    const std::optional<Animation> shown = isVisible() && !isFirst ? animation : std::nullopt;
+    const std::optional<Animation> shown = isInSight() && !isFirst ? animation : std::nullopt;
     const double now = look().clock.now();
     parts_ = 0;
     for (const LegendEntry& entry : legend.entries)
-        if (entry.share && parts_ < mostParts)
+        if (entry.share && parts_ < mostParts) {
+            lengths_[parts_].setResolution(smallestSeen(width()));
             lengths_[parts_++].set(*entry.share, now, shown);
+        }
     legend_ = legend;
     if (isFirst || heightForWidth(width()) != height)
         updateGeometry();
     update();
-    if (shown)
+    if (isMoving(now))
         look().clock.run(*this);
     announceChange();
 }
 
 bool StackedBar::advance(double now) {
     update(0, 0, width(), static_cast<int>(barTop + barHeight));
+    return isMoving(now);
+}
+
+bool StackedBar::isMoving(double now) const {
     return std::any_of(lengths_.begin(), lengths_.end(),
                        [now](const AnimatedValue& length) { return !length.isAtRest(now); });
 }

@@ -31,6 +31,7 @@ private:
     static constexpr std::size_t mostParts = 4;
 
     bool advance(double now) override;
+    bool isMoving(double now) const;
     double rowHeight() const;
     std::size_t columnCount(double width) const;
     QColor shade(std::size_t part) const;

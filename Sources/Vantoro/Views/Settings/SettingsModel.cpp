@@ -19,18 +19,59 @@ const QString& emDash() {
     return dash;
 }
 
-/// Where the value stands among the choices; `otherwise` where it is none of them.
-template <class Choices, class Value>
-int indexAmong(const Choices& choices, const Value& value, int otherwise) {
-    const auto found = std::find(choices.begin(), choices.end(), value);
-    return found == choices.end() ? otherwise : static_cast<int>(found - choices.begin());
+using Row = SettingsRowModel;
+
+struct Choice {
+    SettingsStore::Value stores;
+    QString text;
+};
+
+/// A row where one of some values is chosen; what is stored may be none of them.
+template <class Value>
+Row chooser(Row::Kind kind, const QString& title, const SettingRow<Value>& setting, const Settings& settings,
+            const std::vector<Choice>& choices, int otherwise) {
+    Row row{.kind = kind, .title = title, .current = otherwise, .key = setting.key};
+    const SettingsStore::Value stored = settings.value(setting);
+    for (const Choice& choice : choices) {
+        if (choice.stores == stored)
+            row.current = static_cast<int>(row.choices.size());
+        row.choices.append(choice.text);
+        row.stores.push_back(choice.stores);
+    }
+    return row;
+}
+
+Row onOff(const QString& title, const FlagSetting& setting, const Settings& settings) {
+    return chooser(Row::Kind::onOff, title, setting, settings, {{false, {}}, {true, {}}}, 0);
+}
+
+Row noted(Row row, const QString& note) {
+    row.note = note;
+    return row;
+}
+
+Row text(const QString& title, const QString& value) {
+    return {.title = title, .value = value};
+}
+
+Row rateRow(const Settings& settings, bool costsAreStated) {
+    std::vector<Choice> stops;
+    for (const double seconds : sampleRates)
+        stops.push_back({seconds, {}});
+    Row row = chooser(Row::Kind::slider, {}, Setting::sampleInterval, settings, stops, defaultRateIndex);
+    row.choices.front() = tr("Slowest");
+    row.choices[defaultRateIndex] = tr("Default");
+    row.choices.back() = tr("Fastest");
+    row.title = rateLabel(row.current);
+    row.value = rateName(row.current);
+    for (int index = 0; index < static_cast<int>(sampleRates.size()); ++index)
+        row.notes.append(rateNote(index, costsAreStated));
+    row.note = row.notes[row.current];
+    row.spokenName = tr("Sample rate");
+    return row;
 }
 
 } // namespace
-
-int rateIndexOf(double sampleInterval) {
-    return indexAmong(sampleRates, sampleInterval, defaultRateIndex);
-}
 
 QString rateLabel(int rateIndex) {
     const double interval = sampleRates.at(static_cast<std::size_t>(rateIndex));
@@ -64,26 +105,6 @@ QString rateNote(int rateIndex, bool costsAreStated) {
            (costsAreStated ? tr("Around 45% of a core, and digits step rather than morph — nothing is legible "
                                 "re-forming four times a second.")
                            : tr("Digits step rather than morph — nothing is legible re-forming four times a second."));
-}
-
-QStringList historyChoiceTexts() {
-    return {tr("15 minutes"), tr("30 minutes"), tr("60 minutes")};
-}
-
-QStringList appearanceChoiceTexts() {
-    return {tr("System"), tr("Light"), tr("Dark")};
-}
-
-QStringList unitChoiceTexts() {
-    return {tr("Celsius"), tr("Fahrenheit")};
-}
-
-QStringList processListChoiceTexts() {
-    return {tr("Every process"), tr("Only my own")};
-}
-
-QStringList motionChoiceTexts() {
-    return {tr("Smooth"), tr("Snappy")};
 }
 
 QString motionNote(bool isSmooth, bool costsAreStated) {
@@ -186,33 +207,41 @@ QString coresText(const std::vector<Core>& cores) {
     return coreCounts(cores);
 }
 
-SettingsModel settingsModel(SensorHub& hub, const Settings& settings, const SourceNames& names,
-                            const std::optional<OwnCostMeter::Figure>& ownCost) {
-    const int rate = rateIndexOf(settings.sampleInterval());
-    const bool ownOnly = settings.processMonitorMode() == "unprivileged";
-    return {.rateIndex = rate,
-            .rateLabel = rateLabel(rate),
-            .rateName = rateName(rate),
-            .rateNote = rateNote(rate, names.costsAreStated),
-            .isSmooth = settings.smoothUpdates(),
-            .motionNote = motionNote(settings.smoothUpdates(), names.costsAreStated),
-            .spinsRotors = settings.spinRotors(),
-            .rotorNote = rotorNote(settings.spinRotors(), names.costsAreStated),
-            .ownCost = ownCost ? ownCostText(*ownCost) : QString(),
-            .ownCostNote = ownCost ? ownCostNote(*ownCost) : QString(),
-            .showsFigureAlways = settings.menuBarShowsRPM(),
-            .menuBarLabel = menuBarLabel(hub.cooling()),
-            .menuBarNote = menuBarNote(hub.cooling(), settings.menuBarShowsRPM()),
-            .historyIndex = indexAmong(historyChoicesMinutes, settings.historyMinutes(), 1),
-            .appearanceIndex = indexAmong(appearanceChoices, settings.appearance(), 0),
-            .unitIndex = indexAmong(unitChoices, settings.temperatureUnit(), 0),
-            .processListIndex = ownOnly ? 1 : 0,
-            .processListNote = processListNote(ownOnly, hub.cooling(), hub.processSource(), names),
-            .currentlyReading = hub.isReplay() ? tr("Replay") : currentlyReading(hub.processSource(), names),
-            .machine = toQString(hub.machineName()),
-            .cores = coresText(hub.cores()),
-            .sensorsFound = toQString(hub.sensorSummary()),
-            .dataSources = dataSources(hub.processSource(), names)};
+std::vector<SettingsGroupModel> settingsModel(const SensorHub& hub, const Settings& settings, const SourceNames& names,
+                                              const std::optional<OwnCostMeter::Figure>& ownCost) {
+    using Kind = Row::Kind;
+    const bool costs = names.costsAreStated;
+    const Cooling cooling = hub.cooling();
+    const Source source = hub.processSource();
+    Row own = text(tr("Vantoro itself"), ownCost ? ownCostText(*ownCost) : QString());
+    own.note = ownCost ? ownCostNote(*ownCost) : QString();
+    own.isShown = ownCost.has_value();
+    const Row motion = chooser(Kind::segments, tr("Motion of readings"), Setting::smoothUpdates, settings,
+                               {{true, tr("Smooth")}, {false, tr("Snappy")}}, 0);
+    const Row history = chooser(Kind::popUp, tr("Keep history for"), Setting::historyMinutes, settings,
+                                {{15.0, tr("15 minutes")}, {30.0, tr("30 minutes")}, {60.0, tr("60 minutes")}}, 1);
+    const Row appearance = chooser(Kind::segments, tr("Appearance"), Setting::appearance, settings,
+                                   {{"system", tr("System")}, {"light", tr("Light")}, {"dark", tr("Dark")}}, 0);
+    const Row unit = chooser(Kind::segments, tr("Temperature"), Setting::temperatureUnit, settings,
+                             {{"C", tr("Celsius")}, {"F", tr("Fahrenheit")}}, 0);
+    const Row processes = chooser(Kind::popUp, tr("Process list"), Setting::processMonitorMode, settings,
+                                  {{"auto", tr("Every process")}, {"unprivileged", tr("Only my own")}}, 0);
+    return {{tr("Sample rate"),
+             {rateRow(settings, costs), noted(motion, motionNote(settings.value(Setting::smoothUpdates), costs)),
+              noted(onOff(tr("Spin the fan rotors"), Setting::spinRotors, settings),
+                    rotorNote(settings.value(Setting::spinRotors), costs)),
+              own}},
+            {tr("Menu bar"),
+             {noted(onOff(menuBarLabel(cooling), Setting::menuBarShowsRPM, settings),
+                    menuBarNote(cooling, settings.value(Setting::menuBarShowsRPM)))}},
+            {tr("General"), {history, appearance, unit}},
+            {tr("Processes"),
+             {noted(processes, processListNote(processes.current == 1, cooling, source, names)),
+              text(tr("Currently reading"), hub.isReplay() ? tr("Replay") : currentlyReading(source, names))}},
+            {tr("About this Mac"),
+             {text(tr("Machine"), toQString(hub.machineName())), text(tr("Cores"), coresText(hub.cores())),
+              text(tr("Sensors found"), toQString(hub.sensorSummary())),
+              text(tr("Data sources"), dataSources(source, names))}}};
 }
 
 } // namespace vantoro

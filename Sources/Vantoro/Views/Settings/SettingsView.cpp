@@ -1,11 +1,11 @@
 #include "Views/Settings/SettingsView.h"
 
 #include "Design/Controls/Button.h"
-#include "Design/Controls/PopUpButton.h"
 #include "Design/Controls/SegmentedControl.h"
-#include "Design/Controls/StepSlider.h"
-#include "Design/Controls/Switch.h"
 #include "Model/Updates/Updates.h"
+#include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/StepSlider.h"
+#include "Views/Settings/Switch.h"
 #include "Views/Shared/Words.h"
 
 #include <QKeyEvent>
@@ -17,7 +17,6 @@ namespace {
 constexpr QSize windowSize(600, 784);
 constexpr int lowestWindow = 360;
 constexpr int buttonHeight = 26;
-constexpr double secondsPerMinute = 60;
 } // namespace
 
 SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* parent)
@@ -27,11 +26,8 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     auto* const layout = new QVBoxLayout(this); // owned by Qt as a child
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(form_);
-    addSampleRate();
-    addMenuBar();
-    addGeneral();
-    addProcesses();
-    addAbout();
+    shown_ = model();
+    addGroups();
     const bool asksForUpdates = context.updates != nullptr && context.updates->hasUpdater();
     if (asksForUpdates)
         addUpdates(*context.updates);
@@ -41,118 +37,70 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     // The figures of the program itself follow each sample.
     shows({&SensorHub::snapshotChanged, &SensorHub::processSourceChanged, &SensorHub::isReadyChanged,
            &SensorHub::sensorsAvailableChanged});
-    present(model());
+    connect(&context.settings, &Settings::changed, this, &SettingsView::refresh);
+    present();
 }
 
-void SettingsView::addSampleRate() {
-    SettingsGroup& group = form_->addGroup(vantoro::tr("Sample rate"));
-    rateRow_ = &group.addRow({});
-    rateRow_->setTitleStyle(Type::body.medium());
-    rate_ = new StepSlider(look(), static_cast<int>(sampleRates.size()), rateRow_);
-    rate_->setSpokenName(vantoro::tr("Sample rate"));
-    rate_->setCaption(0, vantoro::tr("Slowest"));
-    rate_->setCaption(defaultRateIndex, vantoro::tr("Default"));
-    rate_->setCaption(static_cast<int>(sampleRates.size()) - 1, vantoro::tr("Fastest"));
-    rateRow_->setWideControl(*rate_, StepSlider::ringMargin);
-    QStringList rateNotes;
-    for (int index = 0; index < static_cast<int>(sampleRates.size()); ++index)
-        rateNotes.append(rateNote(index, names_.costsAreStated));
-    rateRow_->keepRoomForNotes(rateNotes);
-    connect(rate_, &StepSlider::moved, this, [this](int index) {
-        context().settings.setSampleInterval(sampleRates.at(static_cast<std::size_t>(index)));
-        hub().restartTimer();
-        refresh();
-    });
-
-    motionRow_ = &group.addRow(vantoro::tr("Motion of readings"));
-    motion_ = new SegmentedControl(look(), SegmentedControl::Meaning::choices, motionChoiceTexts(), motionRow_);
-    motion_->setSpokenName(motionRow_->title());
-    motionRow_->setControl(*motion_, SegmentedControl::ringMargin);
-    connect(motion_, &SegmentedControl::chosen, this, [this](int index) {
-        context().settings.setSmoothUpdates(index == 0);
-        refresh();
-    });
-
-    rotorRow_ = &group.addRow(vantoro::tr("Spin the fan rotors"));
-    rotors_ = new Switch(look(), rotorRow_);
-    rotors_->setSpokenName(rotorRow_->title());
-    rotorRow_->setControl(*rotors_, Switch::ringMargin);
-    connect(rotors_, &Switch::toggled, this, [this](bool on) {
-        context().settings.setSpinRotors(on);
-        refresh();
-        emit rotorSettingChanged();
-    });
-    ownCostRow_ = &group.addRow(vantoro::tr("Vantoro itself"));
+void SettingsView::addGroups() {
+    for (const SettingsGroupModel& group : shown_) {
+        SettingsGroup& panel = form_->addGroup(group.title);
+        for (const SettingsRowModel& row : group.rows)
+            lines_.push_back(line(panel.addRow(row.title), row));
+    }
 }
 
-void SettingsView::addMenuBar() {
-    menuBarRow_ = &form_->addGroup(vantoro::tr("Menu bar")).addRow({});
-    menuBar_ = new Switch(look(), menuBarRow_);
-    menuBarRow_->setControl(*menuBar_, Switch::ringMargin);
-    connect(menuBar_, &Switch::toggled, this, [this](bool on) {
-        context().settings.setMenuBarShowsRPM(on);
-        refresh();
-        emit menuBarSettingChanged();
-    });
-}
-
-void SettingsView::addGeneral() {
-    SettingsGroup& group = form_->addGroup(vantoro::tr("General"));
-    SettingsRow& historyRow = group.addRow(vantoro::tr("Keep history for"));
-    history_ = new PopUpButton(look(), historyChoiceTexts(), &historyRow);
-    history_->setSpokenName(historyRow.title());
-    historyRow.setControl(*history_, PopUpButton::ringMargin);
-    connect(history_, &PopUpButton::chosen, this, [this](int index) {
-        const double minutes = historyChoicesMinutes.at(static_cast<std::size_t>(index));
-        context().settings.setHistoryMinutes(minutes);
-        hub().history().setRetention(minutes * secondsPerMinute);
-        refresh();
-    });
-
-    SettingsRow& appearanceRow = group.addRow(vantoro::tr("Appearance"));
-    appearance_ =
-        new SegmentedControl(look(), SegmentedControl::Meaning::choices, appearanceChoiceTexts(), &appearanceRow);
-    appearance_->setSpokenName(appearanceRow.title());
-    appearanceRow.setControl(*appearance_, SegmentedControl::ringMargin);
-    connect(appearance_, &SegmentedControl::chosen, this, [this](int index) {
-        const char* const name = appearanceChoices.at(static_cast<std::size_t>(index));
-        context().settings.setAppearance(name);
-        refresh();
-        emit appearanceChanged(name);
-    });
-
-    SettingsRow& unitRow = group.addRow(vantoro::tr("Temperature"));
-    unit_ = new SegmentedControl(look(), SegmentedControl::Meaning::choices, unitChoiceTexts(), &unitRow);
-    unit_->setSpokenName(unitRow.title());
-    unitRow.setControl(*unit_, SegmentedControl::ringMargin);
-    connect(unit_, &SegmentedControl::chosen, this, [this](int index) {
-        context().settings.setTemperatureUnit(unitChoices.at(static_cast<std::size_t>(index)));
-        // The verdict and the facts have the unit in their words.
-        hub().publishInNewFormat();
-        refresh();
-    });
-}
-
-void SettingsView::addProcesses() {
-    SettingsGroup& group = form_->addGroup(vantoro::tr("Processes"));
-    processListRow_ = &group.addRow(vantoro::tr("Process list"));
-    processList_ = new PopUpButton(look(), processListChoiceTexts(), processListRow_);
-    processList_->setSpokenName(processListRow_->title());
-    processListRow_->setControl(*processList_, PopUpButton::ringMargin);
-    connect(processList_, &PopUpButton::chosen, this, [this](int index) {
-        context().settings.setProcessMonitorMode(processListChoices.at(static_cast<std::size_t>(index)));
-        hub().restartTimer();
-        refresh();
-    });
-    readingRow_ = &group.addRow(vantoro::tr("Currently reading"));
-}
-
-void SettingsView::addAbout() {
-    SettingsGroup& group = form_->addGroup(vantoro::tr("About this Mac"));
-    machineRow_ = &group.addRow(vantoro::tr("Machine"));
-    coresRow_ = &group.addRow(vantoro::tr("Cores"));
-    sensorsRow_ = &group.addRow(vantoro::tr("Sensors found"));
-    sourcesRow_ = &group.addRow(vantoro::tr("Data sources"));
+SettingsView::Line SettingsView::line(SettingsRow& row, const SettingsRowModel& model) {
+    using Kind = SettingsRowModel::Kind;
+    const auto choose = [this, key = model.key, stores = model.stores](int index) {
+        context().settings.store(key, stores.at(static_cast<std::size_t>(index)));
+    };
+    const auto named = [](auto* control) {
+        return [control](const SettingsRowModel& now) {
+            control->setCurrent(now.current);
+            control->setSpokenName(now.title);
+        };
+    };
+    switch (model.kind) {
+    case Kind::text:
+        break;
+    case Kind::onOff: {
+        auto* const control = new Switch(look(), &row); // owned by Qt as a child, as are all below
+        row.setControl(*control, Switch::ringMargin);
+        connect(control, &Switch::toggled, this, choose);
+        return {&row, [control](const SettingsRowModel& now) {
+                    control->setOn(now.current == 1);
+                    control->setSpokenName(now.title);
+                }};
+    }
+    case Kind::segments: {
+        auto* const control = new SegmentedControl(look(), SegmentedControl::Meaning::choices, model.choices, &row);
+        row.setControl(*control, SegmentedControl::ringMargin);
+        connect(control, &SegmentedControl::chosen, this, choose);
+        return {&row, named(control)};
+    }
+    case Kind::popUp: {
+        auto* const control = new PopUpButton(look(), model.choices, &row);
+        row.setControl(*control, PopUpButton::ringMargin);
+        connect(control, &PopUpButton::chosen, this, choose);
+        return {&row, named(control)};
+    }
+    case Kind::slider: {
+        auto* const control = new StepSlider(look(), static_cast<int>(model.choices.size()), &row);
+        for (int stop = 0; stop < model.choices.size(); ++stop)
+            if (!model.choices[stop].isEmpty())
+                control->setCaption(stop, model.choices[stop]);
+        control->setSpokenName(model.spokenName);
+        row.setTitleStyle(Type::body.medium());
+        row.setWideControl(*control, StepSlider::ringMargin);
+        row.keepRoomForNotes(model.notes);
+        connect(control, &StepSlider::moved, this, choose);
+        return {&row, [control](const SettingsRowModel& now) {
+                    control->setValue(now.current);
+                    control->setSpokenValue(now.title + ", " + now.value);
+                }};
+    }
+    }
+    return {&row, {}};
 }
 
 void SettingsView::addUpdates(Updates& updates) {
@@ -202,47 +150,33 @@ void SettingsView::showEvent(QShowEvent* event) {
         this, [this] { form_->reveal(*updates_); }, Qt::QueuedConnection);
 }
 
-SettingsModel SettingsView::model() {
+std::vector<SettingsGroupModel> SettingsView::model() const {
     // Its memory is read for whoever looks at it, and for nobody else.
     OwnCostMeter* const meter = isVisible() ? context().ownCost : nullptr;
     return settingsModel(hub(), context().settings, names_, meter ? meter->figure(look().clock.now()) : std::nullopt);
 }
 
 void SettingsView::refresh() {
-    SettingsModel model = this->model();
+    std::vector<SettingsGroupModel> model = this->model();
     if (model == shown_)
         return;
-    present(model);
+    shown_ = std::move(model);
+    present();
 }
 
-void SettingsView::present(const SettingsModel& model) {
-    shown_ = model;
-    rateRow_->setTitle(model.rateLabel);
-    rateRow_->setValue(model.rateName);
-    rateRow_->setNote(model.rateNote);
-    rate_->setValue(model.rateIndex);
-    rate_->setSpokenValue(model.rateLabel + ", " + model.rateName);
-    motion_->setCurrent(model.isSmooth ? 0 : 1);
-    motionRow_->setNote(model.motionNote);
-    rotors_->setOn(model.spinsRotors);
-    rotorRow_->setNote(model.rotorNote);
-    ownCostRow_->setVisible(!model.ownCost.isEmpty());
-    ownCostRow_->setValue(model.ownCost);
-    ownCostRow_->setNote(model.ownCostNote);
-    menuBarRow_->setTitle(model.menuBarLabel);
-    menuBarRow_->setNote(model.menuBarNote);
-    menuBar_->setSpokenName(model.menuBarLabel);
-    menuBar_->setOn(model.showsFigureAlways);
-    history_->setCurrent(model.historyIndex);
-    appearance_->setCurrent(model.appearanceIndex);
-    unit_->setCurrent(model.unitIndex);
-    processList_->setCurrent(model.processListIndex);
-    processListRow_->setNote(model.processListNote);
-    readingRow_->setValue(model.currentlyReading);
-    machineRow_->setValue(model.machine);
-    coresRow_->setValue(model.cores);
-    sensorsRow_->setValue(model.sensorsFound);
-    sourcesRow_->setValue(model.dataSources);
+void SettingsView::present() {
+    auto line = lines_.begin();
+    for (const SettingsGroupModel& group : shown_)
+        for (const SettingsRowModel& model : group.rows) {
+            line->row->setTitle(model.title);
+            if (model.kind == SettingsRowModel::Kind::text || !model.value.isEmpty())
+                line->row->setValue(model.value);
+            line->row->setNote(model.note);
+            line->row->setVisible(model.isShown);
+            if (line->showChoice)
+                line->showChoice(model);
+            ++line;
+        }
 }
 
 void SettingsView::themeChanged() {

@@ -3,15 +3,14 @@
 
 #include "Views/Settings/SettingsForm.h"
 #include "Views/Settings/SettingsModel.h"
-#include "Views/Updates/UpdatesModel.h"
 #include "Views/Shared/View.h"
+#include "Views/Updates/UpdatesModel.h"
+
+#include <functional>
 
 namespace vantoro {
 
 class Button;
-class PopUpButton;
-class SegmentedControl;
-class StepSlider;
 class Switch;
 
 class SettingsView : public View {
@@ -24,12 +23,6 @@ public:
     /// What the form needs at least.
     QSize smallestSize() const;
 
-signals:
-    /// The name that is now stored: "light", "dark", or another for the system's.
-    void appearanceChanged(const QString& name);
-    void menuBarSettingChanged();
-    void rotorSettingChanged();
-
 protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -37,40 +30,26 @@ protected:
     void themeChanged() override;
 
 private:
-    void addSampleRate();
-    void addMenuBar();
-    void addGeneral();
-    void addProcesses();
-    void addAbout();
+    struct Line {
+        SettingsRow* row = nullptr;
+        /// Shows what is chosen, where something is.
+        std::function<void(const SettingsRowModel&)> showChoice;
+    };
+
+    void addGroups();
+    Line line(SettingsRow& row, const SettingsRowModel& model);
     void addUpdates(Updates& updates);
-    SettingsModel model();
-    void present(const SettingsModel& model);
+    std::vector<SettingsGroupModel> model() const;
+    void present();
     void refreshUpdates();
 
     SourceNames names_;
-    SettingsModel shown_;
+    std::vector<SettingsGroupModel> shown_;
+    /// One for each row of the model.
+    std::vector<Line> lines_;
     UpdatesGroupModel shownUpdates_;
     // All owned by Qt as children.
     SettingsForm* form_;
-    SettingsRow* rateRow_ = nullptr;
-    SettingsRow* motionRow_ = nullptr;
-    SettingsRow* rotorRow_ = nullptr;
-    SettingsRow* ownCostRow_ = nullptr;
-    SettingsRow* menuBarRow_ = nullptr;
-    SettingsRow* processListRow_ = nullptr;
-    SettingsRow* readingRow_ = nullptr;
-    SettingsRow* machineRow_ = nullptr;
-    SettingsRow* coresRow_ = nullptr;
-    SettingsRow* sensorsRow_ = nullptr;
-    SettingsRow* sourcesRow_ = nullptr;
-    StepSlider* rate_ = nullptr;
-    SegmentedControl* motion_ = nullptr;
-    Switch* rotors_ = nullptr;
-    Switch* menuBar_ = nullptr;
-    PopUpButton* history_ = nullptr;
-    SegmentedControl* appearance_ = nullptr;
-    SegmentedControl* unit_ = nullptr;
-    PopUpButton* processList_ = nullptr;
     // These only where there is an updater.
     SettingsGroup* updates_ = nullptr;
     SettingsRow* automaticRow_ = nullptr;

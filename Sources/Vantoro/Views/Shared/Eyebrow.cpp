@@ -54,7 +54,7 @@ QSize Eyebrow::minimumSizeHint() const {
 }
 
 Description Eyebrow::describe() {
-    return {.role = QAccessible::StaticText, .name = tr("Stress level"), .value = model_.spokenValue};
+    return {.role = QAccessible::StaticText, .name = vantoro::tr("Stress level"), .value = model_.spokenValue};
 }
 
 int Eyebrow::scaledTriangle() const {

@@ -4,6 +4,17 @@
 
 namespace vantoro {
 
+HubWatch::HubWatch(const SensorHub& hub, std::initializer_list<HubSignal> properties, std::function<void()> changed,
+                   QObject* parent)
+    : QObject(parent) {
+    for (const HubSignal changes : properties)
+        connect(&hub, changes, this, [this] { isDue_ = true; });
+    connect(&hub, &SensorHub::transactionEnded, this, [this, changed = std::move(changed)] {
+        if (std::exchange(isDue_, false))
+            changed();
+    });
+}
+
 View::View(ViewContext& context, QWidget* parent) : PaintedWidget(context.look, parent), context_(context) {
     connect(&context.look.clock, &AnimationClock::resumed, this, [this] {
         if (isSeen())

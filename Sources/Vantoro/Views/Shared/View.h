@@ -5,7 +5,6 @@
 #include "Design/PaintedWidget.h"
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
-#include "Views/Shared/HubWatch.h"
 #include "Views/Shared/SourceNames.h"
 
 #include <functional>
@@ -16,9 +15,22 @@ namespace vantoro {
 class OwnCostMeter;
 class Updates;
 
+using HubSignal = void (SensorHub::*)();
+
+/// However many of its properties change within one transaction, `changed` is called once, when the transaction ends.
+class HubWatch : public QObject {
+public:
+    HubWatch(const SensorHub& hub, std::initializer_list<HubSignal> properties, std::function<void()> changed,
+             QObject* parent);
+
+private:
+    bool isDue_ = false;
+};
+
 /// What every view is given. All of it outlives the views.
 struct ViewContext {
-    SensorHub& hub;
+    const SensorHub& hub;
+    HubActions& actions;
     Settings& settings;
     Look& look;
     SourceNames sources = {};
@@ -39,7 +51,7 @@ public:
 
 protected:
     ViewContext& context() const { return context_; }
-    SensorHub& hub() const { return context_.hub; }
+    const SensorHub& hub() const { return context_.hub; }
 
     /// Calls `part` at the end of every transaction in which one of these properties was published; never while the
     /// view cannot be seen. What the part changes is shown with the transaction's animation.

@@ -1,5 +1,8 @@
 #include "Views/Shared/Words.h"
 
+#include <algorithm>
+#include <QTranslator>
+
 namespace vantoro {
 
 QString toQString(std::string_view text) {
@@ -13,6 +16,12 @@ QString trayText(const QString& text) {
 
 QString tr(const char* text, int count) {
     return QCoreApplication::translate("vantoro", text, nullptr, count);
+}
+
+bool installCatalogue(const QLocale& locale, const QStringList& folders) {
+    auto* const catalogue = new QTranslator(QCoreApplication::instance()); // owned by Qt as a child
+    const auto holds = [&](const QString& folder) { return catalogue->load(locale, "vantoro", "_", folder); };
+    return std::any_of(folders.begin(), folders.end(), holds) && QCoreApplication::installTranslator(catalogue);
 }
 
 } // namespace vantoro

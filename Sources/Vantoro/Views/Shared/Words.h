@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QString>
+#include <QStringList>
 #include <string_view>
 
 namespace vantoro {
@@ -14,7 +16,12 @@ QString toQString(std::string_view text);
 /// replaced by ones that look like them.
 QString trayText(const QString& text);
 
-/// A text of the interface in the user's language, English at the source. Use as tr("…") within a view model.
+/// A text of the interface in the user's language, English at the source. Use as tr("…") within a view model and
+/// as vantoro::tr("…") within a class, which may have a tr of its own with texts of its own.
 QString tr(const char* text, int count = -1);
+
+/// From now on texts come from the first of the folders that has a catalogue for the locale, "vantoro_de.qm" say, and
+/// are English where none has. Whether one was found.
+bool installCatalogue(const QLocale& locale, const QStringList& folders);
 
 } // namespace vantoro

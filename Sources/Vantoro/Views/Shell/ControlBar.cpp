@@ -66,17 +66,14 @@ protected:
         if (!isCompact_)
             drawText(painter, QRectF(left + iconSize + 6, 0, width(), height()), Type::small,
                      color(Tone::textSecondary), badge_.text);
-        if (hasFocus() && focus_.showsRing())
-            drawFocusRing(painter, QRectF(rect()), height() / 2.0, theme());
+        drawFocusRing(painter, QRectF(rect()), height() / 2.0);
     }
 
     // Reached by the keyboard for what the pointer would have it say.
     void focusInEvent(QFocusEvent* event) override {
-        focus_.focusIn(event->reason());
         PaintedWidget::focusInEvent(event);
-        update();
         // Queued: a tooltip goes with the next change of focus, and this one is still under way.
-        if (focus_.showsRing() && event->reason() != Qt::OtherFocusReason)
+        if (hasKeyboard() && event->reason() != Qt::OtherFocusReason)
             QMetaObject::invokeMethod(
                 this,
                 [this] {
@@ -86,9 +83,7 @@ protected:
     }
 
     void focusOutEvent(QFocusEvent* event) override {
-        focus_.focusOut();
         PaintedWidget::focusOutEvent(event);
-        update();
         QToolTip::hideText();
     }
 
@@ -99,7 +94,6 @@ private:
 
     Badge badge_;
     bool isCompact_ = false;
-    FocusTracker focus_;
 };
 
 namespace {
@@ -122,7 +116,7 @@ ControlBar::ControlBar(Look& look, QWidget* parent)
     switcher_->setSegmentSize({88, 28});
     settings_->setIcon("gearshape", 18);
     settings_->setDrawnHeight(28);
-    settings_->setSpokenName(tr("Settings"));
+    settings_->setSpokenName(vantoro::tr("Settings"));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(switcher_, &SegmentedControl::chosen, this,
             [this](int index) { emit paneChosen(static_cast<Pane>(index)); });

@@ -58,7 +58,8 @@ void MainWindow::addShortcuts() {
 }
 
 void MainWindow::restoreGeometryOf() {
-    const QByteArray stored = QByteArray::fromBase64(QByteArray::fromStdString(context_.settings.windowGeometry()));
+    const QByteArray stored =
+        QByteArray::fromBase64(QByteArray::fromStdString(context_.settings.value(Setting::windowGeometry)));
     if (stored.isEmpty() || !restoreGeometry(stored))
         resize(usualSize);
 }
@@ -133,7 +134,7 @@ void MainWindow::hideEvent(QHideEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    context_.settings.setWindowGeometry(saveGeometry().toBase64().toStdString());
+    context_.settings.store(Setting::windowGeometry, saveGeometry().toBase64().toStdString());
     event->accept();
 }
 

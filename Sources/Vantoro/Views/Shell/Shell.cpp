@@ -3,23 +3,26 @@
 #include "Model/Live/Log.h"
 #include "Model/Updates/Updates.h"
 #include "Platform/Memory.h"
-#include "Views/Shell/AppMenus.h"
 #include "Views/MenuBar/MenuBarItem.h"
 #include "Views/MenuBar/MenuBarPanel.h"
+#include "Views/Settings/SettingsView.h"
 #include "Views/Shared/NoticeAlert.h"
 #include "Views/Shared/NoticeModel.h"
 #include "Views/Shared/ScreenRoom.h"
-#include "Views/Settings/SettingsView.h"
+#include "Views/Shell/AppMenus.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QShortcut>
+#include <QTimer>
 #include <QUrl>
 
 namespace vantoro {
 
 namespace {
 constexpr const char* homePage = "https://vantoro.example";
+/// By then the first figures have been shown and what glides has arrived.
+constexpr int settlingMilliseconds = 5000;
 } // namespace
 
 Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOptions options)
@@ -27,10 +30,11 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
     , ownCost_(options_.ownCost)
     , look_{theme_, icons_, clock_, motion}
     , menuBarLook_{theme_, icons_, menuBarClock_, motion}
-    , context_{hub, settings, look_, options_.sources, options_.updates, &ownCost_}
-    , menuBarContext_{hub, settings, menuBarLook_}
+    , context_{hub, hub, settings, look_, options_.sources, options_.updates, &ownCost_}
+    , menuBarContext_{hub, hub, settings, menuBarLook_}
     , follower_(theme_, options_.looks) {
-    follower_.applyAppearance(QString::fromStdString(settings.appearance()));
+    settingChanged(Setting::appearance.key);
+    connect(&settings, &Settings::changed, this, &Shell::settingChanged);
     // Noted all the time, so that whoever opens the settings finds the last minute known.
     connect(&hub, &SensorHub::snapshotChanged, this, [this] { ownCost_.note(clock_.now()); });
     // With nothing to be seen there is nothing to draw; the first window starts the clock.
@@ -44,6 +48,14 @@ Shell::~Shell() {
             window->disconnect(this);
             delete window;
         }
+}
+
+void Shell::settingChanged(std::string_view key) {
+    if (key == Setting::appearance.key)
+        follower_.applyAppearance(QString::fromStdString(context_.settings.value(Setting::appearance)));
+    // What turns or stands is decided when a view refreshes.
+    else if (key == Setting::spinRotors.key)
+        context_.actions.publish(true);
 }
 
 void Shell::open() {
@@ -126,6 +138,9 @@ void Shell::raiseWindow() {
         connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);
         connect(window_, &MainWindow::canBeSeenChanged, this, &Shell::updateClock);
         connect(window_, &QObject::destroyed, this, &Shell::windowClosed);
+        // Most of what it took to start and to open a window is not needed to keep it open.
+        connect(window_, &MainWindow::firstSeen, this,
+                [this] { QTimer::singleShot(settlingMilliseconds, this, &releaseUnusedMemory); });
         if (options_.updates != nullptr)
             connect(window_, &MainWindow::firstSeen, options_.updates, &Updates::windowWasSeen);
         new WindowKeeper(*window_,
@@ -150,13 +165,6 @@ void Shell::openSettings() {
         settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
         auto* const quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), settingsWindow_); // owned by Qt as a child
         connect(quit, &QShortcut::activated, qApp, &QApplication::quit);
-        connect(settingsWindow_, &SettingsView::appearanceChanged, &follower_, &LooksFollower::applyAppearance);
-        connect(settingsWindow_, &SettingsView::menuBarSettingChanged, this, [this] {
-            if (item_)
-                item_->refresh();
-        });
-        // What turns or stands is decided when a view refreshes.
-        connect(settingsWindow_, &SettingsView::rotorSettingChanged, this, [this] { context_.hub.publish(true); });
         connect(settingsWindow_, &QObject::destroyed, this, [this] {
             settingsWindow_ = nullptr;
             updateClock();
@@ -182,9 +190,9 @@ void Shell::togglePanel(const QPoint& anchor) {
 }
 
 void Shell::noteMissingMenuBar() {
-    if (context_.settings.toldOfMissingTray() || !window_)
+    if (context_.settings.value(Setting::toldOfMissingTray) || !window_)
         return;
-    context_.settings.setToldOfMissingTray(true);
+    context_.settings.store(Setting::toldOfMissingTray, true);
     const Notice words = missingMenuBarNotice();
     // Deletes itself once closed.
     (new NoticeAlert(look_, *window_, words.title, words.text, words.answer))->open();

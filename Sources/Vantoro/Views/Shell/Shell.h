@@ -3,12 +3,12 @@
 #pragma once
 
 #include "Model/Readers/OwnCostMeter.h"
-#include "Views/Shell/AppMenusModel.h"
-#include "Views/Shell/MainWindow.h"
 #include "Views/MenuBar/MenuBarImage.h"
 #include "Views/Shared/SourceNames.h"
-#include "Views/Shell/SystemLooks.h"
 #include "Views/Shared/View.h"
+#include "Views/Shell/AppMenusModel.h"
+#include "Views/Shell/LooksFollower.h"
+#include "Views/Shell/MainWindow.h"
 
 #include <functional>
 #include <memory>
@@ -65,6 +65,7 @@ public:
     const AppMenus* menus() const { return menus_.get(); }
 
 private:
+    void settingChanged(std::string_view key);
     void makeMenus();
     void perform(AppCommand command);
     /// Someone asked for the program: the window opens if nothing of it is to be seen.

@@ -26,7 +26,7 @@ void QuitAlert::ask(ViewContext& context, QWidget& view, std::int32_t pid) {
     for (const QuitAlert* const open : view.window()->findChildren<QuitAlert*>())
         if (open->isVisible())
             return;
-    Quits& quits = context.hub.quits();
+    Quits& quits = context.actions.quits();
     QuitModel model;
     std::optional<QuitQuestion> question;
     if (const Quitting* const quitting = quits.find(group->key)) {
@@ -45,7 +45,7 @@ void QuitAlert::ask(ViewContext& context, QWidget& view, std::int32_t pid) {
 QuitAlert::QuitAlert(ViewContext& context, QWidget& window, std::string key, const QuitModel& model,
                      std::optional<QuitQuestion> question)
     : Sheet(context.look, window, cardRadius)
-    , hub_(context.hub)
+    , quits_(context.actions.quits())
     , key_(std::move(key))
     , question_(std::move(question))
     , title_(new TextLabel(context.look, titleStyle, Tone::textPrimary, card()))
@@ -59,43 +59,43 @@ QuitAlert::QuitAlert(ViewContext& context, QWidget& window, std::string key, con
     text_->setWraps(true);
     connect(confirm_, &Button::clicked, this, &QuitAlert::confirmed);
     connect(cancel_, &Button::clicked, this, &QuitAlert::close);
-    connect(&hub_.quits(), &Quits::changed, this, &QuitAlert::follow);
+    connect(&quits_, &Quits::changed, this, &QuitAlert::follow);
     connect(this, &Sheet::closed, this, [this] {
         if (std::exchange(isFollowing_, false))
-            hub_.quits().attend(key_, false);
+            quits_.attend(key_, false);
     });
     show(model);
-    if (!question_ && hub_.quits().find(key_) != nullptr) {
+    if (!question_ && quits_.find(key_) != nullptr) {
         isFollowing_ = true;
-        hub_.quits().attend(key_, true);
+        quits_.attend(key_, true);
     }
 }
 
 // A window that is closed takes its alert with it unanswered; what is under way goes on.
 QuitAlert::~QuitAlert() {
-    disconnect(&hub_.quits(), nullptr, this, nullptr);
+    disconnect(&quits_, nullptr, this, nullptr);
     if (isFollowing_)
-        hub_.quits().attend(key_, false);
+        quits_.attend(key_, false);
 }
 
 void QuitAlert::confirmed() {
     if (question_) {
         isFollowing_ = true;
-        hub_.quits().begin(*std::exchange(question_, std::nullopt));
+        quits_.begin(*std::exchange(question_, std::nullopt));
     } else {
-        hub_.quits().force(key_);
+        quits_.force(key_);
     }
 }
 
 void QuitAlert::follow() {
     if (!isFollowing_)
         return;
-    const Quitting* const quitting = hub_.quits().find(key_);
+    const Quitting* const quitting = quits_.find(key_);
     if (quitting == nullptr || quitting->stage() == Quitting::Stage::stuck) {
         close();
         return;
     }
-    show(quitModel(hub_.quits(), *quitting));
+    show(quitModel(quits_, *quitting));
 }
 
 void QuitAlert::show(const QuitModel& model) {

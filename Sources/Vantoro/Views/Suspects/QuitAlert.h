@@ -4,9 +4,9 @@
 #include "Design/Controls/Button.h"
 #include "Design/Controls/Sheet.h"
 #include "Design/TextLabel.h"
+#include "Views/Shared/View.h"
 #include "Views/Suspects/QuitModel.h"
 #include "Views/Updates/UpdateMark.h"
-#include "Views/Shared/View.h"
 
 namespace vantoro {
 
@@ -41,7 +41,7 @@ private:
     void follow();
     void place();
 
-    SensorHub& hub_;
+    Quits& quits_;
     std::string key_;
     QuitModel model_;
     std::optional<QuitQuestion> question_;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <initializer_list>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPaintEvent>
 
@@ -34,7 +33,7 @@ int plainTextHeight(const Theme& theme) {
 } // namespace
 
 SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
-    : PaintedWidget(look, parent)
+    : Pressable(look, parent)
     , icons_(icons)
     , bar_(new CoreBar(look, this))
     , quit_(new Button(look, Button::Kind::bordered, {}, this))
@@ -82,7 +81,7 @@ void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) 
 void SuspectRow::jump() {
     bar_->jump();
     fade_.settle();
-    isPressed_ = false;
+    cancelPress();
     quit_->cancelPress();
 }
 
@@ -182,7 +181,7 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
     painter.setRenderHint(QPainter::Antialiasing);
     if (isMoving_)
         painter.fillRect(rect(), color(Tone::panel));
-    if (isHovered_)
+    if (isHovered())
         painter.fillRect(rect(), color(Tone::hover));
     if (bar_->geometry().contains(event->rect()))
         return;
@@ -225,8 +224,7 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
     }
     if (!isFirst_)
         painter.fillRect(mirrored(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1)), color(Tone::line));
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius, theme());
+    drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius);
 }
 
 void SuspectRow::paintFigure(QPainter& painter) {
@@ -249,59 +247,46 @@ Description SuspectRow::describe() {
                      .name = model_.name + QStringLiteral(", ") + model_.about,
                      .value = model_.quitting.isEmpty() ? model_.spokenFigure : model_.quitting,
                      .isExpanded = isExpanded_,
-                     .isExpandable = true};
+                     .isExpandable = true,
+                     .actions = pressAction(expandAction_)};
     if (isExpanded_)
         what.name += QStringLiteral(". ") + model_.explanation + u' ' + model_.details;
-    what.actions.push_back({expandAction_, [this] { emit toggled(); }});
     if (model_.offersQuit)
         what.actions.push_back({quit_->text(), [this] { emit quitAsked(); }});
     return what;
 }
 
 void SuspectRow::showQuit() {
-    quit_->setVisible(model_.offersForce || (isHovered_ && model_.offersQuit));
+    quit_->setVisible(model_.offersForce || (isHovered() && model_.offersQuit));
 }
 
 void SuspectRow::setHovered(bool hovered) {
-    isHovered_ = hovered;
+    Pressable::setHovered(hovered);
     showQuit();
     const double room = nameWidth();
     const bool isCut =
         textWidth(Type::body.semibold(), model_.name) > room || textWidth(Type::caption, model_.about) > room;
     setToolTip(hovered && isCut ? model_.name + u'\n' + model_.about : QString());
-    update();
 }
 
 void SuspectRow::enterEvent(QEnterEvent* event) {
-    setHovered(true);
+    Pressable::enterEvent(event);
     emit entered(event->globalPosition().toPoint());
 }
 
-void SuspectRow::leaveEvent(QEvent*) {
-    setHovered(false);
+void SuspectRow::leaveEvent(QEvent* event) {
+    Pressable::leaveEvent(event);
     emit attentionChanged();
 }
 
 void SuspectRow::hideEvent(QHideEvent* event) {
     setHovered(false);
     fade_.settle();
-    PaintedWidget::hideEvent(event);
-}
-
-void SuspectRow::mousePressEvent(QMouseEvent* event) {
-    isPressed_ = event->button() == Qt::LeftButton;
-}
-
-void SuspectRow::mouseReleaseEvent(QMouseEvent* event) {
-    const bool isClick = isPressed_ && rect().contains(event->position().toPoint());
-    isPressed_ = false;
-    if (isClick)
-        emit toggled();
+    Pressable::hideEvent(event);
 }
 
 void SuspectRow::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    update();
+    keyUsed();
     constexpr int toTheEnd = 10'000;
     switch (event->key()) {
     case Qt::Key_Up:
@@ -316,31 +301,18 @@ void SuspectRow::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_End:
         emit moved(toTheEnd);
         break;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Space:
-        emit toggled();
-        break;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
         if (model_.offersQuit)
             emit quitAsked();
         break;
     default:
-        PaintedWidget::keyPressEvent(event);
+        Pressable::keyPressEvent(event);
     }
 }
 
-void SuspectRow::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
 void SuspectRow::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
+    Pressable::focusOutEvent(event);
     emit attentionChanged();
 }
 

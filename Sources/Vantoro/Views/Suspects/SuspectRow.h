@@ -11,7 +11,7 @@ namespace vantoro {
 
 /// As wide as its panel, so that what marks the whole row reaches the panel's edges. Asked for its height by the panel,
 /// which places it.
-class SuspectRow : public PaintedWidget {
+class SuspectRow : public Pressable {
     Q_OBJECT
 public:
     SuspectRow(Look& look, AppIcons& icons, QWidget* parent = nullptr);
@@ -31,10 +31,7 @@ public:
     /// On its way to another place: what it passes over is not seen through it.
     void setMoving(bool moving);
     /// What lies under the pointer is marked, and offers to be ended.
-    void setHovered(bool hovered);
-    bool isHovered() const { return isHovered_; }
-    /// Whether the keyboard is here and shown to be.
-    bool hasKeyboard() const { return hasFocus() && focus_.showsRing(); }
+    void setHovered(bool hovered) override;
 
     /// Whether its bar shows the cores one by one.
     bool hasCells() const { return CoreBar::cellsIn(barRect().width(), cores_) == cores_; }
@@ -45,7 +42,6 @@ public:
     Description describe() override;
 
 signals:
-    void toggled();
     void quitAsked();
     /// The keyboard goes to another row: so many further, or to the first or last.
     void moved(int rows);
@@ -60,10 +56,7 @@ protected:
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void themeChanged() override;
 
@@ -88,12 +81,9 @@ private:
     bool isExpanded_ = false;
     bool isNarrow_ = false;
     bool isFirst_ = false;
-    bool isHovered_ = false;
-    bool isPressed_ = false;
     bool isMoving_ = false;
     /// From the figure, at 0, to what stands in its place.
     Glide fade_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

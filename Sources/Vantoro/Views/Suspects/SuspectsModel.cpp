@@ -2,10 +2,10 @@
 
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
-#include "Views/Shared/EyebrowModel.h"
-#include "Views/Suspects/QuitModel.h"
 #include "Views/Settings/SettingsModel.h"
+#include "Views/Shared/EyebrowModel.h"
 #include "Views/Shared/Words.h"
+#include "Views/Suspects/QuitModel.h"
 
 #include <QStringList>
 

@@ -33,7 +33,7 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     entry->row->setNarrow(isNarrow_);
     entry->row->hide();
     const Entry* const owned = entry.get();
-    connect(entry->row, &SuspectRow::toggled, this, [this, owned] {
+    connect(entry->row, &SuspectRow::clicked, this, [this, owned] {
         owned->row->setExpanded(!owned->row->isExpanded());
         placeRows(false);
         askForHeight();

@@ -1,8 +1,8 @@
 // What the Timeline pane says of the moment under the pointer.
 #pragma once
 
-#include "Model/Text/Format.h"
 #include "Model/Records/Telemetry.h"
+#include "Model/Text/Format.h"
 
 #include <QString>
 #include <vector>

@@ -38,7 +38,7 @@ QRectF cutTrailing(QRectF& row, double width) {
 } // namespace
 
 RewindPanel::RewindPanel(Look& look, QWidget* parent)
-    : PaintedWidget(look, parent), unpin_(new Button(look, Button::Kind::bordered, tr("Unpin"), this)) {
+    : PaintedWidget(look, parent), unpin_(new Button(look, Button::Kind::bordered, vantoro::tr("Unpin"), this)) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
     unpin_->setDrawnHeight(24);
     unpin_->hide();
@@ -122,9 +122,9 @@ void RewindPanel::setModel(const RewindModel& model) {
 Description RewindPanel::describe() {
     QStringList said;
     for (const RewindModel::Reading& reading : model_.readings)
-        said.append(tr("%1 %2").arg(reading.label, reading.value));
+        said.append(vantoro::tr("%1 %2").arg(reading.label, reading.value));
     for (const RewindModel::Process& process : model_.processes)
-        said.append(tr("%1 %2").arg(process.name, process.share));
+        said.append(vantoro::tr("%1 %2").arg(process.name, process.share));
     if (!model_.notice.isEmpty())
         said.append(model_.notice);
     return {.role = QAccessible::Grouping, .name = model_.title, .value = said.join(QStringLiteral(", "))};
@@ -191,15 +191,15 @@ void RewindPanel::paintProcesses(QPainter& painter, const QRegion& dirty) const 
     }
     const QRectF first = processRect(0);
     const QRectF heading = first.translated(0, -first.height());
-    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("Processes"), Qt::AlignLeft);
-    drawText(painter, heading, Type::caption, color(Tone::textTertiary), tr("CPU"), Qt::AlignRight);
+    drawText(painter, heading, Type::caption, color(Tone::textTertiary), vantoro::tr("Processes"), Qt::AlignLeft);
+    drawText(painter, heading, Type::caption, color(Tone::textTertiary), vantoro::tr("CPU"), Qt::AlignRight);
     const std::size_t named = namedProcesses();
     for (std::size_t i = 0; i < named; ++i)
         if (const QRectF row = processRect(i); dirty.intersects(row.toAlignedRect()))
             paintProcess(painter, row, model_.processes[i]);
     if (const std::size_t unnamed = model_.processes.size() - named; unnamed > 0)
-        drawText(painter, processRect(named), Type::caption, color(Tone::textTertiary), tr("%1 more").arg(unnamed),
-                 Qt::AlignLeft);
+        drawText(painter, processRect(named), Type::caption, color(Tone::textTertiary),
+                 vantoro::tr("%1 more").arg(unnamed), Qt::AlignLeft);
 }
 
 void RewindPanel::paintEvent(QPaintEvent* event) {

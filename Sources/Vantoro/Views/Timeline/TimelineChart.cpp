@@ -224,8 +224,7 @@ void TimelineChart::paintEvent(QPaintEvent*) {
     drawText(painter, titleLine(), valueStyle, color(Tone::textPrimary), reading_.value, Qt::AlignRight, Qt::ElideNone);
     if (scrub_)
         paintScrub(painter);
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), 4, theme());
+    drawFocusRing(painter, QRectF(rect()), 4);
 }
 
 void TimelineChart::resizeEvent(QResizeEvent*) {
@@ -259,9 +258,7 @@ void TimelineChart::leaveEvent(QEvent*) {
 
 void TimelineChart::keyPressEvent(QKeyEvent* event) {
     constexpr int beyond = std::numeric_limits<int>::max();
-    if (!focus_.showsRing())
-        update();
-    focus_.keyUsed();
+    keyUsed();
     const bool strides = event->modifiers().testFlag(Qt::ShiftModifier);
     const auto go = [&](int direction) { strides ? emit strode(direction) : emit stepped(direction); };
     switch (event->key()) {
@@ -294,13 +291,7 @@ void TimelineChart::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void TimelineChart::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-}
-
 void TimelineChart::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
     PaintedWidget::focusOutEvent(event);
     if (scrub_ && event->reason() != Qt::PopupFocusReason &&
         qobject_cast<TimelineChart*>(QApplication::focusWidget()) == nullptr)

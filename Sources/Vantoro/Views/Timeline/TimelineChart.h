@@ -1,8 +1,8 @@
 // One chart of the Timeline pane: title, plot, and the moment that is picked on it by pointer or keyboard.
 #pragma once
 
-#include "Views/Timeline/LinePlot.h"
 #include "Design/PaintedWidget.h"
+#include "Views/Timeline/LinePlot.h"
 #include "Views/Timeline/TimelineModel.h"
 
 #include <QPixmap>
@@ -55,7 +55,6 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void themeChanged() override;
 
@@ -78,7 +77,6 @@ private:
     std::optional<UnixSeconds> scrub_;
     double reveal_ = 1;
     QPixmap drawn_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

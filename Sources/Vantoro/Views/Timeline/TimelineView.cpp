@@ -52,7 +52,7 @@ TimelineView::~TimelineView() {
 }
 
 Description TimelineView::describe() {
-    return {.role = QAccessible::Pane, .name = tr("Timeline")};
+    return {.role = QAccessible::Pane, .name = vantoro::tr("Timeline")};
 }
 
 void TimelineView::showModel() {

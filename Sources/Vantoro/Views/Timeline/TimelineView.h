@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Design/ScrollPane.h"
+#include "Views/Shared/View.h"
 #include "Views/Timeline/RewindPanel.h"
 #include "Views/Timeline/TimelineCharts.h"
-#include "Views/Shared/View.h"
 
 namespace vantoro {
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -29,7 +28,7 @@ constexpr TextStyle wordStyle = Type::small.semibold();
 } // namespace
 
 UpdateChip::UpdateChip(Look& look, QWidget* parent)
-    : PaintedWidget(look, parent), mark_(new UpdateMark(look, iconSize, Tone::textPrimary, this)) {
+    : Pressable(look, parent), mark_(new UpdateMark(look, iconSize, Tone::textPrimary, this)) {
     setMouseTracking(true);
     hide();
 }
@@ -39,11 +38,12 @@ void UpdateChip::show(const UpdateLine& line) {
         return;
     const bool isSteps = line.mark.ring && line_.mark.ring;
     // The word stays pressed while the figures beside it go on.
-    pressedDown_ = pressedDown_ && line.command == line_.command;
+    if (line.command != line_.command)
+        cancelPress();
     line_ = line;
     mark_->show(line.mark);
     setFocusPolicy(line.command ? Qt::StrongFocus : Qt::NoFocus);
-    setHovered(hovered_ && line.command);
+    setHovered(isHovered() && line.command);
     explain();
     update();
     setVisible(!line.text.isEmpty());
@@ -107,7 +107,7 @@ Description UpdateChip::describe() {
     Description what{.role = QAccessible::StaticText, .name = line_.text, .value = line_.more};
     if (line_.command) {
         what.role = QAccessible::Button;
-        what.actions = {{word(), [this] { emit pressed(*line_.command); }}};
+        what.actions = pressAction(word());
     }
     return what;
 }
@@ -123,9 +123,9 @@ void UpdateChip::paintEvent(QPaintEvent*) {
         drawText(painter, QRectF(textPlace()), textStyle, color(Tone::textPrimary), line_.text);
     if (line_.command) {
         const QRectF place(button());
-        if (hovered_) {
+        if (isHovered()) {
             painter.setClipPath(pill);
-            painter.fillRect(mirrored(place), color(pressedDown_ ? Tone::buttonPressed : Tone::buttonHover));
+            painter.fillRect(mirrored(place), color(isPressed() ? Tone::buttonPressed : Tone::buttonHover));
             painter.setClipping(false);
         }
         if (form_ == Form::whole)
@@ -136,8 +136,7 @@ void UpdateChip::paintEvent(QPaintEvent*) {
             drawText(painter, QRectF(left, place.top(), wordWidth() + 1, place.height()), wordStyle,
                      color(Tone::textPrimary), word(), Qt::AlignLeft, Qt::ElideNone);
     }
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, QRectF(rect()), height() / 2.0, theme());
+    drawFocusRing(painter, QRectF(rect()), height() / 2.0);
 }
 
 void UpdateChip::resizeEvent(QResizeEvent* event) {
@@ -145,58 +144,11 @@ void UpdateChip::resizeEvent(QResizeEvent* event) {
     const QPoint corner(chip.left() + iconLeft, chip.top() + (chip.height() - iconSize) / 2);
     mark_->setGeometry(mirrored(QRect(corner, QSize(iconSize, iconSize))));
     explain();
-    PaintedWidget::resizeEvent(event);
-}
-
-void UpdateChip::setHovered(bool hovered) {
-    if (hovered == hovered_)
-        return;
-    hovered_ = hovered;
-    update();
+    Pressable::resizeEvent(event);
 }
 
 void UpdateChip::mouseMoveEvent(QMouseEvent* event) {
-    setHovered(mirrored(button()).contains(event->position().toPoint()));
-}
-
-void UpdateChip::leaveEvent(QEvent*) {
-    setHovered(false);
-}
-
-void UpdateChip::mousePressEvent(QMouseEvent* event) {
-    pressedDown_ = event->button() == Qt::LeftButton && mirrored(button()).contains(event->position().toPoint());
-    // What is not the word is the window's title bar.
-    event->setAccepted(pressedDown_);
-    if (pressedDown_)
-        update();
-}
-
-void UpdateChip::mouseReleaseEvent(QMouseEvent* event) {
-    const bool wasPressed = std::exchange(pressedDown_, false);
-    update();
-    if (wasPressed && line_.command && mirrored(button()).contains(event->position().toPoint()))
-        emit pressed(*line_.command);
-}
-
-void UpdateChip::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    const int key = event->key();
-    if (line_.command && (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter))
-        emit pressed(*line_.command);
-    else
-        PaintedWidget::keyPressEvent(event);
-}
-
-void UpdateChip::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void UpdateChip::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
+    setHovered(pressPlace().contains(event->position().toPoint()));
 }
 
 } // namespace vantoro

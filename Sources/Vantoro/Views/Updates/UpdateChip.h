@@ -1,12 +1,13 @@
 // The control bar's word about updates: a mark, a text, and a button's word where there is something to do.
 #pragma once
 
+#include "Design/Controls/Pressable.h"
 #include "Views/Updates/UpdateMark.h"
 
 namespace vantoro {
 
 /// Hidden while there is nothing to say. By pointer its word is pressed; by keyboard the chip is.
-class UpdateChip : public PaintedWidget {
+class UpdateChip : public Pressable {
     Q_OBJECT
 public:
     /// Room around what is drawn, for the focus ring.
@@ -15,7 +16,7 @@ public:
     UpdateChip(Look& look, QWidget* parent);
 
     void show(const UpdateLine& line);
-    using PaintedWidget::show;
+    using QWidget::show;
 
     /// Settles on a form for this much room and says what size it takes: the text is cut where it does not fit, and
     /// left out where the bar is narrow or next to nothing of it would remain; then the word too where it does not fit.
@@ -31,12 +32,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
+    void press() override { emit pressed(*line_.command); }
+    bool isPressable() const override { return line_.command.has_value(); }
+    QRect pressPlace() const override { return mirrored(button()); }
 
 private:
     enum class Form { whole, markAndWord, mark };
@@ -48,15 +46,11 @@ private:
     /// Where the pointer presses; empty where there is nothing to press.
     QRect button() const;
     QRect textPlace() const;
-    void setHovered(bool hovered);
     void explain();
 
     UpdateLine line_;
     UpdateMark* mark_; // owned by Qt as a child
     Form form_ = Form::whole;
-    bool hovered_ = false;
-    bool pressedDown_ = false;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

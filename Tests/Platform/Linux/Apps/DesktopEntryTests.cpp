@@ -14,7 +14,7 @@ namespace vantoro {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
+using ::testing::ElementsAre;
 using Words = std::vector<std::string>;
 
 Words commandOf(const std::string& exec) {
@@ -76,7 +76,7 @@ TEST(ApplicationIds, UnderstandsWhatDesktopsWrite) {
     EXPECT_EQ(likeliest("/app-plasma-org.example.Player@autostart.service"), "org.example.Player");
     EXPECT_EQ(likeliest("/snap.painter.big-brush-0f0e0d0c-1111-2222-3333-444455556666.scope"), "painter_big-brush");
     EXPECT_EQ(likeliest("/snap.painter.painter.service"), "painter_painter");
-    EXPECT_THAT(applicationIds("/app-viewer-9.scope"), testing::Contains("viewer"));
+    EXPECT_THAT(applicationIds("/app-viewer-9.scope"), ::testing::Contains("viewer"));
     EXPECT_THAT(applicationIds("/app-viewer.scope"), ElementsAre("viewer"));
     for (const char* other :
          {"", "/", "/system.slice/nginx.service", "/app.slice/app-org.gnome.Terminal.slice/vte-spawn-1.scope",
@@ -95,7 +95,7 @@ TEST(DesktopFoldersOf, FollowTheVariables) {
 }
 
 TEST(DesktopEntries, PrefersEarlierFoldersAndNoticesChanges) {
-    const test::TemporaryFolder folder;
+    const testing::TemporaryFolder folder;
     const auto entry = [](const std::string& name, const std::string& exec) {
         return "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + exec + "\n";
     };

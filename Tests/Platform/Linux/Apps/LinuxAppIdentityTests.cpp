@@ -9,9 +9,9 @@
 namespace vantoro {
 namespace {
 
-class LinuxAppIdentityTests : public testing::Test {
+class LinuxAppIdentityTests : public ::testing::Test {
 protected:
-    LinuxAppIdentity identity_{{.root = test::recordedMachine("laptop"),
+    LinuxAppIdentity identity_{{.root = testing::recordedMachine("laptop"),
                                 .folders = desktopFolders("/home/ada", nullptr, nullptr, "/usr/bin"),
                                 .clock = [this] { return seconds_; }}};
     double seconds_ = 0;
@@ -63,7 +63,7 @@ TEST_F(LinuxAppIdentityTests, KnowsWhoseAProcessIs) {
 }
 
 TEST(LinuxAppIdentityInTime, AsksAgainAfterAWhileAndSurvivesCycles) {
-    const test::TemporaryFolder folder;
+    const testing::TemporaryFolder folder;
     folder.write("usr/share/applications/e.desktop", "[Desktop Entry]\nType=Application\nName=E\nExec=/bin/e\n");
     writeProcess(folder, 7, "e", 1, 1);
     folder.write("proc/7/cgroup", "0::/session.scope\n");

@@ -10,8 +10,8 @@
 namespace vantoro {
 namespace {
 
-using test::ChildProgram;
-using test::comesTrue;
+using testing::ChildProgram;
+using testing::comesTrue;
 
 double now() {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();

@@ -15,7 +15,7 @@
 namespace vantoro {
 namespace {
 
-using test::TemporaryFolder;
+using testing::TemporaryFolder;
 
 LinuxProcessTable::Options options(const std::string& root, std::size_t budget = 64) {
     return {.root = root,
@@ -41,7 +41,7 @@ std::size_t openDescriptors() {
 }
 
 TEST(LinuxProcessTable, ReadsARecordedLaptop) {
-    LinuxProcessTable table(options(test::recordedMachine("laptop")));
+    LinuxProcessTable table(options(testing::recordedMachine("laptop")));
     EXPECT_EQ(pids(table), (std::vector<std::int32_t>{1, 2, 57, 812, 1850, 2100, 2105, 2106, 2200, 2210, 2230, 2231,
                                                       2300, 2400, 2402, 2500, 2600, 2700}));
     EXPECT_EQ(table.shortRecord(1850), (ShortProcessRecord{.name = "gnome-shell", .uid = 1000, .startTime = 2400}));
@@ -69,7 +69,7 @@ TEST(LinuxProcessTable, ReadsARecordedLaptop) {
 TEST(LinuxProcessTable, AQuietProcessIsWatchedByItsScheduleAndSeenToRunAtOnce) {
     const TemporaryFolder folder;
     const auto write = [&folder](unsigned long ticks, const char* schedule) {
-        std::string stat = test::processStat(7, "x", 100, ticks);
+        std::string stat = testing::processStat(7, "x", 100, ticks);
         folder.write("proc/7/stat", stat.replace(stat.find(" 20 0 2 "), 8, " 20 0 1 "));
         folder.write("proc/7/schedstat", schedule);
     };
@@ -141,10 +141,10 @@ TEST(LinuxProcessTable, AsksAgainWhoAProcessIsWhenItIsAnother) {
 TEST(LinuxProcessTable, ReadsOncePerSampleAndNoticesALongerFigureBehindEqualBytes) {
     const TemporaryFolder folder;
     folder.write("proc/7/status", "Uid:\t1000\n");
-    folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 12));
+    folder.write("proc/7/stat", testing::processStat(7, "x", 1, 1, 12));
     LinuxProcessTable table(options(folder.path()));
     ASSERT_TRUE(table.shortRecord(7));
-    folder.write("proc/7/stat", test::processStat(7, "x", 1, 1, 123));
+    folder.write("proc/7/stat", testing::processStat(7, "x", 1, 1, 123));
     EXPECT_EQ(table.taskRecord(7)->residentBytes, 12u * 4096) << "from the same reading as the short record";
     EXPECT_EQ(table.taskRecord(7)->residentBytes, 123u * 4096);
 }
@@ -177,7 +177,7 @@ TEST(LinuxProcessTable, SurvivesBrokenFiles) {
 TEST(LinuxProcessTable, KeepsNoMoreDescriptorsThanAllowed) {
     const std::size_t before = openDescriptors();
     {
-        LinuxProcessTable table(options(test::recordedMachine("laptop"), 3));
+        LinuxProcessTable table(options(testing::recordedMachine("laptop"), 3));
         for (int round = 0; round < 3; ++round)
             for (const std::int32_t pid : pids(table))
                 EXPECT_TRUE(table.shortRecord(pid)) << pid;

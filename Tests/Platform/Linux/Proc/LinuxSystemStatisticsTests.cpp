@@ -9,7 +9,7 @@ namespace vantoro {
 namespace {
 
 TEST(LinuxSystemStatistics, ReadsARecordedLaptop) {
-    LinuxSystemStatistics statistics(test::recordedMachine("laptop"));
+    LinuxSystemStatistics statistics(testing::recordedMachine("laptop"));
     EXPECT_EQ(statistics.hostTicks(), (HostTicks{.user = 100200, .system = 40670, .idle = 2001300, .nice = 300}));
     EXPECT_EQ(statistics.loadAverages(), (LoadAverages{1.52, 0.98, 0.75}));
     EXPECT_EQ(statistics.physicalMemoryBytes(), 16656486400u);
@@ -23,14 +23,14 @@ TEST(LinuxSystemStatistics, ReadsARecordedLaptop) {
 }
 
 TEST(LinuxSystemStatistics, ReadsAnOldBoardWithoutSwap) {
-    LinuxSystemStatistics statistics(test::recordedMachine("board"));
+    LinuxSystemStatistics statistics(testing::recordedMachine("board"));
     EXPECT_EQ(statistics.hostTicks(), (HostTicks{.user = 10, .system = 30, .idle = 40, .nice = 20}));
     EXPECT_EQ(statistics.virtualMemory(), (VirtualMemory{.pageBytes = 1024, .internalPages = 64000}));
     EXPECT_FALSE(statistics.kernelStat()->forks);
 }
 
 TEST(LinuxSystemStatistics, GivesNothingForFilesThatAreMissingAndRecovers) {
-    const test::TemporaryFolder folder;
+    const testing::TemporaryFolder folder;
     LinuxSystemStatistics statistics(folder.path());
     EXPECT_FALSE(statistics.hostTicks());
     EXPECT_FALSE(statistics.virtualMemory());

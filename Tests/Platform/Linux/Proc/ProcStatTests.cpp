@@ -14,7 +14,7 @@ using namespace std::string_literals;
 TEST(ParseProcessStat, SplitsTheNameAtTheLastParenthesis) {
     for (const std::string& name : {"cat"s, "Web Content"s, "a) R 1 (b"s, ") S 1 1 1 0 -1"s, ""s, "((("s, "line\nend"s,
                                     "\xFF\xFE"s, "kworker/u16:2-events_unbound"s}) {
-        const std::string text = test::processStat(42, name, 900, 77, 5);
+        const std::string text = testing::processStat(42, name, 900, 77, 5);
         const auto stat = parseProcessStat(text);
         ASSERT_TRUE(stat) << name;
         EXPECT_EQ(stat->name, name);
@@ -33,7 +33,7 @@ TEST(ParseProcessStat, SplitsTheNameAtTheLastParenthesis) {
 }
 
 TEST(ParseProcessStat, RefusesEveryTruncation) {
-    const std::string text = test::processStat(42, "a b", 900, 77, 5);
+    const std::string text = testing::processStat(42, "a b", 900, 77, 5);
     const std::size_t complete = text.find(" 18446744073709551615");
     for (std::size_t length = 0; length < complete; ++length)
         EXPECT_FALSE(parseProcessStat(text.substr(0, length))) << length;

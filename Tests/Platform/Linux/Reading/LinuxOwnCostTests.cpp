@@ -8,7 +8,7 @@
 namespace vantoro {
 namespace {
 
-using test::TemporaryFolder;
+using testing::TemporaryFolder;
 
 std::string stat(const std::string& name, int user, int system, int childUser, int childSystem) {
     return "7 (" + name + ") S 1 1 1 0 -1 4194304 9 9 9 9 " + std::to_string(user) + " " + std::to_string(system) +

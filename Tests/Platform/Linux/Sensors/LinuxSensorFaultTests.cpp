@@ -25,8 +25,8 @@
 namespace vantoro {
 namespace {
 
-using test::SensorMachine;
-using testing::ElementsAre;
+using ::testing::ElementsAre;
+using testing::SensorMachine;
 
 SMCKeyData ask(SMCService& service, SMCCommand command, std::string_view key, std::uint32_t index = 0) {
     SMCKeyData request;
@@ -264,7 +264,7 @@ TEST(LinuxSensorFaults, ASleepingNvidiaCardIsLeftAlone) {
 
 TEST(LinuxSensorArithmetic, TakesTextsApart) {
     EXPECT_THAT(parseCpuList("0-2,8,x,5-4,7\n"), ElementsAre(0, 1, 2, 7, 8));
-    EXPECT_THAT(parseCpuList("0-99999999999"), testing::IsEmpty());
+    EXPECT_THAT(parseCpuList("0-99999999999"), ::testing::IsEmpty());
     EXPECT_EQ(parseHwmonFileName("temp12_input"), (HwmonFileName{"temp", 12, "input"}));
     EXPECT_EQ(parseHwmonFileName("pwm1"), (HwmonFileName{"pwm", 1, ""}));
     for (const char* name : {"name", "1temp", "temp1x_input", "temp99999999_input", ""})
@@ -308,7 +308,7 @@ TEST(LinuxSensorArithmetic, CountersAndTables) {
     EXPECT_EQ(mixtureOf({100, 200}, 999), (FrequencyMixture{.lower = 1, .upper = 1}));
     EXPECT_THAT(evenlySpaced(100, 101, 32), ElementsAre(100, 101));
     // Favoured cores are no kind of their own; three kinds part at the widest gap.
-    EXPECT_THAT(splitByCapacity({{0, 1000}, {1, 1024}}).efficiency, testing::IsEmpty());
+    EXPECT_THAT(splitByCapacity({{0, 1000}, {1, 1024}}).efficiency, ::testing::IsEmpty());
     EXPECT_THAT(splitByCapacity({{0, 250}, {1, 250}, {2, 870}, {3, 1024}}).efficiency, ElementsAre(0, 1));
     EXPECT_FALSE(isFanless({.tachometers = 0, .hasDriver = false, .chassisType = 10}));
     EXPECT_TRUE(isFanless({.tachometers = 0, .hasDriver = false}));

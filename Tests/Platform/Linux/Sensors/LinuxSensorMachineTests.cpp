@@ -24,9 +24,9 @@
 namespace vantoro {
 namespace {
 
-using test::SensorMachine;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::SensorMachine;
 
 /// The reader over a machine's sensors.
 class Reading {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace vantoro::test {
+namespace vantoro::testing {
 
 class SensorMachine {
 public:
@@ -36,4 +36,4 @@ private:
     std::shared_ptr<SlowLane> lane_ = std::make_shared<SlowLane>([seconds = seconds_] { return seconds->load(); }, 60);
 };
 
-} // namespace vantoro::test
+} // namespace vantoro::testing

@@ -112,7 +112,7 @@ protected:
     const std::string unfinished = "The update didn't finish.";
     const std::string immovable = "Vantoro can't replace itself here.";
     const QByteArray good = testing::archiveOf(testing::release("2.0", "200"));
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     Settings settings{folder.path() + "/settings.ini"};
     testing::UpdateServer server;
     testing::SigningKey key;
@@ -479,18 +479,18 @@ TEST_F(AppcastEngineTest, ADrippingArchiveIsGivenUpAndKept) {
     UpdateRequests requests("1.0", testing::UpdateServer::authorities());
     for (const DownloadLimits& limits :
          {DownloadLimits{.altogether = 1h, .span = 300ms}, DownloadLimits{.altogether = 300ms, .span = 1h}}) {
-        std::optional<UpdateError> fault;
+        Outcome<UpdateError> outcome;
         std::uint64_t came = 0;
         const std::string path = folder.path() + "/archive";
         ArchiveDownload download(requests, QUrl(QString::fromStdString(server.address("/archive.tar.gz"))), 100'000,
                                  path,
                                  {.received = [&](std::uint64_t bytes) { came += bytes; },
                                   .startedOver = [] {},
-                                  .finished = [&](std::optional<UpdateError> error) { fault = std::move(error); }},
+                                  .finished = [&](const Outcome<UpdateError>& ended) { outcome = ended; }},
                                  limits);
         download.start();
-        EXPECT_TRUE(waitUntil([&] { return fault.has_value(); }));
-        EXPECT_EQ(fault->code, SparkleCode::download);
+        EXPECT_TRUE(waitUntil([&] { return outcome.failed(); }));
+        EXPECT_EQ(outcome.fault().code, SparkleCode::download);
         EXPECT_EQ(testing::fileText(path), std::string("drops").substr(0, came));
         fs::remove(path);
     }

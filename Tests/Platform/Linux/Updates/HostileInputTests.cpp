@@ -37,11 +37,11 @@ QByteArray mutated(QByteArray bytes, unsigned seed) {
 }
 
 std::optional<std::string> unpacked(const QByteArray& bytes, const std::string& folder) {
-    const test::TemporaryFolder beside;
+    const testing::TemporaryFolder beside;
     beside.write("archive", bytes.toStdString());
     const Descriptor file(::open((beside.path() + "/archive").c_str(), O_RDONLY | O_CLOEXEC));
-    const auto fault = unpackArchive(file.number(), folder, nullptr, {.bytes = 1'000'000, .entries = 50});
-    return fault ? std::optional(fault->text) : std::nullopt;
+    const auto outcome = unpackArchive(file.number(), folder, nullptr, {.bytes = 1'000'000, .entries = 50});
+    return outcome.failed() ? std::optional(outcome.fault().text) : std::nullopt;
 }
 
 TEST(HostileInput, FeedsAndManifests) {
@@ -134,7 +134,7 @@ TEST(HostileInput, WhichEntriesAreOffered) {
 }
 
 TEST(HostileInput, Archives) {
-    const test::TemporaryFolder folder;
+    const testing::TemporaryFolder folder;
     // Plain tar within gzip: changes to what is packed, not only to the packing.
     const QByteArray archive = testing::archiveOf({{.path = "V/bin/x", .content = std::string(3000, 'x')},
                                                    {.path = "V/../../out", .content = "out"},

@@ -100,7 +100,7 @@ protected:
     const QByteArray archive = testing::archiveOf(testing::release("2.0", "200"));
     const std::string unfinished = "The update didn't finish.";
     const std::string immovable = "Vantoro can't replace itself here.";
-    test::TemporaryFolder folder;
+    testing::TemporaryFolder folder;
     testing::UpdateServer server;
     testing::SigningKey key;
     int instances = 0;
@@ -297,7 +297,7 @@ TEST_F(SharedFolder, AUserWhoMayNotWriteThereChangesNothing) {
         if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
             ::_exit(1);
         const InstalledCopy installed(copy() + "/bin/vantoro");
-        if (!installed.reasonToStay())
+        if (!installed.canBeReplaced().failed())
             ::_exit(2);
         if (::geteuid() == nobody && (installed.makeStagingFolder() || errno != EACCES))
             ::_exit(3);

@@ -98,7 +98,7 @@ InstalledCopy::InstalledCopy(const std::string& program) {
     name_ = fs::path(folder_).filename();
 }
 
-std::optional<std::string> InstalledCopy::reasonToStay() const {
+Outcome<> InstalledCopy::canBeReplaced() const {
     if (folder_.empty() || name_.empty())
         return "the program lies in no folder of its own";
     if (!manifestOfWholeCopy(folder_))
@@ -107,7 +107,7 @@ std::optional<std::string> InstalledCopy::reasonToStay() const {
         return fmt::format("{} may not be replaced by this user", folder_);
     if (UpdateFolder::isMarked(parent_))
         return fmt::format("{} has been replaced already", folder_);
-    return std::nullopt;
+    return {};
 }
 
 bool InstalledCopy::wasMadeByArchive() const {
@@ -146,15 +146,15 @@ UpdateFolder InstalledCopy::makeStagingFolder() const {
     return UpdateFolder::make(parent_, name_);
 }
 
-std::optional<UpdateError> InstalledCopy::exchangeWith(UpdateFolder& staging, const std::string& build,
-                                                       const std::string& version) const {
+Outcome<UpdateError> InstalledCopy::exchangeWith(UpdateFolder& staging, const std::string& build,
+                                                 const std::string& version) const {
     const auto staged = manifestOfWholeCopy(staging.copy());
     if (!staged || staged->build != build)
         return wrongRelease(staging.copy() + " is not the release that was unpacked there");
     if (::faccessat(AT_FDCWD, (staging.copy() + "/bin/" + programName_).c_str(), X_OK, AT_EACCESS) != 0)
         return wrongRelease(staging.copy() + " has no program");
-    if (const auto reason = reasonToStay())
-        return sparkleError(SparkleCode::installationWriteNoPermission, *reason);
+    if (const auto answer = canBeReplaced(); answer.failed())
+        return sparkleError(SparkleCode::installationWriteNoPermission, answer.fault());
     const auto installed = manifestIn(folder_);
     if (!installed || compareVersions(build, installed->build) <= 0)
         return wrongRelease(fmt::format("{} is not older than build {}", folder_, build));
@@ -172,7 +172,7 @@ std::optional<UpdateError> InstalledCopy::exchangeWith(UpdateFolder& staging, co
     const Descriptor parent(::open(parent_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (parent)
         ::fsync(parent.number());
-    return std::nullopt;
+    return {};
 }
 
 std::vector<UpdateFolder> InstalledCopy::idleFolders() const {

@@ -40,10 +40,10 @@ public:
     const std::string& folder() const { return folder_; }
     std::string program() const { return folder_ + "/bin/" + programName_; }
 
-    /// Why this copy cannot be replaced, or nothing. It can where an archive made it, nothing else has come into its
+    /// Whether this copy can be replaced: where an archive made it, nothing else has come into its
     /// folder since, and both the folder and the one around it may be written. What a package manager installed has no
     /// manifest.
-    std::optional<std::string> reasonToStay() const;
+    Outcome<> canBeReplaced() const;
 
     /// It brings a manifest; what a package manager installed has none.
     bool wasMadeByArchive() const;
@@ -55,10 +55,10 @@ public:
     /// A new folder beside the copy for an update to work in; none on failure, errno then says why.
     UpdateFolder makeStagingFolder() const;
     /// Puts the copy in the staging folder, which has to be whole, of that build and newer than the installed one, in
-    /// this copy's place in one step (renameat2), and the old one where it lay, for `cleanUp` to remove. What went
-    /// wrong, or nothing; the copy is then as it was, with everything that was saved into it.
-    std::optional<UpdateError> exchangeWith(UpdateFolder& staging, const std::string& build,
-                                            const std::string& version) const;
+    /// this copy's place in one step (renameat2), and the old one where it lay, for `cleanUp` to remove. Where it fails
+    /// the copy is as it was, with everything that was saved into it.
+    Outcome<UpdateError> exchangeWith(UpdateFolder& staging, const std::string& build,
+                                      const std::string& version) const;
     /// Removes what updates that are over have left beside the copy, but for a download that can go on: never what
     /// another process works with, and the old copy only once its successor, `build`, asks for it.
     void cleanUp(const std::string& build) const;

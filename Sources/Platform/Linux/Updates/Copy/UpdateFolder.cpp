@@ -127,9 +127,8 @@ bool UpdateFolder::isMarked(const std::string& path) {
 bool UpdateFolder::setRecord(const UpdateRecord& record) {
     const Descriptor file(::openat(lock(), newMarkerName, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
     const std::string text = jsonOf(record);
-    if (!file || ::write(file.number(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
-        ::fsync(file.number()) != 0 || ::renameat(lock(), newMarkerName, lock(), markerName) != 0 ||
-        ::fsync(lock()) != 0) {
+    if (!file || !file.write(text) || ::fsync(file.number()) != 0 ||
+        ::renameat(lock(), newMarkerName, lock(), markerName) != 0 || ::fsync(lock()) != 0) {
         ::unlinkat(lock(), newMarkerName, 0);
         return false;
     }

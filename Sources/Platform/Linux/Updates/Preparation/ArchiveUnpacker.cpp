@@ -62,19 +62,6 @@ Descriptor folderFor(int top, const std::vector<std::string>& names) {
     return folder;
 }
 
-bool writeAll(int file, const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = ::write(file, bytes, size);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 UnpackFault systemFault(const std::string& what) {
     return {.text = what, .systemError = errno};
 }
@@ -95,7 +82,7 @@ public:
     Unpacking(archive* reader, int top, const UnpackLimits& limits) : reader_(reader), top_(top), limits_(limits) {}
 
     /// What is wrong with it, or nothing once it lies in its place.
-    std::optional<UnpackFault> take(archive_entry* entry, const std::function<bool()>& goesOn) {
+    Outcome<UnpackFault> take(archive_entry* entry, const std::function<bool()>& goesOn) {
         const char* const path = archive_entry_pathname(entry);
         if (++entries_ > limits_.entries)
             return archiveFault("the archive has too many entries");
@@ -115,33 +102,33 @@ public:
         if ((!isFolder && type != AE_IFREG) || archive_entry_hardlink(entry) != nullptr)
             return archiveFault(fmt::format("'{}' is neither a folder nor a plain file", path));
         if (names->empty())
-            return isFolder ? std::nullopt : std::optional(archiveFault("a file lies beside the folder"));
+            return isFolder ? Outcome<UnpackFault>() : archiveFault("a file lies beside the folder");
         const Descriptor folder = folderFor(top_, *names);
         if (!folder)
             return systemFault(path);
         if (isFolder)
-            return makeFolder(folder.number(), names->back().c_str()) ? std::nullopt : std::optional(systemFault(path));
+            return makeFolder(folder.number(), names->back().c_str()) ? Outcome<UnpackFault>() : systemFault(path);
         const bool isProgram = (archive_entry_perm(entry) & 0100) != 0;
         const mode_t mode = isProgram ? 0755 : 0644;
         const Descriptor file(::openat(folder.number(), names->back().c_str(),
                                        O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
         if (!file || ::fchmod(file.number(), mode) != 0)
             return systemFault(path);
-        return copyInto(file.number(), path, goesOn);
+        return copyInto(file, path, goesOn);
     }
 
 private:
-    std::optional<UnpackFault> copyInto(int file, const char* path, const std::function<bool()>& goesOn) {
+    Outcome<UnpackFault> copyInto(const Descriptor& file, const char* path, const std::function<bool()>& goesOn) {
         for (;;) {
             const la_ssize_t size = archive_read_data(reader_, block_.data(), block_.size());
             if (size == 0)
-                return std::nullopt;
+                return {};
             if (size < 0)
                 return archiveFault(fmt::format("'{}' is damaged: {}", path, libraryFault(reader_)));
             bytes_ += static_cast<std::uint64_t>(size);
             if (bytes_ > limits_.bytes)
                 return archiveFault("the archive holds too much");
-            if (!writeAll(file, block_.data(), static_cast<std::size_t>(size)))
+            if (!file.write({block_.data(), static_cast<std::size_t>(size)}))
                 return systemFault(path);
             if (!goesOn())
                 return archiveFault("stopped");
@@ -159,8 +146,8 @@ private:
 
 } // namespace
 
-std::optional<UnpackFault> unpackArchive(int file, const std::string& folder,
-                                         const std::function<bool(double share)>& progress, UnpackLimits limits) {
+Outcome<UnpackFault> unpackArchive(int file, const std::string& folder,
+                                   const std::function<bool(double share)>& progress, UnpackLimits limits) {
     const Descriptor top(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status = {};
     if (!top || ::fstat(file, &status) != 0 || ::lseek(file, 0, SEEK_SET) != 0)
@@ -185,10 +172,10 @@ std::optional<UnpackFault> unpackArchive(int file, const std::string& folder,
             break;
         if (result != ARCHIVE_OK)
             return archiveFault(fmt::format("the archive is damaged: {}", libraryFault(reader.get())));
-        if (auto fault = unpacking.take(entry, goesOn))
-            return fault;
+        if (auto taken = unpacking.take(entry, goesOn); taken.failed())
+            return taken;
     }
-    return std::nullopt;
+    return {};
 }
 
 } // namespace vantoro

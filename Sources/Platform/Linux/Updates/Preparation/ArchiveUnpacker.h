@@ -1,8 +1,9 @@
 // Unpacks a release into a folder that nothing can leave.
 #pragma once
 
+#include "Model/Text/Outcome.h"
+
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace vantoro {
@@ -22,9 +23,9 @@ struct UnpackFault {
 /// Unpacks the tar archive (gzip, xz, zstd or plain) in the open file into the folder, which must be there and empty,
 /// without the one folder that everything in it lies in. Only folders and plain files are taken; their modes are
 /// 755 and 644. `progress` is told the share of the archive's bytes that was read, and returns false to have it end.
-/// What went wrong, or nothing: a path that is absolute, climbs or leads over a link, a link, a device, a second file
+/// It fails for a path that is absolute, climbs or leads over a link, a link, a device, a second file
 /// of that name, more than the limits allow, a damaged archive, a disk that is full. The folder then holds a part.
-std::optional<UnpackFault> unpackArchive(int archive, const std::string& folder,
-                                         const std::function<bool(double share)>& progress, UnpackLimits limits = {});
+Outcome<UnpackFault> unpackArchive(int archive, const std::string& folder,
+                                   const std::function<bool(double share)>& progress, UnpackLimits limits = {});
 
 } // namespace vantoro

@@ -23,10 +23,10 @@ struct ExpectedRelease {
 
 /// Checks the signature over the whole archive; then unpacks it into the folder, which it makes; then checks that it is
 /// the release it was announced as, whole, and newer; then gives it the old copy's rights and has its program say its
-/// version, so that one that cannot run here takes no place. What went wrong, or nothing; the folder is the caller's to
+/// version, so that one that cannot run here takes no place. The folder is the caller's to
 /// remove. Slow. `progress`: 0 to 1; false ends it.
-std::optional<UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
-                                          const InstalledCopy& copy, const std::string& folder,
-                                          const std::function<bool(double share)>& progress);
+Outcome<UpdateError> prepareRelease(const Descriptor& archive, const ExpectedRelease& expected,
+                                    const InstalledCopy& copy, const std::string& folder,
+                                    const std::function<bool(double share)>& progress);
 
 } // namespace vantoro

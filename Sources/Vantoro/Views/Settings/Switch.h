@@ -1,11 +1,12 @@
 // An on-off switch.
 #pragma once
 
+#include "Design/Controls/Pressable.h"
 #include "Design/Glide.h"
 
 namespace vantoro {
 
-class Switch : public PaintedWidget {
+class Switch : public Pressable {
     Q_OBJECT
 public:
     /// Room around the switch for the focus ring.
@@ -29,21 +30,14 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
+
+    void press() override;
 
 private:
-    void toggle();
-
     bool on_ = false;
-    bool pressed_ = false;
     /// 0 off, 1 on.
     Glide knob_;
     QString spoken_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -1,4 +1,4 @@
-#include "Design/Controls/StepSlider.h"
+#include "Views/Settings/StepSlider.h"
 
 #include <algorithm>
 #include <cmath>
@@ -105,11 +105,8 @@ void StepSlider::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(color(Tone::blade), 1));
     painter.setBrush(color(Tone::knob));
     painter.drawEllipse(center, knobRadius - 0.5, knobRadius - 0.5);
-    if (hasFocus() && focus_.showsRing()) {
-        const double reach = knobRadius + ringMargin;
-        drawFocusRing(painter, QRectF(center.x() - reach, center.y() - reach, 2 * reach, 2 * reach), reach - 1,
-                      theme());
-    }
+    constexpr double reach = knobRadius + ringMargin;
+    drawFocusRing(painter, QRectF(center.x() - reach, center.y() - reach, 2 * reach, 2 * reach), reach - 1);
 }
 
 void StepSlider::paintCaptions(QPainter& painter) const {
@@ -144,7 +141,7 @@ void StepSlider::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void StepSlider::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
+    keyUsed();
     const int forward = isRightToLeft() ? -1 : 1;
     switch (event->key()) {
     case Qt::Key_Left:
@@ -168,19 +165,6 @@ void StepSlider::keyPressEvent(QKeyEvent* event) {
     default:
         PaintedWidget::keyPressEvent(event);
     }
-    update();
-}
-
-void StepSlider::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void StepSlider::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
 }
 
 } // namespace vantoro

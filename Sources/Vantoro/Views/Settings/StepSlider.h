@@ -40,8 +40,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     void moveTo(int stop);
@@ -56,7 +54,6 @@ private:
     std::map<int, QString> captions_;
     QString spoken_;
     QString spokenValue_;
-    FocusTracker focus_;
 };
 
 } // namespace vantoro

@@ -1,4 +1,4 @@
-#include "Views/Shell/SystemLooks.h"
+#include "Views/Shell/LooksFollower.h"
 
 #include "Design/Theme.h"
 

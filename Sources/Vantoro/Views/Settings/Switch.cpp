@@ -1,8 +1,6 @@
-#include "Design/Controls/Switch.h"
+#include "Views/Settings/Switch.h"
 
 #include <algorithm>
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 namespace vantoro {
@@ -13,7 +11,7 @@ constexpr int knobInset = 2;
 constexpr double knobResponseSeconds = 0.2;
 } // namespace
 
-Switch::Switch(Look& look, QWidget* parent) : PaintedWidget(look, parent), knob_(look, 0, [this] { update(); }) {
+Switch::Switch(Look& look, QWidget* parent) : Pressable(look, parent), knob_(look, 0, [this] { update(); }) {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -30,7 +28,7 @@ void Switch::setSpokenName(const QString& name) {
     spoken_ = name;
 }
 
-void Switch::toggle() {
+void Switch::press() {
     setOn(!on_);
     emit toggled(on_);
 }
@@ -43,7 +41,7 @@ Description Switch::describe() {
     return {.role = QAccessible::CheckBox,
             .name = spoken_,
             .isSelected = on_,
-            .actions = {{QAccessibleActionInterface::toggleAction(), [this] { toggle(); }}}};
+            .actions = pressAction(QAccessibleActionInterface::toggleAction())};
 }
 
 void Switch::paintEvent(QPaintEvent*) {
@@ -66,44 +64,13 @@ void Switch::paintEvent(QPaintEvent*) {
     const QRectF knob(track.left() + knobInset + along * travel, track.top() + knobInset, diameter, diameter);
     painter.setBrush(color(on_ ? Tone::knobOnAccent : Tone::knob));
     painter.drawEllipse(knob.adjusted(inset, inset, -inset, -inset));
-    if (hasFocus() && focus_.showsRing())
-        drawFocusRing(painter, track.adjusted(-ringMargin, -ringMargin, ringMargin, ringMargin),
-                      track.height() / 2 + ringMargin - 1, theme());
+    drawFocusRing(painter, track.adjusted(-ringMargin, -ringMargin, ringMargin, ringMargin),
+                  track.height() / 2 + ringMargin - 1);
 }
 
 void Switch::hideEvent(QHideEvent* event) {
     knob_.settle();
-    PaintedWidget::hideEvent(event);
-}
-
-void Switch::mousePressEvent(QMouseEvent* event) {
-    pressed_ = event->button() == Qt::LeftButton;
-}
-
-void Switch::mouseReleaseEvent(QMouseEvent* event) {
-    if (pressed_ && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        toggle();
-    pressed_ = false;
-}
-
-void Switch::keyPressEvent(QKeyEvent* event) {
-    focus_.keyUsed();
-    if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        toggle();
-    else
-        PaintedWidget::keyPressEvent(event);
-}
-
-void Switch::focusInEvent(QFocusEvent* event) {
-    focus_.focusIn(event->reason());
-    PaintedWidget::focusInEvent(event);
-    update();
-}
-
-void Switch::focusOutEvent(QFocusEvent* event) {
-    focus_.focusOut();
-    PaintedWidget::focusOutEvent(event);
-    update();
+    Pressable::hideEvent(event);
 }
 
 } // namespace vantoro

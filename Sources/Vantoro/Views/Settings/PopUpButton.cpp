@@ -1,4 +1,4 @@
-#include "Design/Controls/ChoiceList.h"
+#include "Views/Settings/PopUpButton.h"
 
 #include "Design/Panel.h"
 
@@ -12,6 +12,13 @@
 namespace vantoro {
 
 namespace {
+constexpr int drawnHeight = 26;
+constexpr int leftPadding = 10;
+constexpr int chevronSize = 12;
+constexpr int chevronGap = 10;
+constexpr int rightPadding = 6;
+
+// Of the list.
 constexpr int inset = 5;
 constexpr int rowPoints = 26;
 constexpr int tickWidth = 26;
@@ -19,25 +26,75 @@ constexpr int sidePadding = 12;
 constexpr int gapToAnchor = 4;
 } // namespace
 
-/// Speaks for one choice; what is seen is painted by the list.
-class ChoiceList::Row : public PaintedWidget {
-public:
-    Row(Look& look, ChoiceList& list, int index) : PaintedWidget(look, &list), list_(list), index_(index) {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-    }
+PopUpButton::PopUpButton(Look& look, const QStringList& choices, QWidget* parent)
+    : Pressable(look, parent), choices_(choices) {
+    setFocusPolicy(Qt::StrongFocus);
+    setPressedAtOnce();
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
 
-    Description describe() override {
-        return {.role = QAccessible::ListItem,
-                .name = list_.choices_[index_],
-                .isSelected = list_.highlighted_ == index_,
-                .isSelectable = true,
-                .actions = {{QAccessibleActionInterface::pressAction(), [this] { list_.choose(index_); }}}};
-    }
+void PopUpButton::setCurrent(int index) {
+    if (index == current_ || index < 0 || index >= choices_.size())
+        return;
+    current_ = index;
+    update();
+    announceChange();
+}
 
-private:
-    ChoiceList& list_;
-    int index_;
-};
+void PopUpButton::setSpokenName(const QString& name) {
+    spoken_ = name;
+}
+
+void PopUpButton::press() {
+    auto* const list = new ChoiceList(look(), choices_, current_, this); // deletes itself when it closes
+    connect(list, &ChoiceList::chosen, this, [this](int index) {
+        if (index == current_)
+            return;
+        setCurrent(index);
+        emit chosen(index);
+    });
+    list->openAt(*this, drawnRect());
+}
+
+bool PopUpButton::isPressKey(int key) const {
+    return key == Qt::Key_Up || key == Qt::Key_Down || Pressable::isPressKey(key);
+}
+
+QRect PopUpButton::drawnRect() const {
+    return rect().adjusted(ringMargin, ringMargin, -ringMargin, -ringMargin);
+}
+
+QSize PopUpButton::sizeHint() const {
+    double widest = 0;
+    for (const QString& choice : choices_)
+        widest = std::max(widest, textWidth(Type::body, choice));
+    return {static_cast<int>(std::ceil(widest)) + leftPadding + chevronGap + chevronSize + rightPadding +
+                2 * ringMargin,
+            qRound(drawnHeight * theme().textScale()) + 2 * ringMargin};
+}
+
+Description PopUpButton::describe() {
+    return {.role = QAccessible::ComboBox,
+            .name = spoken_,
+            .value = choices_[current_],
+            .actions = pressAction(QAccessibleActionInterface::showMenuAction())};
+}
+
+void PopUpButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF drawn = drawnRect();
+    constexpr double radius = Space::buttonRadius - 2;
+    painter.setPen(QPen(color(Tone::buttonLine), 1));
+    painter.setBrush(color(isHovered() ? Tone::buttonHover : Tone::button));
+    painter.drawRoundedRect(drawn.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    const QRectF chevron(drawn.right() - rightPadding - chevronSize, drawn.top(), chevronSize, drawn.height());
+    const QRectF text(drawn.left() + leftPadding, drawn.top(),
+                      chevron.left() - chevronGap - drawn.left() - leftPadding + 1, drawn.height());
+    drawIcon(painter, chevron, "chevron.up.down", chevronSize, color(Tone::textSecondary));
+    drawText(painter, text, Type::body, color(Tone::textPrimary), choices_[current_]);
+    drawFocusRing(painter, QRectF(rect()), radius + ringMargin - 1);
+}
 
 ChoiceList::ChoiceList(Look& look, const QStringList& choices, int current, QWidget* parent)
     : PaintedWidget(look, parent), choices_(choices), current_(current), highlighted_(std::max(0, current)) {
@@ -47,7 +104,13 @@ ChoiceList::ChoiceList(Look& look, const QStringList& choices, int current, QWid
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     for (int i = 0; i < choices_.size(); ++i)
-        rows_.push_back(new Row(look, *this, i));
+        rows_.push_back(new SpokenPart(look, this, [this, i] {
+            return Description{.role = QAccessible::ListItem,
+                               .name = choices_[i],
+                               .isSelected = highlighted_ == i,
+                               .isSelectable = true,
+                               .actions = {{QAccessibleActionInterface::pressAction(), [this, i] { choose(i); }}}};
+        }));
 }
 
 void ChoiceList::openAt(const QWidget& anchor, const QRect& drawn) {

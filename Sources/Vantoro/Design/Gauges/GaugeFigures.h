@@ -1,8 +1,11 @@
-// What a rotor and a thermal dial show, as texts and shares ready to paint.
+// What the gauges show, as texts and shares ready to paint.
 #pragma once
+
+#include "Model/History/ChartSeries.h"
 
 #include <optional>
 #include <QString>
+#include <vector>
 
 namespace vantoro {
 
@@ -44,6 +47,19 @@ struct ThermalDialFigures {
     QString spokenValue;
 
     bool operator==(const ThermalDialFigures&) const = default;
+};
+
+/// What a sparkline draws. Points outside `least` to `most` lie at the edge; `from` and `to` are the instants of the
+/// two ends (without them those of the first and the last point). `ramp` is marked by a dashed line.
+struct SparklineLine {
+    std::vector<TimePoint> points;
+    double least = 0;
+    double most = 100;
+    UnixSeconds from = 0;
+    UnixSeconds to = 0;
+    std::optional<UnixSeconds> ramp;
+
+    bool operator==(const SparklineLine&) const = default;
 };
 
 } // namespace vantoro

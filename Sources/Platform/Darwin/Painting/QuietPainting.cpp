@@ -1,0 +1,9 @@
+#include "Platform/QuietPainting.h"
+
+namespace vantoro {
+
+QuietPainting::QuietPainting() = default;
+
+QuietPainting::~QuietPainting() = default;
+
+} // namespace vantoro
