@@ -228,7 +228,7 @@ TEST(FanRotorTests, PaintsOnlyItsWheelWhileItTurns) {
 
 TEST(NowViewTests, ARefreshWithEqualFiguresPaintsNothingAndRunsNoClock) {
     Stage stage;
-    stage.settings.setSpinRotors(false);
+    stage.settings.store(Setting::spinRotors, false);
     stage.hub.accept(machineWithFans(2, 3360));
     NowView view(stage.context);
     stage.picture(view, {1040, 1200});

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Views/MenuBar/MenuBarImage.h"
-#include "Views/Shared/HubWatch.h"
 #include "Views/Shared/View.h"
 
 #include <memory>
