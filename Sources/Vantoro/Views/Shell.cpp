@@ -33,6 +33,7 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
     , context_{hub, settings, look_, options_.sources, options_.updates, &ownCost_}
     , menuBarContext_{hub, settings, menuBarLook_}
     , follower_(theme_, options_.looks) {
+    menuBarClock_.setBeat(MenuBarItem::pictureMilliseconds(options_.menuBar));
     follower_.applyAppearance(QString::fromStdString(settings.appearance()));
     // Noted all the time, so that whoever opens the settings finds the last minute known.
     connect(&hub, &SensorHub::snapshotChanged, this, [this] { ownCost_.note(clock_.now()); });
