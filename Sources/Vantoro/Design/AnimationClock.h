@@ -38,6 +38,8 @@ public:
     ~AnimationClock() override;
 
     double now() const { return now_(); }
+    /// Beats as seldom as what moves on it changes its picture.
+    void setBeat(int milliseconds) { timer_.setInterval(milliseconds); }
     /// Beats for it until its advance says no. Running it twice changes nothing.
     void run(Animated& animated);
     void stop(Animated& animated);

@@ -64,6 +64,10 @@ MenuBarItem::MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, Q
 
 MenuBarItem::~MenuBarItem() = default;
 
+int MenuBarItem::pictureMilliseconds(MenuBarArrangement arrangement) {
+    return qRound(1000 / picturesPerSecond(arrangement));
+}
+
 void MenuBarItem::appear() {
     if (item_ != nullptr || patience_.isActive())
         return;

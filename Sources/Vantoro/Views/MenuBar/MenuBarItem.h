@@ -20,6 +20,9 @@ public:
     MenuBarItem(ViewContext& context, MenuBarArrangement arrangement, QObject* parent = nullptr);
     ~MenuBarItem() override;
 
+    /// How long a picture of the turning fan stays; its clock needs no other beat.
+    static int pictureMilliseconds(MenuBarArrangement arrangement);
+
     /// Comes up as soon as there is a bar to stand in: on desktops whose bar is a service of its own, that is waited
     /// for, without holding anything up.
     void appear();

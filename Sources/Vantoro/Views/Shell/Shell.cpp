@@ -33,6 +33,7 @@ Shell::Shell(SensorHub& hub, Settings& settings, const Motion& motion, ShellOpti
     , context_{hub, hub, settings, look_, options_.sources, options_.updates, &ownCost_}
     , menuBarContext_{hub, hub, settings, menuBarLook_}
     , follower_(theme_, options_.looks) {
+    menuBarClock_.setBeat(MenuBarItem::pictureMilliseconds(options_.menuBar));
     settingChanged(Setting::appearance.key);
     connect(&settings, &Settings::changed, this, &Shell::settingChanged);
     // Noted all the time, so that whoever opens the settings finds the last minute known.
