@@ -78,9 +78,9 @@ format-check:
 
 # The model's own files: what decides and words; the rest is covered by the compilers' warnings and the sanitizers.
 tidy:
-	@test -f build/dev/compile_commands.json || cmake --preset dev
+	@cmake --preset tidy >/dev/null
 	@printf '%s\n' Sources/Vantoro/Model/*/*.cpp | xargs -P $(shell nproc 2>/dev/null || sysctl -n hw.ncpu) -n 1 \
-		clang-tidy --quiet -p build/dev
+		clang-tidy --quiet -p build/tidy
 
 # What the window costs, on a screen of its own.
 bench-window:

@@ -14,7 +14,7 @@ constexpr std::size_t indentation = 2;
 
 /// Process names are somebody else's text: nothing in one may steer the terminal or break the columns.
 std::string fit(std::string_view text) {
-    const std::string safe = terminalText(text);
+    std::string safe = terminalText(text);
     if (safe.size() <= longestShownName)
         return safe;
     std::string result;
