@@ -10,6 +10,7 @@ namespace {
 
 std::vector<Core> coresOf(const std::vector<CoreReading>& readings) {
     std::vector<Core> cores;
+    cores.reserve(readings.size());
     int performance = 0;
     int efficiency = 0;
     for (const CoreReading& reading : readings)
