@@ -37,15 +37,13 @@ public:
             wrongUnlessUnknown("a number");
     }
     void string(std::string_view value) override {
-        if (depth_ != 1)
-            wrongUnlessUnknown("a string");
-        else if (name_ == "format")
+        if (depth_ == 1 && name_ == "format")
             isRecording = value == "vantoro-recording";
-        else if (name_ == "machine")
+        else if (depth_ == 1 && name_ == "machine")
             header.machine = value;
-        else if (name_ == "created")
+        else if (depth_ == 1 && name_ == "created")
             header.created = value;
-        else if (name_ == "system")
+        else if (depth_ == 1 && name_ == "system")
             takeSystem(value);
         else
             wrongUnlessUnknown("a string");
