@@ -23,7 +23,7 @@ inline std::string quoted(std::string_view word) {
     return fmt::format("\"{}{}\"", safe, word.size() > longestQuote ? "..." : "");
 }
 
-/// Every case of an enumeration: "fans" or "passive".
+/// Every case of an enumeration: "fans", "passive", "heat" or "load".
 template <class Enum>
 std::string wordsFor() {
     const auto names = caseNames<Enum>();

@@ -6,7 +6,7 @@ namespace vantoro {
 
 namespace {
 
-constexpr std::array<std::string_view, 2> coolingNames{"fans", "passive"};
+constexpr std::array<std::string_view, 4> coolingNames{"fans", "passive", "heat", "load"};
 constexpr std::array<std::string_view, 4> thermalPressureNames{"nominal", "fair", "serious", "critical"};
 constexpr std::array<std::string_view, 5> processKindNames{"userApp", "helper", "commandLine", "systemDaemon",
                                                            "kernel"};

@@ -35,6 +35,8 @@ double roundedToHalf(double value) {
 } // namespace
 
 std::string FanReading::label() const {
+    if (!name.empty())
+        return name;
     if (index == 0)
         return "Left";
     if (index == 1)

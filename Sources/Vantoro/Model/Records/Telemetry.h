@@ -21,8 +21,10 @@ struct FanReading {
     double minRPM = 0;
     double maxRPM = 0;
     double targetRPM = 0;
+    /// As the driver calls it; empty where it does not.
+    std::string name = {};
 
-    /// "Left" for index 0, "Right" for 1, else "Fan " and the index counted from 1.
+    /// Its name; without one "Left" for index 0, "Right" for 1, else "Fan " and the index counted from 1.
     std::string label() const;
 
     bool operator==(const FanReading&) const = default;
@@ -72,8 +74,13 @@ inline constexpr std::array allThermalPressures{ThermalPressure::nominal, Therma
 /// The pressure with this raw value; none outside 0 to 3.
 std::optional<ThermalPressure> thermalPressure(int rawValue);
 
-/// Whether the machine has at least one fan.
-enum class Cooling : std::uint8_t { fans, passive };
+/// What a machine's verdict may speak of: what it can tell of its cooling.
+enum class Cooling : std::uint8_t {
+    fans,    ///< how hard its fans work is known
+    passive, ///< it has no fans, the chip's temperature is known
+    heat,    ///< it has or may have fans, how hard they work is not known; the chip's temperature is
+    load     ///< neither is known
+};
 
 /// Per cent of the last ten seconds in which some work waited for it, 0 to 100.
 struct StallShares {
