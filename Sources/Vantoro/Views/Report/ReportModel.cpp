@@ -2,7 +2,6 @@
 
 #include "Model/Explanation/LocalExplainer.h"
 #include "Model/Explanation/TextReport.h"
-#include "Views/Shared/EyebrowModel.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
