@@ -2,7 +2,7 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
-#include "Model/Records/SystemKind.h"
+#include "Model/Records/SystemWords.h"
 #include "Platform/Activity.h"
 #include "Platform/AppIdentity.h"
 #include "Platform/DataSourceNames.h"

@@ -1,9 +1,8 @@
 #include "Model/Commands/ExplainCommand.h"
 
 #include "Model/Commands/StandardOutput.h"
-#include "Model/Explanation/Conclusion.h"
-#include "Model/Explanation/JsonReport.h"
-#include "Model/Explanation/TextReport.h"
+#include "Model/Explanation/Explanation.h"
+#include "Model/Explanation/Reports.h"
 #include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
 #include "Model/Recording/RecordingFile.h"

@@ -1,6 +1,5 @@
 #include "Model/Diagnosis/Diagnosis.h"
 
-#include "Model/Diagnosis/DiagnosisNarrative.h"
 #include "Model/Text/WholeNumber.h"
 
 #include <algorithm>

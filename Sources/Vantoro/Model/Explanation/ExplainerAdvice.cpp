@@ -1,7 +1,7 @@
-#include "Model/Explanation/ExplainerAdvice.h"
-
+// The sections of an explanation that judge and advise.
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
+#include "Model/Explanation/Explanation.h"
 #include "Model/Text/WholeNumber.h"
 
 #include <fmt/format.h>

@@ -1,9 +1,9 @@
 #include "Model/Live/SensorHub.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/History/Suspects.h"
+#include "Model/History/History.h"
 #include "Model/Live/Quits.h"
-#include "Model/Records/MachineName.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/Numbers.h"
 
 #include <algorithm>

@@ -2,18 +2,14 @@
 // the history and publishes what the interface draws from.
 #pragma once
 
-#include "Model/History/ChartSeries.h"
-#include "Model/History/HeatSmoothing.h"
 #include "Model/History/History.h"
+#include "Model/History/Tracking.h"
 #include "Model/Live/Measuring.h"
 #include "Model/Live/ProcessMonitor.h"
 #include "Model/Live/Settings.h"
 #include "Model/Readers/SensorSources.h"
 #include "Model/Recording/Recording.h"
-#include "Model/Records/Core.h"
-#include "Model/Records/CoreCeilings.h"
-#include "Model/Records/Extremes.h"
-#include "Model/Records/SingleSensors.h"
+#include "Model/Records/Telemetry.h"
 #include "Model/Records/Verdict.h"
 #include "Model/Text/Format.h"
 #include "Model/Text/Motion.h"

@@ -3,7 +3,7 @@
 
 #include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/Recording.h"
-#include "Model/Records/EnumNames.h"
+#include "Model/Records/Verdict.h"
 
 #include <algorithm>
 #include <cstddef>

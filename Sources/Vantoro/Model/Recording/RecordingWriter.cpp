@@ -3,7 +3,7 @@
 #include "Model/Recording/RecordingFields.h"
 #include "Model/Recording/RecordingFileSupport.h"
 #include "Model/Recording/RecordJson.h"
-#include "Model/Records/EnumNames.h"
+#include "Model/Records/Verdict.h"
 #include "Platform/Posix/Descriptor.h"
 
 #include <algorithm>

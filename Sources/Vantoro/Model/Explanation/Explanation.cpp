@@ -1,8 +1,7 @@
-#include "Model/Explanation/LocalExplainer.h"
+#include "Model/Explanation/Explanation.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
-#include "Model/Explanation/ExplainerAdvice.h"
 #include "Model/Text/WholeNumber.h"
 
 #include <algorithm>
@@ -322,6 +321,17 @@ Explanation LocalExplainer::explain(const History& history, const Verdict& verdi
     append(explanation.sections, normalitySection(verdict, snapshot, format));
     append(explanation.sections, actionSection(verdict, snapshot));
     return explanation;
+}
+
+Conclusion conclude(const History& history, const Format& format) {
+    Conclusion conclusion;
+    if (!history.snapshots().empty())
+        conclusion.snapshot = history.snapshots().back();
+    conclusion.verdict = DiagnosisEngine::evaluate(history, format);
+    conclusion.suspects = rankedSuspects(history);
+    conclusion.explanation = LocalExplainer::explain(history, conclusion.verdict, conclusion.snapshot, format);
+    conclusion.series = chartSeries(history);
+    return conclusion;
 }
 
 } // namespace vantoro

@@ -1,7 +1,8 @@
-#include "Model/Records/Extremes.h"
+#include "Model/History/Tracking.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vantoro {
 
@@ -42,6 +43,38 @@ bool Extremes::has(SensorFamily family) const {
         if (temps[i] && temperatureFigures[i].family == family)
             return true;
     return false;
+}
+
+double HeatSmoothing::smoothed(UnixSeconds at, double celsius) {
+    if (!(celsius > 0))
+        return heat_ ? heat_->celsius : 0;
+    if (!heat_) {
+        heat_ = {.celsius = celsius, .at = at};
+        return celsius;
+    }
+    const double elapsed = at - heat_->at;
+    const double weight = elapsed >= 0 ? 1 - std::exp(-elapsed / timeConstantSeconds) : 0;
+    heat_ = {.celsius = heat_->celsius + (celsius - heat_->celsius) * weight, .at = at};
+    return heat_->celsius;
+}
+
+bool SingleSensors::look(std::vector<double> reading, std::optional<std::size_t> known) {
+    constexpr int partialLooksBelieved = 5;
+    const std::size_t least = known ? std::min(enough_, (*known + 1) / 2) : enough_;
+    partialLooks_ = reading.size() < least ? std::min(partialLooks_ + 1, partialLooksBelieved) : 0;
+    if (partialLooks_ > 0 && partialLooks_ < partialLooksBelieved)
+        return false;
+    celsius_ = std::move(reading);
+    isSettled_ = true;
+    return true;
+}
+
+void SingleSensors::set(std::optional<std::vector<double>> reading) {
+    isSettled_ = reading.has_value();
+    partialLooks_ = 0;
+    celsius_ = std::move(reading).value_or(std::vector<double>());
+    // What is drawn of it begins with the coolest, whoever wrote it.
+    std::ranges::sort(celsius_);
 }
 
 } // namespace vantoro

@@ -1,4 +1,4 @@
-#include "Model/Records/MachineName.h"
+#include "Model/Records/SystemWords.h"
 
 #include <fmt/format.h>
 
