@@ -3,6 +3,7 @@
 #include "Model/Live/Log.h"
 #include "Model/Live/Settings.h"
 #include "Model/Text/PlainNotes.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -32,9 +33,7 @@ constexpr double extractionShare = 0.04;
 
 UpdatesEnvironment withDefaults(UpdatesEnvironment environment) {
     if (!environment.now)
-        environment.now = [] {
-            return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-        };
+        environment.now = unixSeconds;
     if (!environment.after)
         environment.after = [](double seconds, std::function<void()> action) {
             QTimer::singleShot(std::chrono::milliseconds(std::lround(seconds * 1000)), std::move(action));

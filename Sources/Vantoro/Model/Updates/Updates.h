@@ -2,7 +2,7 @@
 // failure, and survives the relaunch that an installation causes.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 #include "Model/Text/Release.h"
 #include "Platform/UpdateEngine.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Posix/AccountName.h"
+#include "Platform/Posix/Processes.h"
 
 #include <cerrno>
 #include <pwd.h>
@@ -16,6 +16,15 @@ std::optional<std::string> accountName(std::uint32_t uid) {
     if (error != 0 || found == nullptr || found->pw_name == nullptr)
         return {};
     return std::string(found->pw_name);
+}
+
+std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows) {
+    return {"-l",     std::to_string(samples),
+            "-s",     std::to_string(intervalSeconds),
+            "-n",     std::to_string(rows),
+            "-o",     "cpu",
+            "-stats", "pid,command,cpu,mem,power,user",
+            "-ncols", "220"};
 }
 
 } // namespace vantoro

@@ -1,6 +1,8 @@
-#include "Platform/SettingsStore.h"
+#include "Platform/System.h"
 
-#include "Platform/Darwin/Kernel/CFOwner.h"
+#include "Platform/Darwin/Kernel/Handles.h"
+
+#include <malloc/malloc.h>
 
 namespace vantoro {
 
@@ -64,6 +66,10 @@ private:
 
 std::unique_ptr<SettingsStore> systemSettingsStore() {
     return std::make_unique<DarwinSettingsStore>();
+}
+
+void releaseUnusedMemory() {
+    ::malloc_zone_pressure_relief(nullptr, 0);
 }
 
 } // namespace vantoro

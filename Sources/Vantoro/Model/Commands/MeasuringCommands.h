@@ -1,4 +1,4 @@
-// `vantoro --explain`: the verdict and the report, printed, from this machine or from a recording.
+// The commands that measure this machine for a while or read what another has measured.
 #pragma once
 
 #include "Model/CommandLine/CommandLine.h"
@@ -17,5 +17,10 @@ int explainThisMachine(const CommandLine& line, SensorHub& hub);
 /// The same from a recording, at once. A recording that cannot be used gets one line on standard error, nothing on
 /// standard output, and exit status 2.
 int explainRecording(const CommandLine& line, const Format& format);
+
+/// Samples at the hub's interval until the asked time is over or somebody interrupts. Nothing is concluded: the hub
+/// only measures. Needs a QCoreApplication. Gives the program's exit status: 1, with a line on standard error, when the
+/// file exists or cannot be written.
+int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval);
 
 } // namespace vantoro

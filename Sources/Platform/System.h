@@ -1,4 +1,4 @@
-// Where the system keeps its users' settings, for systems whose own store is to be used as it is.
+// What every program asks of the system beside its sensors: a log, memory given back, a store for settings.
 #pragma once
 
 #include <memory>
@@ -7,6 +7,14 @@
 #include <variant>
 
 namespace vantoro {
+
+/// A line at debug level under the program's name and that category, readable by whoever reads the log: os_log on a
+/// Mac, syslog (and so the journal) on Linux. Never fails, never waits.
+void writeSystemLog(const std::string& category, const std::string& message);
+
+/// Worth calling after much was freed at once, as when a window has closed. Linux: malloc_trim, and madvise for the
+/// instructions that only the window needed; Mac: malloc_zone_pressure_relief.
+void releaseUnusedMemory();
 
 /// Keys and values of the program's own domain. Main thread.
 class SettingsStore {

@@ -1,4 +1,4 @@
-#include "Platform/Darwin/DarwinActivity.h"
+#include "Platform/Darwin/DarwinProcessInfo.h"
 
 #import <Foundation/Foundation.h>
 
@@ -23,6 +23,12 @@ private:
 };
 
 } // namespace
+
+int DarwinThermalState::rawValue() {
+    @autoreleasepool {
+        return static_cast<int>([[NSProcessInfo processInfo] thermalState]);
+    }
+}
 
 std::unique_ptr<Activity::Held> DarwinActivity::begin(const char* reason) {
     @autoreleasepool {

@@ -1,4 +1,4 @@
-#include "Platform/Memory.h"
+#include "Platform/System.h"
 
 #include <cinttypes>
 #include <cstdio>
@@ -6,6 +6,7 @@
 #include <memory>
 #include <string_view>
 #include <sys/mman.h>
+#include <syslog.h>
 
 namespace vantoro {
 
@@ -39,6 +40,19 @@ void releaseInstructions() {
 void releaseUnusedMemory() {
     ::malloc_trim(0);
     releaseInstructions();
+}
+
+void writeSystemLog(const std::string& category, const std::string& message) {
+    static const bool isOpen = [] {
+        ::openlog("vantoro", LOG_PID, LOG_USER);
+        return true;
+    }();
+    (void)isOpen;
+    ::syslog(LOG_DEBUG, "%s: %s", category.c_str(), message.c_str());
+}
+
+std::unique_ptr<SettingsStore> systemSettingsStore() {
+    return nullptr;
 }
 
 } // namespace vantoro

@@ -1,18 +1,21 @@
-#include "Model/Commands/ExplainCommand.h"
+#include "Model/Commands/MeasuringCommands.h"
 
 #include "Model/Commands/StandardOutput.h"
 #include "Model/Explanation/Conclusion.h"
 #include "Model/Explanation/JsonReport.h"
 #include "Model/Explanation/TextReport.h"
-#include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
+#include "Model/Live/Log.h"
 #include "Model/Recording/RecordingFile.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fmt/format.h>
+#include <limits>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QTimer>
@@ -103,6 +106,8 @@ int reportNothing(const CommandLine& line, const SensorHub& hub) {
     return nothingMeasured;
 }
 
+constexpr int writeFault = 1;
+
 } // namespace
 
 int explainThisMachine(const CommandLine& line, SensorHub& hub) {
@@ -139,6 +144,42 @@ int explainRecording(const CommandLine& line, const Format& format) {
     if (result.warning)
         complain(result.warning->text(*line.replayFile));
     return print(line, history, conclude(history, format));
+}
+
+int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
+    // From before the file is there: what was begun is finished.
+    const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+    RecordingWriter writer;
+    Outcome<> outcome = writer.open(line.recordFile, hub.recordingHeader(unixSeconds()));
+    const auto takeOne = [&] {
+        Snapshot snapshot = hub.measure(unixSeconds());
+        hub.addSingleReadings(snapshot);
+        History::keepBusiest(snapshot.processes);
+        outcome = writer.append(snapshot);
+        if (outcome.failed())
+            QCoreApplication::exit(writeFault);
+    };
+    if (!outcome.failed()) {
+        hub.startProcesses();
+        takeOne();
+    }
+    if (!outcome.failed()) {
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, &timer, takeOne);
+        timer.start(interval);
+        QTimer end;
+        end.setSingleShot(true);
+        QObject::connect(&end, &QTimer::timeout, &end, [] { QCoreApplication::quit(); });
+        if (line.seconds && *line.seconds * 1e3 < std::numeric_limits<int>::max())
+            end.start(std::chrono::milliseconds(std::llround(*line.seconds * 1e3)));
+        QCoreApplication::exec();
+    }
+    if (!outcome.failed())
+        outcome = writer.close();
+    if (!outcome.failed())
+        return EXIT_SUCCESS;
+    complain(fmt::format("{}: {}", line.recordFile, outcome.fault()));
+    return writeFault;
 }
 
 } // namespace vantoro

@@ -1,9 +1,17 @@
-// The Mac slows down programs that nobody sees (App Nap), unless they say that they are at work.
+// What the Mac tells a program of itself, and is told by it (NSProcessInfo): its thermal state, and work that goes on
+// unseen.
 #pragma once
 
 #include "Platform/Activity.h"
+#include "Platform/ThermalState.h"
 
 namespace vantoro {
+
+class DarwinThermalState : public ThermalState {
+public:
+    /// -[NSProcessInfo thermalState].
+    int rawValue() override;
+};
 
 class DarwinActivity : public Activity {
 public:
