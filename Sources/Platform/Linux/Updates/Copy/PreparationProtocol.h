@@ -12,11 +12,7 @@
 namespace vantoro {
 
 inline UpdateError sparkleError(int code, std::string description) {
-    return {.domain = std::string(sparkleErrorDomain),
-            .code = code,
-            .description = std::move(description),
-            .latestItem = {},
-            .noUpdateReason = {}};
+    return {.domain = std::string(sparkleErrorDomain), .code = code, .description = std::move(description)};
 }
 
 inline UpdateError ownError(int code, std::string description) {
