@@ -2,7 +2,7 @@
 #include "Model/Explanation/Explanation.h"
 
 #include "Model/Records/Verdict.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 #include "Support/FixedFormatContext.h"
 #include "Support/Golden.h"
 #include "Support/HistoryBuilder.h"

@@ -4,7 +4,7 @@
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
 #include "Model/Records/SystemWords.h"
-#include "Platform/Simulated/SimulatedPlatform.h"
+#include "Platform/Simulated/SimulatedMac.h"
 #include "Support/HistoryBuilder.h"
 #include "Support/ScriptedSensors.h"
 

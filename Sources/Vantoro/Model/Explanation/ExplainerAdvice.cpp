@@ -2,7 +2,7 @@
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
 #include "Model/Explanation/Explanation.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 
 #include <fmt/format.h>
 #include <string>

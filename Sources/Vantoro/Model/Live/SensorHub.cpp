@@ -24,16 +24,10 @@ std::optional<std::string> environmentVariable(const char* name) {
 
 } // namespace
 
-double HubEnvironment::steadySeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 HubEnvironment HubEnvironment::ofThisProcess() {
-    return {
-        .now =
-            [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
-        .interval = environmentVariable("VANTORO_INTERVAL"),
-        .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
+    return {.now = unixSeconds,
+            .interval = environmentVariable("VANTORO_INTERVAL"),
+            .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
 }
 
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval) {

@@ -4,7 +4,7 @@
 
 #include "Model/Records/ProcessIdentity.h"
 #include "Model/Records/Temperatures.h"
-#include "Model/Text/UnixSeconds.h"
+#include "Model/Text/Numbers.h"
 
 #include <array>
 #include <cstdint>
