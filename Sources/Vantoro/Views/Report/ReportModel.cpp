@@ -2,7 +2,6 @@
 
 #include "Model/Explanation/Explanation.h"
 #include "Model/Explanation/Reports.h"
-#include "Views/Shared/EyebrowModel.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
