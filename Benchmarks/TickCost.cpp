@@ -20,8 +20,6 @@
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
-#include "Platform/Linux/Processor/CpufreqStateReport.h"
-#include "Platform/Linux/Processor/CpufreqTables.h"
 #include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
@@ -83,10 +81,8 @@ public:
 Platform recordedPlatform(const std::string& root) {
     const auto lane = std::make_shared<SlowLane>(readAheadSeconds);
     return {.smcService = std::make_shared<HwmonSMCService>(root, lane, nullptr),
-            .stateReport = std::make_shared<CpufreqStateReport>(root, lane),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, nullptr),
-            .frequencyTables = std::make_shared<CpufreqTables>(root),
-            .processors = std::make_shared<LinuxProcessors>(root),
+            .processors = std::make_shared<LinuxProcessors>(root, lane),
             .thermalState = std::make_shared<LinuxThermalState>(root, lane)};
 }
 
