@@ -3,7 +3,7 @@
 #include "Design/Controls/Sheet.h"
 #include "Model/Live/Log.h"
 #include "Model/Updates/Updates.h"
-#include "Platform/Memory.h"
+#include "Platform/System.h"
 #include "Views/MenuBar/MenuBarItem.h"
 #include "Views/MenuBar/MenuBarPanel.h"
 #include "Views/Settings/SettingsView.h"
