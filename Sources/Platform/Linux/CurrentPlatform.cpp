@@ -1,4 +1,4 @@
-#include "Platform/CurrentPlatform.h"
+#include "Platform/Platform.h"
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
@@ -7,14 +7,12 @@
 #include "Platform/Linux/Proc/LinuxProcessStream.h"
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
-#include "Platform/Linux/Processor/CpufreqStateReport.h"
-#include "Platform/Linux/Processor/CpufreqTables.h"
 #include "Platform/Linux/Processor/LinuxMachine.h"
 #include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
-#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <cstdlib>
 
@@ -32,10 +30,8 @@ Platform currentPlatform(const std::string& programFolder) {
     const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
     const auto gpus = std::make_shared<NvidiaGPUs>(root, root.empty() ? systemNvml() : nullptr, lane);
     return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus),
-            .stateReport = std::make_shared<CpufreqStateReport>(root, lane),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, gpus),
-            .frequencyTables = std::make_shared<CpufreqTables>(root),
-            .processors = std::make_shared<LinuxProcessors>(root),
+            .processors = std::make_shared<LinuxProcessors>(root, lane),
             .processTable = std::make_shared<LinuxProcessTable>(),
             .systemStatistics = std::make_shared<LinuxSystemStatistics>(),
             .appIdentity = std::make_shared<LinuxAppIdentity>(
