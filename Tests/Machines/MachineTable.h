@@ -50,6 +50,8 @@ struct ExpectedMachine {
     /// Of each processor; not looked at without.
     std::vector<int> megahertz;
     std::string called;
+    /// The folder of a device that sleeps: nothing there may be read, which would wake it.
+    std::string asleep;
     /// Somewhere; "|" stands between what will do.
     std::vector<std::string> says;
     /// Nowhere.
@@ -68,7 +70,7 @@ inline const std::vector<ExpectedMachine>& expectedMachines() {
          .fans = {{2471}, {2036}},
          .enclosure = Range{41.5, 43.1},
          .called = "12th Gen Intel Core i5-1240P",
-         .says = {"2471|2,471", "2036|2,036"},
+         .says = {"2471|2,471", "2036|2,036", "can reach is not known"},
          .never = {"65 W", "Charger", "-108"}},
         {.name = "thinkpad-amd",
          .cooling = {heat},
@@ -100,6 +102,7 @@ inline const std::vector<ExpectedMachine>& expectedMachines() {
          .performance = 16,
          .chip = exactly(45),
          .graphics = 0,
+         .asleep = "sys/devices/pci0000:00/0000:00:01.1/0000:03:00.0/hwmon/hwmon1",
          .never = {"98.8", "99°", "99 °", "98765", "4321", "4,321", "4320"}},
         {.name = "arrow-lake",
          .cooling = {heat},
@@ -266,6 +269,7 @@ inline const std::vector<ExpectedMachine>& expectedMachines() {
          .chip = exactly(40),
          .enclosure = exactly(36.85),
          .systemWatts = 212,
+         .asleep = "sys/devices/pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0/hwmon/hwmon3",
          .says = {"212"},
          .never = {"98.8"}},
         {.name = "server-128-bare", .cooling = {load}, .performance = 128, .megahertz = std::vector<int>(128, 2800)},

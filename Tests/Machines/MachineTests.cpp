@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <memory>
+#include <sys/inotify.h>
 
 namespace vantoro::testing {
 namespace {
@@ -80,6 +81,34 @@ std::string withoutBusiest(std::string text) {
     return start == std::string::npos ? text : text.erase(start, text.find("\n\n", start) - start);
 }
 
+/// Tells which of a folder's files were read, but for what a driver knows by heart.
+class Watch {
+public:
+    explicit Watch(const std::string& folder) : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        EXPECT_GE(::inotify_add_watch(events_, folder.c_str(), IN_ACCESS), 0) << folder;
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch() { ::close(events_); }
+
+    std::string read() const {
+        std::string names;
+        alignas(inotify_event) std::array<char, 65536> room{};
+        for (ssize_t size = 0; (size = ::read(events_, room.data(), room.size())) > 0;)
+            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
+                const auto* const event = reinterpret_cast<const inotify_event*>(&room.at(at));
+                const std::string_view name = event->len > 0 ? event->name : "";
+                if (!name.empty() && name != "name" && !name.ends_with("_label") && !contains(names, name))
+                    names += " " + std::string(name);
+                at += sizeof(inotify_event) + event->len;
+            }
+        return names;
+    }
+
+private:
+    int events_;
+};
+
 /// A machine's tree and its process list.
 class Running {
 public:
@@ -112,6 +141,7 @@ public:
         return std::make_unique<ChildProgram>(std::move(command));
     }
 
+    std::string path(const std::string& name) const { return folder_.path() + "/root/" + name; }
     std::string recording() const { return folder_.path() + "/recording.jsonl"; }
 
 private:
@@ -233,12 +263,17 @@ void expectVerdict(const std::string& json, bool isBusy, Faults& faults) {
 }
 
 struct Machine {
-    explicit Machine(const ExpectedMachine& each) : expected(&each), idle(each, false), busy(each, true) {}
+    explicit Machine(const ExpectedMachine& each) : expected(&each), idle(each, false), busy(each, true) {
+        if (!each.asleep.empty())
+            watch.emplace(idle.path(each.asleep));
+        check = idle.start({"--check"});
+    }
 
     const ExpectedMachine* expected;
     Running idle;
     Running busy;
-    std::unique_ptr<ChildProgram> check = idle.start({"--check"});
+    std::optional<Watch> watch;
+    std::unique_ptr<ChildProgram> check;
 };
 
 /// What a handful of machines is said to be, beside the faults that are found at once.
@@ -288,6 +323,8 @@ TEST(Machines, AreToldTruly) {
             const std::string texts = said[at] + withoutBusiest(finished(runs[at]->check, faults));
             if (only != nullptr)
                 std::cout << texts;
+            const std::string woken = runs[at]->watch ? runs[at]->watch->read() : "";
+            faults.expect(woken.empty(), "is woken to read" + woken);
             for (const std::string& choices : machine.says)
                 faults.expect(containsAny(texts, choices), "does not say \"" + choices + "\"");
             faults.expectNowhere(texts, machine.never);
@@ -315,6 +352,8 @@ TEST(Machines, AreToldTruly) {
                                          "-0 "});
             if (!machine.onBattery)
                 faults.expectNowhere(texts, {"on battery"});
+            if (std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end())
+                faults.expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
         }
     }
     EXPECT_TRUE(faults.list().empty()) << faults.list();
