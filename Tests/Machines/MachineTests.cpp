@@ -315,6 +315,7 @@ TEST(Machines, AreToldTruly) {
                 handfuls.emplace_back();
             handfuls.back().push_back(std::make_unique<Machine>(machine));
         }
+    EXPECT_FALSE(handfuls.empty()) << only << " is not in the table";
     for (const auto& runs : handfuls) {
         const std::vector<std::string> said = runAndExplain(runs, faults);
         for (std::size_t at = 0; at < runs.size(); ++at) {
