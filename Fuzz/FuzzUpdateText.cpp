@@ -3,7 +3,6 @@
 #include "Model/Text/PlainNotes.h"
 #include "Model/Text/Release.h"
 #include "Model/Text/Utf8.h"
-#include "Model/Text/VersionOrder.h"
 
 #include <cstddef>
 #include <cstdint>

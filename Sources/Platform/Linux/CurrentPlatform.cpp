@@ -1,4 +1,4 @@
-#include "Platform/CurrentPlatform.h"
+#include "Platform/Platform.h"
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
@@ -13,7 +13,7 @@
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
-#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <cstdlib>
 

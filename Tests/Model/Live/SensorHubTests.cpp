@@ -1,6 +1,6 @@
 #include "Model/Live/SensorHub.h"
 
-#include "Platform/SettingsStore.h"
+#include "Platform/System.h"
 
 #include "Support/EventLoop.h"
 

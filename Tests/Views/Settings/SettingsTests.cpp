@@ -1,9 +1,8 @@
 // The settings window: what it says of each choice, and that a choice is stored and applied at once.
 #include "Design/Controls/SegmentedControl.h"
 #include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/SettingsControls.h"
 #include "Views/Settings/SettingsView.h"
-#include "Views/Settings/StepSlider.h"
-#include "Views/Settings/Switch.h"
 
 #include "Views/Stage.h"
 

@@ -1,7 +1,6 @@
 // The window as a whole: its panes by pointer and by keyboard, the sheet over it, and what happens without it.
+#include "Design/Controls/Sheet.h"
 #include "Views/Report/ReportSheet.h"
-#include "Views/Shared/NoticeAlert.h"
-#include "Views/Shell/AppMenus.h"
 #include "Views/Shell/MainWindow.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Timeline/TimelineView.h"

@@ -2,11 +2,11 @@
 // program that an archive made and that is exchanged as a whole.
 #pragma once
 
-#include "Platform/CurrentUpdateEngine.h"
 #include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/ArchiveDownload.h"
 #include "Platform/Linux/Updates/Copy/InstalledCopy.h"
-#include "Platform/Linux/Updates/FeedRequest.h"
+#include "Platform/Linux/Updates/UpdateRequest.h"
+#include "Platform/UpdateEngine.h"
 
 #include <QProcess>
 

@@ -1,9 +1,9 @@
 #include "Model/Live/SensorHub.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/History/Suspects.h"
+#include "Model/History/History.h"
 #include "Model/Live/Quits.h"
-#include "Model/Records/MachineName.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/Numbers.h"
 
 #include <algorithm>
@@ -24,16 +24,10 @@ std::optional<std::string> environmentVariable(const char* name) {
 
 } // namespace
 
-double HubEnvironment::steadySeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 HubEnvironment HubEnvironment::ofThisProcess() {
-    return {
-        .now =
-            [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
-        .interval = environmentVariable("VANTORO_INTERVAL"),
-        .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
+    return {.now = unixSeconds,
+            .interval = environmentVariable("VANTORO_INTERVAL"),
+            .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
 }
 
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval) {

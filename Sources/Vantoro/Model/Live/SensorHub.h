@@ -2,22 +2,18 @@
 // the history and publishes what the interface draws from.
 #pragma once
 
-#include "Model/History/ChartSeries.h"
-#include "Model/History/HeatSmoothing.h"
 #include "Model/History/History.h"
-#include "Model/Live/Measuring.h"
+#include "Model/History/Tracking.h"
 #include "Model/Live/ProcessMonitor.h"
 #include "Model/Live/Settings.h"
 #include "Model/Readers/SensorSources.h"
 #include "Model/Recording/Recording.h"
-#include "Model/Records/Core.h"
-#include "Model/Records/CoreCeilings.h"
-#include "Model/Records/Extremes.h"
-#include "Model/Records/SingleSensors.h"
+#include "Model/Records/Telemetry.h"
 #include "Model/Records/Verdict.h"
 #include "Model/Text/Format.h"
 #include "Model/Text/Motion.h"
 #include "Platform/Platform.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <chrono>
 #include <cstdint>
@@ -32,15 +28,32 @@
 
 namespace vantoro {
 
+/// Whether enough has been measured for anything to be said of this machine.
+enum class Measuring : std::uint8_t {
+    looking,     ///< the first list of processes, or a second sample that holds it, is still to come
+    withoutList, ///< the list is long overdue: what else was found may be shown
+    done
+};
+
+/// Samples that hold a list of processes before there is a verdict: one alone has nothing to be compared with.
+inline constexpr int samplesForVerdict = 2;
+/// From then on a list that has not come is said to be missing.
+inline constexpr double longestWaitForList = 10;
+
+/// `samplesWithList` samples hold a list of processes; the first sample of all was taken `secondsWaited` ago.
+constexpr Measuring measuringState(int samplesWithList, double secondsWaited) {
+    if (samplesWithList >= samplesForVerdict)
+        return Measuring::done;
+    return samplesWithList == 0 && secondsWaited >= longestWaitForList ? Measuring::withoutList : Measuring::looking;
+}
+
 class Quits;
 
 /// What the hub takes from the world beside its sources; each may be replaced in a test.
 struct HubEnvironment {
-    static double steadySeconds();
-
     std::function<UnixSeconds()> now;
     /// Seconds of a clock that only goes forward.
-    std::function<double()> monotonic = steadySeconds;
+    std::function<double()> monotonic = monotonicSeconds;
     /// VANTORO_INTERVAL and VANTORO_PROCESS_MODE as they stood at launch.
     std::optional<std::string> interval;
     std::optional<std::string> processMode;

@@ -1,7 +1,7 @@
 // What the cores pane shows: a tile per core, a summary per kind, and the spread of the single temperature sensors.
 #pragma once
 
-#include "Model/Records/Core.h"
+#include "Model/Records/Telemetry.h"
 #include "Model/Text/Format.h"
 
 #include <array>

@@ -1,13 +1,12 @@
 #include "Views/Sensors/SensorsView.h"
 
 #include "Design/Controls/Button.h"
-#include "Design/Gauges/FigureLine.h"
+#include "Design/Gauges/Gauge.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
-#include "Views/Sensors/LinearGauge.h"
+#include "Views/Sensors/SensorBars.h"
 #include "Views/Sensors/SensorRow.h"
-#include "Views/Sensors/StackedBar.h"
-#include "Views/Shared/FourStepMeter.h"
+#include "Views/Shared/StepMeters.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>

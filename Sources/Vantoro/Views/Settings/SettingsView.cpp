@@ -4,8 +4,7 @@
 #include "Design/Controls/SegmentedControl.h"
 #include "Model/Updates/Updates.h"
 #include "Views/Settings/PopUpButton.h"
-#include "Views/Settings/StepSlider.h"
-#include "Views/Settings/Switch.h"
+#include "Views/Settings/SettingsControls.h"
 #include "Views/Shared/Words.h"
 
 #include <QKeyEvent>

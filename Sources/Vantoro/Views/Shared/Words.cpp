@@ -1,5 +1,7 @@
 #include "Views/Shared/Words.h"
 
+#include "Model/Diagnosis/Diagnosis.h"
+
 #include <algorithm>
 #include <QTranslator>
 
@@ -22,6 +24,31 @@ bool installCatalogue(const QLocale& locale, const QStringList& folders) {
     auto* const catalogue = new QTranslator(QCoreApplication::instance()); // owned by Qt as a child
     const auto holds = [&](const QString& folder) { return catalogue->load(locale, "vantoro", "_", folder); };
     return std::any_of(folders.begin(), folders.end(), holds) && QCoreApplication::installTranslator(catalogue);
+}
+
+int verdictHeatStop(const Verdict& verdict) {
+    return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : verdict.state);
+}
+
+EyebrowModel eyebrowModel(const Verdict& verdict) {
+    constexpr double shortestMentioned = 45;
+    EyebrowModel model;
+    model.heatStop = verdictHeatStop(verdict);
+    model.label = toQString(verdict.stateLabel());
+    model.isCritical = verdict.severity == Severity::critical;
+    model.spokenValue = model.label;
+    if (!verdict.awaitingReading) {
+        model.level = static_cast<int>(verdict.state);
+        model.spokenValue = tr("%1, %2 of 5").arg(model.label).arg(*model.level + 1);
+    }
+    if (verdict.sustainedFor > shortestMentioned)
+        model.duration = tr("for %1").arg(toQString(DiagnosisEngine::duration(verdict.sustainedFor)));
+    return model;
+}
+
+EyebrowModel measuringEyebrow() {
+    const QString label = tr("Measuring");
+    return {.label = label, .spokenValue = label};
 }
 
 } // namespace vantoro
