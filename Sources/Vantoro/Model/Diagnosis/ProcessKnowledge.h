@@ -3,7 +3,6 @@
 #pragma once
 
 #include "Model/Records/ProcessAggregate.h"
-#include "Model/Records/SystemKind.h"
 
 #include <functional>
 #include <map>
@@ -50,8 +49,5 @@ struct ProcessKnowledge {
 /// What a group is called in every sentence: its note's friendly name, else its display name.
 std::string friendlyName(const ProcessGroup& group, SystemKind system);
 std::string friendlyName(std::string_view displayName);
-
-/// What a kind of process is in plain words, "an app you opened".
-std::string_view kindPhrase(ProcessKind kind);
 
 } // namespace vantoro
