@@ -1,6 +1,7 @@
 #include "Platform/CurrentPlatform.h"
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
@@ -31,7 +32,9 @@ Platform currentPlatform(const std::string& programFolder) {
     const std::string root = otherRoot != nullptr && *otherRoot != '\0' ? otherRoot : "";
     const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
     const auto gpus = std::make_shared<NvidiaGPUs>(root, root.empty() ? systemNvml() : nullptr, lane);
-    return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus),
+    const std::string fanMemory =
+        root.empty() ? fanMemoryPath(std::getenv("XDG_STATE_HOME"), std::getenv("HOME")) : std::string();
+    return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus, fanMemory),
             .stateReport = std::make_shared<CpufreqStateReport>(root, lane),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, gpus),
             .frequencyTables = std::make_shared<CpufreqTables>(root),

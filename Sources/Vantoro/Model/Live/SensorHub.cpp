@@ -83,7 +83,6 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , formatContext_(settings)
     , format_(formatContext_)
     , motion_(formatContext_)
-    , cooling_(foundCooling())
     , processes_(
           platform,
           [this] {
@@ -104,9 +103,11 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
 
 SensorHub::~SensorHub() = default;
 
-// Sensors that cannot be opened say nothing about the machine: it is not taken for a fanless one.
+// Sensors that cannot be opened say nothing about the machine: it is not taken for a fanless one. Every Mac has them.
 Cooling SensorHub::foundCooling() const {
-    return hasOpenSensors() ? sources_.sensors->cooling() : Cooling::fans;
+    if (hasOpenSensors())
+        return sources_.sensors->cooling();
+    return system_ == SystemKind::gnuLinux ? Cooling::load : Cooling::fans;
 }
 
 void SensorHub::start() {
@@ -203,12 +204,17 @@ ThermalPressure SensorHub::readThermalPressure() const {
 }
 
 Snapshot SensorHub::measure(UnixSeconds now) {
-    Snapshot snapshot{.timestamp = now, .cpu = latestSystem_.cpu, .memory = latestSystem_.memory, .cooling = cooling_};
+    Snapshot snapshot{.timestamp = now, .cpu = latestSystem_.cpu, .memory = latestSystem_.memory};
+    if (sources_.sensors)
+        sources_.sensors->refresh();
     if (hasOpenSensors()) {
         snapshot.fans = sources_.sensors->readFans();
         snapshot.temps = sources_.sensors->readTemperatures();
         snapshot.power = sources_.sensors->readPower();
     }
+    snapshot.cooling = cooling_ = foundCooling();
+    if (timer_)
+        assignSensorsAvailable(hasOpenSensors());
     snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
     snapshot.processes = latestProcesses_;
