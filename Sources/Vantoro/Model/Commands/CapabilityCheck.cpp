@@ -147,6 +147,9 @@ void CapabilityCheck::checkSMC() {
         return;
     }
     const std::uint32_t keyCount = smc_key_count();
+    constexpr double longestWaitSeconds = 2;
+    if (options_.reader.standIn)
+        options_.reader.standIn->waitForSlowSensors(longestWaitSeconds);
     SMCReader reader(options_.reader); // closes the connection when it goes
     const std::size_t fanCount = reader.readFans().size();
     reader.readTemperatures();
