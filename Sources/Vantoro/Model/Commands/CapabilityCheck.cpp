@@ -175,10 +175,13 @@ void CapabilityCheck::checkCores() {
     options_.reader.pause(300);
     monitor.sample();
     const bool ok = !monitor.cores().empty();
+    const bool areAlike = monitor.efficiencyCount() == 0 && platform_.system != SystemKind::macos;
     print("Per-core load and frequency", ok,
-          ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
-                           monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
-             : "host_processor_info returned nothing");
+          ok && areAlike
+              ? fmt::format("{} {}", monitor.performanceCount(), monitor.performanceCount() == 1 ? "core" : "cores")
+          : ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
+                             monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
+               : "host_processor_info returned nothing");
 }
 
 void CapabilityCheck::checkPrivilegedProcessSources() {

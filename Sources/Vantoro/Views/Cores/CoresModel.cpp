@@ -72,6 +72,10 @@ int narrowColumnCount(int cores, double gridWidth) {
     return columns > 1 ? columns : fitting;
 }
 
+QString alikeCores(int count) {
+    return count == 1 ? tr("1 core") : tr("%1 cores").arg(count);
+}
+
 QString coreCounts(const std::vector<Core>& cores) {
     int performanceCount = 0;
     std::string performance = Core{.isPerformance = true}.tierName();
@@ -80,6 +84,8 @@ QString coreCounts(const std::vector<Core>& cores) {
         performanceCount += core.isPerformance ? 1 : 0;
         (core.isPerformance ? performance : efficiency) = core.tierName();
     }
+    if (performanceCount == static_cast<int>(cores.size()))
+        return alikeCores(performanceCount);
     return tr("%1 %2 · %3 %4")
         .arg(performanceCount)
         .arg(tr(performance.c_str()))
@@ -156,9 +162,10 @@ CoresModel coresModel(const SensorHub& hub) {
     model.coreCount = static_cast<int>(hub.cores().size());
     if (const auto processors = hub.processors())
         model.subtitle =
-            hub.cores().empty()
-                ? tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency)
-                : coreCounts(hub.cores());
+            !hub.cores().empty() ? coreCounts(hub.cores())
+            : processors->efficiency == 0
+                ? alikeCores(processors->performance)
+                : tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency);
     if (hub.cores().empty())
         model.coresNote = hub.isReplay() ? tr("This recording does not hold what each core did.")
                                          : tr("The processor cores could not be read.");
