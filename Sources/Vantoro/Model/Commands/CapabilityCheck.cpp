@@ -180,9 +180,12 @@ void CapabilityCheck::checkCores() {
     options_.reader.pause(300);
     monitor.sample();
     const bool ok = !monitor.cores().empty();
+    const bool areAlike = monitor.efficiencyCount() == 0 && platform_.system != SystemKind::macos;
     print("Per-core load and frequency", ok,
-          ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
-                           monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
+          ok && areAlike
+              ? fmt::format("{} {}", monitor.performanceCount(), monitor.performanceCount() == 1 ? "core" : "cores")
+          : ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
+                             monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
           : systemWords(platform_.system).isMac() ? "host_processor_info returned nothing"
                                                   : "the kernel named no processors");
 }
