@@ -6,7 +6,8 @@
 
 namespace vantoro {
 
-/// `samples` blocks (0: without end), `intervalSeconds` apart, of the `rows` busiest processes each.
-std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows);
+/// `samples` blocks (0: without end), `intervalSeconds` apart, of the `rows` busiest processes each. `more` goes behind
+/// the list of columns.
+std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows, const std::string& more = "");
 
 } // namespace vantoro

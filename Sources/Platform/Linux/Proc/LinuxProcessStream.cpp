@@ -11,7 +11,7 @@ LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const s
 }
 
 ProgramCommand LinuxProcessStream::stream(int samples, int intervalSeconds, int rows) const {
-    return {.program = program_, .arguments = topArguments(samples, intervalSeconds, rows)};
+    return {.program = program_, .arguments = topArguments(samples, intervalSeconds, rows, ",origin")};
 }
 
 ProgramCommand LinuxProcessStream::pathList() const {

@@ -90,6 +90,12 @@ std::string LinuxProcessTable::path(std::int32_t pid) {
     return scan().path(process);
 }
 
+ProcessOrigin LinuxProcessTable::origin(std::int32_t pid) {
+    ScannedProcess* const process = scan().find(pid);
+    return process != nullptr && (process->readings != 0 || scan().read(*process)) ? scan().origin(*process)
+                                                                                   : ProcessOrigin();
+}
+
 std::optional<std::string> LinuxProcessTable::userName(std::uint32_t uid) {
     const auto known = userNames_.find(uid);
     if (known != userNames_.end())

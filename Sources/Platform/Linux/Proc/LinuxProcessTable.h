@@ -51,6 +51,7 @@ public:
     std::optional<ShortProcessRecord> shortRecord(std::int32_t pid) override;
     std::optional<TaskRecord> taskRecord(std::int32_t pid) override;
     std::string path(std::int32_t pid) override;
+    ProcessOrigin origin(std::int32_t pid) override;
     std::optional<std::string> userName(std::uint32_t uid) override;
     void rest() override;
 
