@@ -103,4 +103,18 @@ std::optional<std::string> LinuxProcessTable::userName(std::uint32_t uid) {
     return userNames_.emplace(uid, options_.accountName(uid)).first->second;
 }
 
+LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override)
+    : program_(programFolder + "/vantoro-top"), name_("vantoro-top") {
+    if (override && !override->empty())
+        program_ = name_ = *override;
+}
+
+ProgramCommand LinuxProcessStream::stream(int samples, int intervalSeconds, int rows) const {
+    return {.program = program_, .arguments = topArguments(samples, intervalSeconds, rows, ",origin")};
+}
+
+ProgramCommand LinuxProcessStream::pathList() const {
+    return {.program = program_, .arguments = {"--paths"}};
+}
+
 } // namespace vantoro

@@ -1,7 +1,7 @@
 #include "Model/Live/ProcessMonitorWorker.h"
 
 #include "Model/Text/Utf8.h"
-#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <QDeadlineTimer>
@@ -184,7 +184,7 @@ void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines
     const bool tellsOrigins = !block.rows.empty() &&
                               std::ranges::all_of(block.rows, [](const TopRow& row) { return row.origin.has_value(); });
     if (!tellsOrigins && (pathMap_.empty() || hasUnknownPid || !lastPathRefresh_ ||
-                          Clock::now() - *lastPathRefresh_ > timing_.pathListAge))
+                          std::chrono::duration<double>(monotonicSeconds() - *lastPathRefresh_) > timing_.pathListAge))
         refreshPaths();
 
     std::vector<ProcessSample> samples;
@@ -205,8 +205,8 @@ void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines
 }
 
 void ProcessMonitorWorker::refreshPaths() {
-    const Clock::time_point now = Clock::now();
-    if (lastPathRefresh_ && now - *lastPathRefresh_ <= timing_.pathListPause)
+    const double now = monotonicSeconds();
+    if (lastPathRefresh_ && std::chrono::duration<double>(now - *lastPathRefresh_) <= timing_.pathListPause)
         return;
     lastPathRefresh_ = now;
     if (const std::optional<QByteArray> output = outputOf(processStream_->pathList(), timing_.pathListLimit))

@@ -1,7 +1,7 @@
 #include "Model/Readers/SensorDump.h"
 
 #include "Model/Readers/SMCKeys.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
