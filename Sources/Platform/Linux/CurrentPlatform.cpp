@@ -6,7 +6,6 @@
 #include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
-#include "Platform/Linux/Proc/LinuxProcessStream.h"
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
 #include "Platform/Linux/Processor/LinuxMachine.h"
