@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Model/Records/ProcessAggregate.h"
-#include "Model/Records/SystemKind.h"
+#include "Model/Records/SystemWords.h"
 
 #include <functional>
 #include <map>

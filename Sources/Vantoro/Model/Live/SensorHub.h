@@ -177,6 +177,8 @@ public:
     const std::string& machineName() const;
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
+    /// What this machine is told to favour; a recording does not say.
+    PowerProfile powerProfile() const { return isReplay_ ? PowerProfile::unknown : powerProfile_; }
     /// Whether the figures are a recording's rather than this machine's.
     bool isReplay() const { return isReplay_; }
 
@@ -210,6 +212,7 @@ private:
     void restartTimer();
     ThermalPressure readThermalPressure() const;
     double readGPUWatts(UnixSeconds now);
+    void readStrain(Snapshot& snapshot);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
@@ -224,6 +227,7 @@ private:
 
     std::shared_ptr<Machine> machine_;
     std::shared_ptr<ThermalState> thermalState_;
+    std::shared_ptr<Strain> strain_;
     std::shared_ptr<Activity> activity_;
     SensorSources sources_;
     const Settings& settings_;
@@ -276,6 +280,7 @@ private:
     SystemLine latestSystem_;
     HeatSmoothing heat_;
     double gpuWatts_ = 0;
+    PowerProfile powerProfile_ = PowerProfile::unknown;
     std::optional<UnixSeconds> gpuReadAt_;
     mutable std::optional<std::string> machineName_;
 };
