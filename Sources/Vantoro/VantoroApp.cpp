@@ -79,10 +79,9 @@ Platform choosePlatform(const CommandLine& line) {
 }
 
 SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
-    return {.simulatesFanless = line.simulateFanless,
-            .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
-            .pause = pauseFor,
-            .measuresCoresUnderTs = platform.smcService && platform.smcService->measuresCoresUnderTs()};
+    SMCReader::Options options = SMCReader::Options::of(platform.smcService, pauseFor);
+    options.simulatesFanless = line.simulateFanless;
+    return options;
 }
 
 /// What the platform cannot tell has no reader.

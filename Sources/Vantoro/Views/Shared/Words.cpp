@@ -1,7 +1,7 @@
 #include "Views/Shared/Words.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/Live/SensorHub.h"
+#include "Model/Records/Telemetry.h"
 
 #include <algorithm>
 #include <QTranslator>
