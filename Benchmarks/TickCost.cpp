@@ -20,6 +20,7 @@
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
+#include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
@@ -80,10 +81,12 @@ public:
 
 Platform recordedPlatform(const std::string& root) {
     const auto lane = std::make_shared<SlowLane>(readAheadSeconds);
+    const auto counters = std::make_shared<ThrottleCounters>(root, lane);
     return {.smcService = std::make_shared<HwmonSMCService>(root, lane, nullptr),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, nullptr),
             .processors = std::make_shared<LinuxProcessors>(root, lane),
-            .thermalState = std::make_shared<LinuxThermalState>(root, lane)};
+            .thermalState = std::make_shared<LinuxThermalState>(root, lane, counters),
+            .strain = std::make_shared<LinuxStrain>(root, lane, nullptr, counters)};
 }
 
 SensorSources allSources(const Platform& platform) {

@@ -15,6 +15,7 @@
 #include "Platform/ProcessTable.h"
 #include "Platform/SMCService.h"
 #include "Platform/StateReport.h"
+#include "Platform/Strain.h"
 #include "Platform/SystemLooks.h"
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
@@ -52,6 +53,7 @@ struct Platform {
     std::shared_ptr<ProcessControl> processControl;
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
+    std::shared_ptr<Strain> strain;
     std::shared_ptr<SystemLooks> systemLooks;
     /// Null where the system leaves the timers of hidden programs alone.
     std::shared_ptr<Activity> activity;

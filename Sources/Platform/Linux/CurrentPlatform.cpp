@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
+#include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
 #include "Platform/Linux/Proc/LinuxProcessStream.h"
@@ -29,6 +30,7 @@ Platform currentPlatform(const std::string& programFolder) {
     const std::string root = otherRoot != nullptr && *otherRoot != '\0' ? otherRoot : "";
     const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
     const auto gpus = std::make_shared<NvidiaGPUs>(root, root.empty() ? systemNvml() : nullptr, lane);
+    const auto counters = std::make_shared<ThrottleCounters>(root, lane);
     return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, gpus),
             .processors = std::make_shared<LinuxProcessors>(root, lane),
@@ -40,7 +42,8 @@ Platform currentPlatform(const std::string& programFolder) {
                 programFolder, top != nullptr ? std::optional<std::string>(top) : std::nullopt),
             .processControl = std::make_shared<LinuxProcessControl>(),
             .machine = std::make_shared<LinuxMachine>(root),
-            .thermalState = std::make_shared<LinuxThermalState>(root, lane),
+            .thermalState = std::make_shared<LinuxThermalState>(root, lane, counters),
+            .strain = std::make_shared<LinuxStrain>(root, lane, gpus, counters),
             .ownCost = std::make_shared<LinuxOwnCost>(),
             .sources = {.sensors = "hwmon", .reports = "cpufreq"},
             .system = SystemKind::gnuLinux};

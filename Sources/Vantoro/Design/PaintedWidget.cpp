@@ -152,6 +152,16 @@ void PaintedWidget::drawText(QPainter& painter, const QRectF& rectangle, const T
     drawLine(painter, mirrored(rectangle), font(style), text, mirrored(alignment), elide);
 }
 
+double PaintedWidget::drawLines(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                                const QStringList& lines, Qt::Alignment alignment, Qt::TextElideMode elide) const {
+    QRectF line(rectangle.left(), rectangle.top(), rectangle.width(), lineHeight(style));
+    for (const QString& text : lines) {
+        drawText(painter, line, style, color, text, alignment, elide);
+        line.translate(0, line.height());
+    }
+    return line.top();
+}
+
 void PaintedWidget::drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size,
                              const QColor& color) const {
     const QRectF place = mirrored(rectangle);

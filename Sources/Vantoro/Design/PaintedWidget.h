@@ -69,6 +69,8 @@ public:
     /// The tooltip, shown letter for letter and wrapped: names are other people's, and what looks like mark-up in one
     /// is part of it. Hides the toolkit's, which would read it as mark-up.
     void setToolTip(const QString& text) { QWidget::setToolTip(plainTooltip(text)); }
+    /// What a screen reader calls it, where the view model has to say: the text beside it, what it measures.
+    void setSpokenName(const QString& name) { spokenName_ = name; }
     /// Tells a screen reader that the name, the value or the state has changed.
     void announceChange(QAccessible::Event change = QAccessible::ValueChanged);
     /// Whether the keyboard is here and shown to be: reached by it rather than by the pointer.
@@ -81,6 +83,7 @@ protected:
     Look& look() const { return look_; }
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }
+    const QString& spokenName() const { return spokenName_; }
     QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
     /// Whether any of it is on screen: neither hidden nor scrolled out of sight. What is not does not move.
     bool isInSight() const { return isVisible() && !visibleRegion().isEmpty(); }
@@ -97,6 +100,10 @@ protected:
     void drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
                   const QString& text, Qt::Alignment alignment = Qt::AlignLeft,
                   Qt::TextElideMode elide = Qt::ElideRight) const;
+    /// Broken lines one below the other from the rectangle's top on; where the next one would stand.
+    double drawLines(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                     const QStringList& lines, Qt::Alignment alignment = Qt::AlignLeft,
+                     Qt::TextElideMode elide = Qt::ElideRight) const;
     /// An icon centred in the rectangle.
     void drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size, const QColor& color) const;
     double textWidth(const TextStyle& style, const QString& text) const;
@@ -114,6 +121,7 @@ protected:
 
 private:
     Look& look_;
+    QString spokenName_;
     bool showsKeyboard_ = false;
 };
 

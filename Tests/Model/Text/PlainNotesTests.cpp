@@ -1,4 +1,3 @@
-#include "Model/Text/PlainNotes.h"
 #include "Model/Text/Release.h"
 #include "Model/Text/Utf8.h"
 

@@ -74,7 +74,7 @@ TEST(SettingsViewTests, NothingMovesWhenTheSliderDoesAndALongNameLeavesItsTitle)
     const int before = motion.mapTo(&window, QPoint()).y();
     auto& slider = named<StepSlider>(window, "Sample rate");
     for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i) {
-        emit slider.moved(i);
+        emit slider.chosen(i);
         stage.settle();
         EXPECT_EQ(motion.mapTo(&window, QPoint()).y(), before) << i;
     }
@@ -163,7 +163,7 @@ TEST(SettingsViewTests, TheSliderStoresARateOnlyWhenItIsMoved) {
     SettingsView view(stage.context, {});
     view.QWidget::show();
     StepSlider& slider = named<StepSlider>(view, "Sample rate");
-    EXPECT_EQ(slider.value(), 3);
+    EXPECT_EQ(slider.current(), 3);
     EXPECT_EQ(stage.settings.value(Setting::sampleInterval), 1.5);
     QTest::keyClick(&slider, Qt::Key_End);
     EXPECT_EQ(stage.settings.value(Setting::sampleInterval), 0.25);

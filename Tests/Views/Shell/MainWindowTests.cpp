@@ -18,6 +18,7 @@
 namespace vantoro {
 namespace {
 
+using testing::clickSegment;
 using testing::Stage;
 using testing::waitUntil;
 
@@ -33,8 +34,7 @@ TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
     stage.settle();
     EXPECT_EQ(starts, 1) << "the first showing starts the hub";
     EXPECT_EQ(window.size(), MainWindow::usualSize);
-    QWidget* const switcher = window.childAt(564, 26);
-    QTest::mouseClick(switcher, Qt::LeftButton, Qt::NoModifier, switcher->mapFrom(&window, QPoint(564, 26)));
+    clickSegment(window, static_cast<qsizetype>(Pane::timeline));
     EXPECT_EQ(window.pane(), Pane::timeline);
     stage.settle();
     ASSERT_NE(window.findChild<TimelineView*>(), nullptr);

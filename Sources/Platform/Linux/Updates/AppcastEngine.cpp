@@ -3,7 +3,6 @@
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Release.h"
 #include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
-#include "Platform/Linux/Updates/UpdateSchedule.h"
 #include "Platform/System.h"
 
 #include <algorithm>

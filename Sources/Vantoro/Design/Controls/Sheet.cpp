@@ -79,7 +79,7 @@ void Sheet::placeCard() {
 }
 
 Description Sheet::describe() {
-    return {.role = QAccessible::Dialog, .name = spoken_};
+    return {.role = QAccessible::Dialog, .name = spokenName()};
 }
 
 void Sheet::paintEvent(QPaintEvent*) {

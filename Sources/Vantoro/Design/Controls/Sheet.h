@@ -45,8 +45,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     bool focusNextPrevChild(bool next) override;
-    /// The accessible name; a view model's words.
-    void setSpokenName(const QString& name) { spoken_ = name; }
 
 private:
     /// Open, and no other sheet over it.
@@ -55,7 +53,6 @@ private:
 
     QWidget* card_; // owned by Qt as a child
     QPointer<QWidget> focusBefore_;
-    QString spoken_;
     int radius_;
     double opened_ = 0;
     double progress_ = 1;

@@ -5,7 +5,6 @@
 #include "Design/PaintedWidget.h"
 #include "Design/Typography.h"
 
-#include <QColor>
 #include <QPainter>
 #include <QString>
 

@@ -70,6 +70,7 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
                      HubEnvironment environment)
     : machine_(platform.machine)
     , thermalState_(platform.thermalState)
+    , strain_(platform.strain)
     , activity_(platform.activity)
     , sources_(std::move(sources))
     , settings_(settings)
@@ -205,6 +206,7 @@ Snapshot SensorHub::measure(UnixSeconds now) {
     snapshot.cooling = cooling_;
     snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
+    readStrain(snapshot);
     snapshot.processes = latestProcesses_;
     const double smoothed = heat_.smoothed(now, snapshot.temps.soc);
     snapshot.chipHeat = cooling_ == Cooling::load ? 0 : smoothed;
@@ -221,6 +223,18 @@ double SensorHub::readGPUWatts(UnixSeconds now) {
         gpuReadAt_ = now;
     }
     return gpuWatts_;
+}
+
+void SensorHub::readStrain(Snapshot& snapshot) {
+    if (!strain_)
+        return;
+    StrainReading strain = strain_->read();
+    snapshot.stalls = strain.stalls;
+    snapshot.throttle = std::move(strain.throttle);
+    snapshot.gpuPercent = strain.gpuPercent;
+    snapshot.power.cpuWatts = strain.cpuWatts;
+    powerProfile_ = strain.profile;
+    snapshot.favoursSpeed = powerProfile_ == PowerProfile::performance;
 }
 
 void SensorHub::tick() {

@@ -181,6 +181,8 @@ public:
     const SystemWords& words() const { return systemWords(history_.system()); }
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
+    /// What this machine is told to favour; a recording does not say.
+    PowerProfile powerProfile() const { return isReplay_ ? PowerProfile::unknown : powerProfile_; }
     /// Whether the figures are a recording's rather than this machine's.
     bool isReplay() const { return isReplay_; }
 
@@ -214,6 +216,7 @@ private:
     void restartTimer();
     ThermalPressure readThermalPressure() const;
     double readGPUWatts(UnixSeconds now);
+    void readStrain(Snapshot& snapshot);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
@@ -228,6 +231,7 @@ private:
 
     std::shared_ptr<Machine> machine_;
     std::shared_ptr<ThermalState> thermalState_;
+    std::shared_ptr<Strain> strain_;
     std::shared_ptr<Activity> activity_;
     SensorSources sources_;
     const Settings& settings_;
@@ -279,6 +283,7 @@ private:
     SystemLine latestSystem_;
     HeatSmoothing heat_;
     double gpuWatts_ = 0;
+    PowerProfile powerProfile_ = PowerProfile::unknown;
     std::optional<UnixSeconds> gpuReadAt_;
     mutable std::optional<std::string> machineName_;
 };

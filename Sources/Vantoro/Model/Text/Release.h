@@ -88,4 +88,10 @@ std::optional<Relaunch> decodedRelaunch(std::string_view text);
 /// ("1.0b1" < "1.0"); a number beats a word in the same place.
 int compareVersions(std::string_view version, std::string_view other);
 
+/// The text of HTML that comes from elsewhere: no markup, scripts or styles; paragraphs, line breaks and list items on
+/// lines of their own, items after "• "; entities as their letters; no control, direction or invisible letters; valid
+/// UTF-8. At most 4,000 bytes, cut after a whole letter with "…". Takes time proportional to the input and looks at no
+/// more than its first 256 KiB.
+std::string plainNotes(std::string_view html);
+
 } // namespace vantoro

@@ -2,7 +2,7 @@
 
 #include "Model/Live/Log.h"
 #include "Model/Live/Settings.h"
-#include "Model/Text/PlainNotes.h"
+#include "Model/Text/Release.h"
 #include "Platform/Posix/Clocks.h"
 
 #include <algorithm>

@@ -101,9 +101,6 @@ int columnCount(int cores);
 /// The same where each tile is to keep its least width, in a grid of this width.
 int narrowColumnCount(int cores, double gridWidth);
 
-/// "6 performance · 6 efficiency", by the names that the system has for its kinds of cores.
-QString coreCounts(const std::vector<Core>& cores);
-
 /// `ceiling` is the highest frequency of this kind of core in MHz, 0 when not known.
 CoreFigures coreFigures(const Core& core, double ceiling);
 CoreCluster clusterSummary(const std::vector<Core>& cores, double ceiling);

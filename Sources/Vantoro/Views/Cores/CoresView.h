@@ -4,8 +4,6 @@
 #include "Views/Cores/CoresModel.h"
 #include "Views/Shared/View.h"
 
-#include <memory>
-
 namespace vantoro {
 
 class CoreGrid;

@@ -277,7 +277,7 @@ void StackedBar::paintEntry(QPainter& painter, const QRectF& cell, const LegendE
 }
 
 Description StackedBar::describe() {
-    return {.role = QAccessible::StaticText, .name = spoken_, .value = legend_.spokenValue};
+    return {.role = QAccessible::StaticText, .name = spokenName(), .value = legend_.spokenValue};
 }
 
 } // namespace vantoro

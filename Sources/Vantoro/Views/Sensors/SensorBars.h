@@ -41,7 +41,6 @@ class StackedBar : public PaintedWidget, private Animated {
 public:
     explicit StackedBar(Look& look, QWidget* parent = nullptr);
 
-    void setSpokenName(const QString& name) { spoken_ = name; }
     /// The parts head for their new lengths with this animation, none is at once.
     void show(const LegendModel& legend, const std::optional<Animation>& animation);
     using QWidget::show;
@@ -68,7 +67,6 @@ private:
     void paintBar(QPainter& painter) const;
     void paintEntry(QPainter& painter, const QRectF& cell, const LegendEntry& entry, std::size_t part) const;
 
-    QString spoken_;
     LegendModel legend_;
     std::size_t parts_ = 0;
     std::array<AnimatedValue, mostParts> lengths_;

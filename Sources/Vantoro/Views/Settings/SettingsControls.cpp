@@ -23,21 +23,17 @@ StepSlider::StepSlider(Look& look, int stops, QWidget* parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void StepSlider::setValue(int stop) {
+void StepSlider::setCurrent(int stop) {
     stop = std::clamp(stop, 0, stops_ - 1);
-    if (stop == value_)
+    if (stop == current_)
         return;
-    value_ = stop;
+    current_ = stop;
     knob_.set(stop, knobResponseSeconds, isVisible());
 }
 
 void StepSlider::setCaption(int stop, const QString& caption) {
     captions_[stop] = caption;
     update();
-}
-
-void StepSlider::setSpokenName(const QString& name) {
-    spoken_ = name;
 }
 
 void StepSlider::setSpokenValue(const QString& value) {
@@ -48,10 +44,10 @@ void StepSlider::setSpokenValue(const QString& value) {
 }
 
 void StepSlider::moveTo(int stop) {
-    const int before = value_;
-    setValue(stop);
-    if (value_ != before)
-        emit moved(value_);
+    const int before = current_;
+    setCurrent(stop);
+    if (current_ != before)
+        emit chosen(current_);
 }
 
 double StepSlider::xAt(double position) const {
@@ -72,14 +68,14 @@ QSize StepSlider::sizeHint() const {
 
 Description StepSlider::describe() {
     return {.role = QAccessible::Slider,
-            .name = spoken_,
+            .name = spokenName(),
             .value = spokenValue_,
-            .number = value_,
+            .number = current_,
             .least = 0,
             .most = stops_ - 1.0,
             .setNumber = [this](double stop) { moveTo(qRound(stop)); },
-            .actions = {{QAccessibleActionInterface::increaseAction(), [this] { moveTo(value_ + 1); }},
-                        {QAccessibleActionInterface::decreaseAction(), [this] { moveTo(value_ - 1); }}}};
+            .actions = {{QAccessibleActionInterface::increaseAction(), [this] { moveTo(current_ + 1); }},
+                        {QAccessibleActionInterface::decreaseAction(), [this] { moveTo(current_ - 1); }}}};
 }
 
 void StepSlider::paintEvent(QPaintEvent*) {
@@ -145,16 +141,16 @@ void StepSlider::keyPressEvent(QKeyEvent* event) {
     const int forward = isRightToLeft() ? -1 : 1;
     switch (event->key()) {
     case Qt::Key_Left:
-        moveTo(value_ - forward);
+        moveTo(current_ - forward);
         break;
     case Qt::Key_Right:
-        moveTo(value_ + forward);
+        moveTo(current_ + forward);
         break;
     case Qt::Key_Down:
-        moveTo(value_ - 1);
+        moveTo(current_ - 1);
         break;
     case Qt::Key_Up:
-        moveTo(value_ + 1);
+        moveTo(current_ + 1);
         break;
     case Qt::Key_Home:
         moveTo(0);
@@ -186,10 +182,6 @@ void Switch::setOn(bool on) {
     announceChange(QAccessible::StateChanged);
 }
 
-void Switch::setSpokenName(const QString& name) {
-    spoken_ = name;
-}
-
 void Switch::press() {
     setOn(!on_);
     emit toggled(on_);
@@ -201,7 +193,7 @@ QSize Switch::sizeHint() const {
 
 Description Switch::describe() {
     return {.role = QAccessible::CheckBox,
-            .name = spoken_,
+            .name = spokenName(),
             .isSelected = on_,
             .actions = pressAction(QAccessibleActionInterface::toggleAction())};
 }

@@ -18,13 +18,12 @@ public:
 
     StepSlider(Look& look, int stops, QWidget* parent = nullptr);
 
-    int value() const { return value_; }
+    int current() const { return current_; }
     /// Without the signal: what the model says.
-    void setValue(int stop);
+    void setCurrent(int stop);
     /// A text under a stop.
     void setCaption(int stop, const QString& caption);
-    /// What a screen reader says: what is chosen here, and what the present stop means.
-    void setSpokenName(const QString& name);
+    /// What a screen reader says the present stop means.
     void setSpokenValue(const QString& value);
 
     QSize sizeHint() const override;
@@ -33,7 +32,7 @@ public:
 
 signals:
     /// The user moved it to another stop.
-    void moved(int stop);
+    void chosen(int stop);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -50,10 +49,9 @@ private:
     void paintCaptions(QPainter& painter) const;
 
     int stops_;
-    int value_ = 0;
+    int current_ = 0;
     Glide knob_;
     std::map<int, QString> captions_;
-    QString spoken_;
     QString spokenValue_;
 };
 
@@ -67,8 +65,6 @@ public:
 
     /// Without the signal: what the model says.
     void setOn(bool on);
-    /// What a screen reader calls it: the text beside it.
-    void setSpokenName(const QString& name);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -88,7 +84,6 @@ private:
     bool on_ = false;
     /// 0 off, 1 on.
     Glide knob_;
-    QString spoken_;
 };
 
 } // namespace vantoro

@@ -92,9 +92,9 @@ SettingsView::Line SettingsView::line(SettingsRow& row, const SettingsRowModel& 
         row.setTitleStyle(Type::body.medium());
         row.setWideControl(*control, StepSlider::ringMargin);
         row.keepRoomForNotes(model.notes);
-        connect(control, &StepSlider::moved, this, choose);
+        connect(control, &StepSlider::chosen, this, choose);
         return {&row, [control](const SettingsRowModel& now) {
-                    control->setValue(now.current);
+                    control->setCurrent(now.current);
                     control->setSpokenValue(now.title + ", " + now.value);
                 }};
     }

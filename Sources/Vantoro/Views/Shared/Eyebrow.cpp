@@ -1,7 +1,6 @@
 #include "Views/Shared/Eyebrow.h"
 
 #include "Views/Shared/StepMeters.h"
-#include "Views/Shared/Words.h"
 
 #include <cmath>
 #include <QPainter>

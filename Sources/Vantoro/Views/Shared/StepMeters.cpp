@@ -37,10 +37,6 @@ void FourStepMeter::show(ThermalPressure pressure) {
     announceChange();
 }
 
-void FourStepMeter::setSpokenName(const QString& name) {
-    spoken_ = name;
-}
-
 QSize FourStepMeter::sizeHint() const {
     return {names_ == Names::ends ? 134 : 268,
             static_cast<int>(std::ceil(capsule + nameGap(names_) + lineHeight(Type::caption)))};
@@ -48,11 +44,11 @@ QSize FourStepMeter::sizeHint() const {
 
 Description FourStepMeter::describe() {
     return {.role = QAccessible::ProgressBar,
-            .name = spoken_,
+            .name = spokenName(),
             .value = toQString(DiagnosisEngine::title(pressure_)),
             .number = static_cast<double>(pressure_),
             .most = steps - 1,
-            .isDecoration = spoken_.isEmpty()};
+            .isDecoration = spokenName().isEmpty()};
 }
 
 void FourStepMeter::paintEvent(QPaintEvent*) {

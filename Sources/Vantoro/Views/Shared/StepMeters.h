@@ -6,6 +6,7 @@
 
 namespace vantoro {
 
+/// Left out of what is read where it has no spoken name, as beside a figure that says the same.
 class FourStepMeter : public PaintedWidget {
     Q_OBJECT
 public:
@@ -18,8 +19,6 @@ public:
 
     void show(ThermalPressure pressure);
     using QWidget::show;
-    /// What it measures; without it the meter is left out of what is read, as beside a figure that says the same.
-    void setSpokenName(const QString& name);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return {120, sizeHint().height()}; }
@@ -31,7 +30,6 @@ protected:
 private:
     Names names_;
     ThermalPressure pressure_ = ThermalPressure::nominal;
-    QString spoken_;
 };
 
 /// Stands beside a word that says the same, so it is hidden from screen readers.

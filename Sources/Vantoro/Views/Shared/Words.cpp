@@ -1,6 +1,7 @@
 #include "Views/Shared/Words.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
+#include "Model/Live/SensorHub.h"
 
 #include <algorithm>
 #include <QTranslator>
@@ -9,6 +10,21 @@ namespace vantoro {
 
 QString toQString(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QString coreCounts(const std::vector<Core>& cores) {
+    int performanceCount = 0;
+    std::string performance = Core{.isPerformance = true}.tierName();
+    std::string efficiency = Core().tierName();
+    for (const Core& core : cores) {
+        performanceCount += core.isPerformance ? 1 : 0;
+        (core.isPerformance ? performance : efficiency) = core.tierName();
+    }
+    return tr("%1 %2 · %3 %4")
+        .arg(performanceCount)
+        .arg(tr(performance.c_str()))
+        .arg(static_cast<int>(cores.size()) - performanceCount)
+        .arg(tr(efficiency.c_str()));
 }
 
 QString trayText(const QString& text) {

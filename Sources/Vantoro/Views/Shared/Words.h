@@ -9,11 +9,17 @@
 #include <QString>
 #include <QStringList>
 #include <string_view>
+#include <vector>
 
 namespace vantoro {
 
+struct Core;
+
 /// A text of the model, which is UTF-8.
 QString toQString(std::string_view text);
+
+/// "6 performance · 6 efficiency", by the names that the system has for its kinds of cores.
+QString coreCounts(const std::vector<Core>& cores);
 
 /// A text for the tray's tooltip, which some desktops read as mark-up and others do not: signs that open mark-up are
 /// replaced by ones that look like them.

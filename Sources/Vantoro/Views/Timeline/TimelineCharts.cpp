@@ -68,7 +68,7 @@ QRectF TimelineAxis::pillRect() const {
     return {left, lineCentre(theme()) - height / 2, wide, height};
 }
 
-void TimelineAxis::setTimes(const std::vector<TimeMark>& times, const TimeSpan& span) {
+void TimelineAxis::show(const std::vector<TimeMark>& times, const TimeSpan& span) {
     if (times == times_ && span == span_)
         return;
     times_ = times;
@@ -76,7 +76,7 @@ void TimelineAxis::setTimes(const std::vector<TimeMark>& times, const TimeSpan& 
     update();
 }
 
-void TimelineAxis::setScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned) {
+void TimelineAxis::showScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned) {
     if (scrub == scrub_ && text == scrubText_ && isPinned == isPinned_)
         return;
     const auto updateAround = [this] {
@@ -163,19 +163,13 @@ void TimelineCharts::matchCharts(std::size_t count) {
     }
     while (charts_.size() < count) {
         auto* const chart = new TimelineChart(look(), this); // owned by Qt as a child
-        connect(chart, &TimelineChart::scrubbed, this, &TimelineCharts::scrubbed);
-        connect(chart, &TimelineChart::scrubEnded, this, &TimelineCharts::scrubEnded);
-        connect(chart, &TimelineChart::stepped, this, &TimelineCharts::stepped);
-        connect(chart, &TimelineChart::strode, this, &TimelineCharts::strode);
-        connect(chart, &TimelineChart::keepAsked, this, &TimelineCharts::keepAsked);
-        connect(chart, &TimelineChart::keepPickedAsked, this, &TimelineCharts::keepPickedAsked);
-        connect(chart, &TimelineChart::letGoAsked, this, &TimelineCharts::letGoAsked);
+        connect(chart, &TimelineChart::asked, this, &TimelineCharts::asked);
         chart->show();
         charts_.push_back(chart);
     }
 }
 
-void TimelineCharts::setModel(const TimelineModel& model) {
+void TimelineCharts::show(const TimelineModel& model) {
     const auto heights = [](const TimelineModel& of) {
         std::vector<int> each;
         for (const ChartModel& chart : of.charts)
@@ -196,18 +190,18 @@ void TimelineCharts::setModel(const TimelineModel& model) {
     if (!model.span)
         return;
     for (std::size_t i = 0; i < charts_.size(); ++i)
-        charts_[i]->setModel(model.charts[i], *model.span);
-    axis_->setTimes(model.times, *model.span);
+        charts_[i]->show(model.charts[i], *model.span);
+    axis_->show(model.times, *model.span);
 }
 
-void TimelineCharts::setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
-                                 const QString& scrubText) {
+void TimelineCharts::showReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
+                                  const QString& scrubText) {
     std::optional<UnixSeconds> rule;
     if (scrub && model_.span && model_.span->holds(scrub->time))
         rule = scrub->time;
     for (std::size_t i = 0; i < std::min(charts_.size(), readings.size()); ++i)
-        charts_[i]->setReading(readings[i], rule);
-    axis_->setScrub(rule, scrubText, scrub && scrub->isPinned);
+        charts_[i]->showReading(readings[i], rule);
+    axis_->showScrub(rule, scrubText, scrub && scrub->isPinned);
 }
 
 void TimelineCharts::setReveal(double share) {

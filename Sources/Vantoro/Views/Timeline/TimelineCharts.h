@@ -18,9 +18,10 @@ public:
     /// How far it reaches into the room below the last plot: the pill is higher than a line of times.
     static int riseAboveFooter(const Theme& theme);
 
-    void setTimes(const std::vector<TimeMark>& times, const TimeSpan& span);
+    void show(const std::vector<TimeMark>& times, const TimeSpan& span);
+    using QWidget::show;
     /// The moment under the rule and its text; none hides the pill. Pinned, the pill shows so.
-    void setScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned);
+    void showScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned);
 
     Description describe() override;
 
@@ -48,10 +49,11 @@ class TimelineCharts : public Panel {
 public:
     explicit TimelineCharts(Look& look, QWidget* parent = nullptr);
 
-    void setModel(const TimelineModel& model);
+    void show(const TimelineModel& model);
+    using QWidget::show;
     /// One reading per chart, and the picked moment with its text. A moment that lies outside the axis has no rule.
-    void setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
-                     const QString& scrubText);
+    void showReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
+                      const QString& scrubText);
     void setReveal(double share);
 
     /// Top to bottom.
@@ -61,13 +63,8 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    void scrubbed(double time);
-    void scrubEnded();
-    void stepped(int points);
-    void strode(int tenths);
-    void keepAsked(double time);
-    void keepPickedAsked();
-    void letGoAsked();
+    /// Of any of the charts.
+    void asked(const ScrubWish& wish);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -2,7 +2,7 @@
 #include "Platform/Linux/Hwmon/HwmonFan.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 #include "Platform/Linux/Hwmon/SensorFamilies.h"
-#include "Platform/Linux/Power/EnergyArithmetic.h"
+#include "Platform/Linux/Power/EnergyCounters.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Reading/LanedReading.h"
 #include "Platform/Linux/Reading/SysfsText.h"

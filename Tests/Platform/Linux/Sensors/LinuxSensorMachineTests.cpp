@@ -139,7 +139,7 @@ TEST(LinuxSensorMachines, GiveTheirPower) {
                                12,
                                25.86,
                                13.86},
-                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 20, 0, 0},
+                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 0, 0, 0},
                               {"arm-board", {}, 0, 0, 0},
                               {"server", {{zone + "0/energy_uj", "90000100\n"}}, 212, 0, 0},
                               {"mac", {}, 9.12, 61, 0}};
@@ -209,15 +209,17 @@ TEST(LinuxSensorMachines, IntegratedGraphicsHaveAnEnergyCounter) {
 }
 
 TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
-    SensorMachine machine("amd-desktop");
+    SensorMachine machine("intel-laptop");
+    machine.write("sys/class/power_supply/BAT0/status", "Full\n");
+    machine.remove("sys/class/power_supply/AC");
     smc_use(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr));
     std::string text;
     std::int64_t watts = 30;
-    std::int64_t microjoules = 65532000000;
+    std::int64_t microjoules = 262143000000;
     const auto wait = [&](int milliseconds) {
         machine.pass(milliseconds / 1e3);
         microjoules += watts * milliseconds * 1000;
-        machine.write("sys/class/powercap/intel-rapl:0/energy_uj", std::to_string(microjoules) + "\n");
+        machine.write("sys/class/powercap/intel-rapl:1/energy_uj", std::to_string(microjoules) + "\n");
     };
     const auto dump = [&] {
         SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
@@ -235,22 +237,26 @@ TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
 
 TEST(LinuxSensorMachines, SayHowHardHeatPresses) {
     SensorMachine board("arm-board");
-    LinuxThermalState state(board.root(), board.lane());
+    LinuxThermalState state(board.root(), board.lane(), std::make_shared<ThrottleCounters>(board.root(), board.lane()));
     for (const auto& [thousandths, expected] :
          std::map<int, int>{{52777, 0}, {69999, 0}, {70000, 1}, {75000, 2}, {90000, 2}, {95000, 3}, {255000, 0}}) {
         board.write("sys/class/thermal/thermal_zone0/temp", std::to_string(thousandths) + "\n");
         EXPECT_EQ(state.rawValue(), expected) << thousandths;
     }
-    const SensorMachine laptop("intel-laptop");
-    LinuxThermalState throttled(laptop.root(), laptop.lane());
+    SensorMachine laptop("intel-laptop");
+    LinuxThermalState throttled(laptop.root(), laptop.lane(),
+                                std::make_shared<ThrottleCounters>(laptop.root(), laptop.lane()));
     std::vector<int> values;
     for (const int count : {9, 9, 12, 13, 14, 14}) {
         laptop.write("sys/devices/system/cpu/cpu0/thermal_throttle/package_throttle_count", std::to_string(count));
+        laptop.pass(3);
         values.push_back(throttled.rawValue());
     }
     EXPECT_THAT(values, ElementsAre(0, 0, 1, 1, 2, 0));
     const SensorMachine mini("fanless-mini");
-    EXPECT_EQ(LinuxThermalState(mini.root(), mini.lane()).rawValue(), 1);
+    EXPECT_EQ(LinuxThermalState(mini.root(), mini.lane(), std::make_shared<ThrottleCounters>(mini.root(), mini.lane()))
+                  .rawValue(),
+              1);
 }
 
 TEST(LinuxSensorMachines, AMachineWithoutSensorsHasNoController) {

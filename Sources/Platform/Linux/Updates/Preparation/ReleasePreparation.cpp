@@ -2,7 +2,6 @@
 
 #include "Model/Text/Release.h"
 #include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
-#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
 
 #include <array>
 #include <cerrno>
