@@ -3,7 +3,6 @@
 #pragma once
 
 #include "Model/Records/ProcessAggregate.h"
-#include "Model/Records/SystemWords.h"
 
 #include <functional>
 #include <map>

@@ -237,6 +237,7 @@ void SensorHub::readStrain(Snapshot& snapshot) {
     snapshot.gpuPercent = strain.gpuPercent;
     snapshot.power.cpuWatts = strain.cpuWatts;
     powerProfile_ = strain.profile;
+    snapshot.favoursSpeed = powerProfile_ == PowerProfile::performance;
 }
 
 void SensorHub::tick() {
