@@ -31,7 +31,7 @@ screenshots:
 	$(call configure-and-build,dev)
 	@build/dev/bin/vantoro-screenshots Documentation/screenshots
 
-# Every text of the interface, for a translator: lrelease makes vantoro_de.qm of it, for share/vantoro/i18n. What a
+# Every text of the views, for a translator: lrelease makes vantoro_de.qm of it, for share/vantoro/i18n. What a
 # catalogue of that name already holds stays.
 texts:
 	@Scripts/bootstrap texts

@@ -8,11 +8,11 @@
 #include "Model/Readers/CoreMonitor.h"
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
-#include "Platform/CurrentPlatform.h"
-#include "Platform/Simulated/SimulatedPlatform.h"
+#include "Platform/Platform.h"
+#include "Platform/Posix/Clocks.h"
+#include "Platform/Simulated/SimulatedMac.h"
 
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <QTemporaryDir>
 
 namespace vantoro {
@@ -29,10 +29,6 @@ void sampleAllProcesses(benchmark::State& state) {
                                                       benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(sampleAllProcesses)->Unit(benchmark::kMicrosecond);
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 /// Ticks with a history as full as it gets at the fastest rate.
 void tick(benchmark::State& state, const Platform& platform, SensorSources sources) {

@@ -1,9 +1,8 @@
 #include "FullHistory.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/Explanation/LocalExplainer.h"
-#include "Model/History/ChartSeries.h"
-#include "Model/History/Suspects.h"
+#include "Model/Explanation/Explanation.h"
+#include "Model/History/History.h"
 #include "Model/Processes/TopStream.h"
 #include "Model/Text/Format.h"
 

@@ -5,9 +5,9 @@
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -20,10 +20,6 @@
 namespace {
 
 using namespace vantoro;
-
-double monotonicSeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 /// A tree of `chips` with `sensors` each, in turn of the processor, of the graphics and of the board.
 class Tree {

@@ -20,11 +20,11 @@
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
-#include "Platform/Linux/Processor/CpufreqStateReport.h"
-#include "Platform/Linux/Processor/CpufreqTables.h"
+#include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <atomic>
@@ -51,8 +51,8 @@ constexpr int rounds = 2000;
 /// The rounds follow each other at once, but some readings are kept for a moment: each round puts this clock on.
 std::atomic<double> lead = 0;
 
-double monotonicSeconds() {
-    return lead + std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+double readAheadSeconds() {
+    return lead + vantoro::monotonicSeconds();
 }
 
 double threadMicroseconds() {
@@ -72,7 +72,7 @@ public:
         return ShortProcessRecord{.name = "application-" + std::to_string(pid)};
     }
     std::optional<TaskRecord> taskRecord(std::int32_t pid) override {
-        const double seconds = monotonicSeconds() / (2.0 * pid);
+        const double seconds = readAheadSeconds() / (2.0 * pid);
         return TaskRecord{.residentBytes = 1 << 24, .userNanoseconds = static_cast<std::uint64_t>(seconds * 1e9)};
     }
     std::string path(std::int32_t pid) override { return "/usr/lib/applications/application-" + std::to_string(pid); }
@@ -80,13 +80,13 @@ public:
 };
 
 Platform recordedPlatform(const std::string& root) {
-    const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
+    const auto lane = std::make_shared<SlowLane>(readAheadSeconds);
+    const auto counters = std::make_shared<ThrottleCounters>(root, lane);
     return {.smcService = std::make_shared<HwmonSMCService>(root, lane, nullptr),
-            .stateReport = std::make_shared<CpufreqStateReport>(root, lane),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, nullptr),
-            .frequencyTables = std::make_shared<CpufreqTables>(root),
-            .processors = std::make_shared<LinuxProcessors>(root),
-            .thermalState = std::make_shared<LinuxThermalState>(root, lane)};
+            .processors = std::make_shared<LinuxProcessors>(root, lane),
+            .thermalState = std::make_shared<LinuxThermalState>(root, lane, counters),
+            .strain = std::make_shared<LinuxStrain>(root, lane, nullptr, counters)};
 }
 
 SensorSources allSources(const Platform& platform) {
@@ -96,7 +96,7 @@ SensorSources allSources(const Platform& platform) {
     return {.sensors =
                 std::make_shared<SMCReader>(SMCReader::Options::of(platform.smcService, [](int /*milliseconds*/) {})),
             .cores = std::make_shared<CoreMonitor>(platform.processors),
-            .gpu = std::make_shared<GPUPowerSampler>(monotonicSeconds)};
+            .gpu = std::make_shared<GPUPowerSampler>(readAheadSeconds)};
 }
 
 /// A hub that has its process list and a history of `snapshots`.

@@ -48,16 +48,15 @@ int main(int argumentCount, char** arguments) {
     QCoreApplication::processEvents();
     double longest = 0;
     for (int round = 0; round < 5; ++round)
-        for (const Pane pane : allPanes) {
+        for (const auto& [pane, title, key, make] : panes) {
             const double change = milliseconds([&] { window.showPane(pane); });
             double resize = 0;
             for (const int width : {820, 939, 941, 1280, 1600, 1040})
                 resize = std::max(resize, milliseconds([&] { window.resize(width, 830 - width / 20); }));
             const double publish = milliseconds([&] { hub.publish(true); });
             if (round == 0 || round == 4)
-                std::printf("%s: change %.1f ms, longest resize %.1f ms, publish %.1f ms%s\n",
-                            paneTitles()[static_cast<int>(pane)].toStdString().c_str(), change, resize, publish,
-                            round == 0 ? " (first time)" : "");
+                std::printf("%s: change %.1f ms, longest resize %.1f ms, publish %.1f ms%s\n", title, change, resize,
+                            publish, round == 0 ? " (first time)" : "");
             longest = std::max({longest, change, resize});
         }
     std::printf("longest %.1f ms\n", longest);

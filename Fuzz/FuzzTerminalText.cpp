@@ -1,7 +1,6 @@
 // Any bytes on their way to a terminal: what comes out is text, steers nothing, and fits where it should.
 
-#include "Model/Explanation/JsonReport.h"
-#include "Model/Explanation/TextReport.h"
+#include "Model/Explanation/Reports.h"
 #include "Model/Text/TerminalText.h"
 #include "Model/Text/Utf8.h"
 

@@ -1,9 +1,7 @@
 // What comes with an update as text: release notes, versions, the records in the settings.
 
-#include "Model/Text/PlainNotes.h"
 #include "Model/Text/Release.h"
 #include "Model/Text/Utf8.h"
-#include "Model/Text/VersionOrder.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,10 +2,9 @@
 // runs on and hands it down; a test fills one with fakes.
 #pragma once
 
-#include "Model/Records/SystemKind.h"
+#include "Model/Records/SystemWords.h"
 #include "Platform/Activity.h"
 #include "Platform/AppIdentity.h"
-#include "Platform/DataSourceNames.h"
 #include "Platform/EnergyReport.h"
 #include "Platform/FrequencyTables.h"
 #include "Platform/Machine.h"
@@ -16,14 +15,29 @@
 #include "Platform/ProcessTable.h"
 #include "Platform/SMCService.h"
 #include "Platform/StateReport.h"
+#include "Platform/Strain.h"
 #include "Platform/SystemLooks.h"
 #include "Platform/SystemStatistics.h"
 #include "Platform/ThermalState.h"
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace vantoro {
+
+struct DataSourceNames {
+    /// Where fans, temperatures and power come from.
+    std::string sensors;
+    /// Where loads, frequencies and energy come from.
+    std::string reports;
+    /// The program that prints the process list runs with root's rights; otherwise what it reads is open to all.
+    bool streamIsSetuidRoot = false;
+    /// What the choices of the settings cost is known for this system's machines beforehand.
+    bool costsAreStated = false;
+
+    bool operator==(const DataSourceNames&) const = default;
+};
 
 /// A member that is null is a thing this platform cannot tell; its readers then report nothing.
 struct Platform {
@@ -39,6 +53,7 @@ struct Platform {
     std::shared_ptr<ProcessControl> processControl;
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
+    std::shared_ptr<Strain> strain;
     std::shared_ptr<SystemLooks> systemLooks;
     /// Null where the system leaves the timers of hidden programs alone.
     std::shared_ptr<Activity> activity;
@@ -52,5 +67,9 @@ struct Platform {
     /// Shows the system's own account of which program this is; none where the system has none.
     std::function<void()> showAbout;
 };
+
+/// Everything this operating system can tell. `programFolder` is where the running program lies: the programs it starts
+/// lie beside it.
+Platform currentPlatform(const std::string& programFolder);
 
 } // namespace vantoro

@@ -25,6 +25,14 @@ struct ProcessorTiers {
     bool operator==(const ProcessorTiers&) const = default;
 };
 
+/// The highest frequency announced for each kind, in MHz; 0 when not known.
+struct ClockCeilings {
+    double performance = 0;
+    double efficiency = 0;
+
+    bool operator==(const ClockCeilings&) const = default;
+};
+
 /// Used from one thread at a time.
 class Processors {
 public:
@@ -35,6 +43,10 @@ public:
     /// Fills the cumulative ticks of every processor, efficiency cores first. Gives the system's code, 0 for success;
     /// leaves `ticks` as it was on failure.
     virtual int readTicks(std::vector<HostTicks>& ticks) = 0;
+    /// Fills every processor's mean frequency of late in MHz, in the order of the ticks; 0 where it is not known. False
+    /// where a processor's frequency is only told as the time in each performance state (StateReport).
+    virtual bool readClocks(std::vector<double>& /*megahertz*/) { return false; }
+    virtual ClockCeilings ceilings() { return {}; }
 };
 
 } // namespace vantoro

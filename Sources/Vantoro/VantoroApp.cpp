@@ -5,10 +5,8 @@
 #include "CSensors/smc.h"
 #include "Model/CommandLine/CommandLine.h"
 #include "Model/Commands/CapabilityCheck.h"
-#include "Model/Commands/ExplainCommand.h"
-#include "Model/Commands/RecordCommand.h"
+#include "Model/Commands/MeasuringCommands.h"
 #include "Model/Commands/StandardOutput.h"
-#include "Model/Live/Complaint.h"
 #include "Model/Live/InterruptWatcher.h"
 #include "Model/Live/Log.h"
 #include "Model/Live/Replay.h"
@@ -19,11 +17,11 @@
 #include "Model/Readers/SensorDump.h"
 #include "Model/Readers/SMCReader.h"
 #include "Model/Updates/Updates.h"
-#include "Platform/CurrentPlatform.h"
-#include "Platform/CurrentUpdateEngine.h"
-#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/Platform.h"
+#include "Platform/Posix/Clocks.h"
 #include "Platform/QuietPainting.h"
-#include "Platform/Simulated/SimulatedPlatform.h"
+#include "Platform/Simulated/SimulatedMac.h"
+#include "Platform/UpdateEngine.h"
 #include "ProgramIdentity.h"
 #include "Views/Shared/Words.h"
 #include "Views/Shell/Shell.h"
@@ -167,10 +165,7 @@ protected:
         if (event->type() == QEvent::Paint) {
             watched->removeEventFilter(this);
             // What was painted reaches the screen at the end of the event.
-            QTimer::singleShot(0, this, [] {
-                const auto now = std::chrono::system_clock::now().time_since_epoch();
-                std::fprintf(stderr, "first frame %.4f\n", std::chrono::duration<double>(now).count());
-            });
+            QTimer::singleShot(0, this, [] { std::fprintf(stderr, "first frame %.4f\n", unixSeconds()); });
         }
         return false;
     }
@@ -203,8 +198,7 @@ std::shared_ptr<UpdateEngine> updateEngine(Settings& settings, std::function<voi
              [&settings](std::string_view key, const std::string& text) {
                  text.empty() ? settings.forget(key) : settings.storeText(key, text);
              },
-         .now =
-             [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
+         .now = unixSeconds,
          .relaunch = std::move(relaunch)});
 }
 

@@ -5,10 +5,9 @@
 #include "Model/Readers/SMCReader.h"
 #include "Model/Recording/RecordingFile.h"
 #include "Model/Records/Telemetry.h"
-#include "Platform/CurrentPlatform.h"
-#include "Platform/CurrentUpdateEngine.h"
-#include "Platform/SettingsStore.h"
-#include "Platform/SystemLog.h"
+#include "Platform/Platform.h"
+#include "Platform/System.h"
+#include "Platform/UpdateEngine.h"
 
 int main() {
     const vantoro::Platform platform = vantoro::currentPlatform("/");

@@ -1,7 +1,7 @@
 // Settings as a test states them; English conventions and UTC otherwise.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 
 #include <functional>
 #include <map>

@@ -1,7 +1,7 @@
 // An update engine that does what a test tells it, and notes what it was asked for.
 #pragma once
 
-#include "Model/Text/VersionOrder.h"
+#include "Model/Text/Release.h"
 #include "Platform/UpdateEngine.h"
 
 #include <vector>

@@ -1,7 +1,7 @@
 // Writes the recordings that the pictures of the interface are made from: `make-scenes FOLDER`. Each is 24 minutes on a
 // made-up machine, sampled every 4 seconds: a build that makes the fans climb, a background job on a fanless machine,
 // and a machine at rest. A fixed generator, so that every run writes the same figures.
-#include "Model/Recording/RecordingWriter.h"
+#include "Model/Recording/RecordingFile.h"
 
 #include <cmath>
 #include <cstdint>

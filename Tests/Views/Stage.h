@@ -2,6 +2,7 @@
 // settings of the user's, no screen.
 #pragma once
 
+#include "Design/Controls/SegmentedControl.h"
 #include "Model/Recording/RecordingFile.h"
 #include "Support/ScriptedProcesses.h"
 #include "Views/Shared/View.h"
@@ -54,6 +55,15 @@ public:
     std::optional<std::string> modelIdentifier() const override { return "MacBookPro18,1"; }
     std::optional<std::string> processorBrand() const override { return "Apple M3 Pro"; }
 };
+
+/// Clicks the segment of the first row of choices within `parent`, wherever it lies.
+inline void clickSegment(QWidget& parent, qsizetype index) {
+    auto* const control = parent.findChild<SegmentedControl*>();
+    ASSERT_NE(control, nullptr);
+    const QList<SpokenPart*> segments = control->findChildren<SpokenPart*>();
+    ASSERT_GT(segments.size(), index);
+    QTest::mouseClick(control, Qt::LeftButton, Qt::NoModifier, segments[index]->geometry().center());
+}
 
 struct Stage {
     explicit Stage(Theme::Appearance appearance = Theme::Appearance::dark, Cooling cooling = Cooling::fans)

@@ -1,20 +1,13 @@
-#include "Platform/CurrentPlatform.h"
+#include "Platform/Platform.h"
 
-#include "Platform/Darwin/AboutPanel.h"
-#include "Platform/Darwin/DarwinActivity.h"
+#include "Platform/Darwin/DarwinProcessInfo.h"
 #include "Platform/Darwin/DarwinSystemLooks.h"
 #include "Platform/Darwin/Portable/DarwinProcessStream.h"
 #include "Platform/Darwin/Processes/DarwinMachine.h"
-#include "Platform/Darwin/Processes/DarwinOwnCost.h"
 #include "Platform/Darwin/Processes/DarwinProcessControl.h"
-#include "Platform/Darwin/Processes/DarwinProcessors.h"
-#include "Platform/Darwin/Processes/DarwinProcessTable.h"
-#include "Platform/Darwin/Processes/DarwinSystemStatistics.h"
-#include "Platform/Darwin/Sensors/DarwinEnergyReport.h"
-#include "Platform/Darwin/Sensors/DarwinFrequencyTables.h"
+#include "Platform/Darwin/Processes/DarwinProcesses.h"
+#include "Platform/Darwin/Sensors/DarwinReports.h"
 #include "Platform/Darwin/Sensors/DarwinSMCService.h"
-#include "Platform/Darwin/Sensors/DarwinStateReport.h"
-#include "Platform/Darwin/Sensors/DarwinThermalState.h"
 
 #include <cstdlib>
 

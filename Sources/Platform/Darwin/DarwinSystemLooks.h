@@ -1,4 +1,5 @@
-// The Mac's appearance, its accent and the accessibility preferences that concern drawing.
+// The Mac's appearance, its accent and the accessibility preferences that concern drawing, and its own panel that says
+// which program this is.
 #pragma once
 
 #include "Platform/SystemLooks.h"
@@ -24,5 +25,8 @@ private:
     class Observer;
     std::unique_ptr<Observer> observer_;
 };
+
+/// -[NSApplication orderFrontStandardAboutPanel:].
+void showAboutPanel();
 
 } // namespace vantoro

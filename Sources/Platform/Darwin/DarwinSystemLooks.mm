@@ -6,6 +6,19 @@
 
 namespace vantoro {
 
+namespace {
+
+std::optional<SystemLooks::Accent> chosenAccent() {
+    NSColor* const accent = [[NSColor controlAccentColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]];
+    if (accent == nil)
+        return {};
+    return SystemLooks::Accent{.red = static_cast<double>([accent redComponent]),
+                               .green = static_cast<double>([accent greenComponent]),
+                               .blue = static_cast<double>([accent blueComponent])};
+}
+
+} // namespace
+
 /// Registrations with the notification centres, given back when it goes.
 class DarwinSystemLooks::Observer {
 public:
@@ -40,19 +53,6 @@ private:
     id<NSObject> colors_;
 };
 
-namespace {
-
-std::optional<SystemLooks::Accent> chosenAccent() {
-    NSColor* const accent = [[NSColor controlAccentColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]];
-    if (accent == nil)
-        return {};
-    return SystemLooks::Accent{.red = static_cast<double>([accent redComponent]),
-                               .green = static_cast<double>([accent greenComponent]),
-                               .blue = static_cast<double>([accent blueComponent])};
-}
-
-} // namespace
-
 DarwinSystemLooks::DarwinSystemLooks() = default;
 DarwinSystemLooks::~DarwinSystemLooks() = default;
 
@@ -81,6 +81,12 @@ void DarwinSystemLooks::choose(std::optional<bool> dark) {
 void DarwinSystemLooks::watch(std::function<void()> changed) {
     @autoreleasepool {
         observer_ = changed ? std::make_unique<Observer>(std::move(changed)) : nullptr;
+    }
+}
+
+void showAboutPanel() {
+    @autoreleasepool {
+        [[NSApplication sharedApplication] orderFrontStandardAboutPanel:nil];
     }
 }
 

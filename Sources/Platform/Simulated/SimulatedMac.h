@@ -2,6 +2,7 @@
 // beside it show are its figures.
 #pragma once
 
+#include "Platform/Platform.h"
 #include "Platform/Simulated/ThermalModel.h"
 #include "Platform/SystemStatistics.h"
 
@@ -48,5 +49,12 @@ private:
     std::optional<HostTicks> lastTicks_;
     double hostLoad_ = 0;
 };
+
+/// The host's platform with the sensors, clocks, energy counters, thermal state and name of a simulated Mac, which
+/// warms up with the host's load. Processors, processes and applications stay the host's own. `monotonicSeconds` gives
+/// seconds of any clock that does not go back; the noise on the sensors comes from `seed`. The host's statistics are
+/// kept alive.
+Platform simulatedPlatform(const Platform& host, bool fanless, std::function<double()> monotonicSeconds,
+                           std::uint64_t seed);
 
 } // namespace vantoro

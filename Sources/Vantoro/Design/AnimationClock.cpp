@@ -1,7 +1,8 @@
 #include "Design/AnimationClock.h"
 
+#include "Platform/Posix/Clocks.h"
+
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace vantoro {
@@ -13,9 +14,7 @@ Animated::~Animated() {
 
 AnimationClock::AnimationClock(Now now, QObject* parent) : QObject(parent), now_(std::move(now)) {
     if (!now_)
-        now_ = [] {
-            return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-        };
+        now_ = monotonicSeconds;
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.setInterval(beatMilliseconds);
     connect(&timer_, &QTimer::timeout, this, &AnimationClock::beat);

@@ -1,4 +1,4 @@
-// The drawings of the interface by symbol name, in any colour and size.
+// The drawings of the interface by symbol name, in any colour and size, and the desktop's icons of applications.
 #pragma once
 
 #include <QColor>
@@ -24,6 +24,16 @@ public:
 
 private:
     QHash<QString, QPixmap> rendered_;
+};
+
+/// The desktop's icons of applications. Keeps what it has looked up, also that there was nothing.
+class AppIcons {
+public:
+    /// The icon of a bundle or a desktop entry, square; null where the desktop has none.
+    const QPixmap& pixmap(const QString& appPath, int size, double pixelRatio);
+
+private:
+    QHash<QString, QPixmap> found_;
 };
 
 } // namespace vantoro

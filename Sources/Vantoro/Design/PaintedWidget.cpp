@@ -152,6 +152,16 @@ void PaintedWidget::drawText(QPainter& painter, const QRectF& rectangle, const T
     drawLine(painter, mirrored(rectangle), font(style), text, mirrored(alignment), elide);
 }
 
+double PaintedWidget::drawLines(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                                const QStringList& lines, Qt::Alignment alignment, Qt::TextElideMode elide) const {
+    QRectF line(rectangle.left(), rectangle.top(), rectangle.width(), lineHeight(style));
+    for (const QString& text : lines) {
+        drawText(painter, line, style, color, text, alignment, elide);
+        line.translate(0, line.height());
+    }
+    return line.top();
+}
+
 void PaintedWidget::drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size,
                              const QColor& color) const {
     const QRectF place = mirrored(rectangle);
@@ -200,6 +210,25 @@ void PaintedWidget::drawFocusRing(QPainter& painter, const QRectF& rectangle, do
 
 void installAccessibility() {
     QAccessible::installFactory(describedInterface);
+}
+
+void Glide::set(double target, double responseSeconds, bool isSeen) {
+    const bool glides = isSeen && !look_.theme.reducesMotion() && !look_.clock.isPaused();
+    value_.set(target, look_.clock.now(),
+               glides ? std::optional<Animation>(SpringAnimation{.responseSeconds = responseSeconds}) : std::nullopt);
+    if (glides)
+        look_.clock.run(*this);
+    moved_();
+}
+
+void Glide::settle() {
+    look_.clock.stop(*this);
+    value_.set(value_.target(), look_.clock.now(), std::nullopt);
+}
+
+bool Glide::advance(double now) {
+    moved_();
+    return !value_.isAtRest(now);
 }
 
 } // namespace vantoro

@@ -1,5 +1,5 @@
 // The base of every widget of ours: it paints itself from the theme, says to a screen reader what it is, and shows
-// where the keyboard is.
+// where the keyboard is. With it what its values glide by.
 #pragma once
 
 #include "Design/AnimationClock.h"
@@ -69,6 +69,8 @@ public:
     /// The tooltip, shown letter for letter and wrapped: names are other people's, and what looks like mark-up in one
     /// is part of it. Hides the toolkit's, which would read it as mark-up.
     void setToolTip(const QString& text) { QWidget::setToolTip(plainTooltip(text)); }
+    /// What a screen reader calls it, where the view model has to say: the text beside it, what it measures.
+    void setSpokenName(const QString& name) { spokenName_ = name; }
     /// Tells a screen reader that the name, the value or the state has changed.
     void announceChange(QAccessible::Event change = QAccessible::ValueChanged);
     /// Whether the keyboard is here and shown to be: reached by it rather than by the pointer.
@@ -81,6 +83,7 @@ protected:
     Look& look() const { return look_; }
     Theme& theme() const { return look_.theme; }
     QColor color(Tone tone) const { return look_.theme.color(tone); }
+    const QString& spokenName() const { return spokenName_; }
     QFont font(const TextStyle& style) const { return fontOf(style, look_.theme); }
     /// Whether any of it is on screen: neither hidden nor scrolled out of sight. What is not does not move.
     bool isInSight() const { return isVisible() && !visibleRegion().isEmpty(); }
@@ -97,6 +100,10 @@ protected:
     void drawText(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
                   const QString& text, Qt::Alignment alignment = Qt::AlignLeft,
                   Qt::TextElideMode elide = Qt::ElideRight) const;
+    /// Broken lines one below the other from the rectangle's top on; where the next one would stand.
+    double drawLines(QPainter& painter, const QRectF& rectangle, const TextStyle& style, const QColor& color,
+                     const QStringList& lines, Qt::Alignment alignment = Qt::AlignLeft,
+                     Qt::TextElideMode elide = Qt::ElideRight) const;
     /// An icon centred in the rectangle.
     void drawIcon(QPainter& painter, const QRectF& rectangle, const QString& name, int size, const QColor& color) const;
     double textWidth(const TextStyle& style, const QString& text) const;
@@ -114,10 +121,33 @@ protected:
 
 private:
     Look& look_;
+    QString spokenName_;
     bool showsKeyboard_ = false;
 };
 
 /// Makes every PaintedWidget known to screen readers by its description. Once, before the first window.
 void installAccessibility();
+
+/// One value that glides to where it was sent, on the one clock: a member of the widget that shows it. What the user
+/// does glides whatever the setting for readings says, but not where the system asks for stillness.
+class Glide : public Animated {
+public:
+    /// `moved` is called at every beat while the value is under way.
+    Glide(Look& look, double value, std::function<void()> moved)
+        : look_(look), value_(value), moved_(std::move(moved)) {}
+
+    double value() const { return value_.at(look_.clock.now()); }
+    /// Heads for the target by a spring of this response; there at once where nobody sees it.
+    void set(double target, double responseSeconds, bool isSeen);
+    /// Stands at its target and asks for no more beats: for a widget that is being hidden.
+    void settle();
+
+    bool advance(double now) override;
+
+private:
+    Look& look_;
+    AnimatedValue value_;
+    std::function<void()> moved_;
+};
 
 } // namespace vantoro

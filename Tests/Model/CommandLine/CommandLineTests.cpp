@@ -1,7 +1,7 @@
 #include "Model/CommandLine/CommandLine.h"
 #include "Model/CommandLine/CommandLineTable.h"
-#include "Model/Explanation/TextReport.h"
-#include "Model/Records/MachineName.h"
+#include "Model/Explanation/Reports.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/TerminalText.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,6 @@
 
 #include "CSensors/cpufreq.h"
 #include "CSensors/ioreport.h"
-#include "Model/Commands/ProgramTrial.h"
 #include "Support/ScriptedSensors.h"
 
 #include <filesystem>

@@ -1,8 +1,8 @@
 // What is concluded and said about one machine after another, compared whole with the texts in Fixtures/conclusions.
-#include "Model/Explanation/Conclusion.h"
+#include "Model/Explanation/Explanation.h"
 
-#include "Model/Records/EnumNames.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Records/Verdict.h"
+#include "Model/Text/Numbers.h"
 #include "Support/FixedFormatContext.h"
 #include "Support/Golden.h"
 #include "Support/HistoryBuilder.h"

@@ -1,4 +1,4 @@
-#include "Model/Explanation/JsonReport.h"
+#include "Model/Explanation/Reports.h"
 
 #include "Support/Golden.h"
 #include "Support/RichSnapshot.h"

@@ -1,6 +1,5 @@
-#include "Model/History/ChartSeries.h"
+#include "Model/History/History.h"
 
-#include "Model/History/Suspects.h"
 #include "Support/HistoryBuilder.h"
 
 #include <gtest/gtest.h>

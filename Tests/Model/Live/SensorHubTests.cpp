@@ -1,6 +1,6 @@
 #include "Model/Live/SensorHub.h"
 
-#include "Platform/SettingsStore.h"
+#include "Platform/System.h"
 
 #include "Support/EventLoop.h"
 
@@ -57,6 +57,16 @@ public:
     int value = 0;
 };
 
+class FixedStrain : public Strain {
+public:
+    StrainReading read() override { return reading; }
+    StrainReading reading{.stalls = {.memory = 18},
+                          .throttle = {{ThrottleReason::temperature}},
+                          .gpuPercent = 92,
+                          .cpuWatts = 12.5,
+                          .profile = PowerProfile::performance};
+};
+
 class SensorHubTest : public ::testing::Test {
 protected:
     SensorHubTest() : settings(folder.filePath("settings.ini").toStdString()) {
@@ -101,6 +111,24 @@ TEST_F(SensorHubTest, ATickMeasuresAndPublishes) {
     thermal->value = 7;
     subject.tick();
     EXPECT_EQ(subject.snapshot().thermalPressure, ThermalPressure::nominal);
+}
+
+TEST_F(SensorHubTest, WhatStrainsTheMachineIsInItsSnapshots) {
+    const auto strain = std::make_shared<FixedStrain>();
+    platform.strain = strain;
+    SensorHub& subject = makeHub();
+    subject.tick();
+    const Snapshot& snapshot = subject.snapshot();
+    EXPECT_EQ(snapshot.stalls, strain->reading.stalls);
+    EXPECT_EQ(snapshot.throttle, strain->reading.throttle);
+    EXPECT_EQ(snapshot.gpuPercent, 92);
+    EXPECT_EQ(snapshot.power, (PowerReading{.systemWatts = 20, .gpuWatts = 3.5, .cpuWatts = 12.5}));
+    EXPECT_EQ(subject.powerProfile(), PowerProfile::performance);
+    strain->reading = {};
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().throttle, std::nullopt) << "what is no longer told is not known";
+    subject.beginReplay("Another");
+    EXPECT_EQ(subject.powerProfile(), PowerProfile::unknown);
 }
 
 TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {

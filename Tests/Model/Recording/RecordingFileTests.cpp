@@ -1,7 +1,5 @@
 #include "Model/Recording/RecordingFile.h"
 
-#include "Model/Recording/RecordingWriter.h"
-
 #include "Support/Folders.h"
 #include "Support/Golden.h"
 #include "Support/RichSnapshot.h"

@@ -1,6 +1,5 @@
-#include "Model/Text/PlainNotes.h"
+#include "Model/Text/Release.h"
 #include "Model/Text/Utf8.h"
-#include "Model/Text/VersionOrder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,6 @@
 #include "Model/Text/TerminalText.h"
 
-#include "Model/Explanation/JsonReport.h"
-#include "Model/Explanation/TextReport.h"
+#include "Model/Explanation/Reports.h"
 #include "Model/Text/Utf8.h"
 
 #include <gtest/gtest.h>

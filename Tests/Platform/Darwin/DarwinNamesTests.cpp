@@ -1,6 +1,5 @@
 #include "Platform/Darwin/Portable/ChipNames.h"
 #include "Platform/Darwin/Portable/DarwinProcessStream.h"
-#include "Platform/Darwin/Portable/MachTime.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/History/HeatSmoothing.h"
+#include "Model/History/Tracking.h"
 #include "Model/Readers/CoreMonitor.h"
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SMCReader.h"
-#include "Model/Records/MachineName.h"
-#include "Platform/Simulated/SimulatedPlatform.h"
+#include "Model/Records/SystemWords.h"
+#include "Platform/Simulated/SimulatedMac.h"
 #include "Support/HistoryBuilder.h"
 #include "Support/ScriptedSensors.h"
 

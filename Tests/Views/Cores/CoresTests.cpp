@@ -3,7 +3,7 @@
 #include "Views/Cores/CoresView.h"
 
 #include "Design/Panel.h"
-#include "Views/Cores/CoreTile.h"
+#include "Views/Cores/CoreTiles.h"
 #include "Views/Stage.h"
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // Advice and the ending of applications: what is said, and that nothing is ended without an answer.
-#include "Views/Now/AdviceModel.h"
+#include "Views/Now/NowModel.h"
 #include "Views/Now/NowView.h"
 #include "Views/Suspects/QuitAlert.h"
 #include "Views/Suspects/SuspectsModel.h"

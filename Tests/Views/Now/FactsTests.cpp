@@ -1,6 +1,6 @@
 // The facts: their courses, and how many stand in a row.
-#include "Views/Now/FactsModel.h"
 #include "Views/Now/FactsPanel.h"
+#include "Views/Now/NowModel.h"
 
 #include "Support/HistoryBuilder.h"
 #include "Views/Stage.h"

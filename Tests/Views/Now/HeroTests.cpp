@@ -1,8 +1,8 @@
 // The hero of the Now pane: its words and dials, how it breaks its headline, what turns, and what is spoken.
 #include "Views/Now/Hero.h"
 
-#include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
+#include "Design/Gauges/SmallGauges.h"
 #include "Design/TextLabel.h"
 #include "Views/Now/NowView.h"
 #include "Views/Stage.h"

@@ -1,10 +1,7 @@
 // What is shown before anything has been measured: nothing that could be taken for an answer.
 #include "Views/MenuBar/MenuBarModel.h"
-#include "Views/MenuBar/MenuBarPanelModel.h"
-#include "Views/Now/AdviceModel.h"
 #include "Views/Now/AdvicePanel.h"
-#include "Views/Now/FactsModel.h"
-#include "Views/Now/HeroModel.h"
+#include "Views/Now/NowModel.h"
 #include "Views/Report/ReportSheet.h"
 #include "Views/Shell/MainWindow.h"
 #include "Views/Suspects/SuspectsModel.h"

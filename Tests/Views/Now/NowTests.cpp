@@ -1,6 +1,5 @@
 // The Now pane: where its parts stand, and that it reaches the shell.
 #include "Views/Now/AdvicePanel.h"
-#include "Views/Now/NowContent.h"
 #include "Views/Now/NowView.h"
 
 #include "Support/HistoryBuilder.h"

@@ -1,9 +1,8 @@
 // The settings window: what it says of each choice, and that a choice is stored and applied at once.
 #include "Design/Controls/SegmentedControl.h"
 #include "Views/Settings/PopUpButton.h"
+#include "Views/Settings/SettingsControls.h"
 #include "Views/Settings/SettingsView.h"
-#include "Views/Settings/StepSlider.h"
-#include "Views/Settings/Switch.h"
 
 #include "Views/Stage.h"
 
@@ -75,7 +74,7 @@ TEST(SettingsViewTests, NothingMovesWhenTheSliderDoesAndALongNameLeavesItsTitle)
     const int before = motion.mapTo(&window, QPoint()).y();
     auto& slider = named<StepSlider>(window, "Sample rate");
     for (int i = 0; i < static_cast<int>(sampleRates.size()); ++i) {
-        emit slider.moved(i);
+        emit slider.chosen(i);
         stage.settle();
         EXPECT_EQ(motion.mapTo(&window, QPoint()).y(), before) << i;
     }
@@ -164,7 +163,7 @@ TEST(SettingsViewTests, TheSliderStoresARateOnlyWhenItIsMoved) {
     SettingsView view(stage.context, {});
     view.QWidget::show();
     StepSlider& slider = named<StepSlider>(view, "Sample rate");
-    EXPECT_EQ(slider.value(), 3);
+    EXPECT_EQ(slider.current(), 3);
     EXPECT_EQ(stage.settings.value(Setting::sampleInterval), 1.5);
     QTest::keyClick(&slider, Qt::Key_End);
     EXPECT_EQ(stage.settings.value(Setting::sampleInterval), 0.25);

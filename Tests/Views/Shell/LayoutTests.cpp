@@ -1,7 +1,7 @@
 // What holds for every screen: it mirrors where one reads from right to left, and large text is not cut.
 #include "Design/TextLabel.h"
 #include "Views/MenuBar/MenuBarPanel.h"
-#include "Views/Now/Dials.h"
+#include "Views/Now/Hero.h"
 #include "Views/Settings/SettingsView.h"
 #include "Views/Shell/MainWindow.h"
 #include "Views/Suspects/SuspectsPanel.h"

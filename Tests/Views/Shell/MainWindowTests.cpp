@@ -1,7 +1,6 @@
 // The window as a whole: its panes by pointer and by keyboard, the sheet over it, and what happens without it.
+#include "Design/Controls/Sheet.h"
 #include "Views/Report/ReportSheet.h"
-#include "Views/Shared/NoticeAlert.h"
-#include "Views/Shell/AppMenus.h"
 #include "Views/Shell/MainWindow.h"
 #include "Views/Shell/Shell.h"
 #include "Views/Timeline/TimelineView.h"
@@ -19,6 +18,7 @@
 namespace vantoro {
 namespace {
 
+using testing::clickSegment;
 using testing::Stage;
 using testing::waitUntil;
 
@@ -34,8 +34,7 @@ TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
     stage.settle();
     EXPECT_EQ(starts, 1) << "the first showing starts the hub";
     EXPECT_EQ(window.size(), MainWindow::usualSize);
-    QWidget* const switcher = window.childAt(564, 26);
-    QTest::mouseClick(switcher, Qt::LeftButton, Qt::NoModifier, switcher->mapFrom(&window, QPoint(564, 26)));
+    clickSegment(window, static_cast<qsizetype>(Pane::timeline));
     EXPECT_EQ(window.pane(), Pane::timeline);
     stage.settle();
     ASSERT_NE(window.findChild<TimelineView*>(), nullptr);

@@ -17,6 +17,7 @@
 namespace vantoro {
 namespace {
 
+using testing::clickSegment;
 using testing::Stage;
 using testing::waitUntil;
 
@@ -137,8 +138,7 @@ TEST(ControlBarTests, SwitchesPanesAndSaysWhatIsNotThisMachine) {
     QObject::connect(&bar, &ControlBar::paneChosen, &bar, [&chosen](Pane pane) { chosen.push_back(pane); });
     bar.resize(1040, 52);
     bar.show();
-    QTest::mouseClick(bar.childAt(564, 26), Qt::LeftButton, Qt::NoModifier,
-                      bar.childAt(564, 26)->mapFrom(&bar, QPoint(564, 26)));
+    clickSegment(bar, static_cast<qsizetype>(Pane::timeline));
     EXPECT_EQ(chosen, std::vector<Pane>{Pane::timeline});
     bar.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&bar));

@@ -1,4 +1,5 @@
-// What the report and the registry of real chips call things, turned into what the readers know. Pure functions.
+// What is pure in the Mac's back-end: what the report and the registry of real chips call things, turned into what the
+// readers know, and the Mach kernel's unit of time.
 #pragma once
 
 #include "Platform/Processors.h"
@@ -26,5 +27,20 @@ ProcessorTiers tiersNamed(const std::optional<std::string>& level0, const std::o
 /// Whether the second level is the middle kind of core, as on chips whose first level is "Super" and whose second is
 /// "Performance": these have no efficiency cores.
 bool hasMiddleTier(const ProcessorTiers& tiers);
+
+/// A unit is numerator ÷ denominator nanoseconds: 125/3 on Apple silicon.
+struct MachTimebase {
+    std::uint32_t numerator = 1;
+    std::uint32_t denominator = 1;
+
+    bool operator==(const MachTimebase&) const = default;
+};
+
+/// Whole nanoseconds, the fraction dropped.
+constexpr std::uint64_t machNanoseconds(std::uint64_t units, const MachTimebase& timebase) {
+    // In two steps, or five months of CPU time would overflow the product.
+    return units / timebase.denominator * timebase.numerator +
+           units % timebase.denominator * timebase.numerator / timebase.denominator;
+}
 
 } // namespace vantoro

@@ -1,6 +1,6 @@
 #include "Platform/Darwin/Processes/DarwinProcessControl.h"
 
-#include "Platform/Darwin/Processes/DarwinProcessTable.h"
+#include "Platform/Darwin/Processes/DarwinProcesses.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "Platform/Darwin/Sensors/DarwinSMCService.h"
 
-#include "Platform/Darwin/Kernel/IOObject.h"
+#include "Platform/Darwin/Kernel/Handles.h"
 #include "Platform/Darwin/Kernel/Sysctl.h"
 #include "Platform/Darwin/Portable/ChipNames.h"
 

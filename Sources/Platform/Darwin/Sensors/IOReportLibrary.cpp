@@ -14,6 +14,15 @@ void lookUp(void* library, const char* name, Function*& function) {
 
 } // namespace
 
+std::optional<std::string_view> cfText(CFTypeRef object, CFTextBuffer& buffer) {
+    if (object == nullptr || CFGetTypeID(object) != CFStringGetTypeID())
+        return {};
+    const auto size = static_cast<CFIndex>(buffer.size());
+    if (!CFStringGetCString(static_cast<CFStringRef>(object), buffer.data(), size, kCFStringEncodingUTF8))
+        return {};
+    return std::string_view(buffer.data());
+}
+
 std::optional<IOReportLibrary> IOReportLibrary::open() {
     void* const library = ::dlopen("/usr/lib/libIOReport.dylib", RTLD_NOW);
     if (library == nullptr)

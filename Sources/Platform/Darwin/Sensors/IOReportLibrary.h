@@ -1,15 +1,38 @@
-// The system's report of the chip's counters: a library that comes without headers, opened at run time, and
-// subscriptions to its channels.
+// The system's report of the chip's counters: a library that comes without headers, opened at run time, subscriptions
+// to its channels, and their texts.
 #pragma once
 
-#include "Platform/Darwin/Kernel/CFOwner.h"
+#include "Platform/Darwin/Kernel/Handles.h"
 
+#include <array>
 #include <CoreFoundation/CoreFoundation.h>
-
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <set>
+#include <string>
+#include <string_view>
 
 namespace vantoro {
+
+/// Room for one text in UTF-8, of at most 127 bytes.
+using CFTextBuffer = std::array<char, 128>;
+
+/// The text of an object, which may be null, written into `buffer`; none when it is no text or does not fit.
+std::optional<std::string_view> cfText(CFTypeRef object, CFTextBuffer& buffer);
+
+/// Texts that recur in every sample, kept once for the life of a source.
+class KeptTexts {
+public:
+    /// The same text, valid as long as this object; allocates only for one that is new.
+    std::string_view keep(std::string_view text) {
+        const auto known = texts_.find(text);
+        return known != texts_.end() ? *known : *texts_.emplace(text).first;
+    }
+
+private:
+    std::set<std::string, std::less<>> texts_;
+};
 
 using IOReportSubscription = CFTypeRef;
 

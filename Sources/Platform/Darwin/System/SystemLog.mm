@@ -1,4 +1,4 @@
-#include "Platform/SystemLog.h"
+#include "Platform/System.h"
 
 #import <Foundation/Foundation.h>
 #include <os/log.h>

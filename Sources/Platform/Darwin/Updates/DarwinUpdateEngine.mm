@@ -1,7 +1,7 @@
 #include "Platform/Darwin/Updates/DarwinUpdateEngine.h"
 
-#include "Platform/CurrentUpdateEngine.h"
 #import "Platform/Darwin/Updates/SparkleDriver.h"
+#include "Platform/UpdateEngine.h"
 
 #include <cstdlib>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "Platform/CurrentUpdateEngine.h"
+#include "Platform/UpdateEngine.h"
 
 namespace vantoro {
 

@@ -2,9 +2,8 @@
 
 #include "Platform/Linux/Hwmon/HwmonReading.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
-#include "Platform/Linux/Power/EnergyArithmetic.h"
+#include "Platform/Linux/Power/EnergyCounters.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
-#include "Platform/Linux/Power/Powercap.h"
 #include "Platform/Linux/Reading/SensorFile.h"
 
 #include <utility>

@@ -1,9 +1,110 @@
+// The library's functions and constants are those of its public interface (NVML API reference guide).
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 
 #include "Platform/Linux/Reading/SensorFile.h"
 #include "Platform/Linux/Reading/SysfsText.h"
 
+#include <dlfcn.h>
+
 namespace vantoro {
+
+namespace {
+
+using NvmlDevice = void*;
+constexpr int nvmlSuccess = 0;
+/// NVML_INIT_FLAG_NO_ATTACH: initialising touches no device.
+constexpr unsigned initNoAttach = 2;
+/// NVML_TEMPERATURE_GPU.
+constexpr int temperatureOfDie = 0;
+
+/// nvmlUtilization_t, per cent.
+struct Utilization {
+    unsigned gpu = 0;
+    unsigned memory = 0;
+};
+
+struct CloseLibrary {
+    void operator()(void* library) const { ::dlclose(library); }
+};
+
+template <typename Function>
+void look(void* library, const char* name, Function*& function) {
+    function = reinterpret_cast<Function*>(::dlsym(library, name));
+}
+
+class SystemNvml : public Nvml {
+public:
+    ~SystemNvml() override { close(); }
+
+    bool open() override {
+        if (!isOpen_ && load())
+            isOpen_ = initialise_(initNoAttach) == nvmlSuccess;
+        return isOpen_;
+    }
+
+    void close() override {
+        if (isOpen_)
+            shutdown_();
+        isOpen_ = false;
+    }
+
+    std::optional<NvmlReading> read(const std::string& address) override {
+        NvmlDevice device = nullptr;
+        if (!isOpen_ || deviceByAddress_(address.c_str(), &device) != nvmlSuccess)
+            return {};
+        NvmlReading reading;
+        if (unsigned celsius = 0; temperature_ != nullptr && temperature_(device, temperatureOfDie, &celsius) == 0)
+            reading.celsius = celsius;
+        if (unsigned long long used = 0; totalEnergy_ != nullptr && totalEnergy_(device, &used) == nvmlSuccess)
+            reading.totalMillijoules = static_cast<std::int64_t>(used);
+        if (unsigned power = 0; power_ != nullptr && power_(device, &power) == nvmlSuccess)
+            reading.milliwatts = power;
+        if (Utilization use; utilization_ != nullptr && utilization_(device, &use) == nvmlSuccess)
+            reading.busyPercent = use.gpu;
+        if (unsigned long long events = 0; clockEvents_ != nullptr && clockEvents_(device, &events) == nvmlSuccess)
+            reading.clockEvents = events;
+        return reading;
+    }
+
+private:
+    bool load() {
+        if (wasTried_)
+            return initialise_ != nullptr && shutdown_ != nullptr && deviceByAddress_ != nullptr;
+        wasTried_ = true;
+        library_.reset(::dlopen("libnvidia-ml.so.1", RTLD_NOW | RTLD_LOCAL));
+        if (!library_)
+            return false;
+        look(library_.get(), "nvmlInitWithFlags", initialise_);
+        look(library_.get(), "nvmlShutdown", shutdown_);
+        look(library_.get(), "nvmlDeviceGetHandleByPciBusId_v2", deviceByAddress_);
+        look(library_.get(), "nvmlDeviceGetTemperature", temperature_);
+        look(library_.get(), "nvmlDeviceGetTotalEnergyConsumption", totalEnergy_);
+        look(library_.get(), "nvmlDeviceGetPowerUsage", power_);
+        look(library_.get(), "nvmlDeviceGetUtilizationRates", utilization_);
+        look(library_.get(), "nvmlDeviceGetCurrentClocksEventReasons", clockEvents_);
+        if (clockEvents_ == nullptr) // its name before
+            look(library_.get(), "nvmlDeviceGetCurrentClocksThrottleReasons", clockEvents_);
+        return load();
+    }
+
+    std::unique_ptr<void, CloseLibrary> library_;
+    int (*initialise_)(unsigned) = nullptr;
+    int (*shutdown_)() = nullptr;
+    int (*deviceByAddress_)(const char*, NvmlDevice*) = nullptr;
+    int (*temperature_)(NvmlDevice, int, unsigned*) = nullptr;
+    int (*totalEnergy_)(NvmlDevice, unsigned long long*) = nullptr;
+    int (*power_)(NvmlDevice, unsigned*) = nullptr;
+    int (*utilization_)(NvmlDevice, Utilization*) = nullptr;
+    int (*clockEvents_)(NvmlDevice, unsigned long long*) = nullptr;
+    bool wasTried_ = false;
+    bool isOpen_ = false;
+};
+
+} // namespace
+
+std::shared_ptr<Nvml> systemNvml() {
+    return std::make_shared<SystemNvml>();
+}
 
 namespace {
 
@@ -21,6 +122,8 @@ struct Device {
         const auto text = control.readText(room, sizeof room);
         return text && trimmedText(*text) == "auto";
     }
+    /// Its work keeps it awake, whoever looks.
+    bool isBusy() const { return last && last->busyPercent.value_or(0) > 0; }
 };
 
 /// Everything one look needs; owned by the reading, so that a look that hangs harms nobody.
@@ -34,16 +137,17 @@ struct Devices {
         std::vector<std::optional<NvmlReading>> readings;
         for (Device& device : list) {
             const double now = clock();
-            const bool rests = device.mayFallAsleep();
+            const bool mayFallAsleep = device.mayFallAsleep();
             if (device.sleep.isAsleep()) {
                 device.last.reset();
-            } else if (!rests || !device.lookedAt || now - *device.lookedAt >= nvidiaRestSeconds) {
+            } else if (!mayFallAsleep || device.isBusy() || !device.lookedAt ||
+                       now - *device.lookedAt >= nvidiaRestSeconds) {
                 device.last = nvml->open() ? nvml->read(device.address) : std::nullopt;
                 device.lookedAt = now;
-                if (rests && device.last) // a total that is seen rarely would come in bursts; the power does not
+                if (mayFallAsleep && device.last) // a total seen rarely would come in bursts; the power does not
                     device.last->totalMillijoules.reset();
             }
-            isNeeded = isNeeded || (device.last && !rests);
+            isNeeded = isNeeded || (device.last && (!mayFallAsleep || device.isBusy()));
             readings.push_back(device.last);
         }
         if (!isNeeded)

@@ -1,9 +1,10 @@
-// NVIDIA's graphics processors, asked only while they are awake.
+// NVIDIA's graphics processors, asked only while they are awake, through the driver's management library as far as it
+// is used here.
 #pragma once
 
-#include "Platform/Linux/Power/Nvml.h"
 #include "Platform/Linux/Reading/LanedReading.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,13 +12,41 @@
 
 namespace vantoro {
 
+struct NvmlReading {
+    std::optional<double> celsius;
+    /// Since the driver was loaded; newer graphics processors only.
+    std::optional<std::int64_t> totalMillijoules;
+    std::optional<std::int64_t> milliwatts;
+    /// The share of the last moments in which it worked, 0 to 100.
+    std::optional<double> busyPercent;
+    /// The library's bits for what holds its clocks down.
+    std::optional<std::uint64_t> clockEvents;
+
+    bool operator==(const NvmlReading&) const = default;
+};
+
+/// Used from one thread at a time. While it is open the library may keep every device awake that it was asked about.
+class Nvml {
+public:
+    virtual ~Nvml() = default;
+
+    /// False when the library or its driver is not there.
+    virtual bool open() = 0;
+    virtual void close() = 0;
+    /// The device at this address ("0000:01:00.0"). None when the library does not know it.
+    virtual std::optional<NvmlReading> read(const std::string& address) = 0;
+};
+
+/// "libnvidia-ml.so.1", loaded at the first opening.
+std::shared_ptr<Nvml> systemNvml();
+
 /// How long a device that may fall asleep is left alone between two looks: each look keeps it awake for a moment.
 constexpr double nvidiaRestSeconds = 30;
 
 /// The devices that the driver "nvidia" has under /sys/bus/pci. While one sleeps (power/runtime_status) it has no
 /// reading, and the library is closed unless another device needs it. A device that may fall asleep (power/control
-/// "auto") is looked at once in nvidiaRestSeconds and the library closed behind it; its last reading holds in between,
-/// as long as it stays awake.
+/// "auto") and does nothing is looked at once in nvidiaRestSeconds and the library closed behind it; its last reading
+/// holds in between, as long as it stays awake.
 class NvidiaGPUs {
 public:
     NvidiaGPUs(const std::string& root, std::shared_ptr<Nvml> nvml, const std::shared_ptr<SlowLane>& lane);

@@ -1,6 +1,6 @@
 #include "Platform/Linux/Proc/LinuxProcessStream.h"
 
-#include "Platform/Posix/TopArguments.h"
+#include "Platform/Posix/Processes.h"
 
 namespace vantoro {
 

@@ -3,7 +3,7 @@
 
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Reading/KeptFile.h"
-#include "Platform/Posix/AccountName.h"
+#include "Platform/Posix/Processes.h"
 #include "Platform/ProcessTable.h"
 
 #include <cstddef>

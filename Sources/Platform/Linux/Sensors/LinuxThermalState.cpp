@@ -5,8 +5,6 @@
 #include "Platform/Linux/Reading/SysfsText.h"
 
 #include <algorithm>
-#include <set>
-#include <unistd.h>
 #include <utility>
 
 namespace vantoro {
@@ -65,8 +63,9 @@ int deriveThermalState(const std::vector<ZoneReading>& zones, int throttledInARo
     return state;
 }
 
-LinuxThermalState::LinuxThermalState(std::string root, std::shared_ptr<SlowLane> lane)
-    : root_(std::move(root)), lane_(std::move(lane)) {}
+LinuxThermalState::LinuxThermalState(std::string root, std::shared_ptr<SlowLane> lane,
+                                     std::shared_ptr<ThrottleCounters> counters)
+    : root_(std::move(root)), lane_(std::move(lane)), counters_(std::move(counters)) {}
 
 void LinuxThermalState::discover() {
     isDiscovered_ = true;
@@ -78,32 +77,6 @@ void LinuxThermalState::discover() {
         if (trips.passive || trips.hot || trips.critical)
             zones_.push_back({.temperature = numberReading(thermal + name + "/temp", lane_), .trips = trips});
     }
-    const std::string processors = root_ + "/sys/devices/system/cpu/";
-    std::set<std::pair<std::int64_t, std::int64_t>> seenCores;
-    std::set<std::int64_t> seenPackages;
-    for (const std::string& name : namesIn(processors)) {
-        const std::string throttle = processors + name + "/thermal_throttle/";
-        if (!name.starts_with("cpu") || ::access(throttle.c_str(), F_OK) != 0)
-            continue;
-        const auto package = readWholeNumber(processors + name + "/topology/physical_package_id").value_or(0);
-        const auto core = readWholeNumber(processors + name + "/topology/core_id");
-        if (!core || seenCores.emplace(package, *core).second)
-            counters_.push_back(numberReading(throttle + "core_throttle_count", lane_));
-        if (seenPackages.insert(package).second)
-            counters_.push_back(numberReading(throttle + "package_throttle_count", lane_));
-    }
-    counts_.resize(counters_.size());
-}
-
-bool LinuxThermalState::throttledSinceLast() {
-    bool throttled = false;
-    for (std::size_t place = 0; place < counters_.size(); ++place) {
-        const auto count = counters_[place].read();
-        throttled = throttled || (count && counts_[place] && *count > *counts_[place]);
-        if (count)
-            counts_[place] = count;
-    }
-    return throttled;
 }
 
 int LinuxThermalState::rawValue() {
@@ -117,7 +90,7 @@ int LinuxThermalState::rawValue() {
         zones.push_back(zone.trips);
         zones.back().temperature = *temperature;
     }
-    throttledInARow_ = throttledSinceLast() ? throttledInARow_ + 1 : 0;
+    throttledInARow_ = counters_->look().grew ? throttledInARow_ + 1 : 0;
     return deriveThermalState(zones, throttledInARow_);
 }
 

@@ -2,6 +2,7 @@
 // Documentation/driver-api/thermal/sysfs-api.rst in the kernel's sources and x86's therm_throt driver.
 #pragma once
 
+#include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Reading/LanedReading.h"
 #include "Platform/ThermalState.h"
 
@@ -34,8 +35,9 @@ int deriveThermalState(const std::vector<ZoneReading>& zones, int throttledInARo
 
 class LinuxThermalState : public ThermalState {
 public:
-    /// `root` is the folder that holds sys. Zones, trip points and counters are found at the first reading.
-    LinuxThermalState(std::string root, std::shared_ptr<SlowLane> lane);
+    /// `root` is the folder that holds sys. Zones and trip points are found at the first reading. The counters may be
+    /// shared with whoever else looks at them.
+    LinuxThermalState(std::string root, std::shared_ptr<SlowLane> lane, std::shared_ptr<ThrottleCounters> counters);
 
     int rawValue() override;
 
@@ -46,15 +48,12 @@ private:
     };
 
     void discover();
-    bool throttledSinceLast();
 
     std::string root_;
     std::shared_ptr<SlowLane> lane_;
     bool isDiscovered_ = false;
     std::vector<Zone> zones_;
-    /// One counter per core and one per package: processors of a core share theirs.
-    std::vector<LanedReading<std::int64_t>> counters_;
-    std::vector<std::optional<std::int64_t>> counts_;
+    std::shared_ptr<ThrottleCounters> counters_;
     int throttledInARow_ = 0;
 };
 

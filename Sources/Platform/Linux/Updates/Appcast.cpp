@@ -1,7 +1,6 @@
 #include "Platform/Linux/Updates/Appcast.h"
 
 #include "Model/Text/Release.h"
-#include "Model/Text/VersionOrder.h"
 
 #include <algorithm>
 #include <QXmlStreamReader>

@@ -2,10 +2,8 @@
 
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Release.h"
-#include "Model/Text/VersionOrder.h"
 #include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
-#include "Platform/Linux/Updates/UpdateSchedule.h"
-#include "Platform/Memory.h"
+#include "Platform/System.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -34,7 +34,7 @@ void Button::setIcon(const QString& name, int size) {
 }
 
 void Button::setSpokenName(const QString& name) {
-    spoken_ = name;
+    PaintedWidget::setSpokenName(name);
     if (text_.isEmpty())
         setToolTip(name);
 }
@@ -64,7 +64,8 @@ QSize Button::minimumSizeHint() const {
 }
 
 Description Button::describe() {
-    return {.role = QAccessible::Button, .name = spoken_.isEmpty() ? text_ : spoken_, .actions = pressAction()};
+    return {
+        .role = QAccessible::Button, .name = spokenName().isEmpty() ? text_ : spokenName(), .actions = pressAction()};
 }
 
 QColor Button::fill() const {

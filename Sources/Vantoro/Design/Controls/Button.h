@@ -50,7 +50,6 @@ private:
     QString text_;
     QString icon_;
     int iconSize_ = 16;
-    QString spoken_;
     int height_ = 32;
 };
 

@@ -50,10 +50,6 @@ void SegmentedControl::setSegmentSize(const QSize& size) {
     updateGeometry();
 }
 
-void SegmentedControl::setSpokenName(const QString& name) {
-    spoken_ = name;
-}
-
 int SegmentedControl::segmentWidth(int index) const {
     if (fixed_)
         return qRound(fixed_->width() * std::max(1.0, theme().textScale()));
@@ -87,7 +83,7 @@ void SegmentedControl::resizeEvent(QResizeEvent*) {
 
 Description SegmentedControl::describe() {
     return {.role = meaning_ == Meaning::tabs ? QAccessible::PageTabList : QAccessible::Grouping,
-            .name = spoken_,
+            .name = spokenName(),
             .value = texts_[current_]};
 }
 

@@ -24,7 +24,6 @@ public:
     void setCurrent(int index);
     /// Segments of this size each; without it they are as wide as their texts need, in a control of this height.
     void setSegmentSize(const QSize& size);
-    void setSpokenName(const QString& name);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -51,7 +50,6 @@ private:
     std::vector<SpokenPart*> segments_; // owned by Qt as children
     int current_ = 0;
     std::optional<QSize> fixed_;
-    QString spoken_;
 };
 
 } // namespace vantoro

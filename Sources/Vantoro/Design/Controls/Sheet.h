@@ -1,4 +1,5 @@
-// What lies over the window until it is answered: the dimmed window and a raised card that rises into place.
+// What lies over the window until it is answered: the dimmed window and a raised card that rises into place; and the
+// plainest of them, which says something once.
 #pragma once
 
 #include "Design/PaintedWidget.h"
@@ -6,6 +7,9 @@
 #include <QPointer>
 
 namespace vantoro {
+
+class Button;
+class TextLabel;
 
 /// Covers its whole window, centres the card, keeps the keyboard within it, and closes on Escape; the keyboard goes
 /// back to where it was. Deletes itself once it has closed.
@@ -41,8 +45,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     bool focusNextPrevChild(bool next) override;
-    /// The accessible name; a view model's words.
-    void setSpokenName(const QString& name) { spoken_ = name; }
 
 private:
     /// Open, and no other sheet over it.
@@ -51,10 +53,27 @@ private:
 
     QWidget* card_; // owned by Qt as a child
     QPointer<QWidget> focusBefore_;
-    QString spoken_;
     int radius_;
     double opened_ = 0;
     double progress_ = 1;
+};
+
+class NoticeAlert : public Sheet {
+    Q_OBJECT
+public:
+    NoticeAlert(Look& look, QWidget& window, const QString& title, const QString& text, const QString& answer);
+
+    /// As Sheet::open, with the keyboard on the answer.
+    void open();
+
+protected:
+    QSize cardSize(const QSize& window) const override;
+    void accept() override { close(); }
+
+private:
+    TextLabel* title_; // these three are owned by Qt as children
+    TextLabel* text_;
+    Button* answer_;
 };
 
 } // namespace vantoro

@@ -1,10 +1,12 @@
-// The gauge of five bands, an arc of 270 degrees from the lower left clockwise, as it stands round rotors and
-// temperatures.
+// What gauges are drawn of: the arc of five bands, 270 degrees from the lower left clockwise, and a figure with its
+// unit behind it in another size, both on one baseline.
 #pragma once
 
 #include "Design/PaintedWidget.h"
+#include "Design/Typography.h"
 
 #include <QPainter>
+#include <QString>
 
 namespace vantoro {
 
@@ -27,5 +29,21 @@ struct GaugeShape {
 /// position it is empty and has no cursor.
 void drawGauge(QPainter& painter, const QPointF& centre, const GaugeShape& shape, std::optional<double> position,
                int heatStop, Tone background, const Theme& theme);
+
+struct FigureLine {
+    QString figure;
+    QString unit;
+    TextStyle figureStyle = Type::panelTitle;
+    TextStyle unitStyle = Type::small;
+
+    bool operator==(const FigureLine&) const = default;
+};
+
+double figureLineWidth(const FigureLine& line, const Theme& theme);
+
+/// In primary and secondary text, at the left, at the right or in the middle of the rectangle; a unit that does not fit
+/// is left out.
+void drawFigureLine(QPainter& painter, const QRectF& rectangle, const FigureLine& line, const Theme& theme,
+                    Qt::Alignment alignment = Qt::AlignLeft);
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 // What the gauges show, as texts and shares ready to paint.
 #pragma once
 
-#include "Model/History/ChartSeries.h"
+#include "Model/History/History.h"
 
 #include <optional>
 #include <QString>

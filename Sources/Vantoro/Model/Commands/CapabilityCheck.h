@@ -5,6 +5,7 @@
 #include "Model/Readers/SensorDump.h"
 #include "Model/Readers/SMCReader.h"
 #include "Platform/Platform.h"
+#include "Platform/ProcessStream.h"
 
 #include <chrono>
 #include <functional>
@@ -12,6 +13,17 @@
 #include <string_view>
 
 namespace vantoro {
+
+struct ProgramTrial {
+    bool ok = false;
+    /// What it printed first of all, or why it cannot be run.
+    std::string detail;
+
+    bool operator==(const ProgramTrial&) const = default;
+};
+
+/// Runs the program to its end, or ends it at the limit. Needs no event loop.
+ProgramTrial canRun(const ProgramCommand& command, std::chrono::milliseconds limit);
 
 /// Exercises every source once. Lives on the main thread, which must have a Qt application; the devices' functions must
 /// have been told to use the same platform.

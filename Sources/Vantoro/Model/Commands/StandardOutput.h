@@ -1,7 +1,7 @@
 // What the program prints on standard output, with an eye on whether it gets there.
 #pragma once
 
-#include "Model/Live/Complaint.h"
+#include "Model/Live/Log.h"
 
 #include <cerrno>
 #include <cstdio>

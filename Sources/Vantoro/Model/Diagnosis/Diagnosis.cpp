@@ -1,7 +1,6 @@
 #include "Model/Diagnosis/Diagnosis.h"
 
-#include "Model/Diagnosis/DiagnosisNarrative.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 
 #include <algorithm>
 #include <array>

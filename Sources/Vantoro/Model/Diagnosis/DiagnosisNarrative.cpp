@@ -1,8 +1,8 @@
-#include "Model/Diagnosis/DiagnosisNarrative.h"
-
+// The words of a verdict: its headline, its paragraph, its advice and its short cause phrase.
 #include "Model/Diagnosis/Diagnosis.h"
+
 #include "Model/Diagnosis/ProcessKnowledge.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 
 #include <fmt/format.h>
 

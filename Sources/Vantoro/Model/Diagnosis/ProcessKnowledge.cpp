@@ -1,6 +1,63 @@
 #include "Model/Diagnosis/ProcessKnowledge.h"
 
+#include "Model/Diagnosis/LinuxNotes.h"
+
+#include <algorithm>
+#include <span>
+
 namespace vantoro {
+
+namespace {
+
+/// Linux notes by the names, and by the beginnings of names, that they stand for.
+class LinuxIndex {
+public:
+    explicit LinuxIndex(std::span<const LinuxNote> notes) {
+        for (const LinuxNote& note : notes) {
+            std::string_view names = note.names;
+            while (!names.empty()) {
+                const std::size_t end = std::min(names.find(' '), names.size());
+                std::string name(names.substr(0, end));
+                names.remove_prefix(std::min(end + 1, names.size()));
+                std::ranges::replace(name, '~', ' ');
+                const bool isBeginning = name.ends_with('*');
+                if (isBeginning)
+                    name.pop_back();
+                (isBeginning ? beginnings_ : names_).emplace(std::move(name), &note);
+            }
+        }
+    }
+
+    const LinuxNote* find(std::string_view name) const {
+        if (const auto exact = names_.find(name); exact != names_.end())
+            return exact->second;
+        for (; !name.empty(); name.remove_suffix(1))
+            if (const auto found = beginnings_.find(name); found != beginnings_.end())
+                return found->second;
+        return nullptr;
+    }
+
+private:
+    std::map<std::string, const LinuxNote*, std::less<>> names_;
+    std::map<std::string, const LinuxNote*, std::less<>> beginnings_;
+};
+
+std::optional<ProcessNote> linuxNote(std::string_view name, ProcessKind kind) {
+    static const LinuxIndex kernel(linuxKernelNotes());
+    static const LinuxIndex programs(linuxProgramNotes());
+    const LinuxNote* note = (kind == ProcessKind::kernel ? kernel : programs).find(name);
+    if (note == nullptr)
+        return std::nullopt;
+    using enum LinuxNote::Nature;
+    return ProcessNote{.friendly = note->friendly != nullptr ? std::string(note->friendly) : std::string(name),
+                       .what = note->what,
+                       .advice = note->advice != nullptr ? std::optional<std::string>(note->advice) : std::nullopt,
+                       .selfResolving = note->nature == task || note->nature == work || note->nature == errand,
+                       .quittable = note->nature == work || note->nature == app || note->nature == problem,
+                       .ordinary = note->nature != task && note->nature != problem};
+}
+
+} // namespace
 
 const ProcessKnowledge::Notes& ProcessKnowledge::notes() {
     static const Notes notes{
@@ -107,6 +164,18 @@ const ProcessNote* ProcessKnowledge::note(std::string_view processName) {
     word = word.substr(0, word.find(' '));
     const auto found = known.find(word);
     return found != known.end() ? &found->second : nullptr;
+}
+
+std::optional<ProcessNote> ProcessKnowledge::note(std::string_view processName, ProcessKind kind, SystemKind system) {
+    if (system == SystemKind::gnuLinux)
+        return linuxNote(processName, kind);
+    const ProcessNote* known = note(processName);
+    return known != nullptr ? std::optional(*known) : std::nullopt;
+}
+
+std::string friendlyName(const ProcessGroup& group, SystemKind system) {
+    const auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
+    return note ? note->friendly : group.displayName;
 }
 
 std::string friendlyName(std::string_view displayName) {

@@ -2,7 +2,8 @@
 // them.
 #pragma once
 
-#include "Model/Records/ProcessIdentity.h"
+#include "Model/Records/ProcessAggregate.h"
+#include "Model/Records/SystemWords.h"
 
 #include <functional>
 #include <map>
@@ -23,6 +24,8 @@ struct ProcessNote {
     bool selfResolving = false;
     /// A quit button may be offered.
     bool quittable = false;
+    /// It works when somebody gives it work: neither a task of the system's own schedule nor a problem case.
+    bool ordinary = false;
 
     bool operator==(const ProcessNote&) const = default;
 };
@@ -32,15 +35,20 @@ struct ProcessKnowledge {
 
     using Notes = std::map<std::string, ProcessNote, std::less<>>;
 
-    /// Every note by exact process name; built on first use, the same for all callers.
+    /// Every note of macOS by exact process name; built on first use, the same for all callers.
     static const Notes& notes();
 
-    /// The note for a process name, else for its first word; null when neither is known. Case matters. The note lives
-    /// as long as the program.
+    /// The note for a process name of macOS, else for its first word; null when neither is known. Case matters. The
+    /// note lives as long as the program.
     static const ProcessNote* note(std::string_view processName);
+
+    /// The note that the table of this system has. On Linux a thread of the kernel's and a program of the same name are
+    /// two things, and where a name begins as several entries do, the longest of those counts.
+    static std::optional<ProcessNote> note(std::string_view processName, ProcessKind kind, SystemKind system);
 };
 
 /// What a group is called in every sentence: its note's friendly name, else its display name.
+std::string friendlyName(const ProcessGroup& group, SystemKind system);
 std::string friendlyName(std::string_view displayName);
 
 /// What a kind of process is in plain words, "an app you opened".

@@ -1,8 +1,8 @@
-#include "Model/Explanation/ExplainerAdvice.h"
-
+// The sections of an explanation that judge and advise.
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
-#include "Model/Text/WholeNumber.h"
+#include "Model/Explanation/Explanation.h"
+#include "Model/Text/Numbers.h"
 
 #include <fmt/format.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Model/Explanation/JsonReport.h"
+#include "Model/Explanation/Reports.h"
 
 #include "Model/Diagnosis/ProcessKnowledge.h"
 #include "Model/Recording/RecordJson.h"

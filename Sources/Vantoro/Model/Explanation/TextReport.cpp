@@ -1,4 +1,4 @@
-#include "Model/Explanation/TextReport.h"
+#include "Model/Explanation/Reports.h"
 
 #include "Model/Text/TerminalText.h"
 

@@ -1,6 +1,7 @@
 #include "Model/History/History.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <string_view>
 #include <unordered_map>
@@ -187,6 +188,39 @@ std::vector<ProcessGroup> History::group(const std::vector<ProcessAggregate>& ag
     }
     std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::stressScore);
     return groups;
+}
+
+std::vector<ProcessGroup> rankedSuspects(const History& history) {
+    constexpr double windowSeconds = 20;
+    constexpr double leastPercent = 0.6;
+    std::vector<ProcessGroup> groups = History::group(History::aggregate(history.recent(windowSeconds)));
+    // NaN counts as idle.
+    std::erase_if(groups, [](const ProcessGroup& group) { return !(group.totalCPU >= leastPercent); });
+    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::totalCPU);
+    for (ProcessGroup& group : groups)
+        group.stressScore = std::round(group.totalCPU);
+    return groups;
+}
+
+ChartSeries chartSeries(const History& history) {
+    constexpr double shownSeconds = 900;
+    constexpr std::size_t longestUnthinned = 239;
+    constexpr std::size_t wantedPoints = 120;
+    const SnapshotRun run = history.recent(shownSeconds);
+    const std::size_t step = run.size() > longestUnthinned ? run.size() / wantedPoints : 1;
+    ChartSeries series;
+    for (auto* points : {&series.fan, &series.cpu, &series.temp, &series.chip, &series.power})
+        points->reserve(run.size() / step + 1);
+    for (std::size_t i = 0; i < run.size(); i += step) {
+        const Snapshot& snapshot = run[i];
+        const UnixSeconds time = snapshot.timestamp;
+        series.fan.push_back({time, snapshot.fanLoad() * 100});
+        series.cpu.push_back({time, std::clamp(100 - snapshot.cpu.idlePercent, 0.0, 100.0)});
+        series.temp.push_back({time, snapshot.temps.soc});
+        series.chip.push_back({time, snapshot.temps.socMean});
+        series.power.push_back({time, snapshot.power.systemWatts});
+    }
+    return series;
 }
 
 } // namespace vantoro

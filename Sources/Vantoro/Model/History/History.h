@@ -1,4 +1,5 @@
-// The rolling, time-ordered store of snapshots, and the aggregation of a stretch of it into processes and applications.
+// The rolling, time-ordered store of snapshots, the aggregation of a stretch of it into processes and applications, and
+// what is drawn from it: the culprit list and the lines of the charts.
 #pragma once
 
 #include "Model/Records/ProcessAggregate.h"
@@ -86,5 +87,31 @@ private:
     std::size_t rampLength_ = 0;
     double rampThreshold_ = 0;
 };
+
+/// The applications of the last 20 seconds that use at least 0.6 % of a core, busiest first. Their stress score is
+/// their processor use as a whole number, so that the order of business changes only when a shown figure does.
+std::vector<ProcessGroup> rankedSuspects(const History& history);
+
+/// One chart point.
+struct TimePoint {
+    UnixSeconds time = 0;
+    double value = 0;
+
+    bool operator==(const TimePoint&) const = default;
+};
+
+/// Oldest point first; all five hold the same instants.
+struct ChartSeries {
+    std::vector<TimePoint> fan;   ///< fan load, per cent
+    std::vector<TimePoint> cpu;   ///< processor time not idle, per cent
+    std::vector<TimePoint> temp;  ///< the chip's headline temperature, °C
+    std::vector<TimePoint> chip;  ///< mean of the die sensors, °C
+    std::vector<TimePoint> power; ///< whole-system draw, watts
+
+    bool operator==(const ChartSeries&) const = default;
+};
+
+/// The last 15 minutes; a run of 240 snapshots or more is thinned evenly to about 120 points.
+ChartSeries chartSeries(const History& history);
 
 } // namespace vantoro

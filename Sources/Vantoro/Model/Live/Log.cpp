@@ -1,7 +1,7 @@
 #include "Model/Live/Log.h"
 
 #include "Model/Text/TerminalText.h"
-#include "Platform/SystemLog.h"
+#include "Platform/System.h"
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 // the process stream, else (refused, silent, dead, or by the user's choice) from the system's own process interfaces.
 #pragma once
 
-#include "Model/Records/SystemLine.h"
+#include "Model/Records/Telemetry.h"
 #include "Platform/Platform.h"
 
 #include <chrono>

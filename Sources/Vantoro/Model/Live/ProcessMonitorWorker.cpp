@@ -1,7 +1,7 @@
 #include "Model/Live/ProcessMonitorWorker.h"
 
 #include "Model/Text/Utf8.h"
-#include "Platform/Posix/MonotonicClock.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <QDeadlineTimer>
@@ -181,7 +181,7 @@ void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines
     const bool hasUnknownPid = std::ranges::any_of(
         block.rows, [this](const TopRow& row) { return row.pid != 0 && !pathMap_.contains(row.pid); });
     if (pathMap_.empty() || hasUnknownPid || !lastPathRefresh_ ||
-        Clock::now() - *lastPathRefresh_ > timing_.pathListAge)
+        std::chrono::duration<double>(monotonicSeconds() - *lastPathRefresh_) > timing_.pathListAge)
         refreshPaths();
 
     std::vector<ProcessSample> samples;
@@ -201,8 +201,8 @@ void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines
 }
 
 void ProcessMonitorWorker::refreshPaths() {
-    const Clock::time_point now = Clock::now();
-    if (lastPathRefresh_ && now - *lastPathRefresh_ <= timing_.pathListPause)
+    const double now = monotonicSeconds();
+    if (lastPathRefresh_ && std::chrono::duration<double>(now - *lastPathRefresh_) <= timing_.pathListPause)
         return;
     lastPathRefresh_ = now;
     if (const std::optional<QByteArray> output = outputOf(processStream_->pathList(), timing_.pathListLimit))

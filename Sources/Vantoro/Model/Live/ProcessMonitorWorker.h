@@ -38,8 +38,6 @@ public:
     void stop();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     void startStream(int intervalSeconds, int rows);
     void startUnprivileged(int intervalSeconds, bool byChoice);
     void sampleUnprivileged();
@@ -73,7 +71,8 @@ private:
     std::unique_ptr<QTimer> watchdog_;
 
     std::unordered_map<std::int32_t, std::string> pathMap_;
-    std::optional<Clock::time_point> lastPathRefresh_;
+    /// Monotonic.
+    std::optional<double> lastPathRefresh_;
 
     IdentityResolver identities_;
     UnprivilegedProcesses fallback_;

@@ -1,9 +1,9 @@
 #include "Model/Live/SensorHub.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/History/Suspects.h"
+#include "Model/History/History.h"
 #include "Model/Live/Quits.h"
-#include "Model/Records/MachineName.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/Numbers.h"
 
 #include <algorithm>
@@ -24,16 +24,10 @@ std::optional<std::string> environmentVariable(const char* name) {
 
 } // namespace
 
-double HubEnvironment::steadySeconds() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 HubEnvironment HubEnvironment::ofThisProcess() {
-    return {
-        .now =
-            [] { return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count(); },
-        .interval = environmentVariable("VANTORO_INTERVAL"),
-        .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
+    return {.now = unixSeconds,
+            .interval = environmentVariable("VANTORO_INTERVAL"),
+            .processMode = environmentVariable("VANTORO_PROCESS_MODE")};
 }
 
 std::chrono::milliseconds timerInterval(const std::optional<std::string>& environment, double sampleInterval) {
@@ -76,6 +70,7 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
                      HubEnvironment environment)
     : machine_(platform.machine)
     , thermalState_(platform.thermalState)
+    , strain_(platform.strain)
     , activity_(platform.activity)
     , sources_(std::move(sources))
     , settings_(settings)
@@ -217,6 +212,7 @@ Snapshot SensorHub::measure(UnixSeconds now) {
         assignSensorsAvailable(hasOpenSensors());
     snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
+    readStrain(snapshot);
     snapshot.processes = latestProcesses_;
     snapshot.chipHeat = heat_.smoothed(now, snapshot.temps.soc);
     return snapshot;
@@ -232,6 +228,17 @@ double SensorHub::readGPUWatts(UnixSeconds now) {
         gpuReadAt_ = now;
     }
     return gpuWatts_;
+}
+
+void SensorHub::readStrain(Snapshot& snapshot) {
+    if (!strain_)
+        return;
+    StrainReading strain = strain_->read();
+    snapshot.stalls = strain.stalls;
+    snapshot.throttle = std::move(strain.throttle);
+    snapshot.gpuPercent = strain.gpuPercent;
+    snapshot.power.cpuWatts = strain.cpuWatts;
+    powerProfile_ = strain.profile;
 }
 
 void SensorHub::tick() {

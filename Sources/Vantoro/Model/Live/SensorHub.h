@@ -2,22 +2,18 @@
 // the history and publishes what the interface draws from.
 #pragma once
 
-#include "Model/History/ChartSeries.h"
-#include "Model/History/HeatSmoothing.h"
 #include "Model/History/History.h"
-#include "Model/Live/Measuring.h"
+#include "Model/History/Tracking.h"
 #include "Model/Live/ProcessMonitor.h"
 #include "Model/Live/Settings.h"
 #include "Model/Readers/SensorSources.h"
 #include "Model/Recording/Recording.h"
-#include "Model/Records/Core.h"
-#include "Model/Records/CoreCeilings.h"
-#include "Model/Records/Extremes.h"
-#include "Model/Records/SingleSensors.h"
+#include "Model/Records/Telemetry.h"
 #include "Model/Records/Verdict.h"
 #include "Model/Text/Format.h"
 #include "Model/Text/Motion.h"
 #include "Platform/Platform.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <chrono>
 #include <cstdint>
@@ -32,15 +28,32 @@
 
 namespace vantoro {
 
+/// Whether enough has been measured for anything to be said of this machine.
+enum class Measuring : std::uint8_t {
+    looking,     ///< the first list of processes, or a second sample that holds it, is still to come
+    withoutList, ///< the list is long overdue: what else was found may be shown
+    done
+};
+
+/// Samples that hold a list of processes before there is a verdict: one alone has nothing to be compared with.
+inline constexpr int samplesForVerdict = 2;
+/// From then on a list that has not come is said to be missing.
+inline constexpr double longestWaitForList = 10;
+
+/// `samplesWithList` samples hold a list of processes; the first sample of all was taken `secondsWaited` ago.
+constexpr Measuring measuringState(int samplesWithList, double secondsWaited) {
+    if (samplesWithList >= samplesForVerdict)
+        return Measuring::done;
+    return samplesWithList == 0 && secondsWaited >= longestWaitForList ? Measuring::withoutList : Measuring::looking;
+}
+
 class Quits;
 
 /// What the hub takes from the world beside its sources; each may be replaced in a test.
 struct HubEnvironment {
-    static double steadySeconds();
-
     std::function<UnixSeconds()> now;
     /// Seconds of a clock that only goes forward.
-    std::function<double()> monotonic = steadySeconds;
+    std::function<double()> monotonic = monotonicSeconds;
     /// VANTORO_INTERVAL and VANTORO_PROCESS_MODE as they stood at launch.
     std::optional<std::string> interval;
     std::optional<std::string> processMode;
@@ -164,6 +177,8 @@ public:
     const std::string& machineName() const;
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
+    /// What this machine is told to favour; a recording does not say.
+    PowerProfile powerProfile() const { return isReplay_ ? PowerProfile::unknown : powerProfile_; }
     /// Whether the figures are a recording's rather than this machine's.
     bool isReplay() const { return isReplay_; }
 
@@ -197,6 +212,7 @@ private:
     void restartTimer();
     ThermalPressure readThermalPressure() const;
     double readGPUWatts(UnixSeconds now);
+    void readStrain(Snapshot& snapshot);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
@@ -211,6 +227,7 @@ private:
 
     std::shared_ptr<Machine> machine_;
     std::shared_ptr<ThermalState> thermalState_;
+    std::shared_ptr<Strain> strain_;
     std::shared_ptr<Activity> activity_;
     SensorSources sources_;
     const Settings& settings_;
@@ -263,6 +280,7 @@ private:
     SystemLine latestSystem_;
     HeatSmoothing heat_;
     double gpuWatts_ = 0;
+    PowerProfile powerProfile_ = PowerProfile::unknown;
     std::optional<UnixSeconds> gpuReadAt_;
     mutable std::optional<std::string> machineName_;
 };

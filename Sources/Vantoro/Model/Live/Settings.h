@@ -1,9 +1,9 @@
 // The user's settings over the system's own settings store.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 #include "Model/Text/Setting.h"
-#include "Platform/SettingsStore.h"
+#include "Platform/System.h"
 
 #include <memory>
 #include <QObject>

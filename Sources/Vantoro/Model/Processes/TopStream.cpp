@@ -2,7 +2,6 @@
 
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Utf8.h"
-#include "Model/Text/WholeNumber.h"
 
 #include <algorithm>
 #include <array>

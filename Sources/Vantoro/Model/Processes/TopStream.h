@@ -14,7 +14,7 @@
 //     1042   Editor           98.5 812M+  98.5  anna
 #pragma once
 
-#include "Model/Records/SystemLine.h"
+#include "Model/Records/Telemetry.h"
 
 #include <cstdint>
 #include <functional>

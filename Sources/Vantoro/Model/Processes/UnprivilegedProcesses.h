@@ -2,7 +2,7 @@
 // process monitor falls back to. It sees the CPU times of those processes whose task information is not refused.
 #pragma once
 
-#include "Model/Records/SystemLine.h"
+#include "Model/Records/Telemetry.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/SystemStatistics.h"
 

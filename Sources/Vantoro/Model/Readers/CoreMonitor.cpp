@@ -32,6 +32,10 @@ CoreMonitor::CoreMonitor(std::shared_ptr<Processors> processors) : processors_(s
     if (frequencyAvailable_) {
         maxPerformanceMHz_ = cpufreq_max_performance();
         maxEfficiencyMHz_ = cpufreq_max_efficiency();
+    } else if (processors_) {
+        const ClockCeilings ceilings = processors_->ceilings();
+        maxPerformanceMHz_ = ceilings.performance;
+        maxEfficiencyMHz_ = ceilings.efficiency;
     }
 }
 
@@ -48,8 +52,12 @@ void CoreMonitor::sample() {
 }
 
 void CoreMonitor::sampleFrequency() {
-    if (!frequencyAvailable_)
+    if (!frequencyAvailable_) {
+        if (processors_->readClocks(clocks_))
+            for (std::size_t i = 0; i < std::min(cores_.size(), clocks_.size()); ++i)
+                cores_[i].megahertz = clocks_[i];
         return;
+    }
     std::array<double, mostFrequencies> megahertz{};
     std::array<std::uint8_t, mostFrequencies> isEfficiency{};
     const std::int32_t count = cpufreq_sample(megahertz.data(), isEfficiency.data(), mostFrequencies);

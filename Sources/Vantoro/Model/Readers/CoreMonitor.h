@@ -1,4 +1,5 @@
-// What each processor core is doing: its load from the kernel's tick counters, its frequency from the residencies.
+// What each processor core is doing: its load from the kernel's tick counters, its frequency as the system
+// tells it or from the residencies.
 #pragma once
 
 #include "CSensors/cpufreq.h"
@@ -40,6 +41,7 @@ private:
     bool frequencyAvailable_ = false;
     std::vector<HostTicks> previous_;
     std::vector<HostTicks> current_;
+    std::vector<double> clocks_;
     int performanceCount_ = 0;
     int efficiencyCount_ = 0;
 };

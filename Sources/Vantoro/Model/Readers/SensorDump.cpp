@@ -1,6 +1,6 @@
 #include "Model/Readers/SensorDump.h"
 
-#include "Model/Text/WholeNumber.h"
+#include "Model/Text/Numbers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,6 @@
 // nothing of that kind.
 #pragma once
 
-#include "Model/Records/Core.h"
 #include "Model/Records/Telemetry.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Model/Recording/RecordingFields.h"
-#include "Model/Records/EnumNames.h"
+#include "Model/Records/Verdict.h"
 
 #include <algorithm>
 #include <cmath>

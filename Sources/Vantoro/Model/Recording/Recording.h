@@ -2,7 +2,7 @@
 // one Snapshot, oldest first. Lines are given and taken without their newline.
 #pragma once
 
-#include "Model/Records/SystemKind.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Records/Telemetry.h"
 
 #include <cstdint>

@@ -75,7 +75,8 @@ public:
         } else if (place_ == Place::processes) {
             startRow();
         } else if (place_ == Place::cores) {
-            startCore();
+            place_ = Place::core;
+            core_ = {};
         } else if (!startRecord()) {
             scalar("an object", [](auto /*target*/) { return Taken(); });
             ignoredDepth_ = 1;
@@ -245,20 +246,13 @@ private:
         case Place::dieSensors:
         case Place::gpuSensors:
             return fmt::format("{}[{}]", name_, elementCount_);
-        case Place::stalls:
-            return fmt::format("stalls.{}", name_);
         case Place::process:
             return fmt::format("processes[{}].{}", rowCount_, name_);
-        case Place::temps:
-            return fmt::format("temps.{}", name_);
-        case Place::power:
-            return fmt::format("power.{}", name_);
-        case Place::cpu:
-            return fmt::format("cpu.{}", name_);
-        case Place::memory:
-            return fmt::format("memory.{}", name_);
-        default:
+        case Place::line:
+        case Place::snapshot:
             return std::string(name_);
+        default:
+            return fmt::format("{}.{}", recordName_, name_);
         }
     }
 
@@ -273,6 +267,7 @@ private:
         if (place == nullptr || isRecordList(*place) || isValueList(*place))
             return false;
         place_ = *place;
+        recordName_ = name_;
         if (place_ == Place::temps)
             snapshot_.temps = {};
         else if (place_ == Place::power)
@@ -320,11 +315,6 @@ private:
         return true;
     }
 
-    void startCore() {
-        place_ = Place::core;
-        core_ = {};
-    }
-
     void endCore() {
         place_ = Place::cores;
         ++elementCount_;
@@ -366,6 +356,8 @@ private:
     RecordingTarget target_;
     /// The known name that target_ stands for.
     std::string_view name_;
+    /// The record's that it is in.
+    std::string_view recordName_;
     /// How many containers are open below the value that is passed over.
     std::size_t ignoredDepth_ = 0;
     bool hasTimestamp_ = false;

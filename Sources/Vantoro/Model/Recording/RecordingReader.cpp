@@ -1,5 +1,5 @@
 #include "Model/Recording/RecordingFile.h"
-#include "Model/Recording/RecordingFileSupport.h"
+#include "Model/Recording/RecordingReasons.h"
 #include "Model/Text/TerminalText.h"
 #include "Platform/Posix/Descriptor.h"
 

@@ -1,16 +1,19 @@
-// The wording of a recording's refusals. Nothing of the file gets into it unfiltered.
+// What is said of recordings that are refused, nothing of the file unfiltered, and what reading and writing their files
+// have in common.
 #pragma once
 
 #include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/Recording.h"
-#include "Model/Records/EnumNames.h"
+#include "Model/Records/Verdict.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <fmt/format.h>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace vantoro {
 
@@ -47,6 +50,18 @@ inline RecordingRefusal notAnObject(const std::optional<JsonFault>& fault) {
     if (fault->isNumberTooLarge)
         return {.reason = fmt::format("a number is not finite (byte {})", fault->position + 1)};
     return {.reason = fmt::format("not a JSON object (broken at byte {})", fault->position + 1), .isBroken = true};
+}
+
+/// zlib's largest window, with a gzip header and trailer.
+inline constexpr int gzipWindowBits = 15 + 16;
+
+inline bool isGzipName(std::string_view path) {
+    return path.ends_with(".gz");
+}
+
+/// What the last failed system call complained of.
+inline std::string lastSystemReason() {
+    return std::system_category().message(errno);
 }
 
 } // namespace vantoro

@@ -4,8 +4,8 @@
 
 #include "Model/Recording/JsonScanner.h"
 #include "Model/Recording/RecordingReasons.h"
-#include "Model/Records/EnumNames.h"
 #include "Model/Records/Telemetry.h"
+#include "Model/Records/Verdict.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
-#include "Model/Recording/RecordingWriter.h"
+#include "Model/Recording/RecordingFile.h"
 
 #include "Model/Recording/RecordingFields.h"
-#include "Model/Recording/RecordingFileSupport.h"
+#include "Model/Recording/RecordingReasons.h"
 #include "Model/Recording/RecordJson.h"
-#include "Model/Records/EnumNames.h"
+#include "Model/Records/Verdict.h"
 #include "Platform/Posix/Descriptor.h"
 
 #include <algorithm>

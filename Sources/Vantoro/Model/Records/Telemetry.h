@@ -4,7 +4,7 @@
 
 #include "Model/Records/ProcessIdentity.h"
 #include "Model/Records/Temperatures.h"
-#include "Model/Text/UnixSeconds.h"
+#include "Model/Text/Numbers.h"
 
 #include <array>
 #include <cstdint>
@@ -67,6 +67,14 @@ struct MemoryLoad {
     bool operator==(const MemoryLoad&) const = default;
 };
 
+/// The machine-wide figures that come with each process list: an idle machine of unknown size until something is read.
+struct SystemLine {
+    CPULoad cpu;
+    MemoryLoad memory;
+
+    bool operator==(const SystemLine&) const = default;
+};
+
 /// How hard the system says heat presses on it; ordered by raw value.
 enum class ThermalPressure : std::uint8_t { nominal = 0, fair = 1, serious = 2, critical = 3 };
 
@@ -95,6 +103,32 @@ struct StallShares {
 
 /// What slows a machine down.
 enum class ThrottleReason : std::uint8_t { temperature, power, current, firmware, profile };
+
+/// "P" of "performance".
+inline std::string tierLetter(const std::string& tierName) {
+    const char first = tierName.empty() ? '?' : tierName.front();
+    return {first >= 'a' && first <= 'z' ? static_cast<char>(first - 'a' + 'A') : first};
+}
+
+/// One logical processor over the last interval.
+struct Core {
+    int index = 0;
+    bool isPerformance = false;
+    /// Share of the interval spent not idle, 0 to 1.
+    double busy = 0;
+    /// Mean frequency weighted by the time spent at each; 0 until measured.
+    double megahertz = 0;
+    /// Position among the cores of its kind.
+    int clusterIndex = 0;
+    /// What the system calls its kind ("super"); empty for the usual names.
+    std::string tier = {};
+
+    std::string tierName() const { return !tier.empty() ? tier : isPerformance ? "performance" : "efficiency"; }
+    /// "P0", "E3": the first letter of its kind.
+    std::string label() const { return tierLetter(tierName()) + std::to_string(clusterIndex); }
+
+    bool operator==(const Core&) const = default;
+};
 
 /// What one processor core did, as a recording holds it. Cores stand in their kind's order.
 struct CoreReading {

@@ -1,7 +1,7 @@
 #include "Model/Text/Format.h"
 
+#include "Model/Text/Numbers.h"
 #include "Model/Text/Setting.h"
-#include "Model/Text/WholeNumber.h"
 
 #include <array>
 #include <cmath>
@@ -11,6 +11,24 @@ namespace vantoro {
 
 namespace {
 
+struct TimeOfDay {
+    std::int64_t hour = 0; ///< 0 to 23
+    std::int64_t minute = 0;
+    std::int64_t second = 0;
+
+    std::int64_t hourOnFace() const { return hour % 12 == 0 ? 12 : hour % 12; }
+    const char* period() const { return hour < 12 ? "AM" : "PM"; }
+};
+
+TimeOfDay inUTC(UnixSeconds instant) {
+    constexpr double secondsPerDay = 86400;
+    double secondOfDay = std::fmod(instant, secondsPerDay);
+    if (secondOfDay < 0)
+        secondOfDay += secondsPerDay;
+    const std::int64_t seconds = truncated(secondOfDay);
+    return {.hour = seconds / 3600 % 24, .minute = seconds / 60 % 60, .second = seconds % 60};
+}
+
 bool isFahrenheit(const FormatContext& context) {
     return context.text(Setting::temperatureUnit.key) == "F";
 }
@@ -18,6 +36,39 @@ bool isFahrenheit(const FormatContext& context) {
 constexpr const char* noReading = "—";
 
 } // namespace
+
+std::optional<std::string> DefaultFormatContext::text(std::string_view /*key*/) const {
+    return std::nullopt;
+}
+
+std::optional<double> DefaultFormatContext::number(std::string_view /*key*/) const {
+    return std::nullopt;
+}
+
+std::optional<bool> DefaultFormatContext::flag(std::string_view /*key*/) const {
+    return std::nullopt;
+}
+
+std::optional<std::string> DefaultFormatContext::grouped(std::int64_t number) const {
+    std::string digits = fmt::format("{}", number);
+    const std::ptrdiff_t firstDigit = number < 0 ? 1 : 0;
+    for (std::ptrdiff_t i = std::ssize(digits) - 3; i > firstDigit; i -= 3)
+        digits.insert(static_cast<std::size_t>(i), 1, ',');
+    return digits;
+}
+
+std::string DefaultFormatContext::timeOfDay(UnixSeconds instant) const {
+    return fmt::format("{} {}", clockFace(instant), inUTC(instant).period());
+}
+
+std::string DefaultFormatContext::timeWithSeconds(UnixSeconds instant) const {
+    return fmt::format("{}:{:02} {}", clockFace(instant), inUTC(instant).second, inUTC(instant).period());
+}
+
+std::string DefaultFormatContext::clockFace(UnixSeconds instant) const {
+    const TimeOfDay time = inUTC(instant);
+    return fmt::format("{}:{:02}", time.hourOnFace(), time.minute);
+}
 
 std::string Format::degrees(double celsius) const {
     if (!(celsius > 0))

@@ -1,7 +1,7 @@
 // How changes of value are animated.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 
 #include <optional>
 #include <variant>

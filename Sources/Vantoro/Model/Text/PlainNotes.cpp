@@ -1,4 +1,4 @@
-#include "Model/Text/PlainNotes.h"
+#include "Model/Text/Release.h"
 
 #include "Model/Text/TerminalText.h"
 #include "Model/Text/Utf8.h"

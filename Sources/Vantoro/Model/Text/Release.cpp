@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -55,6 +56,39 @@ std::optional<std::string> textUnder(const Json& object, const char* key) {
 /// Names and numbers come from a feed that may hold any bytes.
 std::string dumped(const Json& value) {
     return value.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isSeparator(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x80 && std::isalnum(byte) == 0;
+}
+
+/// A run of digits or of letters; empty at the end.
+std::string_view takePart(std::string_view& rest) {
+    rest.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(rest, isSeparator) - rest.begin()));
+    if (rest.empty())
+        return {};
+    const bool isNumber = isDigit(rest.front());
+    const auto end =
+        std::ranges::find_if(rest, [isNumber](char c) { return isSeparator(c) || isDigit(c) != isNumber; });
+    const std::string_view part = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+    rest.remove_prefix(part.size());
+    return part;
+}
+
+int compareNumbers(std::string_view one, std::string_view other) {
+    const auto significant = [](std::string_view digits) {
+        return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+    };
+    one = significant(one);
+    other = significant(other);
+    if (one.size() != other.size())
+        return one.size() < other.size() ? -1 : 1;
+    return one.compare(other);
 }
 
 } // namespace
@@ -118,6 +152,25 @@ std::optional<Relaunch> decodedRelaunch(std::string_view text) {
     return Relaunch{.fromBuild = *fromBuild,
                     .at = object["at"].get<double>(),
                     .origin = origin ? updateOrigin(*origin) : std::nullopt};
+}
+
+int compareVersions(std::string_view version, std::string_view other) {
+    for (;;) {
+        const std::string_view one = takePart(version);
+        const std::string_view two = takePart(other);
+        if (one.empty() && two.empty())
+            return 0;
+        // A word at the end names something that comes before the release.
+        if (one.empty())
+            return isDigit(two.front()) ? -1 : 1;
+        if (two.empty())
+            return isDigit(one.front()) ? 1 : -1;
+        if (isDigit(one.front()) != isDigit(two.front()))
+            return isDigit(one.front()) ? 1 : -1;
+        const int order = isDigit(one.front()) ? compareNumbers(one, two) : one.compare(two);
+        if (order != 0)
+            return order;
+    }
 }
 
 } // namespace vantoro

@@ -1,7 +1,8 @@
-// A version that can be had, how far it has come, and the two records of it that outlive the program.
+// A version that can be had, which of two is the newer one, how far it has come, and the two records of it that outlive
+// the program.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 
 #include <optional>
 #include <string>
@@ -80,5 +81,17 @@ std::optional<Release> decodedRelease(std::string_view text);
 /// JSON with the keys `fromBuild`, `at` and, where there is one, `origin`.
 std::string encoded(const Relaunch& relaunch);
 std::optional<Relaunch> decodedRelaunch(std::string_view text);
+
+/// Below 0 when `version` is older than `other`, 0 when they are equal, above 0 when it is newer. The order of
+/// Sparkle's standard comparator: runs of digits compare as numbers of any length, words by their letters, separators
+/// do not count; where one ends early it is the older one ("1.0" < "1.0.1"), unless the other goes on with a word
+/// ("1.0b1" < "1.0"); a number beats a word in the same place.
+int compareVersions(std::string_view version, std::string_view other);
+
+/// The text of HTML that comes from elsewhere: no markup, scripts or styles; paragraphs, line breaks and list items on
+/// lines of their own, items after "• "; entities as their letters; no control, direction or invisible letters; valid
+/// UTF-8. At most 4,000 bytes, cut after a whole letter with "…". Takes time proportional to the input and looks at no
+/// more than its first 256 KiB.
+std::string plainNotes(std::string_view html);
 
 } // namespace vantoro

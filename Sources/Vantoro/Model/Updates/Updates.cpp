@@ -2,7 +2,8 @@
 
 #include "Model/Live/Log.h"
 #include "Model/Live/Settings.h"
-#include "Model/Text/PlainNotes.h"
+#include "Model/Text/Release.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,13 +19,10 @@ namespace {
 
 using Kind = UpdatePhase::Kind;
 
-constexpr std::string_view relaunchKey = "vantoro.updates.relaunch";
-
 constexpr double secondsBetweenAttempts = 0.25;
 constexpr int lastAttempt = 39;
 constexpr double secondsBeforeFollowUp = 0.5;
 constexpr double secondsOnShow = 8;
-constexpr double staleMarkerSeconds = 60;
 
 constexpr double downloadShare = 0.9;
 constexpr double extractionStart = 0.94;
@@ -32,9 +30,7 @@ constexpr double extractionShare = 0.04;
 
 UpdatesEnvironment withDefaults(UpdatesEnvironment environment) {
     if (!environment.now)
-        environment.now = [] {
-            return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-        };
+        environment.now = unixSeconds;
     if (!environment.after)
         environment.after = [](double seconds, std::function<void()> action) {
             QTimer::singleShot(std::chrono::milliseconds(std::lround(seconds * 1000)), std::move(action));
@@ -58,7 +54,7 @@ void call(const UpdateAction& action) {
 Updates::Updates(std::shared_ptr<UpdateEngine> engine, Settings& settings, UpdatesEnvironment environment)
     : engine_(std::move(engine)), settings_(settings), environment_(withDefaults(std::move(environment))) {
     if (std::optional<Release> release = restoredAvailability()) {
-        phase_ = {.kind = Kind::available, .release = std::move(release), .message = {}, .detail = {}};
+        phase_ = {.kind = Kind::available, .release = std::move(release)};
         announcesUpdate_ = true;
     }
 }
@@ -158,46 +154,6 @@ void Updates::windowWasSeen() {
         engine_->windowWasSeen();
 }
 
-bool Updates::consumeRelaunch() {
-    const std::optional<std::string> stored = settings_.storedText(relaunchKey);
-    if (!engine_ || !stored || !engine_->settlesHandOver())
-        return false;
-    const std::optional<Relaunch> marker = decodedRelaunch(*stored);
-    settings_.forget(relaunchKey);
-    if (!marker)
-        return false;
-    Log::updates(fmt::format("relaunch marker from build {}, origin {}", marker->fromBuild,
-                             marker->origin ? rawValue(*marker->origin) : "none"));
-    if (environment_.now() - marker->at >= staleMarkerSeconds)
-        return false;
-    if (engine_->compareVersion(currentBuild(), marker->fromBuild) <= 0) {
-        Log::updates("relaunched but still build " + currentBuild());
-        installFailed_ = true;
-        setPhase({.kind = Kind::failed,
-                  .release = restoredAvailability(),
-                  .message = "The update didn't install.",
-                  .detail = fmt::format("Vantoro is still on {}. Try again.", currentVersion())});
-        return true;
-    }
-    forgetAvailability();
-    setPhase({.kind = Kind::updated, .release = {}, .message = {}, .detail = {}});
-    Log::updates(fmt::format("relaunched into {} (from build {})", currentVersion(), marker->fromBuild));
-    retireLater();
-    wantsSettings_ = marker->origin == Origin::settings;
-    revealsUpdatesInSettings_ = wantsSettings_;
-    return true;
-}
-
-void Updates::tellGaveWay(const std::string& version) {
-    settings_.forget(relaunchKey);
-    installFailed_ = true;
-    Log::updates(fmt::format("{} gave way to {}", version, currentVersion()));
-    setPhase({.kind = Kind::failed,
-              .release = restoredAvailability(),
-              .message = fmt::format("Vantoro {} didn't start.", version),
-              .detail = fmt::format("This is {} again, as it was before the update.", currentVersion())});
-}
-
 void Updates::setProgress(double progress) {
     const double shown = progress > 0 ? std::round(std::min(progress, 1.0) * 100) / 100 : 0;
     if (shown == progress_)
@@ -208,7 +164,7 @@ void Updates::setProgress(double progress) {
 
 void Updates::showUserInitiatedUpdateCheck(UpdateAction /*cancellation*/) {
     if (!isUnderWay())
-        setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+        setPhase({.kind = Kind::checking});
 }
 
 void Updates::showUpdateFound(const AppcastItem& item, const UserUpdateState& /*state*/, UpdateReply reply) {
@@ -220,7 +176,7 @@ void Updates::showUpdateFound(const AppcastItem& item, const UserUpdateState& /*
     installRequested_ = installRequested_ || installsWhenFound_;
     reply_ = std::move(reply);
     remember(release);
-    setPhase({.kind = Kind::available, .release = std::move(release), .message = {}, .detail = {}});
+    setPhase({.kind = Kind::available, .release = std::move(release)});
     // What was found is seen before it begins to move.
     environment_.after(secondsBeforeFollowUp, [self = QPointer(this)] {
         if (!self || !self->reply_)
@@ -245,10 +201,9 @@ void Updates::showUpdateNotFoundWithError(const UpdateError& error, UpdateAction
     installRequested_ = false;
     forgetAvailability();
     if (error.latestItem && error.noUpdateReason == reasonSystemIsTooOld) {
-        setPhase(
-            {.kind = Kind::needsNewerSystem, .release = releaseOf(*error.latestItem), .message = {}, .detail = {}});
+        setPhase({.kind = Kind::needsNewerSystem, .release = releaseOf(*error.latestItem)});
     } else {
-        setPhase({.kind = Kind::current, .release = {}, .message = {}, .detail = {}});
+        setPhase({.kind = Kind::current});
         retireLater();
     }
     call(acknowledgement);
@@ -263,7 +218,7 @@ void Updates::showDownloadInitiated(UpdateAction cancellation) {
     cancellation_ = std::move(cancellation);
     receivedBytes_ = 0;
     setProgress(0);
-    setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
+    setPhase({.kind = Kind::downloading, .release = knownRelease()});
     emit changed();
 }
 
@@ -295,12 +250,12 @@ void Updates::showReadyToInstallAndRelaunch(UpdateReply reply) {
     // The next program reads it; this one may not come to its usual end.
     settings_.sync();
     handedOver_ = true;
-    setPhase({.kind = Kind::installing, .release = knownRelease(), .message = {}, .detail = {}});
+    setPhase({.kind = Kind::installing, .release = knownRelease()});
     reply(UpdateChoice::install);
 }
 
 void Updates::showInstallingUpdate(bool /*applicationTerminated*/, UpdateAction /*retryTerminatingApplication*/) {
-    setPhase({.kind = Kind::installing, .release = knownRelease(), .message = {}, .detail = {}});
+    setPhase({.kind = Kind::installing, .release = knownRelease()});
 }
 
 void Updates::showUpdateInstalledAndRelaunched(bool /*relaunched*/, UpdateAction acknowledgement) {
@@ -358,7 +313,7 @@ void Updates::fail(const UpdateError& error) {
 }
 
 void Updates::checkWhenFree() {
-    setPhase({.kind = Kind::checking, .release = {}, .message = {}, .detail = {}});
+    setPhase({.kind = Kind::checking});
     whenUpdaterIsFree([this] { updater_->checkForUpdates(); });
 }
 
@@ -391,7 +346,7 @@ void Updates::retireLater() {
 void Updates::proceedWithFoundUpdate() {
     receivedBytes_ = 0;
     setProgress(0);
-    setPhase({.kind = Kind::downloading, .release = knownRelease(), .message = {}, .detail = {}});
+    setPhase({.kind = Kind::downloading, .release = knownRelease()});
     std::exchange(reply_, {})(UpdateChoice::install);
 }
 
@@ -399,13 +354,7 @@ void Updates::cancelledBeforeHandover() {
     if (!handedOver_ && isUnderWay())
         fail({.domain = std::string(sparkleErrorDomain),
               .code = SparkleCode::installationCanceled,
-              .description = "dismissed before the hand-over",
-              .latestItem = {},
-              .noUpdateReason = {}});
-}
-
-bool Updates::isUnderWay() const {
-    return phase_.kind == Kind::downloading || phase_.kind == Kind::installing;
+              .description = "dismissed before the hand-over"});
 }
 
 } // namespace vantoro

@@ -2,7 +2,7 @@
 // failure, and survives the relaunch that an installation causes.
 #pragma once
 
-#include "Model/Text/FormatContext.h"
+#include "Model/Text/Format.h"
 #include "Model/Text/Release.h"
 #include "Platform/UpdateEngine.h"
 
@@ -117,6 +117,9 @@ signals:
     void changed();
 
 private:
+    /// Under which the marker of an installation is kept.
+    static constexpr std::string_view relaunchKey = "vantoro.updates.relaunch";
+
     void setPhase(Phase phase);
     void fail(const UpdateError& error);
     void checkWhenFree();
@@ -129,7 +132,9 @@ private:
     void forgetRemembered();
     void forgetAvailability();
     void cancelledBeforeHandover();
-    bool isUnderWay() const;
+    bool isUnderWay() const {
+        return phase_.kind == Phase::Kind::downloading || phase_.kind == Phase::Kind::installing;
+    }
 
     std::shared_ptr<UpdateEngine> engine_;
     UpdateEngine* updater_ = nullptr; // the engine, once it runs

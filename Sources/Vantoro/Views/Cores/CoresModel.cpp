@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <numeric>
-#include <utility>
 
 namespace vantoro {
 
@@ -70,21 +69,6 @@ int narrowColumnCount(int cores, double gridWidth) {
         --columns;
     // A prime number of cores in one column would be a very long list.
     return columns > 1 ? columns : fitting;
-}
-
-QString coreCounts(const std::vector<Core>& cores) {
-    int performanceCount = 0;
-    std::string performance = Core{.isPerformance = true}.tierName();
-    std::string efficiency = Core().tierName();
-    for (const Core& core : cores) {
-        performanceCount += core.isPerformance ? 1 : 0;
-        (core.isPerformance ? performance : efficiency) = core.tierName();
-    }
-    return tr("%1 %2 · %3 %4")
-        .arg(performanceCount)
-        .arg(tr(performance.c_str()))
-        .arg(static_cast<int>(cores.size()) - performanceCount)
-        .arg(tr(efficiency.c_str()));
 }
 
 CoreFigures coreFigures(const Core& core, double ceiling) {

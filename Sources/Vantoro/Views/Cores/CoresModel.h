@@ -1,7 +1,7 @@
 // What the cores pane shows: a tile per core, a summary per kind, and the spread of the single temperature sensors.
 #pragma once
 
-#include "Model/Records/Core.h"
+#include "Model/Records/Telemetry.h"
 #include "Model/Text/Format.h"
 
 #include <array>
@@ -100,9 +100,6 @@ CoresModel coresModel(const SensorHub& hub);
 int columnCount(int cores);
 /// The same where each tile is to keep its least width, in a grid of this width.
 int narrowColumnCount(int cores, double gridWidth);
-
-/// "6 performance · 6 efficiency", by the names that the system has for its kinds of cores.
-QString coreCounts(const std::vector<Core>& cores);
 
 /// `ceiling` is the highest frequency of this kind of core in MHz, 0 when not known.
 CoreFigures coreFigures(const Core& core, double ceiling);

@@ -2,20 +2,142 @@
 
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
-#include "Views/Cores/CoreTile.h"
-#include "Views/Cores/ThermalRuler.h"
+#include "Views/Cores/CoreTiles.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
+#include <cmath>
 #include <QPainter>
-#include <QStyle>
 #include <QVBoxLayout>
 
 namespace vantoro {
 
 namespace {
 
-constexpr int tileGap = 8;
+constexpr double figureGap = 40;
+constexpr double ticksGap = 8;
+constexpr double tallTick = 31;
+constexpr double shortTick = 23;
+constexpr double tickWidth = 3;
+constexpr double bandGap = 3;
+constexpr double bandHeight = 4;
+constexpr double marksGap = 4;
+
+} // namespace
+
+/// The spread of many temperatures: four figures, and below them one tick per sensor over a ruler of the heat bands.
+class ThermalRuler : public PaintedWidget {
+public:
+    explicit ThermalRuler(Look& look, QWidget* parent = nullptr);
+
+    void show(const Spread& spread);
+    using QWidget::show;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    Description describe() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    double figuresHeight() const;
+    void paintFigures(QPainter& painter) const;
+    void paintRuler(QPainter& painter) const;
+
+    Spread spread_;
+};
+
+ThermalRuler::ThermalRuler(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ThermalRuler::show(const Spread& spread) {
+    if (spread == spread_)
+        return;
+    const bool sameFigures = spread.figures == spread_.figures && spread.placeholder == spread_.placeholder;
+    spread_ = spread;
+    if (sameFigures) {
+        update(0, static_cast<int>(figuresHeight()), width(), height());
+    } else {
+        update();
+        announceChange();
+    }
+}
+
+double ThermalRuler::figuresHeight() const {
+    return lineHeight(Type::caption) + lineHeight(Type::figure);
+}
+
+QSize ThermalRuler::sizeHint() const {
+    const double ruler = ticksGap + tallTick + bandGap + bandHeight + marksGap + lineHeight(Type::caption);
+    return {360, static_cast<int>(std::ceil(figuresHeight() + ruler))};
+}
+
+QSize ThermalRuler::minimumSizeHint() const {
+    return {200, sizeHint().height()};
+}
+
+void ThermalRuler::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (!spread_.placeholder.isEmpty()) {
+        drawText(painter, QRectF(rect()), Type::body, color(Tone::textSecondary), spread_.placeholder);
+        return;
+    }
+    paintFigures(painter);
+    paintRuler(painter);
+}
+
+void ThermalRuler::paintFigures(QPainter& painter) const {
+    double widest = 0;
+    for (const Spread::Figure& figure : spread_.figures)
+        widest = std::max({widest, textWidth(Type::caption, figure.label), textWidth(Type::figure, figure.value)});
+    const double pitch = std::min(widest + figureGap, width() / 4.0);
+    for (std::size_t i = 0; i < spread_.figures.size(); ++i) {
+        const Spread::Figure& figure = spread_.figures[i];
+        const QRectF label(static_cast<double>(i) * pitch, 0, pitch, lineHeight(Type::caption));
+        drawText(painter, label, Type::caption, color(Tone::textTertiary), figure.label);
+        drawText(painter, QRectF(label.left(), label.bottom(), pitch, lineHeight(Type::figure)), Type::figure,
+                 color(Tone::textPrimary), figure.value);
+    }
+}
+
+void ThermalRuler::paintRuler(QPainter& painter) const {
+    const double ground = figuresHeight() + ticksGap + tallTick;
+    painter.setPen(Qt::NoPen);
+    for (const RulerTick& tick : spread_.ticks) {
+        const double height = tick.isExtreme ? tallTick : shortTick;
+        const double x = std::clamp(width() * tick.position - tickWidth / 2, 0.0, width() - tickWidth);
+        painter.setBrush(theme().heatFill(tick.heatStop));
+        painter.drawRoundedRect(QRectF(x, ground - height, tickWidth, height), tickWidth / 2, tickWidth / 2);
+    }
+
+    const double top = ground + bandGap;
+    painter.setBrush(color(Tone::well));
+    double left = 0;
+    for (std::size_t i = 0; i <= spread_.marks.size(); ++i) {
+        const bool isLast = i == spread_.marks.size();
+        const double end = isLast ? width() : width() * spread_.marks[i].position - bandGap / 2;
+        painter.drawRoundedRect(QRectF(left, top, end - left, bandHeight), 1, 1);
+        left = end + bandGap;
+    }
+    for (const RulerMark& mark : spread_.marks) {
+        const double wide = textWidth(Type::caption, mark.text);
+        drawText(painter,
+                 QRectF(width() * mark.position - wide / 2, top + bandHeight + marksGap, wide + 1,
+                        lineHeight(Type::caption)),
+                 Type::caption, color(Tone::textTertiary), mark.text, Qt::AlignLeft, Qt::ElideNone);
+    }
+}
+
+Description ThermalRuler::describe() {
+    return {.role = QAccessible::StaticText, .name = spread_.caption, .value = spread_.spokenValue};
+}
+
+namespace {
+
 constexpr int clusterGap = 12;
 constexpr int clusterLineHeight = 32;
 constexpr int coresBottom = 20;
@@ -32,7 +154,7 @@ public:
     /// Keeps this room free above itself.
     ClusterLine(Look& look, int gap) : PaintedWidget(look), gap_(gap) {}
 
-    void set(const QString& busy, const QString& ceiling) {
+    void show(const QString& busy, const QString& ceiling) {
         if (busy == busy_ && ceiling == ceiling_)
             return;
         busy_ = busy;
@@ -58,73 +180,6 @@ private:
     int gap_;
     QString busy_;
     QString ceiling_;
-};
-
-/// The tiles of one kind, in columns of equal width; a tile stays with its core.
-class CoresView::TileGrid : public QWidget {
-public:
-    explicit TileGrid(Look& look) : look_(look) {
-        QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
-        policy.setHeightForWidth(true);
-        setSizePolicy(policy);
-        connect(&look.theme, &Theme::changed, this, [this] { relayout(); });
-    }
-
-    void set(const std::vector<CoreFigures>& cores, const std::optional<Animation>& animation) {
-        const bool changes = cores.size() != tiles_.size();
-        while (tiles_.size() > cores.size()) {
-            delete tiles_.back();
-            tiles_.pop_back();
-        }
-        while (tiles_.size() < cores.size()) {
-            tiles_.push_back(new CoreTile(look_, this));
-            tiles_.back()->QWidget::show();
-        }
-        for (std::size_t i = 0; i < cores.size(); ++i)
-            tiles_[i]->show(cores[i], animation);
-        if (changes)
-            relayout();
-    }
-
-    void setColumns(int columns) {
-        if (columns == columns_)
-            return;
-        columns_ = columns;
-        relayout();
-    }
-
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int) const override { return sizeHint().height(); }
-    QSize sizeHint() const override {
-        const int rows = (static_cast<int>(tiles_.size()) + columns_ - 1) / columns_;
-        return {600, std::max(0, rows * (CoreTile::heightFor(look_.theme) + tileGap) - tileGap)};
-    }
-    QSize minimumSizeHint() const override { return {columns_ * (40 + tileGap), sizeHint().height()}; }
-
-protected:
-    void resizeEvent(QResizeEvent*) override { place(); }
-
-private:
-    void relayout() {
-        updateGeometry();
-        place();
-    }
-
-    void place() {
-        const double width = (this->width() + tileGap) / static_cast<double>(columns_);
-        const int height = CoreTile::heightFor(look_.theme);
-        for (std::size_t i = 0; i < tiles_.size(); ++i) {
-            const int column = static_cast<int>(i) % columns_;
-            const int left = qRound(column * width);
-            const int right = qRound((column + 1) * width) - tileGap;
-            const QRect tile(left, static_cast<int>(i) / columns_ * (height + tileGap), right - left, height);
-            tiles_[i]->setGeometry(QStyle::visualRect(layoutDirection(), rect(), tile));
-        }
-    }
-
-    Look& look_;
-    std::vector<CoreTile*> tiles_; // owned by Qt as children
-    int columns_ = 1;
 };
 
 CoresView::CoresView(ViewContext& context, QWidget* parent)
@@ -206,15 +261,15 @@ void CoresView::showClusters(const CoresModel& model) {
     }
     while (clusters_.size() < model.clusters.size()) {
         auto* const line = new ClusterLine(look(), clusters_.empty() ? 0 : clusterGap);
-        auto* const grid = new TileGrid(look());
+        auto* const grid = new CoreGrid(look());
         cores_->body()->addWidget(line);
         cores_->body()->addWidget(grid);
         clusters_.push_back({.line = line, .grid = grid});
     }
     for (std::size_t i = 0; i < clusters_.size(); ++i) {
         const CoreCluster& cluster = model.clusters[i];
-        clusters_[i].line->set(cluster.busyText, cluster.ceilingText);
-        clusters_[i].grid->set(cluster.cores, animation);
+        clusters_[i].line->show(cluster.busyText, cluster.ceilingText);
+        clusters_[i].grid->show(cluster.cores, animation);
     }
 }
 

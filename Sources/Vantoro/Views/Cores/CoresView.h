@@ -4,10 +4,9 @@
 #include "Views/Cores/CoresModel.h"
 #include "Views/Shared/View.h"
 
-#include <memory>
-
 namespace vantoro {
 
+class CoreGrid;
 class Panel;
 class ScrollPane;
 class TextLabel;
@@ -29,10 +28,9 @@ protected:
 
 private:
     class ClusterLine;
-    class TileGrid;
     struct ClusterWidgets {
         ClusterLine* line = nullptr; // owned by Qt as a child
-        TileGrid* grid = nullptr;    // owned by Qt as a child
+        CoreGrid* grid = nullptr;    // owned by Qt as a child
     };
     struct SpreadPanel {
         Panel* panel = nullptr;        // owned by Qt as a child

@@ -1,9 +1,14 @@
-// What the menu bar shows at all times: one icon and, when it matters, one figure.
+// What the menu bar shows at all times, one icon and, when it matters, one figure; and the panel that opens from it:
+// the answer in short.
 #pragma once
 
 #include "Model/Live/SensorHub.h"
+#include "Views/Now/NowModel.h"
+#include "Views/Shared/Words.h"
+#include "Views/Suspects/SuspectsModel.h"
 
 #include <optional>
+#include <QRect>
 #include <QString>
 
 namespace vantoro {
@@ -58,5 +63,41 @@ private:
     double turns_ = 0;
     double firstTurnLeft_ = 0;
 };
+
+/// The panel that opens from the item.
+struct MenuBarPanelModel {
+    /// A figure with its caption; the unit stands behind it in a smaller size, where it has one.
+    struct Figure {
+        QString caption;
+        QString figure;
+        QString unit;
+
+        bool operator==(const Figure&) const = default;
+    };
+
+    static constexpr std::size_t mostSuspects = 4;
+
+    EyebrowModel eyebrow;
+    QString title;
+    /// Left out where it would repeat the title.
+    QString cause;
+    /// One of the two: the fan that works hardest, or the chip.
+    std::optional<FanRotorFigures> rotor;
+    std::optional<ThermalDialFigures> dial;
+    std::vector<Figure> figures;
+    std::vector<SuspectRowModel> suspects;
+    /// In place of the suspects while there are none.
+    QString noSuspects;
+    int cores = 0;
+    bool rotorTurns = true;
+
+    bool operator==(const MenuBarPanelModel&) const = default;
+};
+
+MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settings);
+
+/// Where a panel of this size stands: below the item, or above it where the bar lies at the bottom; without an item
+/// beside the pointer; without either in the middle. Always within the screen's available area, as far as it fits.
+QRect placedPanel(const QSize& size, const QRect& item, const std::optional<QPoint>& pointer, const QRect& available);
 
 } // namespace vantoro

@@ -1,9 +1,9 @@
 #include "Views/MenuBar/MenuBarPanel.h"
 
 #include "Design/Controls/Button.h"
-#include "Design/Gauges/CoreBar.h"
 #include "Design/Gauges/FanRotor.h"
-#include "Design/Gauges/FigureLine.h"
+#include "Design/Gauges/Gauge.h"
+#include "Design/Gauges/SmallGauges.h"
 #include "Design/Gauges/ThermalDial.h"
 #include "Design/Panel.h"
 #include "Design/TextLabel.h"
@@ -11,7 +11,7 @@
 #include "Views/Shared/Eyebrow.h"
 #include "Views/Shared/ScreenRoom.h"
 #include "Views/Shared/Words.h"
-#include "Views/Updates/UpdateRow.h"
+#include "Views/Updates/UpdateParts.h"
 
 #include <algorithm>
 #include <QCursor>

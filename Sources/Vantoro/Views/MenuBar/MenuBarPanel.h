@@ -1,7 +1,7 @@
 // The panel that opens from the menu bar.
 #pragma once
 
-#include "Views/MenuBar/MenuBarPanelModel.h"
+#include "Views/MenuBar/MenuBarModel.h"
 #include "Views/Shared/View.h"
 
 namespace vantoro {

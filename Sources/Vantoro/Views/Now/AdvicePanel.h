@@ -3,7 +3,7 @@
 
 #include "Design/Controls/Button.h"
 #include "Design/Panel.h"
-#include "Views/Now/AdviceModel.h"
+#include "Views/Now/NowModel.h"
 
 namespace vantoro {
 

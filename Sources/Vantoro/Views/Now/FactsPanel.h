@@ -1,10 +1,10 @@
 // The verdict's figures side by side, each with its course below.
 #pragma once
 
-#include "Design/Gauges/Sparkline.h"
+#include "Design/Gauges/SmallGauges.h"
 #include "Design/Panel.h"
-#include "Views/Now/FactsModel.h"
-#include "Views/Shared/FourStepMeter.h"
+#include "Views/Now/NowModel.h"
+#include "Views/Shared/StepMeters.h"
 
 namespace vantoro {
 

@@ -1,8 +1,7 @@
 #include "Views/Report/ReportModel.h"
 
-#include "Model/Explanation/LocalExplainer.h"
-#include "Model/Explanation/TextReport.h"
-#include "Views/Shared/EyebrowModel.h"
+#include "Model/Explanation/Explanation.h"
+#include "Model/Explanation/Reports.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>

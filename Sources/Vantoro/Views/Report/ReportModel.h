@@ -1,8 +1,8 @@
 // The long explanation as the report sheet shows it, ready to paint.
 #pragma once
 
+#include "Model/Explanation/Explanation.h"
 #include "Model/Live/SensorHub.h"
-#include "Model/Records/Explanation.h"
 
 #include <optional>
 #include <QString>

@@ -1,8 +1,8 @@
 // The text of a report on one page, in one column or two: all of it can be selected as one text and copied.
 #pragma once
 
-#include "Design/Gauges/LevelPips.h"
 #include "Views/Report/ReportArranger.h"
+#include "Views/Shared/StepMeters.h"
 
 #include <compare>
 #include <map>

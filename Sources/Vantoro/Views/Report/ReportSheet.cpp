@@ -1,6 +1,5 @@
 #include "Views/Report/ReportSheet.h"
 
-#include "Design/Controls/Button.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
 #include "Design/TextLabel.h"

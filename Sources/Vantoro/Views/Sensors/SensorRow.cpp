@@ -1,6 +1,6 @@
 #include "Views/Sensors/SensorRow.h"
 
-#include "Design/Gauges/Sparkline.h"
+#include "Design/Gauges/SmallGauges.h"
 #include "Design/Panel.h"
 #include "Views/Shared/Words.h"
 

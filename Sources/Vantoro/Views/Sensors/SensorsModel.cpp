@@ -1,7 +1,7 @@
 #include "Views/Sensors/SensorsModel.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Views/Now/FactsModel.h"
+#include "Views/Now/NowModel.h"
 #include "Views/Shared/Words.h"
 #include "Views/Timeline/TimelineModel.h"
 

@@ -1,17 +1,14 @@
 #include "Views/Sensors/SensorsView.h"
 
-#include "Design/Controls/Button.h"
-#include "Design/Gauges/FigureLine.h"
+#include "Design/Gauges/Gauge.h"
 #include "Design/Panel.h"
 #include "Design/ScrollPane.h"
-#include "Views/Sensors/LinearGauge.h"
+#include "Views/Sensors/SensorBars.h"
 #include "Views/Sensors/SensorRow.h"
-#include "Views/Sensors/StackedBar.h"
-#include "Views/Shared/FourStepMeter.h"
+#include "Views/Shared/StepMeters.h"
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
-#include <cmath>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QPainter>
@@ -44,7 +41,7 @@ public:
         setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     }
 
-    void set(const QString& name, const QString& summary, const QString& sources) {
+    void show(const QString& name, const QString& summary, const QString& sources) {
         if (name == name_ && summary == summary_ && sources == sources_)
             return;
         name_ = name;
@@ -88,7 +85,7 @@ public:
         setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     }
 
-    void set(const FanRowModel& fan, const std::optional<Animation>& animation) {
+    void show(const FanRowModel& fan, const std::optional<Animation>& animation) {
         if (fan == fan_)
             return;
         fan_ = fan;
@@ -149,7 +146,7 @@ public:
         meter_->setSpokenName(vantoro::tr("Thermal pressure"));
     }
 
-    void set(ThermalPressure pressure) { meter_->show(pressure); }
+    void show(ThermalPressure pressure) { meter_->show(pressure); }
 
     QSize sizeHint() const override { return {456, meterTop + meter_->sizeHint().height() + bottomGap}; }
     QSize minimumSizeHint() const override { return {300, sizeHint().height()}; }
@@ -327,21 +324,21 @@ void SensorsView::showFans(const SensorsModel& model) {
         fans_->body()->addWidget(fanRows_.back());
     }
     for (std::size_t i = 0; i < fanRows_.size(); ++i)
-        fanRows_[i]->set((*model.fans)[i], look().update());
+        fanRows_[i]->show((*model.fans)[i], look().update());
 }
 
 void SensorsView::refresh() {
     SensorsModel model = sensorsModel(hub(), context().sources, unfolded_);
     if (model == model_)
         return;
-    machine_->set(model.machineName, model.summary, model.dataSources);
+    machine_->show(model.machineName, model.summary, model.dataSources);
     complaint_->setText(model.complaint);
     complaint_->setVisible(!model.complaint.isEmpty());
     complaintRow_->setContentsMargins(textInset, 0, textInset, model.complaint.isEmpty() ? 0 : complaintGap);
     showFans(model);
     for (std::size_t i = 0; i < temperatureRows_.size(); ++i)
         temperatureRows_[i]->show(model.temperatures[i]);
-    pressure_->set(model.pressure);
+    pressure_->show(model.pressure);
     for (std::size_t i = 0; i < powerRows_.size(); ++i)
         powerRows_[i]->show(model.power[i]);
     processorPanel_->setFigure(model.processor.figure);

@@ -41,10 +41,6 @@ void PopUpButton::setCurrent(int index) {
     announceChange();
 }
 
-void PopUpButton::setSpokenName(const QString& name) {
-    spoken_ = name;
-}
-
 void PopUpButton::press() {
     auto* const list = new ChoiceList(look(), choices_, current_, this); // deletes itself when it closes
     connect(list, &ChoiceList::chosen, this, [this](int index) {
@@ -75,7 +71,7 @@ QSize PopUpButton::sizeHint() const {
 
 Description PopUpButton::describe() {
     return {.role = QAccessible::ComboBox,
-            .name = spoken_,
+            .name = spokenName(),
             .value = choices_[current_],
             .actions = pressAction(QAccessibleActionInterface::showMenuAction())};
 }

@@ -18,8 +18,6 @@ public:
     int current() const { return current_; }
     /// Without the signal: what the model says.
     void setCurrent(int index);
-    /// What a screen reader says is chosen here.
-    void setSpokenName(const QString& name);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return {80, sizeHint().height()}; }
@@ -40,7 +38,6 @@ private:
 
     QStringList choices_;
     int current_ = 0;
-    QString spoken_;
 };
 
 /// The list that a pop-up button opens: a window of its own that goes as soon as something else is wanted.

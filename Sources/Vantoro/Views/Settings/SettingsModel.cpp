@@ -1,8 +1,5 @@
 #include "Views/Settings/SettingsModel.h"
 
-#include "Views/Cores/CoresModel.h"
-#include "Views/Shared/Words.h"
-
 #include <algorithm>
 
 namespace vantoro {

@@ -4,7 +4,7 @@
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
 #include "Model/Readers/OwnCostMeter.h"
-#include "Views/Shared/SourceNames.h"
+#include "Views/Shared/Words.h"
 
 #include <array>
 #include <cstdint>

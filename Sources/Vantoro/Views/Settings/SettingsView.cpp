@@ -4,8 +4,7 @@
 #include "Design/Controls/SegmentedControl.h"
 #include "Model/Updates/Updates.h"
 #include "Views/Settings/PopUpButton.h"
-#include "Views/Settings/StepSlider.h"
-#include "Views/Settings/Switch.h"
+#include "Views/Settings/SettingsControls.h"
 #include "Views/Shared/Words.h"
 
 #include <QKeyEvent>
@@ -93,9 +92,9 @@ SettingsView::Line SettingsView::line(SettingsRow& row, const SettingsRowModel& 
         row.setTitleStyle(Type::body.medium());
         row.setWideControl(*control, StepSlider::ringMargin);
         row.keepRoomForNotes(model.notes);
-        connect(control, &StepSlider::moved, this, choose);
+        connect(control, &StepSlider::chosen, this, choose);
         return {&row, [control](const SettingsRowModel& now) {
-                    control->setValue(now.current);
+                    control->setCurrent(now.current);
                     control->setSpokenValue(now.title + ", " + now.value);
                 }};
     }

@@ -1,7 +1,6 @@
 #include "Views/Shared/Eyebrow.h"
 
-#include "Design/Gauges/LevelPips.h"
-#include "Views/Shared/Words.h"
+#include "Views/Shared/StepMeters.h"
 
 #include <cmath>
 #include <QPainter>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Design/PaintedWidget.h"
-#include "Views/Shared/EyebrowModel.h"
+#include "Views/Shared/Words.h"
 
 namespace vantoro {
 

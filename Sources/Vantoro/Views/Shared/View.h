@@ -5,7 +5,7 @@
 #include "Design/PaintedWidget.h"
 #include "Model/Live/SensorHub.h"
 #include "Model/Live/Settings.h"
-#include "Views/Shared/SourceNames.h"
+#include "Views/Shared/Words.h"
 
 #include <functional>
 #include <initializer_list>

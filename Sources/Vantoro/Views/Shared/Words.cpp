@@ -1,5 +1,8 @@
 #include "Views/Shared/Words.h"
 
+#include "Model/Diagnosis/Diagnosis.h"
+#include "Model/Live/SensorHub.h"
+
 #include <algorithm>
 #include <QTranslator>
 
@@ -7,6 +10,21 @@ namespace vantoro {
 
 QString toQString(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QString coreCounts(const std::vector<Core>& cores) {
+    int performanceCount = 0;
+    std::string performance = Core{.isPerformance = true}.tierName();
+    std::string efficiency = Core().tierName();
+    for (const Core& core : cores) {
+        performanceCount += core.isPerformance ? 1 : 0;
+        (core.isPerformance ? performance : efficiency) = core.tierName();
+    }
+    return tr("%1 %2 · %3 %4")
+        .arg(performanceCount)
+        .arg(tr(performance.c_str()))
+        .arg(static_cast<int>(cores.size()) - performanceCount)
+        .arg(tr(efficiency.c_str()));
 }
 
 QString trayText(const QString& text) {
@@ -22,6 +40,31 @@ bool installCatalogue(const QLocale& locale, const QStringList& folders) {
     auto* const catalogue = new QTranslator(QCoreApplication::instance()); // owned by Qt as a child
     const auto holds = [&](const QString& folder) { return catalogue->load(locale, "vantoro", "_", folder); };
     return std::any_of(folders.begin(), folders.end(), holds) && QCoreApplication::installTranslator(catalogue);
+}
+
+int verdictHeatStop(const Verdict& verdict) {
+    return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : verdict.state);
+}
+
+EyebrowModel eyebrowModel(const Verdict& verdict) {
+    constexpr double shortestMentioned = 45;
+    EyebrowModel model;
+    model.heatStop = verdictHeatStop(verdict);
+    model.label = toQString(verdict.stateLabel());
+    model.isCritical = verdict.severity == Severity::critical;
+    model.spokenValue = model.label;
+    if (!verdict.awaitingReading) {
+        model.level = static_cast<int>(verdict.state);
+        model.spokenValue = tr("%1, %2 of 5").arg(model.label).arg(*model.level + 1);
+    }
+    if (verdict.sustainedFor > shortestMentioned)
+        model.duration = tr("for %1").arg(toQString(DiagnosisEngine::duration(verdict.sustainedFor)));
+    return model;
+}
+
+EyebrowModel measuringEyebrow() {
+    const QString label = tr("Measuring");
+    return {.label = label, .spokenValue = label};
 }
 
 } // namespace vantoro

@@ -1,7 +1,7 @@
 #include "Views/Shell/ControlBar.h"
 
 #include "Views/Shared/Words.h"
-#include "Views/Updates/UpdateChip.h"
+#include "Views/Updates/UpdateParts.h"
 
 #include <cmath>
 #include <QMouseEvent>

@@ -4,8 +4,8 @@
 
 #include "Design/Controls/Button.h"
 #include "Design/Controls/SegmentedControl.h"
-#include "Views/Shell/ControlBarModel.h"
 #include "Views/Shell/Panes.h"
+#include "Views/Shell/ShellModel.h"
 #include "Views/Updates/UpdatesModel.h"
 
 namespace vantoro {

@@ -1,21 +1,45 @@
-// What holds the desktop application together: the theme, the clock, the windows and the menu-bar item, and who opens
-// whom.
+// What holds the desktop application together: the theme, the clock, the windows, the menus and the menu-bar item, and
+// who opens whom.
 #pragma once
 
 #include "Model/Readers/OwnCostMeter.h"
 #include "Views/MenuBar/MenuBarImage.h"
-#include "Views/Shared/SourceNames.h"
 #include "Views/Shared/View.h"
-#include "Views/Shell/AppMenusModel.h"
+#include "Views/Shared/Words.h"
 #include "Views/Shell/LooksFollower.h"
 #include "Views/Shell/MainWindow.h"
+#include "Views/Shell/ShellModel.h"
 
 #include <functional>
 #include <memory>
+#include <QObject>
+
+class QAction;
+class QMenuBar;
 
 namespace vantoro {
 
-class AppMenus;
+/// The menus at the top of the screen. The bar belongs to no window: the system shows it whenever the program is in
+/// front.
+class AppMenus : public QObject {
+    Q_OBJECT
+public:
+    AppMenus();
+    ~AppMenus() override;
+
+    const QMenuBar& bar() const { return *bar_; }
+
+signals:
+    void chosen(AppCommand command);
+
+private:
+    void refresh();
+
+    std::unique_ptr<QMenuBar> bar_;
+    /// In the model's order; owned by Qt as children of their menus.
+    std::vector<QAction*> actions_;
+};
+
 class MenuBarItem;
 class MenuBarPanel;
 class SettingsView;

@@ -6,7 +6,7 @@
 #include "Design/TextLabel.h"
 #include "Views/Shared/View.h"
 #include "Views/Suspects/QuitModel.h"
-#include "Views/Updates/UpdateMark.h"
+#include "Views/Updates/UpdateParts.h"
 
 namespace vantoro {
 

@@ -213,12 +213,9 @@ void SuspectRow::paintEvent(QPaintEvent* event) {
         const double wide = width() - textLeft - Space::panelPadding;
         double y = plainHeight(theme()) - explanationGap;
         if (!model_.explanation.isEmpty()) {
-            for (const QString& line : brokenLines(model_.explanation, font(Type::note), wide)) {
-                drawText(painter, {textLeft, y, wide, lineHeight(Type::note)}, Type::note, color(Tone::textSecondary),
-                         line);
-                y += lineHeight(Type::note);
-            }
-            y += detailsGap;
+            y = drawLines(painter, {textLeft, y, wide, 0}, Type::note, color(Tone::textSecondary),
+                          brokenLines(model_.explanation, font(Type::note), wide)) +
+                detailsGap;
         }
         drawText(painter, {textLeft, y, wide, aboutHeight}, Type::caption, color(Tone::textTertiary), model_.details);
     }

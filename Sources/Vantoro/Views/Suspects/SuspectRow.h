@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Design/Controls/Button.h"
-#include "Design/Gauges/CoreBar.h"
-#include "Design/Glide.h"
-#include "Views/Shared/AppIcons.h"
+#include "Design/Gauges/SmallGauges.h"
+#include "Design/Icons.h"
+#include "Design/PaintedWidget.h"
 #include "Views/Suspects/SuspectsModel.h"
 
 namespace vantoro {

@@ -3,8 +3,6 @@
 #include "Model/Diagnosis/Diagnosis.h"
 #include "Model/Diagnosis/ProcessKnowledge.h"
 #include "Views/Settings/SettingsModel.h"
-#include "Views/Shared/EyebrowModel.h"
-#include "Views/Shared/Words.h"
 #include "Views/Suspects/QuitModel.h"
 
 #include <QStringList>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Model/Live/SensorHub.h"
-#include "Views/Shared/SourceNames.h"
+#include "Views/Shared/Words.h"
 
 #include <QString>
 #include <vector>

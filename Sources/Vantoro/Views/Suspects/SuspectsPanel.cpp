@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -128,12 +127,16 @@ void SuspectsPanel::arrange(const SuspectsModel& model) {
     model_ = model;
     setTitle(model.title);
     all_->setVisible(!model.showAll.isEmpty());
-    all_->setText(showsAll_ ? model.showFewer : model.showAll);
-    placeButton();
-    assignRows();
-    placeRows(true);
     if (!sameFrame)
         update();
+    dealRows(true);
+}
+
+void SuspectsPanel::dealRows(bool animated) {
+    all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
+    placeButton();
+    assignRows();
+    placeRows(animated);
     askForHeight();
 }
 
@@ -238,11 +241,7 @@ bool SuspectsPanel::advance(double now) {
 
 void SuspectsPanel::toggleAll() {
     showsAll_ = !showsAll_;
-    all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
-    placeButton();
-    assignRows();
-    placeRows(false);
-    askForHeight();
+    dealRows(false);
 }
 
 void SuspectsPanel::moveFocus(const SuspectRow* from, int rows) {
@@ -334,11 +333,7 @@ Description SuspectsPanel::describe() {
 }
 
 void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
-    struct Widths {
-        int name;
-        int about;
-    };
-    constexpr std::array<Widths, SuspectsModel::rowsAtFirst> rows{
+    constexpr std::array<QSize, SuspectsModel::rowsAtFirst> rows{
         {{120, 80}, {88, 112}, {144, 72}, {104, 96}, {72, 128}}};
     constexpr int left = Space::panelPadding;
     constexpr int textLeft = left + 40;
@@ -348,7 +343,7 @@ void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
     const int right = width() - left;
     painter.setPen(Qt::NoPen);
     double y = top;
-    for (const Widths& row : rows) {
+    for (const QSize& row : rows) { // the lengths of name and caption
         const double middle = y + SuspectRow::plainHeight(theme()) / 2.0;
         const auto shape = [&](double x, double centre, double width, double height, double radius) {
             painter.drawRoundedRect(mirrored(QRectF(x, centre - height / 2, width, height)), radius, radius);
@@ -357,8 +352,8 @@ void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
             painter.fillRect(mirrored(QRectF(textLeft, y, right - textLeft, 1)), color(Tone::line));
         painter.setBrush(color(Tone::cell));
         shape(left, middle, 28, 28, Space::iconTileRadius);
-        shape(textLeft, middle - 7, row.name, 10, 5);
-        shape(textLeft, middle + 8, row.about, 8, 4);
+        shape(textLeft, middle - 7, row.width(), 10, 5);
+        shape(textLeft, middle + 8, row.height(), 8, 4);
         shape(width() - barRight - bar, middle, bar, 8, 4);
         shape(right - figureWidth, middle, figureWidth, 10, 5);
         y += SuspectRow::plainHeight(theme());
@@ -379,26 +374,19 @@ void SuspectsPanel::paintEvent(QPaintEvent* event) {
         const double wide = width() - 2 * Space::panelPadding;
         const QStringList lines = brokenLines(model_.emptyText, font(Type::body), wide);
         const double line = lineHeight(Type::body);
-        double y = title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
+        const double y =
+            title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
         drawIcon(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
                  color(Tone::textTertiary));
-        y += icon + gap;
-        for (const QString& text : lines) {
-            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, line}, Type::body,
-                     color(Tone::textSecondary), text, Qt::AlignHCenter);
-            y += line;
-        }
+        drawLines(painter, QRectF(Space::panelPadding, y + icon + gap, wide, 0), Type::body, color(Tone::textSecondary),
+                  lines, Qt::AlignHCenter);
     }
     if (footer > 0) {
         const double wide = width() - 2 * Space::panelPadding;
         const int top = height() - footer;
         painter.fillRect(QRectF(Space::panelPadding, top, wide, 1), color(Tone::line));
-        double y = top + footerPadding;
-        for (const QString& text : brokenLines(model_.footer, font(Type::caption), wide)) {
-            drawText(painter, {static_cast<double>(Space::panelPadding), y, wide, lineHeight(Type::caption)},
-                     Type::caption, color(Tone::textTertiary), text);
-            y += lineHeight(Type::caption);
-        }
+        drawLines(painter, QRectF(Space::panelPadding, top + footerPadding, wide, 0), Type::caption,
+                  color(Tone::textTertiary), brokenLines(model_.footer, font(Type::caption), wide));
     }
 }
 

@@ -61,6 +61,8 @@ private:
     void pointerAt(const QPoint& screen);
     void attentionChanged();
     std::size_t shownRows() const;
+    /// Gives every row its place anew.
+    void dealRows(bool animated);
     void assignRows();
     void placeRows(bool animated);
     void placeButton();

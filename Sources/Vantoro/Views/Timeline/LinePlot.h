@@ -2,7 +2,7 @@
 // drawn.
 #pragma once
 
-#include "Model/History/ChartSeries.h"
+#include "Model/History/History.h"
 
 #include <QPointF>
 #include <QRectF>

@@ -99,7 +99,7 @@ QSize RewindPanel::minimumSizeHint() const {
     return {200, static_cast<int>(std::ceil(height))};
 }
 
-void RewindPanel::setModel(const RewindModel& model) {
+void RewindPanel::show(const RewindModel& model) {
     if (model == model_)
         return;
     const RewindModel before = std::exchange(model_, model);
@@ -130,15 +130,6 @@ Description RewindPanel::describe() {
     return {.role = QAccessible::Grouping, .name = model_.title, .value = said.join(QStringLiteral(", "))};
 }
 
-void RewindPanel::paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from,
-                                 Qt::Alignment alignment) const {
-    QRectF line(from.left(), from.top(), from.width(), lineHeight(Type::report));
-    for (const QString& text : lines) {
-        drawText(painter, line, Type::report, color(Tone::textSecondary), text, alignment, Qt::ElideNone);
-        line.translate(0, line.height());
-    }
-}
-
 void RewindPanel::paintHint(QPainter& painter) const {
     constexpr double side = 40;
     constexpr int icon = 28;
@@ -148,7 +139,8 @@ void RewindPanel::paintHint(QPainter& painter) const {
     const double high = icon + gap + static_cast<double>(lines.size()) * lineHeight(Type::report);
     const double top = std::max(titleRect().bottom(), (height() - titleRect().height() - high) / 2);
     drawIcon(painter, QRectF(side, std::round(top), wide, icon), "hand.point.up.left", icon, color(Tone::textTertiary));
-    paintParagraph(painter, lines, QRectF(side, top + icon + gap, wide, 0), Qt::AlignHCenter);
+    drawLines(painter, QRectF(side, top + icon + gap, wide, 0), Type::report, color(Tone::textSecondary), lines,
+              Qt::AlignHCenter, Qt::ElideNone);
 }
 
 void RewindPanel::paintReadings(QPainter& painter, const QRegion& dirty) const {
@@ -186,7 +178,8 @@ void RewindPanel::paintProcesses(QPainter& painter, const QRegion& dirty) const 
     if (model_.processes.empty()) {
         const QRectF title = titleRect();
         const QRectF from(title.left(), belowReadings() + lineBelowReadings, title.width(), 0);
-        paintParagraph(painter, brokenLines(model_.notice, font(Type::report), from.width()), from, Qt::AlignLeft);
+        drawLines(painter, from, Type::report, color(Tone::textSecondary),
+                  brokenLines(model_.notice, font(Type::report), from.width()), Qt::AlignLeft, Qt::ElideNone);
         return;
     }
     const QRectF first = processRect(0);

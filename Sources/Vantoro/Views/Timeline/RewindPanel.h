@@ -12,7 +12,8 @@ class RewindPanel : public PaintedWidget {
 public:
     explicit RewindPanel(Look& look, QWidget* parent = nullptr);
 
-    void setModel(const RewindModel& model);
+    void show(const RewindModel& model);
+    using QWidget::show;
 
     Button& unpin() { return *unpin_; }
 
@@ -41,7 +42,6 @@ private:
     void paintReadings(QPainter& painter, const QRegion& dirty) const;
     void paintProcesses(QPainter& painter, const QRegion& dirty) const;
     void paintProcess(QPainter& painter, const QRectF& row, const RewindModel::Process& process) const;
-    void paintParagraph(QPainter& painter, const QStringList& lines, const QRectF& from, Qt::Alignment alignment) const;
 
     RewindModel model_;
     Button* unpin_; // owned by Qt as a child

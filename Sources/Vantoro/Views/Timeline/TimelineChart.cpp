@@ -20,6 +20,8 @@ constexpr double captionGap = 8;
 constexpr double valueRoom = 112; // kept free of the caption
 constexpr TextStyle valueStyle = Type::sectionTitle;
 
+using Wish = ScrubWish::Kind;
+
 int scaled(double points, const Theme& theme) {
     return static_cast<int>(std::round(points * theme.textScale()));
 }
@@ -75,7 +77,7 @@ QRect TimelineChart::ruleRect() const {
         .toAlignedRect();
 }
 
-void TimelineChart::setModel(const ChartModel& model, const TimeSpan& span) {
+void TimelineChart::show(const ChartModel& model, const TimeSpan& span) {
     if (model == model_ && span == span_)
         return;
     model_ = model;
@@ -84,7 +86,7 @@ void TimelineChart::setModel(const ChartModel& model, const TimeSpan& span) {
     update();
 }
 
-void TimelineChart::setReading(const ChartReading& reading, std::optional<UnixSeconds> scrub) {
+void TimelineChart::showReading(const ChartReading& reading, std::optional<UnixSeconds> scrub) {
     if (reading == reading_ && scrub == scrub_)
         return;
     const QRect valueBefore = valueRect();
@@ -113,10 +115,11 @@ Description TimelineChart::describe() {
     return {.role = QAccessible::Chart,
             .name = model_.spokenName,
             .value = reading_.spokenValue,
-            .actions = {{"Earlier", [this] { emit stepped(-1); }},
-                        {"Later", [this] { emit stepped(1); }},
-                        reading_.isPinned ? Description::Action{"Unpin", [this] { emit letGoAsked(); }}
-                                          : Description::Action{"Pin", [this] { emit keepPickedAsked(); }}}};
+            .actions = {{"Earlier", [this] { emit asked({.kind = Wish::step, .count = -1}); }},
+                        {"Later", [this] { emit asked({.kind = Wish::step, .count = 1}); }},
+                        reading_.isPinned
+                            ? Description::Action{"Unpin", [this] { emit asked({.kind = Wish::letGo}); }}
+                            : Description::Action{"Pin", [this] { emit asked({.kind = Wish::keepPicked}); }}}};
 }
 
 void TimelineChart::paintGround(QPainter& painter) const {
@@ -235,12 +238,16 @@ void TimelineChart::themeChanged() {
     drawn_ = {};
 }
 
+void TimelineChart::askAt(ScrubWish::Kind kind, const QPointF& point) {
+    emit asked({.kind = kind, .time = frame().timeAt(point.x())});
+}
+
 void TimelineChart::enterEvent(QEnterEvent* event) {
-    emit scrubbed(frame().timeAt(event->position().x()));
+    askAt(Wish::hover, event->position());
 }
 
 void TimelineChart::mouseMoveEvent(QMouseEvent* event) {
-    emit scrubbed(frame().timeAt(event->position().x()));
+    askAt(Wish::hover, event->position());
 }
 
 void TimelineChart::mousePressEvent(QMouseEvent* event) {
@@ -249,18 +256,20 @@ void TimelineChart::mousePressEvent(QMouseEvent* event) {
 
 void TimelineChart::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        emit keepAsked(frame().timeAt(event->position().x()));
+        askAt(Wish::keep, event->position());
 }
 
 void TimelineChart::leaveEvent(QEvent*) {
-    emit scrubEnded();
+    emit asked({.kind = Wish::leave});
 }
 
 void TimelineChart::keyPressEvent(QKeyEvent* event) {
     constexpr int beyond = std::numeric_limits<int>::max();
     keyUsed();
     const bool strides = event->modifiers().testFlag(Qt::ShiftModifier);
-    const auto go = [&](int direction) { strides ? emit strode(direction) : emit stepped(direction); };
+    const auto go = [&](int direction) {
+        emit asked({.kind = strides ? Wish::stride : Wish::step, .count = direction});
+    };
     switch (event->key()) {
     case Qt::Key_Left:
         go(-1);
@@ -270,13 +279,13 @@ void TimelineChart::keyPressEvent(QKeyEvent* event) {
         break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        emit keepPickedAsked();
+        emit asked({.kind = Wish::keepPicked});
         break;
     case Qt::Key_Home:
-        emit stepped(-beyond);
+        emit asked({.kind = Wish::step, .count = -beyond});
         break;
     case Qt::Key_End:
-        emit stepped(beyond);
+        emit asked({.kind = Wish::step, .count = beyond});
         break;
     case Qt::Key_Escape:
         // Without a moment to leave, it is the window's.
@@ -284,7 +293,7 @@ void TimelineChart::keyPressEvent(QKeyEvent* event) {
             PaintedWidget::keyPressEvent(event);
             return;
         }
-        emit letGoAsked();
+        emit asked({.kind = Wish::letGo});
         break;
     default:
         PaintedWidget::keyPressEvent(event);
@@ -295,7 +304,7 @@ void TimelineChart::focusOutEvent(QFocusEvent* event) {
     PaintedWidget::focusOutEvent(event);
     if (scrub_ && event->reason() != Qt::PopupFocusReason &&
         qobject_cast<TimelineChart*>(QApplication::focusWidget()) == nullptr)
-        emit scrubEnded();
+        emit asked({.kind = Wish::leave});
 }
 
 } // namespace vantoro

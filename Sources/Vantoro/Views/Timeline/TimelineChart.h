@@ -9,6 +9,23 @@
 
 namespace vantoro {
 
+/// What pointer or keyboard want of the moment that is picked on a chart.
+struct ScrubWish {
+    enum class Kind {
+        hover,      ///< the pointer is over `time`
+        leave,      ///< it has gone, or the keyboard has
+        step,       ///< to the point so many later; beyond the ends means the end
+        stride,     ///< the same by so many tenths of the points
+        keep,       ///< `time` is to stay picked
+        keepPicked, ///< what is picked is to stay so
+        letGo,
+    };
+
+    Kind kind = Kind::leave;
+    UnixSeconds time = 0;
+    int count = 0;
+};
+
 /// What stays between two publishings is drawn once and kept as a picture; a moving scrub repaints only where it was
 /// and where it is.
 class TimelineChart : public PaintedWidget {
@@ -26,25 +43,16 @@ public:
     /// From the plot's right edge to the end of its value labels.
     static int scaleWidth(const Theme& theme);
 
-    void setModel(const ChartModel& model, const TimeSpan& span);
-    void setReading(const ChartReading& reading, std::optional<UnixSeconds> scrub);
+    void show(const ChartModel& model, const TimeSpan& span);
+    using QWidget::show;
+    void showReading(const ChartReading& reading, std::optional<UnixSeconds> scrub);
     /// The share of the plot, from its left, whose lines are shown.
     void setReveal(double share);
 
     Description describe() override;
 
 signals:
-    /// The pointer is over this moment.
-    void scrubbed(double time);
-    void scrubEnded();
-    /// The keyboard asks for the point this many points later; beyond the ends means the end.
-    void stepped(int points);
-    /// The same by so many tenths of the points.
-    void strode(int tenths);
-    /// The moment under the pointer is to stay, or the one that is picked.
-    void keepAsked(double time);
-    void keepPickedAsked();
-    void letGoAsked();
+    void asked(const ScrubWish& wish);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -69,6 +77,8 @@ private:
     void paintEmptyText(QPainter& painter, const PlotFrame& frame) const;
     void paintRamp(QPainter& painter, const PlotFrame& frame) const;
     void paintScrub(QPainter& painter) const;
+    /// What is wanted of the moment under the pointer.
+    void askAt(ScrubWish::Kind kind, const QPointF& point);
     const QPixmap& drawn();
 
     ChartModel model_;

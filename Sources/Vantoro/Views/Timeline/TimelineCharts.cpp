@@ -8,6 +8,131 @@ namespace vantoro {
 
 namespace {
 
+constexpr TextStyle pillText = Type::caption.semibold();
+constexpr double pillHeight = 22;
+constexpr double pillPadding = 7;
+constexpr double pillRadius = 6;
+constexpr int pinIcon = 12;
+constexpr double pinGap = 3;
+constexpr double apart = 8; // labels closer than that would seem to touch
+
+double lineCentre(const Theme& theme) {
+    return pillHeight * theme.textScale() / 2 + 1;
+}
+
+bool touches(const QRectF& one, const QRectF& other) {
+    return one.left() - apart < other.right() && other.left() - apart < one.right();
+}
+
+} // namespace
+
+TimelineAxis::TimelineAxis(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
+    keepDirection();
+    // The pointer belongs to the charts.
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+int TimelineAxis::riseAboveFooter(const Theme& theme) {
+    constexpr double footerCentre = 6;
+    return static_cast<int>(std::round(lineCentre(theme) - footerCentre * theme.textScale()));
+}
+
+double TimelineAxis::plotRight() const {
+    return width() - TimelineChart::sideInset - TimelineChart::scaleWidth(theme());
+}
+
+double TimelineAxis::x(UnixSeconds time) const {
+    const double left = TimelineChart::sideInset;
+    return left + (time - span_.first) / span_.seconds() * (plotRight() - left);
+}
+
+QRectF TimelineAxis::labelRect(const TimeMark& mark) const {
+    const double wide = textWidth(Type::caption, mark.text);
+    const double height = lineHeight(Type::caption);
+    const double left = std::clamp(x(mark.time) - wide / 2, double{TimelineChart::sideInset},
+                                   std::max(double{TimelineChart::sideInset}, plotRight() - wide));
+    return {left, lineCentre(theme()) - height / 2, wide + 1, height};
+}
+
+double TimelineAxis::pinWidth() const {
+    return isPinned_ ? pinIcon + pinGap : 0;
+}
+
+QRectF TimelineAxis::pillRect() const {
+    if (!scrub_)
+        return {};
+    const double wide = pinWidth() + textWidth(pillText, scrubText_) + 2 * pillPadding;
+    const double height = pillHeight * theme().textScale();
+    const double left = std::clamp(x(*scrub_) - wide / 2, double{TimelineChart::sideInset},
+                                   std::max(double{TimelineChart::sideInset}, plotRight() - wide));
+    return {left, lineCentre(theme()) - height / 2, wide, height};
+}
+
+void TimelineAxis::show(const std::vector<TimeMark>& times, const TimeSpan& span) {
+    if (times == times_ && span == span_)
+        return;
+    times_ = times;
+    span_ = span;
+    update();
+}
+
+void TimelineAxis::showScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned) {
+    if (scrub == scrub_ && text == scrubText_ && isPinned == isPinned_)
+        return;
+    const auto updateAround = [this] {
+        if (!scrub_)
+            return;
+        // Labels come and go on both sides of it.
+        double widest = 0;
+        for (const TimeMark& mark : times_)
+            widest = std::max(widest, labelRect(mark).width());
+        const double side = widest + apart + 1;
+        update(pillRect().adjusted(-side, 0, side, 1).toAlignedRect());
+    };
+    updateAround();
+    scrub_ = scrub;
+    scrubText_ = text;
+    isPinned_ = isPinned;
+    updateAround();
+}
+
+Description TimelineAxis::describe() {
+    return {.isDecoration = true};
+}
+
+void TimelineAxis::paintEvent(QPaintEvent*) {
+    if (times_.empty())
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF pill = pillRect();
+    const QRectF last = labelRect(times_.back());
+    std::optional<QRectF> before;
+    for (const TimeMark& mark : times_) {
+        const QRectF label = labelRect(mark);
+        const bool isLast = &mark == &times_.back();
+        if ((scrub_ && touches(label, pill)) || (!isLast && touches(label, last)) ||
+            (before && touches(label, *before)))
+            continue;
+        drawText(painter, label, Type::caption, color(Tone::textTertiary), mark.text, Qt::AlignLeft, Qt::ElideNone);
+        before = label;
+    }
+    if (!scrub_)
+        return;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color(Tone::pill));
+    painter.drawRoundedRect(pill, pillRadius, pillRadius);
+    QRectF inside = pill.adjusted(pillPadding, 0, -pillPadding, 0);
+    if (isPinned_)
+        drawIcon(painter, QRectF(inside.left(), inside.top(), pinIcon, inside.height()), "pin", pinIcon,
+                 color(Tone::onPill));
+    inside.setLeft(inside.left() + pinWidth());
+    drawText(painter, inside.adjusted(-1, 0, 1, 0), pillText, color(Tone::onPill), scrubText_, Qt::AlignHCenter,
+             Qt::ElideNone);
+}
+
+namespace {
+
 constexpr int aboveCharts = 6;
 constexpr int leastFooter = 36;
 constexpr int designHeight = 746;
@@ -38,19 +163,13 @@ void TimelineCharts::matchCharts(std::size_t count) {
     }
     while (charts_.size() < count) {
         auto* const chart = new TimelineChart(look(), this); // owned by Qt as a child
-        connect(chart, &TimelineChart::scrubbed, this, &TimelineCharts::scrubbed);
-        connect(chart, &TimelineChart::scrubEnded, this, &TimelineCharts::scrubEnded);
-        connect(chart, &TimelineChart::stepped, this, &TimelineCharts::stepped);
-        connect(chart, &TimelineChart::strode, this, &TimelineCharts::strode);
-        connect(chart, &TimelineChart::keepAsked, this, &TimelineCharts::keepAsked);
-        connect(chart, &TimelineChart::keepPickedAsked, this, &TimelineCharts::keepPickedAsked);
-        connect(chart, &TimelineChart::letGoAsked, this, &TimelineCharts::letGoAsked);
+        connect(chart, &TimelineChart::asked, this, &TimelineCharts::asked);
         chart->show();
         charts_.push_back(chart);
     }
 }
 
-void TimelineCharts::setModel(const TimelineModel& model) {
+void TimelineCharts::show(const TimelineModel& model) {
     const auto heights = [](const TimelineModel& of) {
         std::vector<int> each;
         for (const ChartModel& chart : of.charts)
@@ -71,18 +190,18 @@ void TimelineCharts::setModel(const TimelineModel& model) {
     if (!model.span)
         return;
     for (std::size_t i = 0; i < charts_.size(); ++i)
-        charts_[i]->setModel(model.charts[i], *model.span);
-    axis_->setTimes(model.times, *model.span);
+        charts_[i]->show(model.charts[i], *model.span);
+    axis_->show(model.times, *model.span);
 }
 
-void TimelineCharts::setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
-                                 const QString& scrubText) {
+void TimelineCharts::showReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
+                                  const QString& scrubText) {
     std::optional<UnixSeconds> rule;
     if (scrub && model_.span && model_.span->holds(scrub->time))
         rule = scrub->time;
     for (std::size_t i = 0; i < std::min(charts_.size(), readings.size()); ++i)
-        charts_[i]->setReading(readings[i], rule);
-    axis_->setScrub(rule, scrubText, scrub && scrub->isPinned);
+        charts_[i]->showReading(readings[i], rule);
+    axis_->showScrub(rule, scrubText, scrub && scrub->isPinned);
 }
 
 void TimelineCharts::setReveal(double share) {

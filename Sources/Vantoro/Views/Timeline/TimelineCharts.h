@@ -1,11 +1,47 @@
 // The panel of stacked charts over one time axis.
 #pragma once
 
+#include "Design/PaintedWidget.h"
 #include "Design/Panel.h"
-#include "Views/Timeline/TimelineAxis.h"
 #include "Views/Timeline/TimelineChart.h"
+#include "Views/Timeline/TimelineModel.h"
 
 namespace vantoro {
+
+/// The times under the last chart, and the picked moment's as a pill among them. As wide as the charts, so that its
+/// times stand under theirs.
+class TimelineAxis : public PaintedWidget {
+    Q_OBJECT
+public:
+    explicit TimelineAxis(Look& look, QWidget* parent = nullptr);
+
+    /// How far it reaches into the room below the last plot: the pill is higher than a line of times.
+    static int riseAboveFooter(const Theme& theme);
+
+    void show(const std::vector<TimeMark>& times, const TimeSpan& span);
+    using QWidget::show;
+    /// The moment under the rule and its text; none hides the pill. Pinned, the pill shows so.
+    void showScrub(std::optional<UnixSeconds> scrub, const QString& text, bool isPinned);
+
+    Description describe() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    double plotRight() const;
+    double x(UnixSeconds time) const;
+    /// A label as wide as its text, its middle at the time, held within the plot.
+    QRectF labelRect(const TimeMark& mark) const;
+    QRectF pillRect() const;
+    double pinWidth() const;
+
+    std::vector<TimeMark> times_;
+    TimeSpan span_;
+    std::optional<UnixSeconds> scrub_;
+    QString scrubText_;
+    bool isPinned_ = false;
+};
 
 /// The charts share its height in the design's proportions; it asks for as much as they need to be read.
 class TimelineCharts : public Panel {
@@ -13,10 +49,11 @@ class TimelineCharts : public Panel {
 public:
     explicit TimelineCharts(Look& look, QWidget* parent = nullptr);
 
-    void setModel(const TimelineModel& model);
+    void show(const TimelineModel& model);
+    using QWidget::show;
     /// One reading per chart, and the picked moment with its text. A moment that lies outside the axis has no rule.
-    void setReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
-                     const QString& scrubText);
+    void showReadings(const std::vector<ChartReading>& readings, const std::optional<Scrub>& scrub,
+                      const QString& scrubText);
     void setReveal(double share);
 
     /// Top to bottom.
@@ -26,13 +63,8 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    void scrubbed(double time);
-    void scrubEnded();
-    void stepped(int points);
-    void strode(int tenths);
-    void keepAsked(double time);
-    void keepPickedAsked();
-    void letGoAsked();
+    /// Of any of the charts.
+    void asked(const ScrubWish& wish);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -3,7 +3,6 @@
 #include "Views/Shared/Words.h"
 
 #include <algorithm>
-#include <cmath>
 #include <QKeyEvent>
 #include <QShowEvent>
 
@@ -34,14 +33,7 @@ TimelineView::TimelineView(ViewContext& context, QWidget* parent)
     row->addWidget(charts_, 1);
     row->addWidget(rewind_);
     pane->column()->addLayout(row, 1);
-    connect(charts_, &TimelineCharts::scrubbed, this, [this](double time) { hover(time); });
-    connect(charts_, &TimelineCharts::scrubEnded, this, [this] { hover(std::nullopt); });
-    connect(charts_, &TimelineCharts::stepped, this, &TimelineView::step);
-    connect(charts_, &TimelineCharts::strode, this, [this](int tenths) { step(tenths * tenthOf(hub().series().cpu)); });
-    connect(charts_, &TimelineCharts::keepAsked, this, [this](double time) { pin(time); });
-    connect(charts_, &TimelineCharts::keepPickedAsked, this,
-            [this] { pin(scrub_ ? scrubDate() : pointBeside(hub().series().cpu, std::nullopt, 0)); });
-    connect(charts_, &TimelineCharts::letGoAsked, this, [this] { pick(std::nullopt); });
+    connect(charts_, &TimelineCharts::asked, this, &TimelineView::grant);
     connect(rewind_, &RewindPanel::unpinAsked, this, &TimelineView::unpin);
     shows({&SensorHub::snapshotChanged, &SensorHub::verdictChanged, &SensorHub::seriesChanged});
 }
@@ -55,12 +47,38 @@ Description TimelineView::describe() {
     return {.role = QAccessible::Pane, .name = vantoro::tr("Timeline")};
 }
 
+void TimelineView::grant(const ScrubWish& wish) {
+    switch (wish.kind) {
+    case ScrubWish::Kind::hover:
+        hover(wish.time);
+        break;
+    case ScrubWish::Kind::leave:
+        hover(std::nullopt);
+        break;
+    case ScrubWish::Kind::step:
+        step(wish.count);
+        break;
+    case ScrubWish::Kind::stride:
+        step(wish.count * tenthOf(hub().series().cpu));
+        break;
+    case ScrubWish::Kind::keep:
+        pin(wish.time);
+        break;
+    case ScrubWish::Kind::keepPicked:
+        pin(scrub_ ? scrubDate() : pointBeside(hub().series().cpu, std::nullopt, 0));
+        break;
+    case ScrubWish::Kind::letGo:
+        pick(std::nullopt);
+        break;
+    }
+}
+
 void TimelineView::showModel() {
     TimelineModel model = timelineModel(hub(), isPinned());
     if (model == model_)
         return;
     model_ = std::move(model);
-    charts_->setModel(model_);
+    charts_->show(model_);
 }
 
 bool TimelineView::isStillThere() const {
@@ -84,8 +102,8 @@ void TimelineView::showReadings() {
     const Snapshot* const nearest = snapshotNearest(hub().history(), scrubDate());
     const Snapshot& shown = nearest != nullptr ? *nearest : hub().snapshot();
     const QString time = nearest != nullptr ? toQString(format.timeWithSeconds(nearest->timestamp)) : QString();
-    charts_->setReadings(chartReadings(model_, shown, scrub_, format), scrub_, time);
-    rewind_->setModel(rewindModel(nearest, isPinned(), format));
+    charts_->showReadings(chartReadings(model_, shown, scrub_, format), scrub_, time);
+    rewind_->show(rewindModel(nearest, isPinned(), format));
 }
 
 void TimelineView::pick(const std::optional<Scrub>& scrub) {

@@ -31,6 +31,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void grant(const ScrubWish& wish);
     void pick(const std::optional<Scrub>& scrub);
     /// What the pointer picks, or with none leaves: nothing while a moment is pinned.
     void hover(std::optional<UnixSeconds> date);

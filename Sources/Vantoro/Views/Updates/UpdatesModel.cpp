@@ -3,7 +3,6 @@
 #include "Model/Updates/Updates.h"
 #include "Views/Shared/Words.h"
 
-#include <algorithm>
 #include <cmath>
 #include <QDateTime>
 #include <QStringList>

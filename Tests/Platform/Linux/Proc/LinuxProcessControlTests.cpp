@@ -1,10 +1,10 @@
 // Real processes of this machine, asked and ended.
 #include "Model/Processes/Quitting.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
+#include "Platform/Posix/Clocks.h"
 
 #include "Support/ChildProgram.h"
 
-#include <chrono>
 #include <gtest/gtest.h>
 
 namespace vantoro {
@@ -12,10 +12,6 @@ namespace {
 
 using testing::ChildProgram;
 using testing::comesTrue;
-
-double now() {
-    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
 
 TEST(LinuxProcessControl, EndsRealProcessesFirstAskedThenByForce) {
     LinuxProcessControl control;
@@ -28,9 +24,9 @@ TEST(LinuxProcessControl, EndsRealProcessesFirstAskedThenByForce) {
     ASSERT_TRUE(comesTrue([&] { return !stubborn.output().empty(); }));
     QuitQuestion question{.key = "both", .name = "both", .processes = {}, .known = {}};
     for (const pid_t pid : {obedient.pid(), stubborn.pid()}) {
-        const auto process = livingProcess(control, {.pid = pid, .firstSeen = now()});
+        const auto process = livingProcess(control, {.pid = pid, .firstSeen = unixSeconds()});
         ASSERT_TRUE(process.has_value());
-        EXPECT_FALSE(livingProcess(control, {.pid = pid, .firstSeen = now() - 3600}).has_value());
+        EXPECT_FALSE(livingProcess(control, {.pid = pid, .firstSeen = unixSeconds() - 3600}).has_value());
         question.processes.push_back(*process);
     }
     std::vector<LivingProcess> alive;

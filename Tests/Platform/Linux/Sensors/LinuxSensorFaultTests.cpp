@@ -2,9 +2,8 @@
 #include "Platform/Linux/Hwmon/HwmonReading.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 #include "Platform/Linux/Hwmon/SensorFamilies.h"
-#include "Platform/Linux/Power/EnergyArithmetic.h"
+#include "Platform/Linux/Power/EnergyCounters.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
-#include "Platform/Linux/Processor/CpufreqPolicies.h"
 #include "Platform/Linux/Reading/LanedReading.h"
 #include "Platform/Linux/Reading/SysfsText.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
@@ -486,25 +485,12 @@ TEST(LinuxSensorArithmetic, SortsDriversIntoFamilies) {
         }
 }
 
-TEST(LinuxSensorArithmetic, CountersAndTables) {
+TEST(LinuxSensorArithmetic, CountersAndCeilings) {
     SteadyCounter counter;
     EXPECT_EQ(counter.update(90, 100), 90);
     EXPECT_EQ(counter.update(5, 100), 105);
     EXPECT_EQ(counter.update(2), 105); // reset
     EXPECT_EQ(counter.update(4), 107);
-    std::vector<std::int64_t> many;
-    for (std::int64_t step = 0; step < 100; ++step)
-        many.push_back(1000 + step);
-    const auto few = thinned(many, 32);
-    EXPECT_EQ(few.size(), 32u);
-    EXPECT_EQ(few.front(), 1000);
-    EXPECT_EQ(few.back(), 1099);
-    EXPECT_EQ(mixtureOf({100, 200, 400}, 250), (FrequencyMixture{.lower = 1, .upper = 2, .upperShare = 0.25}));
-    EXPECT_EQ(mixtureOf({100, 200}, 999), (FrequencyMixture{.lower = 1, .upper = 1}));
-    EXPECT_THAT(evenlySpaced(100, 101, 32), ElementsAre(100, 101));
-    // Favoured cores are no kind of their own; three kinds part at the widest gap.
-    EXPECT_THAT(splitByCapacity({{0, 1000}, {1, 1024}}).efficiency, ::testing::IsEmpty());
-    EXPECT_THAT(splitByCapacity({{0, 250}, {1, 250}, {2, 870}, {3, 1024}}).efficiency, ElementsAre(0, 1));
 }
 
 } // namespace

@@ -1,16 +1,11 @@
 // What the readers make of each recorded machine.
-#include "CSensors/cpufreq.h"
 #include "CSensors/ioreport.h"
 #include "CSensors/smc.h"
-#include "Model/Readers/CoreMonitor.h"
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Model/Readers/SensorDump.h"
 #include "Model/Readers/SMCReader.h"
 #include "Platform/Linux/Hwmon/HwmonFan.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
-#include "Platform/Linux/Processor/CpufreqStateReport.h"
-#include "Platform/Linux/Processor/CpufreqTables.h"
-#include "Platform/Linux/Processor/LinuxProcessors.h"
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
@@ -145,7 +140,7 @@ TEST(LinuxSensorMachines, GiveTheirPower) {
                                12,
                                25.86,
                                13.86},
-                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 20, 0, 0},
+                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 0, 0, 0},
                               {"arm-board", {}, 0, 0, 0},
                               {"server", {{zone + "0/energy_uj", "90000100\n"}}, 212, 0, 0},
                               {"mac", {}, 9.12, 61, 0}};
@@ -200,15 +195,17 @@ TEST(LinuxSensorMachines, IntegratedGraphicsHaveAnEnergyCounter) {
 }
 
 TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
-    SensorMachine machine("amd-desktop");
+    SensorMachine machine("intel-laptop");
+    machine.write("sys/class/power_supply/BAT0/status", "Full\n");
+    machine.remove("sys/class/power_supply/AC");
     smc_use(std::make_shared<HwmonSMCService>(machine.root(), machine.lane(), nullptr));
     std::string text;
     std::int64_t watts = 30;
-    std::int64_t microjoules = 65532000000;
+    std::int64_t microjoules = 262143000000;
     const auto wait = [&](int milliseconds) {
         machine.pass(milliseconds / 1e3);
         microjoules += watts * milliseconds * 1000;
-        machine.write("sys/class/powercap/intel-rapl:0/energy_uj", std::to_string(microjoules) + "\n");
+        machine.write("sys/class/powercap/intel-rapl:1/energy_uj", std::to_string(microjoules) + "\n");
     };
     const auto dump = [&] {
         SensorDump::run({.trust = SensorTrust::fewAndHonest, .pause = wait}, SensorDump::Unknown::said,
@@ -224,104 +221,28 @@ TEST(LinuxSensorMachines, TheDumpTellsPowerThatOnlyCountersTell) {
     smc_use(nullptr);
 }
 
-std::vector<int> frequencies(const CoreMonitor& monitor) {
-    std::vector<int> all;
-    for (const Core& core : monitor.cores())
-        all.push_back(static_cast<int>(core.megahertz + 0.5));
-    return all;
-}
-
-TEST(LinuxSensorMachines, GiveTheirCoresFrequencies) {
-    const std::string policies = "sys/devices/system/cpu/cpufreq/";
-    struct Expected {
-        std::string machine;
-        std::map<std::string, std::string> later;
-        double maxEfficiency, maxPerformance;
-        std::vector<int> megahertz;
-    };
-    const Expected table[] = {
-        // Efficiency cores first; averaged frequencies, exact though the tables are evenly spaced.
-        {"intel-laptop", {}, 3500, 4700, {1235, 1235, 1235, 1235, 2500, 2500, 4700, 4700}},
-        // Counted: 50 at 3.7 GHz and 150 at 2.8 GHz; a core that did nothing; two processors without scaling.
-        {"amd-desktop",
-         {{policies + "policy0/stats/time_in_state", "3700000 150\n2800000 200\n2200000 1000\n"}},
-         0,
-         3700,
-         {3025, 2200, 0, 0}},
-        {"arm-board",
-         {{policies + "policy0/stats/time_in_state", "408000 500\n816000 120\n1416000 80\n"},
-          {policies + "policy4/stats/time_in_state", "408000 60\n1800000 80\n"}},
-         1416,
-         1800,
-         {816, 816, 816, 816, 1104, 1104}},
-        {"server", {}, 0, 0, {0, 0}}};
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.machine);
-        SensorMachine machine(expected.machine);
-        machine.write("proc/stat", "cpu0 0 0 0 0\n");
-        cpufreq_use(std::make_shared<CpufreqTables>(machine.root()),
-                    std::make_shared<CpufreqStateReport>(machine.root(), machine.lane()));
-        CoreMonitor monitor(std::make_shared<LinuxProcessors>(machine.root()));
-        EXPECT_NEAR(monitor.maxEfficiencyMHz(), expected.maxEfficiency, 1e-6);
-        EXPECT_NEAR(monitor.maxPerformanceMHz(), expected.maxPerformance, 1e-6);
-        monitor.sample();
-        monitor.sample(); // the first to look at frequencies
-        for (const auto& [file, text] : expected.later)
-            machine.write(file, text);
-        machine.pass(2);
-        monitor.sample();
-        EXPECT_EQ(frequencies(monitor), expected.megahertz);
-    }
-    cpufreq_use(nullptr, nullptr);
-}
-
-TEST(LinuxSensorMachines, CountTheirProcessorsEfficientOnesFirst) {
-    const std::map<std::string, ProcessorCounts> expected = {
-        {"intel-laptop", {.performance = 4, .efficiency = 4, .all = 8}},
-        {"amd-desktop", {.performance = 4, .efficiency = 0, .all = 4}},
-        {"arm-board", {.performance = 2, .efficiency = 4, .all = 6}},
-        {"fanless-mini", {.performance = 3, .efficiency = 0, .all = 3}},
-        {"mac", {.performance = 4, .efficiency = 4, .all = 8}}};
-    for (const auto& [name, counts] : expected)
-        EXPECT_EQ(LinuxProcessors(SensorMachine(name).root()).counts(), counts) << name;
-
-    const SensorMachine machine("intel-laptop");
-    LinuxProcessors processors(machine.root());
-    std::vector<HostTicks> ticks;
-    const auto users = [&ticks] {
-        std::vector<std::uint32_t> all;
-        for (const HostTicks& tick : ticks)
-            all.push_back(tick.user);
-        return all;
-    };
-    ASSERT_EQ(processors.readTicks(ticks), 0);
-    EXPECT_THAT(users(), ElementsAre(14, 15, 16, 17, 10, 11, 12, 13));
-    EXPECT_EQ(ticks[4], (HostTicks{.user = 10, .system = 23, .idle = 65, .nice = 1}));
-    // One goes offline, one nobody knew comes: the others keep their places.
-    machine.write("proc/stat", "cpu 0 0 0 0\ncpu1 91 0 0 0\ncpu5 95 0 0 0\ncpu8 98 0 0 0\n");
-    ASSERT_EQ(processors.readTicks(ticks), 0);
-    EXPECT_THAT(users(), ElementsAre(14, 95, 16, 17, 10, 91, 12, 13));
-    EXPECT_NE(LinuxProcessors(SensorMachine().root()).readTicks(ticks), 0);
-}
-
 TEST(LinuxSensorMachines, SayHowHardHeatPresses) {
     SensorMachine board("arm-board");
-    LinuxThermalState state(board.root(), board.lane());
+    LinuxThermalState state(board.root(), board.lane(), std::make_shared<ThrottleCounters>(board.root(), board.lane()));
     for (const auto& [thousandths, expected] :
          std::map<int, int>{{52777, 0}, {69999, 0}, {70000, 1}, {75000, 2}, {90000, 2}, {95000, 3}, {255000, 0}}) {
         board.write("sys/class/thermal/thermal_zone0/temp", std::to_string(thousandths) + "\n");
         EXPECT_EQ(state.rawValue(), expected) << thousandths;
     }
-    const SensorMachine laptop("intel-laptop");
-    LinuxThermalState throttled(laptop.root(), laptop.lane());
+    SensorMachine laptop("intel-laptop");
+    LinuxThermalState throttled(laptop.root(), laptop.lane(),
+                                std::make_shared<ThrottleCounters>(laptop.root(), laptop.lane()));
     std::vector<int> values;
     for (const int count : {9, 9, 12, 13, 14, 14}) {
         laptop.write("sys/devices/system/cpu/cpu0/thermal_throttle/package_throttle_count", std::to_string(count));
+        laptop.pass(3);
         values.push_back(throttled.rawValue());
     }
     EXPECT_THAT(values, ElementsAre(0, 0, 1, 1, 2, 0));
     const SensorMachine mini("fanless-mini");
-    EXPECT_EQ(LinuxThermalState(mini.root(), mini.lane()).rawValue(), 1);
+    EXPECT_EQ(LinuxThermalState(mini.root(), mini.lane(), std::make_shared<ThrottleCounters>(mini.root(), mini.lane()))
+                  .rawValue(),
+              1);
 }
 
 TEST(LinuxSensorMachines, AMachineWithoutSensorsHasNoController) {

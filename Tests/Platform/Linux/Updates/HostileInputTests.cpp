@@ -2,7 +2,7 @@
 #include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Linux/Updates/Appcast.h"
 #include "Platform/Linux/Updates/Copy/InstalledCopy.h"
-#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
+#include "Platform/Linux/Updates/Preparation/ReleasePreparation.h"
 #include "Platform/Linux/Updates/ReleaseMaker.h"
 #include "Support/Folders.h"
 

@@ -1,7 +1,7 @@
 #include "Platform/Linux/Updates/Copy/InstalledCopy.h"
 
-#include "Model/Text/VersionOrder.h"
-#include "Platform/Linux/Updates/Copy/UpdateErrors.h"
+#include "Model/Text/Release.h"
+#include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
 
 #include <algorithm>
 #include <cerrno>

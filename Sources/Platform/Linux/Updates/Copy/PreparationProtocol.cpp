@@ -1,7 +1,6 @@
 #include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
 
 #include "Model/Text/Numbers.h"
-#include "Platform/Linux/Updates/Copy/UpdateErrors.h"
 
 #include <algorithm>
 #include <fmt/format.h>

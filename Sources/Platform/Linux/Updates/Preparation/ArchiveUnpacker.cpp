@@ -1,4 +1,4 @@
-#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
+#include "Platform/Linux/Updates/Preparation/ReleasePreparation.h"
 
 #include "Platform/Linux/Reading/KeptFile.h"
 

@@ -1,8 +1,7 @@
 #include "Platform/Linux/Updates/Preparation/ReleasePreparation.h"
 
-#include "Model/Text/VersionOrder.h"
-#include "Platform/Linux/Updates/Copy/UpdateErrors.h"
-#include "Platform/Linux/Updates/Preparation/ArchiveUnpacker.h"
+#include "Model/Text/Release.h"
+#include "Platform/Linux/Updates/Copy/PreparationProtocol.h"
 
 #include <array>
 #include <cerrno>

@@ -1,0 +1,73 @@
+// How busy the graphics devices are and what slows them down, from what their drivers tell every user.
+#pragma once
+
+#include "Model/Records/Telemetry.h"
+#include "Platform/Linux/Power/NvidiaGPUs.h"
+#include "Platform/Linux/Reading/LanedReading.h"
+
+#include <bitset>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantoro {
+
+/// By the values of ThrottleReason.
+using ThrottleReasons = std::bitset<5>;
+inline std::size_t bitOf(ThrottleReason reason) {
+    return static_cast<std::size_t>(reason);
+}
+
+struct GraphicsReading {
+    /// 0 to 100, of the busiest; a device that sleeps is not busy. None where no device tells.
+    std::optional<double> busyPercent;
+    /// Of all devices; none where no device tells.
+    std::optional<ThrottleReasons> reasons;
+
+    void add(const GraphicsReading& other);
+    bool operator==(const GraphicsReading&) const = default;
+};
+
+/// For how long a device that may fall asleep, shows no picture and does nothing is left alone between two looks.
+constexpr double graphicsRestSeconds = 30;
+
+/// The cards of /sys/class/drm:
+///   amdgpu     gpu_busy_percent, and the limiters in gpu_metrics (format 1.3, 2.2 to 2.4)
+///   i915, xe   gt/gtN/throttle_reason_*, device/tileN/gtM/freq0/throttle/*; they tell no busy share to every user
+///   v3d        gpu_stats
+/// and NVIDIA's through its library. A card that sleeps is not woken. Each look at one that may fall asleep keeps it
+/// awake for some seconds: unless it shows a picture or is busy, which keep it awake anyhow, it is left to rest.
+class GraphicsDevices {
+public:
+    /// `gpus` may be null.
+    GraphicsDevices(const std::string& root, const std::shared_ptr<SlowLane>& lane, std::shared_ptr<NvidiaGPUs> gpus);
+
+    GraphicsReading read();
+
+private:
+    std::vector<LanedReading<GraphicsReading>> cards_;
+    std::shared_ptr<NvidiaGPUs> gpus_;
+};
+
+/// The limiters at work according to amdgpu's gpu_metrics, whatever the bytes; none in formats that have no list that
+/// is alike for all chips. Some chips report a limiter of temperature at any heat: only at 90 °C and above it counts.
+std::optional<ThrottleReasons> parseGpuMetrics(std::string_view bytes);
+
+/// The reasons in NVIDIA's list of clock events.
+ThrottleReasons nvidiaReasons(std::uint64_t events);
+
+/// v3d's gpu_stats: for each queue a moment and the time it has worked by then, both in nanoseconds.
+struct QueueTimes {
+    std::int64_t now = 0;
+    std::int64_t worked = 0;
+
+    bool operator==(const QueueTimes&) const = default;
+};
+std::vector<QueueTimes> parseQueueTimes(std::string_view text);
+/// The share of the busiest queue, 0 to 100; none when no time went by.
+std::optional<double> busiestQueue(const std::vector<QueueTimes>& before, const std::vector<QueueTimes>& now);
+
+} // namespace vantoro

@@ -1,0 +1,141 @@
+// What the Now pane says: the answer at the top with its dials, what can be done, and the facts.
+#pragma once
+
+#include "Design/Gauges/GaugeFigures.h"
+#include "Model/Live/SensorHub.h"
+#include "Views/Shared/Words.h"
+#include "Views/Suspects/QuitModel.h"
+
+#include <QString>
+#include <vector>
+
+namespace vantoro {
+
+/// The dials beside the verdict: the fans of a machine, or the temperature of one without.
+struct DialsModel {
+    /// One or two fans, or one that stands for none; from three on they are shown small.
+    std::vector<FanRotorFigures> rotors;
+    /// On a machine without fans, in place of the rotors.
+    std::optional<ThermalDialFigures> dial;
+    /// Below three or more rotors: "1,480" and "rpm peak".
+    QString peakFigure;
+    QString peakUnit;
+
+    bool showsSmallRotors() const { return rotors.size() >= 3; }
+
+    bool operator==(const DialsModel&) const = default;
+};
+
+DialsModel dialsModel(const SensorHub& hub);
+
+/// A fan's figures, coloured in this heat stop.
+FanRotorFigures rotorFigures(const FanReading& fan, int heatStop, const Format& format);
+/// The figures of a machine whose fans cannot be read: a wheel that stands still, and no speed.
+FanRotorFigures absentRotorFigures();
+/// Where a fan stands between its limits, 0 to 1; none where they lie no more than 1 rpm apart.
+std::optional<double> fanPosition(const FanReading& fan);
+/// Without its cursor while there is no verdict yet, and a dash alone while nothing has been found.
+ThermalDialFigures thermalDialFigures(const SensorHub& hub);
+/// The same for a fan: its speed, and nothing in a colour.
+FanRotorFigures withoutVerdict(FanRotorFigures figures);
+/// Whether nothing has been found yet that a dial could show.
+bool hasNothingForDials(const SensorHub& hub);
+
+/// The answer at the top: how hard the machine works, why, and what its fans or its chip say.
+struct HeroModel {
+    EyebrowModel eyebrow;
+    QString headline;
+    /// Empty where there is nothing to add.
+    QString detail;
+    DialsModel dials;
+    /// Whether drawn fans are to turn.
+    bool rotorsTurn = true;
+
+    bool operator==(const HeroModel&) const = default;
+};
+
+HeroModel heroModel(const SensorHub& hub, const Settings& settings);
+
+/// What stands in a headline's place while there is no verdict yet.
+QString lookingHeadline();
+
+/// Which headlines a screen reader is told without being asked: the changes, at most one in ten seconds. The latest
+/// is never lost, it comes when its time has come.
+class HeadlineAnnouncer {
+public:
+    static constexpr double shortestInterval = 10;
+
+    /// Called with what is on screen; whether to announce it now. The first one is not a change.
+    bool isDue(const QString& headline, double now);
+
+private:
+    std::optional<QString> told_;
+    std::optional<double> lastTime_;
+};
+
+/// A sentence, or the label of a quit button and the note below it.
+struct AdviceItemModel {
+    QString text;
+    std::optional<std::int32_t> quitPID;
+    QString note;
+
+    bool operator==(const AdviceItemModel&) const = default;
+};
+
+struct AdviceModel {
+    QString title;
+    std::vector<AdviceItemModel> items;
+    /// What became of the last quitting, in place of the quit button.
+    std::optional<QuitResultModel> result;
+    /// In place of the items when there is none.
+    QString emptyText;
+    QString explain;
+    /// There is nothing to advise upon or to explain yet.
+    bool isPending = false;
+
+    bool operator==(const AdviceModel&) const = default;
+};
+
+AdviceModel adviceModel(const SensorHub& hub);
+
+struct FactModel {
+    /// An icon's name.
+    QString symbol;
+    QString title;
+    QString value;
+    QString detail;
+    /// The figure below: a course, or the thermal pressure.
+    std::optional<SparklineLine> line;
+    std::optional<ThermalPressure> pressure;
+    /// The value is a dash.
+    bool isMissing = false;
+
+    bool operator==(const FactModel&) const = default;
+};
+
+struct FactsModel {
+    QString title;
+    QString caption;
+    std::vector<FactModel> facts;
+
+    bool operator==(const FactsModel&) const = default;
+};
+
+FactsModel factsModel(const SensorHub& hub);
+
+/// One figure of each snapshot of the last 15 minutes, thinned as the charts are: a run of 240 snapshots or more to
+/// about 120 points.
+template <class Figure>
+std::vector<TimePoint> thinnedSeries(const History& history, Figure figure) {
+    constexpr double seconds = 900;
+    constexpr std::size_t mostKept = 239;
+    constexpr std::size_t points = 120;
+    const SnapshotRun run = history.recent(seconds);
+    const std::size_t step = run.size() > mostKept ? run.size() / points : 1;
+    std::vector<TimePoint> series;
+    for (std::size_t i = 0; i < run.size(); i += step)
+        series.push_back({run[i].timestamp, figure(run[i])});
+    return series;
+}
+
+} // namespace vantoro
