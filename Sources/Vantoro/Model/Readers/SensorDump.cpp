@@ -1,5 +1,6 @@
 #include "Model/Readers/SensorDump.h"
 
+#include "Model/Records/Verdict.h"
 #include "Model/Text/Numbers.h"
 
 #include <algorithm>
@@ -185,6 +186,32 @@ void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Opt
                           words.celsius(temperatures.gpu), rpm(0), rpm(1)));
         options.pause(static_cast<int>(rounded(intervalSeconds * 1e3)));
     }
+}
+
+void SensorDump::strain(const std::vector<Core>& cores, const StrainReading& strain, const PrintLine& print) {
+    const Words words(Unknown::said);
+    std::string kinds = fmt::format("Cores: {}", cores.size());
+    const auto efficient = std::ranges::count_if(cores, [](const Core& core) { return !core.isPerformance; });
+    if (efficient != 0 && efficient != std::ssize(cores))
+        kinds += fmt::format(" ({} performance, {} efficiency)", std::ssize(cores) - efficient, efficient);
+    std::optional<double> lowest;
+    std::optional<double> highest;
+    for (const Core& core : cores) {
+        if (core.megahertz <= 0)
+            continue;
+        lowest = std::min(lowest.value_or(core.megahertz), core.megahertz);
+        highest = std::max(highest.value_or(core.megahertz), core.megahertz);
+    }
+    print(fmt::format("{}, clocks {}", kinds,
+                      highest ? fmt::format("{:.0f} to {:.0f} MHz", *lowest, *highest) : "unknown"));
+    print(fmt::format("Processors draw {}  graphics busy {}", words.figure(strain.cpuWatts, 2, " W"),
+                      words.figure(strain.gpuPercent, 0, "%")));
+    print(fmt::format("Work waits for processors {}  memory {}  disk {}", words.figure(strain.stalls.cpu, 1, "%"),
+                      words.figure(strain.stalls.memory, 1, "%"), words.figure(strain.stalls.io, 1, "%")));
+    std::string reasons;
+    for (const ThrottleReason reason : strain.throttle.value_or(std::vector<ThrottleReason>()))
+        reasons += fmt::format("{}{}", reasons.empty() ? "" : ", ", caseName(reason));
+    print(fmt::format("Slowed down by: {}", !strain.throttle ? "unknown" : reasons.empty() ? "nothing" : reasons));
 }
 
 } // namespace vantoro
