@@ -1,4 +1,5 @@
 // Every parser of the kernel's text files on the same bytes.
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
@@ -36,6 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)vantoro::parseSwapCounts(text);
     (void)vantoro::parseZramUsedBytes(text);
     (void)vantoro::parseTotalTicks(text);
+    const vantoro::FanRanges ranges = vantoro::parseFanRanges(text);
+    require(vantoro::parseFanRanges(vantoro::printFanRanges(ranges)) == ranges);
     (void)vantoro::parseProportionalBytes(text);
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));
