@@ -1,5 +1,6 @@
 // Every parser of the kernel's text files on the same bytes.
 #include "Model/Text/Utf8.h"
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Proc/ProgramSubject.h"
@@ -38,6 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)vantoro::parseSwapCounts(text);
     (void)vantoro::parseZramUsedBytes(text);
     (void)vantoro::parseTotalTicks(text);
+    const vantoro::FanRanges ranges = vantoro::parseFanRanges(text);
+    require(vantoro::parseFanRanges(vantoro::printFanRanges(ranges)) == ranges);
     (void)vantoro::parseProportionalBytes(text);
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));

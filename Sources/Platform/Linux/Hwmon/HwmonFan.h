@@ -56,6 +56,7 @@ public:
 
 private:
     std::optional<double> statedCeiling();
+    std::optional<FanLimits> statedLimits();
     std::optional<double> dutyCeiling(std::optional<std::int64_t> duty);
     void lookAtLimits(std::optional<std::int64_t> duty);
 
@@ -83,6 +84,7 @@ private:
     std::optional<double> statedFloor_;
     std::optional<double> stated_;
     bool isStatedBelieved_ = false;
+    bool wasAtAnEnd_ = false;
     bool followsSpeed_ = false;
     std::optional<FanLimits> limits_;
 };
