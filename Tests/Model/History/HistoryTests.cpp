@@ -187,6 +187,16 @@ TEST(ProcessAggregation, AReusedPidTakesTheLatestKind) {
     EXPECT_EQ(both.kind, ProcessKind::systemDaemon);
 }
 
+TEST(ProcessAggregation, TheSlowingItselfIsNobodysWork) {
+    History history;
+    history.append(fanMachine(0, {process(1, "idle_inject", 90, ProcessKind::kernel),
+                                  process(2, "kidle_inj", 90, ProcessKind::kernel),
+                                  process(3, "idle_injector", 5, ProcessKind::commandLine)}));
+    const auto aggregates = History::aggregate(history.recent(0));
+    ASSERT_EQ(aggregates.size(), 1U);
+    EXPECT_EQ(aggregates[0].pid, 3);
+}
+
 TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
     ProcessSample main = process(3, "Editor", 5, ProcessKind::userApp, "Editor");
     ProcessIdentity withPath = *main.identity;

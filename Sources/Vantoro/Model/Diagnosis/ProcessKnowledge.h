@@ -48,6 +48,5 @@ struct ProcessKnowledge {
 
 /// What a group is called in every sentence: its note's friendly name, else its display name.
 std::string friendlyName(const ProcessGroup& group, SystemKind system);
-std::string friendlyName(std::string_view displayName);
 
 } // namespace vantoro

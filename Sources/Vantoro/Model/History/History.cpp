@@ -146,6 +146,8 @@ std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
     for (const Snapshot& snapshot : window) {
         for (const ProcessSample& sample : snapshot.processes) {
             const ProcessIdentity& identity = *sample.identity;
+            if (identity.isCoolingPause())
+                continue;
             const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
             if (isNew) {
                 aggregates.push_back({.pid = identity.pid,

@@ -84,7 +84,8 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
               return ProcessMonitor::mode(environment_.processMode, settings_.value(Setting::processMonitorMode));
           },
           environment_.processTiming)
-    , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic)) {
+    , quits_(
+          std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic, platform.system)) {
     history_.setSystem(platform.system);
     connect(&settings_, &Settings::changed, this, &SensorHub::settingChanged);
     snapshot_ = measure(environment_.now());
