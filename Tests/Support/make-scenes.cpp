@@ -1,8 +1,10 @@
 // Writes the recordings that the pictures of the interface are made from: `make-scenes FOLDER`. Each is 24 minutes on a
 // made-up machine, sampled every 4 seconds: a build that makes the fans climb, a background job on a fanless machine,
-// and a machine at rest. A fixed generator, so that every run writes the same figures.
+// a machine at rest, a build on a computer that tells neither fans nor temperatures, and a picture being rendered on
+// one whose fans tell their speeds only. A fixed generator, so that every run writes the same figures.
 #include "Model/Recording/RecordingFile.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -66,18 +68,29 @@ struct Scene {
     double otherGibibytes = 16.2; ///< in use beside wired and compressed memory
     std::uint64_t swapOuts = 0;
     ThermalPressure pressureAfter = ThermalPressure::nominal;
+    SystemKind speaks = SystemKind::macos;
+    // What computers tell beside that; processors of one kind.
+    int processors = 0;
+    std::vector<double> fanSpeeds; ///< after the ramp; a third less before
+    Course availableGibibytes, ioStall, cpuWatts;
 };
 
-ProcessSample processRow(const Application& application, std::size_t index, std::int32_t pid, double percent) {
+ProcessSample processRow(const Application& application, std::size_t index, std::int32_t pid, double percent,
+                         SystemKind system) {
     const std::string& name = application.processes[index].first;
     ProcessIdentity identity{
         .pid = pid, .rawName = name, .displayName = name, .user = "anna", .kind = application.kind};
     if (application.kind == userApp) {
         identity.displayName = application.name;
         identity.owningAppName = application.name;
-        identity.owningAppPath = "/Applications/" + application.name + ".app";
-        identity.executablePath = *identity.owningAppPath + "/Contents/MacOS/" + name;
+        const bool isMac = system == SystemKind::macos;
+        identity.owningAppPath =
+            isMac ? "/Applications/" + application.name + ".app" : "/usr/share/applications/" + application.name;
+        identity.executablePath = isMac ? *identity.owningAppPath + "/Contents/MacOS/" + name : "/usr/lib/" + name;
         identity.kind = name == application.name ? userApp : helper;
+    } else if (application.kind == commandLine && application.processes.size() > 1) {
+        identity.displayName = application.name;
+        identity.executablePath = "/usr/bin/" + name;
     } else if (application.kind != kernel) {
         identity.executablePath = "/usr/libexec/" + name;
     }
@@ -93,6 +106,35 @@ double tenths(double value) {
     return std::round(value * 10) / 10;
 }
 
+/// A computer that tells its load, what it can of its heat, and its fans' speeds.
+void addComputer(const Scene& scene, double since, Snapshot& snapshot, Noise& noise) {
+    if (scene.cooling == Cooling::load) {
+        snapshot.temps = {};
+        snapshot.chipHeat = 0;
+    } else {
+        snapshot.temps.battery = snapshot.temps.enclosure = 0;
+    }
+    for (const double rpm : scene.fanSpeeds) {
+        const double told = rpm * (since < 0 ? 0.66 : 1) + (rpm > 0 ? 6 * noise.next() : 0);
+        snapshot.fans.push_back({.index = static_cast<int>(snapshot.fans.size()), .rpm = std::round(told)});
+    }
+    snapshot.power = {.gpuWatts = scene.gpuWatts.after > 0 ? snapshot.power.gpuWatts : 0};
+    if (scene.cpuWatts.after > 0)
+        snapshot.power.cpuWatts = tenths(scene.cpuWatts.at(since) + 0.8 * noise.next());
+    snapshot.memory = {.totalBytes = snapshot.memory.totalBytes,
+                       .availableBytes = static_cast<std::uint64_t>(
+                           (scene.availableGibibytes.at(since) + 0.02 * noise.next()) * gibibyte)};
+    snapshot.memory.usedBytes = snapshot.memory.totalBytes - *snapshot.memory.availableBytes;
+    snapshot.stalls.io = std::max(0.1, tenths(scene.ioStall.at(since) * (1 + 0.3 * noise.next())));
+    snapshot.stalls.memory = 0;
+    snapshot.cores.emplace();
+    const double busy = 100 - snapshot.cpu.idlePercent;
+    for (int core = 0; core < scene.processors; ++core)
+        snapshot.cores->push_back({.isPerformance = true,
+                                   .busyPercent = core == 2 && since > 0 ? 98 : std::clamp(busy - 2 + core, 0.0, 97.0),
+                                   .megahertz = 2100 + 24 * std::min(busy, 90.0)});
+}
+
 Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
     constexpr double start = 1772374440; // 2026-03-01 14:14:00 UTC
     const double since = time - scene.ramp;
@@ -104,7 +146,8 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
             const double percent = tenths(share * (1 + 0.03 * noise.next()));
             pid += 11;
             if (percent > 0)
-                snapshot.processes.push_back(processRow(application, i, application.kind == kernel ? 0 : pid, percent));
+                snapshot.processes.push_back(
+                    processRow(application, i, application.kind == kernel ? 0 : pid, percent, scene.speaks));
         }
     const double soc = scene.soc.at(since) + 0.7 * noise.next();
     heat += (soc - heat) * (time > 0 ? 1 - std::exp(-interval / 8) : 1);
@@ -144,6 +187,8 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
         .swapOutEvents = scene.swapOuts};
     if (since > 60)
         snapshot.thermalPressure = scene.pressureAfter;
+    if (scene.speaks == SystemKind::gnuLinux)
+        addComputer(scene, since, snapshot, noise);
     return snapshot;
 }
 
@@ -151,7 +196,12 @@ bool write(const Scene& scene, const std::filesystem::path& folder) {
     const std::filesystem::path path = folder / scene.fileName;
     std::filesystem::remove(path);
     RecordingWriter writer;
-    Outcome<> outcome = writer.open(path.string(), {.machine = scene.machine, .created = "2026-03-01T14:14:00Z"});
+    RecordingHeader header{.machine = scene.machine, .created = "2026-03-01T14:14:00Z"};
+    if (scene.speaks != SystemKind::macos) {
+        header.system = scene.speaks;
+        header.processors = RecordedProcessors{.performance = scene.processors};
+    }
+    Outcome<> outcome = writer.open(path.string(), header);
     Noise noise;
     double heat = 0;
     for (double time = 0; !outcome.failed() && time <= seconds; time += interval)
@@ -269,6 +319,63 @@ Scene resting() {
             .load = 1.1};
 }
 
+std::vector<Application> desktop(int browserPercent) {
+    Application browser = firefox;
+    for (auto& [name, percent] : browser.processes)
+        percent *= browserPercent / 64.0;
+    return {browser,
+            {"pipewire", systemDaemon, {{"pipewire", 2.4}}},
+            {"systemd-journald", systemDaemon, {{"systemd-journald", 0.8}}}};
+}
+
+Scene compiling() {
+    Application make{"make", commandLine, {{"make", 2}}, 0.02};
+    for (int job = 0; job < 11; ++job)
+        make.processes.emplace_back("cc1plus", 44);
+    std::vector<Application> applications = desktop(23);
+    applications.push_back(make);
+    applications.push_back({"localsearch-3", systemDaemon, {{"localsearch-3", 9.2}}, 0.5});
+    applications.push_back({"gnome-shell", systemDaemon, {{"gnome-shell", 6.3}}, 0.5});
+    return {.fileName = "design-busy.jsonl.gz",
+            .machine = "Linux computer · 8 processors",
+            .cooling = Cooling::load,
+            .ramp = 1060,
+            .applications = std::move(applications),
+            .user = {4, 59, 16},
+            .system = {2, 6.4, 16},
+            .load = 9.1,
+            .totalGibibytes = 16,
+            .speaks = SystemKind::gnuLinux,
+            .processors = 8,
+            .availableGibibytes = {10.4, 9.5, 60},
+            .ioStall = {0.8, 6.4, 0}};
+}
+
+Scene rendering() {
+    std::vector<Application> applications = desktop(46);
+    applications.push_back({"Blender", userApp, {{"Blender", 1338}}, 0.01});
+    applications.push_back({"kwin_wayland", systemDaemon, {{"kwin_wayland", 14}}, 0.6});
+    return {.fileName = "design-heat.jsonl.gz",
+            .machine = "Linux computer · 16 processors",
+            .cooling = Cooling::heat,
+            .ramp = 880,
+            .applications = std::move(applications),
+            .soc = {47, 88, 70},
+            .mean = {43, 81, 70},
+            .gpu = {41, 46, 90},
+            .gpuWatts = {9, 11, 60},
+            .user = {4, 85, 6},
+            .system = {1.5, 2.2, 6},
+            .load = 16.4,
+            .totalGibibytes = 64,
+            .speaks = SystemKind::gnuLinux,
+            .processors = 16,
+            .fanSpeeds = {1840, 2760, 1120, 980, 0},
+            .availableGibibytes = {45, 39.9, 60},
+            .ioStall = {0.4, 0.6, 0},
+            .cpuWatts = {19, 142, 6}};
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -277,7 +384,7 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     bool written = true;
-    for (const Scene& scene : {building(), analysing(), resting()})
+    for (const Scene& scene : {building(), analysing(), resting(), compiling(), rendering()})
         written = write(scene, arguments[1]) && written;
     return written ? 0 : 1;
 }

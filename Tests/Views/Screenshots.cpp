@@ -169,6 +169,8 @@ int main(int argumentCount, char** arguments) {
     const std::string fans = "design-fans.jsonl.gz";
     const std::string fanless = "design-fanless.jsonl.gz";
     const std::string calm = "design-calm.jsonl.gz";
+    const std::string busy = "design-busy.jsonl.gz";
+    const std::string heat = "design-heat.jsonl.gz";
     const QSize narrow(MainWindow::smallestSize.width(), MainWindow::usualSize.height());
     const Screen screens[]{
         {.name = "now-dark", .recording = fans},
@@ -178,6 +180,11 @@ int main(int argumentCount, char** arguments) {
         {.name = "now-calm-light", .recording = calm, .appearance = Appearance::light},
         {.name = "now-calm-dark", .recording = calm},
         {.name = "now-narrow-dark", .recording = fans, .size = narrow},
+        {.name = "now-busy-dark", .recording = busy},
+        {.name = "now-busy-light", .recording = busy, .appearance = Appearance::light},
+        {.name = "now-heat-dark", .recording = heat},
+        {.name = "now-heat-light", .recording = heat, .appearance = Appearance::light},
+        {.name = "now-heat-narrow-dark", .recording = heat, .size = narrow},
         {.name = "now-starting-light", .appearance = Appearance::light},
         {.name = "now-simulated-dark", .recording = fans, .simulation = Simulation::sensors},
         {.name = "update-available-dark", .recording = fans, .update = Scene::available},
@@ -206,6 +213,8 @@ int main(int argumentCount, char** arguments) {
         take(album, screen);
     takePanel(album, "menubar-panel-dark", fans, Appearance::dark);
     takePanel(album, "menubar-panel-fanless-light", fanless, Appearance::light);
+    takePanel(album, "menubar-panel-busy-dark", busy, Appearance::dark);
+    takePanel(album, "menubar-panel-heat-light", heat, Appearance::light);
     takePanel(album, "menubar-panel-update-dark", fanless, Appearance::dark, Scene::available);
     takePanel(album, "menubar-panel-update-light", fans, Appearance::light, Scene::downloading);
     takeUpdates(album, "settings-updates-light", Appearance::light, Scene::current);

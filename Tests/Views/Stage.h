@@ -71,9 +71,11 @@ struct Stage {
 
     /// Feeds a recording from Fixtures/recordings, whole.
     void play(const std::string& name) {
-        const RecordingResult result = readRecording(std::string(VANTORO_FIXTURES) + "/recordings/" + name,
-                                                     [this](Snapshot&& snapshot) { hub.accept(std::move(snapshot)); });
-        ASSERT_FALSE(result.error.has_value()) << result.error->reason;
+        RecordingReader reader(std::string(VANTORO_FIXTURES) + "/recordings/" + name);
+        hub.history().setSystem(reader.header().system.value_or(SystemKind::macos));
+        while (std::optional<Snapshot> snapshot = reader.next())
+            hub.accept(std::move(*snapshot));
+        ASSERT_FALSE(reader.error().has_value()) << reader.error()->reason;
     }
 
     /// Six performance and six efficiency cores with falling loads.

@@ -146,10 +146,12 @@ void FanRotor::show(const FanRotorFigures& figures) {
     figures_ = figures;
     if (gaugeChanged)
         gauge_ = {};
-    if (textsChanged)
+    if (textsChanged) {
+        explainCut();
         update();
-    else if (gaugeChanged)
+    } else if (gaugeChanged) {
         update(gaugeRect());
+    }
     headForSpeed();
     gaugeMoves_ = !position_.isAtRest(now);
     if (gaugeMoves_)
@@ -228,6 +230,16 @@ QSize FanRotor::sizeAt(int diameter) const {
     return {static_cast<int>(std::ceil(width)) + 2 * ringMargin, static_cast<int>(std::ceil(height)) + 2 * ringMargin};
 }
 
+double FanRotor::nameRoom() const {
+    return captions_ == Captions::full ? width() - textWidth(Type::small, figures_.caption.mid(figures_.label.size()))
+                                       : width();
+}
+
+void FanRotor::explainCut() {
+    const bool isCut = captions_ != Captions::none && textWidth(Type::small, figures_.label) > nameRoom();
+    setToolTip(isCut ? figures_.label : QString());
+}
+
 Description FanRotor::describe() {
     return {.role = QAccessible::ProgressBar,
             .name = figures_.spokenName,
@@ -261,8 +273,10 @@ void FanRotor::paintCaptions(QPainter& painter) const {
         return;
     }
     drawFigureLine(painter, line, {figures_.figure, figures_.unit}, theme(), Qt::AlignHCenter);
+    const QString name = elidedTabular(font(Type::small), figures_.label, nameRoom(), Qt::ElideRight);
     drawText(painter, QRectF(0, line.bottom() + 2, width(), lineHeight(Type::small)), Type::small,
-             color(Tone::textSecondary), figures_.caption, Qt::AlignHCenter);
+             color(Tone::textSecondary), name + figures_.caption.mid(figures_.label.size()), Qt::AlignHCenter,
+             Qt::ElideNone);
 }
 
 void FanRotor::paintEvent(QPaintEvent* event) {
@@ -299,6 +313,7 @@ void FanRotor::hideEvent(QHideEvent* event) {
 
 void FanRotor::resizeEvent(QResizeEvent* event) {
     gauge_ = {};
+    explainCut();
     PaintedWidget::resizeEvent(event);
 }
 

@@ -84,6 +84,9 @@ private:
     QRect wheelSquare() const;
     double figureHeight() const { return lineHeight(Type::panelTitle) + 1; }
     void headForSpeed();
+    /// How much of the caption's room is the name's, which gives way to the share behind it.
+    double nameRoom() const;
+    void explainCut();
     void paintGauge(QPainter& painter, double now);
     void paintCaptions(QPainter& painter) const;
 

@@ -13,7 +13,7 @@ struct FanRotorFigures {
     /// The speed and its unit, "4,830" and "rpm"; "—" and nothing without a fan.
     QString figure;
     QString unit;
-    /// Below them: "Left · 59%".
+    /// Below them: "Left · 59%", which begins with the label.
     QString caption;
     /// The fan's name alone, for rotors too small for the rest.
     QString label;
@@ -27,18 +27,19 @@ struct FanRotorFigures {
     bool operator==(const FanRotorFigures&) const = default;
 };
 
+/// How warm the chip is or, where that is not known, how busy the processors are.
 struct ThermalDialFigures {
-    /// The whole chip: "71" and "°C"; "—" and nothing without a reading.
+    /// The whole chip, "71" and "°C", or the busy share, "66" and "%"; "—" and nothing without a reading.
     QString figure;
     QString unit;
-    /// "whole chip"
+    /// "whole chip", "of 8 cores"
     QString caption;
     /// The figure as it stands in a dial too small for the rest, "71°".
     QString smallFigure;
     /// In the gap below: "hottest core" and "86°C"; empty without a reading.
     QString gapCaption;
     QString gapFigure;
-    /// The heat load, 0 to 1.
+    /// The heat load or the smoothed busy share, 0 to 1.
     std::optional<double> position;
     int heatStop = 0;
     /// Nothing has been found yet: the dash alone.
@@ -58,6 +59,8 @@ struct SparklineLine {
     UnixSeconds from = 0;
     UnixSeconds to = 0;
     std::optional<UnixSeconds> ramp;
+    /// Points of 0 are readings, too.
+    bool countsZero = false;
 
     bool operator==(const SparklineLine&) const = default;
 };

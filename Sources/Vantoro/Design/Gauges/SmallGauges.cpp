@@ -125,9 +125,9 @@ Sparkline::Sparkline(Look& look, QWidget* parent) : PaintedWidget(look, parent) 
 
 void Sparkline::show(const SparklineLine& line) {
     SparklineLine shown = line;
-    shown.points.erase(std::remove_if(shown.points.begin(), shown.points.end(),
-                                      [](const TimePoint& point) { return !(point.value > 0); }),
-                       shown.points.end());
+    std::erase_if(shown.points, [&line](const TimePoint& point) {
+        return !(point.value > 0 || (line.countsZero && point.value == 0));
+    });
     if (shown.to <= shown.from && !shown.points.empty()) {
         shown.from = shown.points.front().time;
         shown.to = shown.points.back().time;

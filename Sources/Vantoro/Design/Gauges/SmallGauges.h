@@ -49,7 +49,7 @@ private:
 };
 
 /// The course of one figure as a small line with a dot at its end. Drawn in ink on a panel. Points that are not above 0
-/// are no readings and are left out; fewer than two draw nothing.
+/// are no readings, unless told, and are left out; fewer than two draw nothing.
 class Sparkline : public PaintedWidget {
     Q_OBJECT
 public:

@@ -1,4 +1,5 @@
-// How warm the chip of a machine without fans is: the gauge with the temperature within.
+// How hard a machine works of whose fans nothing is told: the gauge with the chip's temperature, or the busy share,
+// within.
 #pragma once
 
 #include "Design/Gauges/Gauge.h"
@@ -7,7 +8,7 @@
 
 namespace vantoro {
 
-/// One stop of the keyboard at its full size; below 100 the temperature stands alone in it.
+/// One stop of the keyboard at its full size; below 100 the figure stands alone in it.
 class ThermalDial : public PaintedWidget, public Animated {
     Q_OBJECT
 public:

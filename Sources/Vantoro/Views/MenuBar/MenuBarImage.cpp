@@ -10,9 +10,9 @@ namespace vantoro {
 
 namespace {
 
-constexpr int fanSize = 15;
+constexpr int usualSize = 15;
 constexpr int thermometerSize = 16;
-constexpr double fanGap = 4;
+constexpr double usualGap = 4;
 constexpr double thermometerGap = 3;
 
 /// Within a square, as shares of its side: the icon above, the figure below.
@@ -57,9 +57,9 @@ const QPixmap& MenuBarImage::symbol(const MenuBarModel& model, int frame, const 
 
 QPixmap MenuBarImage::sideBySide(const MenuBarModel& model, int frame, const QColor& color, int height,
                                  double pixelRatio) {
-    const bool isFan = model.variant == MenuBarVariant::fan;
-    const int size = isFan ? fanSize : thermometerSize;
-    const double gap = isFan ? fanGap : thermometerGap;
+    const bool isThermometer = model.variant == MenuBarVariant::thermometer;
+    const int size = isThermometer ? thermometerSize : usualSize;
+    const double gap = isThermometer ? thermometerGap : usualGap;
     const QFont font = figureFont(Type::menuBarFigure.size);
     const double figureWidth = model.figure ? gap + tabularWidth(font, *model.figure) : 0;
     QPixmap picture = blank(size + figureWidth, height, pixelRatio);

@@ -1,5 +1,7 @@
 #include "Views/MenuBar/MenuBarModel.h"
 
+#include "Model/Diagnosis/Diagnosis.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -31,28 +33,37 @@ MenuBarModel menuBarModel(const SensorHub& hub, bool alwaysShowsFigure, bool red
     const Vitals& vitals = hub.vitals();
     const bool showsFigure = showsMenuBarFigure(verdict.state, alwaysShowsFigure);
     MenuBarModel model;
-    if (hub.measuring() != Measuring::done) {
-        const bool isFan = hub.cooling() == Cooling::fans;
-        model.variant = isFan ? MenuBarVariant::fan : MenuBarVariant::thermometer;
-        model.symbol = isFan ? QStringLiteral("fan.fill") : menuBarThermometer(StressLevel::idle);
+    const bool isLooking = hub.measuring() != Measuring::done;
+    QString figure;
+    QString full;
+    switch (hub.cooling()) {
+    case Cooling::fans:
+        model.symbol = QStringLiteral("fan.fill");
+        figure = menuBarSpeed(vitals.peakRPM());
+        if (!isLooking)
+            model.secondsPerTurn = menuBarSecondsPerTurn(vitals.fanLoad(), reducesMotion);
+        full = tr("%1 rpm").arg(toQString(hub.format().rpm(vitals.peakRPM())));
+        break;
+    case Cooling::passive:
+    case Cooling::heat:
+        model.variant = MenuBarVariant::thermometer;
+        model.symbol = menuBarThermometer(isLooking ? StressLevel::idle : verdict.state);
+        figure = toQString(hub.format().temperature(vitals.temps.socMean));
+        full = tr("whole chip %1").arg(figure);
+        break;
+    case Cooling::load:
+        model.variant = MenuBarVariant::gauge;
+        model.symbol = QStringLiteral("gauge.with.dots.needle.67percent");
+        figure = percentText(busyPercent(hub));
+        full = tr("%1 busy").arg(figure);
+        break;
+    }
+    if (isLooking) {
         model.tooltip = lookingHeadline();
         return model;
     }
-    QString full;
-    if (hub.cooling() == Cooling::passive) {
-        const QString temperature = toQString(hub.format().temperature(vitals.temps.socMean));
-        model.variant = MenuBarVariant::thermometer;
-        model.symbol = menuBarThermometer(verdict.state);
-        if (showsFigure)
-            model.figure = temperature;
-        full = tr("whole chip %1").arg(temperature);
-    } else {
-        model.symbol = QStringLiteral("fan.fill");
-        if (showsFigure)
-            model.figure = menuBarSpeed(vitals.peakRPM());
-        model.secondsPerTurn = menuBarSecondsPerTurn(vitals.fanLoad(), reducesMotion);
-        full = tr("%1 rpm").arg(toQString(hub.format().rpm(vitals.peakRPM())));
-    }
+    if (showsFigure)
+        model.figure = figure;
     model.tooltip = toQString(verdict.headline) + u'\n' + full;
     return model;
 }
@@ -100,13 +111,33 @@ int MenuBarSpin::frame() const {
 
 namespace {
 
-QString watts(double power) {
-    return power > 0 ? tr("%1 W").arg(std::lround(power)) : QStringLiteral("—");
+/// What the machine draws or, on a computer that does not tell, its processors.
+MenuBarPanelModel::Figure powerFigure(const SensorHub& hub) {
+    const PowerReading& power = hub.vitals().power;
+    const bool isProcessors = !hub.words().isMac() && power.systemWatts <= 0 && power.cpuWatts.value_or(0) > 0;
+    const double watts = isProcessors ? *power.cpuWatts : power.systemWatts;
+    return {.caption = isProcessors ? tr("Processors") : tr("Power"),
+            .figure = watts > 0 ? tr("%1 W").arg(std::lround(watts)) : QStringLiteral("—")};
+}
+
+std::vector<MenuBarPanelModel::Figure> workFigures(const SensorHub& hub) {
+    const Snapshot& now = hub.snapshot();
+    const auto percent = [&hub](std::optional<double> share) {
+        return hub.measuring() == Measuring::done && share
+                   ? percentText(static_cast<int>(std::clamp(*share, 0.0, 100.0)))
+                   : percentText(std::nullopt);
+    };
+    std::optional<double> memory;
+    if (now.memory.totalBytes > 0)
+        memory = DiagnosisEngine::memoryPressure(now.memory) * 100;
+    return {{.caption = tr("Busy"), .figure = percentText(busyPercent(hub))},
+            {.caption = tr("Memory"), .figure = percent(memory)},
+            {.caption = tr("Waiting"), .figure = percent(largestStall(now.stalls))}};
 }
 
 const FanReading* hardestWorking(const std::vector<FanReading>& fans) {
     const auto hardest = std::max_element(fans.begin(), fans.end(), [](const FanReading& one, const FanReading& other) {
-        return fanPosition(one).value_or(0) < fanPosition(other).value_or(0);
+        return fanPosition(one).value_or(-1) < fanPosition(other).value_or(-1);
     });
     return hardest == fans.end() ? nullptr : &*hardest;
 }
@@ -115,16 +146,18 @@ std::vector<MenuBarPanelModel::Figure> figures(const SensorHub& hub) {
     const Vitals& vitals = hub.vitals();
     const Format& format = hub.format();
     const auto temperature = [&format](double celsius) { return toQString(format.temperature(celsius)); };
-    if (hub.cooling() == Cooling::passive)
+    if (hub.cooling() == Cooling::load)
+        return workFigures(hub);
+    if (hub.cooling() != Cooling::fans)
         return {{.caption = tr("Whole chip"), .figure = temperature(vitals.temps.socMean)},
                 {.caption = tr("Hottest core"), .figure = temperature(vitals.temps.soc)},
-                {.caption = tr("Power"), .figure = watts(vitals.power.systemWatts)}};
+                powerFigure(hub)};
     const bool hasFans = !vitals.fans.empty();
     return {{.caption = tr("Fans"),
              .figure = hasFans ? toQString(format.rpm(vitals.peakRPM())) : QStringLiteral("—"),
              .unit = hasFans ? tr("rpm") : QString()},
             {.caption = tr("Chip"), .figure = temperature(vitals.temps.soc)},
-            {.caption = tr("Power"), .figure = watts(vitals.power.systemWatts)}};
+            powerFigure(hub)};
 }
 
 } // namespace
@@ -136,7 +169,7 @@ MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settin
     if (measuring == Measuring::done) {
         model.eyebrow = eyebrowModel(verdict);
         model.eyebrow.duration.clear();
-        const bool namesState = !isAtRest(verdict.state) && verdict.suspect.has_value();
+        const bool namesState = !isAtRest(namedLevel(verdict)) && verdict.suspect.has_value();
         model.title = toQString(namesState ? verdict.statePhrase() : verdict.headline);
         if (const QString cause = toQString(verdict.cause); cause != model.title)
             model.cause = cause;
@@ -144,14 +177,11 @@ MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settin
         model.eyebrow = measuringEyebrow();
         model.title = lookingHeadline();
     }
-    if (hub.cooling() == Cooling::passive || hasNothingForDials(hub)) {
-        model.dial = thermalDialFigures(hub);
+    if (showsDial(hub)) {
+        model.dial = dialFigures(hub);
     } else {
         const FanReading* const fan = hardestWorking(hub.vitals().fans);
-        model.rotor =
-            fan != nullptr ? rotorFigures(*fan, verdictHeatStop(verdict), hub.format()) : absentRotorFigures();
-        if (measuring != Measuring::done)
-            model.rotor = withoutVerdict(*model.rotor);
+        model.rotor = fan != nullptr ? rotorFigures(*fan, hub) : absentRotorFigures();
     }
     model.figures = figures(hub);
     if (measuring == Measuring::looking)

@@ -13,7 +13,7 @@
 
 namespace vantoro {
 
-enum class MenuBarVariant : std::uint8_t { fan, thermometer };
+enum class MenuBarVariant : std::uint8_t { fan, thermometer, gauge };
 
 struct MenuBarModel {
     MenuBarVariant variant = MenuBarVariant::fan;
@@ -81,7 +81,7 @@ struct MenuBarPanelModel {
     QString title;
     /// Left out where it would repeat the title.
     QString cause;
-    /// One of the two: the fan that works hardest, or the chip.
+    /// One of the two: the fan that works hardest, or the chip or the processors.
     std::optional<FanRotorFigures> rotor;
     std::optional<ThermalDialFigures> dial;
     std::vector<Figure> figures;

@@ -5,6 +5,7 @@
 #include "Design/Gauges/ThermalDial.h"
 #include "Design/Panel.h"
 #include "Design/TextLabel.h"
+#include "Views/Now/FanList.h"
 #include "Views/Shared/Eyebrow.h"
 
 #include <algorithm>
@@ -25,6 +26,7 @@ constexpr int regularGap = 24;
 constexpr int narrowGap = 16;
 constexpr int smallGap = 8;
 constexpr double peakLineHeight = 22;
+constexpr int dialGap = 40;
 
 static_assert(Dials::ringMargin == FanRotor::ringMargin && Dials::ringMargin == ThermalDial::ringMargin);
 
@@ -64,6 +66,7 @@ void Dials::show(const DialsModel& model) {
     if (model == model_)
         return;
     const bool isOther = model.dial.has_value() != model_.dial.has_value() ||
+                         model.fans.has_value() != model_.fans.has_value() ||
                          model.rotors.size() != model_.rotors.size() || (rotors_.empty() && dial_ == nullptr);
     const bool peakChanged = model.peakFigure != model_.peakFigure;
     const QSize before = sizeHint();
@@ -74,6 +77,8 @@ void Dials::show(const DialsModel& model) {
         rotors_[i]->show(model.rotors[i]);
     if (dial_ != nullptr && model.dial)
         dial_->show(*model.dial);
+    if (fans_ != nullptr && model.fans)
+        fans_->show(*model.fans);
     if (sizeHint() != before)
         updateGeometry();
     if (isOther)
@@ -102,11 +107,15 @@ void Dials::rebuild() {
     for (FanRotor* rotor : rotors_)
         delete rotor;
     rotors_.clear();
-    delete dial_;
-    dial_ = nullptr;
+    delete std::exchange(dial_, nullptr);
+    delete std::exchange(fans_, nullptr);
     if (model_.dial) {
         dial_ = new ThermalDial(look(), dialSize, Tone::window, this);
         dial_->show();
+        if (model_.fans) {
+            fans_ = new FanList(look(), this);
+            connect(fans_, &FanList::moreRequested, this, &Dials::sensorsRequested);
+        }
         return;
     }
     const auto captions = model_.showsSmallRotors() ? FanRotor::Captions::label : FanRotor::Captions::full;
@@ -119,8 +128,10 @@ void Dials::rebuild() {
 
 QSize Dials::sizeWhen(bool narrow) const {
     const QSize margins(2 * ringMargin, 2 * ringMargin);
-    if (model_.dial)
-        return QSize(dialSize, dialSize) + margins;
+    if (model_.dial) {
+        const QSize list = fans_ != nullptr && !narrow ? fans_->sizeHint() + QSize(dialGap, 0) : QSize();
+        return QSize(dialSize + std::max(0, list.width()), std::max(dialSize, list.height())) + margins;
+    }
     const Grid laid = grid(narrow);
     const QSize one = rotorSize(narrow);
     int height = laid.rows * one.height() + (laid.rows - 1) * smallGap;
@@ -140,7 +151,15 @@ Description Dials::describe() {
 
 void Dials::place() {
     if (dial_ != nullptr) {
-        dial_->setGeometry(QRect({0, 0}, dial_->sizeHint()));
+        const auto placeAt = [this](QWidget& part, int left) {
+            const QSize size = part.sizeHint();
+            part.setGeometry(mirrored(QRect(QPoint(left, (height() - size.height()) / 2), size)));
+        };
+        placeAt(*dial_, width() - dial_->sizeHint().width());
+        if (fans_ != nullptr) {
+            placeAt(*fans_, ringMargin);
+            fans_->setVisible(!narrow_);
+        }
         return;
     }
     const Grid laid = grid(narrow_);
@@ -177,12 +196,14 @@ void Dials::themeChanged() {
 namespace {
 
 constexpr int inset = Space::heroInset - Space::windowMargin;
-constexpr int dialGap = 40;
 constexpr int headlineGap = 12;
 constexpr int detailGap = 14;
+constexpr int fanLineGap = 10;
 /// Letters of the largest type reach below their last line.
 constexpr int headlineOverhang = 6;
 constexpr int widestDetail = 640;
+/// Beside a list of fans.
+constexpr int widestText = 508;
 /// Below this width of the window's content the rotors are smaller.
 constexpr int narrowBelow = 940 - 2 * Space::windowMargin;
 
@@ -213,8 +234,10 @@ Hero::Hero(Look& look, QWidget* parent)
     , headline_(new BalancedLabel(look, {{Type::display40, 2}, {Type::display32, 2}, {Type::display26, 3}},
                                   Tone::textPrimary, this))
     , detail_(new BalancedLabel(look, {{Type::lead, 0}}, Tone::textSecondary, this))
+    , fanLine_(new TextLabel(look, Type::small, Tone::textSecondary, this))
     , dials_(new Dials(look, this)) {
     headline_->setHeading(true);
+    connect(dials_, &Dials::sensorsRequested, this, &Hero::sensorsRequested);
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -224,13 +247,15 @@ void Hero::show(const HeroModel& model) {
     if (announcer_.isDue(model.headline, look().clock.now()))
         announce(*headline_, model.headline);
     const bool isSame = model == model_;
-    const bool textsChanged = model.headline != model_.headline || model.detail != model_.detail;
+    const bool textsChanged = model.headline != model_.headline || model.detail != model_.detail ||
+                              model.fanLine.isEmpty() != model_.fanLine.isEmpty();
     const QSize dialsBefore = dials_->sizeHint();
     if (!isSame) {
         model_ = model;
         eyebrow_->show(model.eyebrow);
         headline_->setText(model.headline);
         detail_->setText(model.detail);
+        fanLine_->setText(model.fanLine);
         dials_->setTurning(model.rotorsTurn);
         dials_->show(model.dials);
     }
@@ -259,12 +284,19 @@ bool Hero::noteTextHeight() {
 Hero::Measures Hero::measure(int width) const {
     Measures measures;
     const QSize dials = dials_->sizeWhen(width < narrowBelow) - QSize(2 * Dials::ringMargin, 2 * Dials::ringMargin);
+    const bool listsFans = model_.dials.fans && width >= narrowBelow;
     measures.textWidth = std::max(80, width - 2 * inset - dials.width() - dialGap);
+    if (listsFans)
+        measures.textWidth = std::min(widestText, measures.textWidth);
     measures.headlineHeight = headline_->heightForWidth(measures.textWidth);
     measures.textHeight = eyebrow_->sizeHint().height() + headlineGap + measures.headlineHeight;
     if (!model_.detail.isEmpty()) {
         measures.detailHeight = detail_->heightForWidth(std::min(widestDetail, measures.textWidth));
         measures.textHeight += detailGap + measures.detailHeight;
+    }
+    if (!model_.fanLine.isEmpty() && !listsFans) {
+        measures.fanLineHeight = fanLine_->sizeHint().height();
+        measures.textHeight += fanLineGap + measures.fanLineHeight;
     }
     if (width == roomWidth_)
         measures.textHeight = std::max(measures.textHeight, textRoom_);
@@ -301,6 +333,9 @@ void Hero::place() {
     y += measures.headlineHeight + detailGap;
     detail_->setVisible(!model_.detail.isEmpty());
     detail_->setGeometry(mirrored(QRect(inset, y, std::min(widestDetail, measures.textWidth), measures.detailHeight)));
+    y += model_.detail.isEmpty() ? fanLineGap - detailGap : measures.detailHeight + fanLineGap;
+    fanLine_->setVisible(measures.fanLineHeight > 0);
+    fanLine_->setGeometry(mirrored(QRect(inset, y, measures.textWidth, measures.fanLineHeight)));
     const QSize dials = dials_->sizeHint();
     const QPoint corner(width() - inset + Dials::ringMargin - dials.width(), measures.middle - dials.height() / 2);
     dials_->setGeometry(mirrored(QRect(corner, dials)));

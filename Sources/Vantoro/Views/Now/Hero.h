@@ -8,6 +8,7 @@
 
 namespace vantoro {
 
+class FanList;
 class FanRotor;
 class ThermalDial;
 
@@ -33,6 +34,10 @@ public:
 
     using PaintedWidget::show;
 
+signals:
+    /// To see all fans.
+    void sensorsRequested();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -53,12 +58,14 @@ private:
     DialsModel model_;
     std::vector<FanRotor*> rotors_; // owned by Qt as children
     ThermalDial* dial_ = nullptr;   // owned by Qt as a child
+    FanList* fans_ = nullptr;       // owned by Qt as a child; in a wide window, beside the dial
     bool narrow_ = false;
     bool turning_ = true;
 };
 
 class BalancedLabel;
 class Eyebrow;
+class TextLabel;
 
 /// Stands within the window's margins, 8 points below the control bar and the panel gap above what follows;
 /// grows with its text.
@@ -76,6 +83,10 @@ public:
 
     using PaintedWidget::show;
 
+signals:
+    /// To see all fans.
+    void sensorsRequested();
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
     bool event(QEvent* event) override;
@@ -86,6 +97,7 @@ private:
         int textWidth = 0;
         int headlineHeight = 0;
         int detailHeight = 0;
+        int fanLineHeight = 0;
         int textHeight = 0;
         int middle = 0;
         int height = 0;
@@ -99,6 +111,7 @@ private:
     Eyebrow* eyebrow_; // owned by Qt as children
     BalancedLabel* headline_;
     BalancedLabel* detail_;
+    TextLabel* fanLine_;
     Dials* dials_;
     HeadlineAnnouncer announcer_;
     struct Seen {

@@ -8,123 +8,6 @@
 
 namespace vantoro {
 
-namespace {
-
-/// How fast the wheel of a fan is drawn to turn: twice a second at its ceiling.
-double turnsPerSecond(const FanReading& fan) {
-    constexpr double fastest = 2;
-    return fan.maxRPM > 0 && fan.rpm > 0 ? std::min(fastest, fastest * fan.rpm / fan.maxRPM) : 0;
-}
-
-QString spokenFan(const FanReading& fan) {
-    const QString label = toQString(fan.label());
-    return fan.index <= 1 ? tr("%1 fan").arg(label) : label;
-}
-
-} // namespace
-
-std::optional<double> fanPosition(const FanReading& fan) {
-    const double span = fan.maxRPM - fan.minRPM;
-    if (!(span > 1))
-        return std::nullopt;
-    return std::clamp((fan.rpm - fan.minRPM) / span, 0.0, 1.0);
-}
-
-FanRotorFigures rotorFigures(const FanReading& fan, int heatStop, const Format& format) {
-    FanRotorFigures figures;
-    figures.figure = toQString(format.rpm(fan.rpm));
-    figures.unit = tr("rpm");
-    figures.label = toQString(fan.label());
-    figures.caption = figures.label;
-    figures.position = fanPosition(fan);
-    figures.heatStop = heatStop;
-    figures.turnsPerSecond = turnsPerSecond(fan);
-    figures.spokenName = spokenFan(fan);
-    figures.spokenValue = tr("%1 rpm").arg(figures.figure);
-    if (figures.position) {
-        const QString percent = QString::number(std::lround(*figures.position * 100));
-        figures.caption += QStringLiteral(" · ") + tr("%1%").arg(percent);
-        figures.spokenValue = tr("%1 rpm, %2 percent of its range").arg(figures.figure, percent);
-    }
-    return figures;
-}
-
-FanRotorFigures absentRotorFigures() {
-    FanRotorFigures figures;
-    figures.figure = QStringLiteral("—");
-    figures.spokenName = tr("Fan");
-    figures.spokenValue = tr("no reading");
-    return figures;
-}
-
-FanRotorFigures withoutVerdict(FanRotorFigures figures) {
-    figures.position.reset();
-    figures.heatStop = 0;
-    return figures;
-}
-
-bool hasNothingForDials(const SensorHub& hub) {
-    if (hub.measuring() == Measuring::done)
-        return false;
-    const Temperatures& temps = hub.vitals().temps;
-    return hub.cooling() == Cooling::passive ? !(temps.socMean > 0 || temps.soc > 0) : hub.vitals().fans.empty();
-}
-
-ThermalDialFigures thermalDialFigures(const SensorHub& hub) {
-    if (hasNothingForDials(hub))
-        return {.figure = QStringLiteral("—"),
-                .smallFigure = QStringLiteral("—"),
-                .isEmpty = true,
-                .spokenName = tr("Measuring"),
-                .spokenValue = tr("no reading")};
-    const bool isMeasuring = hub.measuring() != Measuring::done;
-    const Snapshot& snapshot = hub.snapshot();
-    const Temperatures& temps = hub.vitals().temps;
-    const Format& format = hub.format();
-    ThermalDialFigures figures;
-    const QString whole = toQString(format.temperature(temps.socMean));
-    figures.smallFigure = toQString(format.degrees(temps.socMean));
-    figures.figure = figures.smallFigure;
-    figures.figure.remove(u'°');
-    figures.unit = whole.mid(figures.figure.size());
-    figures.caption = tr("whole chip");
-    if (snapshot.chipHeat > 0 && !isMeasuring)
-        figures.position = Snapshot::heatLoad(snapshot.chipHeat);
-    figures.heatStop = isMeasuring ? 0 : verdictHeatStop(hub.verdict());
-    figures.spokenName = tr("Chip heat");
-    QStringList spoken{isMeasuring ? tr("Measuring") : toQString(hub.verdict().stateLabel())};
-    if (temps.socMean > 0)
-        spoken.append(tr("whole chip %1").arg(whole));
-    if (temps.soc > 0) {
-        figures.gapCaption = tr("hottest core");
-        figures.gapFigure = toQString(format.temperature(temps.soc));
-        spoken.append(tr("hottest core %1").arg(figures.gapFigure));
-    }
-    figures.spokenValue = spoken.join(QStringLiteral(", "));
-    return figures;
-}
-
-DialsModel dialsModel(const SensorHub& hub) {
-    DialsModel model;
-    if (hub.cooling() == Cooling::passive || hasNothingForDials(hub)) {
-        model.dial = thermalDialFigures(hub);
-        return model;
-    }
-    const Vitals& vitals = hub.vitals();
-    const int stop = verdictHeatStop(hub.verdict());
-    for (const FanReading& fan : vitals.fans)
-        model.rotors.push_back(hub.measuring() == Measuring::done
-                                   ? rotorFigures(fan, stop, hub.format())
-                                   : withoutVerdict(rotorFigures(fan, stop, hub.format())));
-    if (model.rotors.empty())
-        model.rotors.push_back(absentRotorFigures());
-    if (model.showsSmallRotors()) {
-        model.peakFigure = toQString(hub.format().rpm(vitals.peakRPM()));
-        model.peakUnit = tr("rpm peak");
-    }
-    return model;
-}
-
 QString lookingHeadline() {
     return tr("Looking…");
 }
@@ -137,12 +20,14 @@ HeroModel heroModel(const SensorHub& hub, const Settings& settings) {
                               ? tr("No list of processes has come yet. Vantoro keeps trying.")
                               : tr("Two samples and the first list of processes are needed before anything can be "
                                    "said. That takes about two seconds."),
+                .fanLine = fanLine(hub),
                 .dials = dialsModel(hub),
                 .rotorsTurn = settings.value(Setting::spinRotors)};
     const Verdict& verdict = hub.verdict();
     return {.eyebrow = eyebrowModel(verdict),
             .headline = toQString(verdict.headline),
             .detail = toQString(verdict.detail),
+            .fanLine = fanLine(hub),
             .dials = dialsModel(hub),
             .rotorsTurn = settings.value(Setting::spinRotors)};
 }
@@ -188,10 +73,11 @@ namespace {
 
 constexpr double shownSeconds = 900;
 
-double peak(const std::vector<TimePoint>& points) {
-    double highest = 0;
+/// The top of a scale that reaches to the peak's next ten, and at least so far.
+double scaleTop(const std::vector<TimePoint>& points, double least) {
+    double highest = least;
     for (const TimePoint& point : points)
-        highest = std::max(highest, point.value);
+        highest = std::max(highest, std::ceil(point.value / 10) * 10);
     return highest;
 }
 
@@ -208,11 +94,23 @@ void addFigure(FactModel& fact, const std::string& title, const SensorHub& hub, 
         line.points = hub.series().temp;
         line.least = 30;
     } else if (title == "Power") {
-        line.points = hub.series().power;
+        // Where the whole machine's draw is not known, it is the processors'.
+        line.points = hub.snapshot().power.systemWatts > 0 ? hub.series().power
+                                                           : thinnedSeries(hub.history(), [](const Snapshot& snapshot) {
+                                                                 return snapshot.power.cpuWatts.value_or(0);
+                                                             });
         line.most = powerCeiling(line.points);
+    } else if (title == "GPU" && fact.value.endsWith(u'%')) {
+        line.points =
+            thinnedSeries(hub.history(), [](const Snapshot& snapshot) { return snapshot.gpuPercent.value_or(0); });
     } else if (title == "GPU") {
         line.points = thinnedSeries(hub.history(), [](const Snapshot& snapshot) { return snapshot.power.gpuWatts; });
-        line.most = std::max(10.0, std::ceil(peak(line.points) / 10) * 10);
+        line.most = scaleTop(line.points, 10);
+    } else if (title == "Waiting") {
+        line.points = thinnedSeries(
+            hub.history(), [](const Snapshot& snapshot) { return largestStall(snapshot.stalls).value_or(-1); });
+        line.countsZero = true;
+        line.most = scaleTop(line.points, 40);
     } else if (title == "Memory") {
         line.points = thinnedSeries(hub.history(), [](const Snapshot& snapshot) {
             return std::clamp(DiagnosisEngine::memoryPressure(snapshot.memory), 0.0, 1.0) * 100;
@@ -242,6 +140,10 @@ bool isAwaited(const SensorHub& hub, const std::string& title) {
 
 } // namespace
 
+std::optional<double> largestStall(const StallShares& stalls) {
+    return std::max({stalls.cpu, stalls.memory, stalls.io});
+}
+
 FactsModel factsModel(const SensorHub& hub) {
     const Verdict& verdict = hub.verdict();
     std::optional<UnixSeconds> ramp;
@@ -250,10 +152,12 @@ FactsModel factsModel(const SensorHub& hub) {
     FactsModel model{.title = tr("Facts"), .caption = tr("last 15 minutes"), .facts = {}};
     if (ramp) {
         const QString time = toQString(hub.format().timeOfDay(*ramp));
-        model.caption = (verdict.cooling == Cooling::passive
-                             ? tr("last 15 minutes · dashed line: %1, when the chip began heating up")
-                             : tr("last 15 minutes · dashed line: %1, when the fans began climbing"))
-                            .arg(time);
+        model.caption =
+            (verdict.cooling == Cooling::fans ? tr("last 15 minutes · dashed line: %1, when the fans began climbing")
+             : verdict.cooling == Cooling::load
+                 ? tr("last 15 minutes · dashed line: %1, when the load rose")
+                 : tr("last 15 minutes · dashed line: %1, when the chip began heating up"))
+                .arg(time);
     }
     for (const Factor& factor : verdict.factors) {
         FactModel fact{.symbol = toQString(factor.symbol),

@@ -1,8 +1,8 @@
 // What the Now pane says: the answer at the top with its dials, what can be done, and the facts.
 #pragma once
 
-#include "Design/Gauges/GaugeFigures.h"
 #include "Model/Live/SensorHub.h"
+#include "Views/Now/DialsModel.h"
 #include "Views/Shared/Words.h"
 #include "Views/Suspects/QuitModel.h"
 
@@ -11,42 +11,14 @@
 
 namespace vantoro {
 
-/// The dials beside the verdict: the fans of a machine, or the temperature of one without.
-struct DialsModel {
-    /// One or two fans, or one that stands for none; from three on they are shown small.
-    std::vector<FanRotorFigures> rotors;
-    /// On a machine without fans, in place of the rotors.
-    std::optional<ThermalDialFigures> dial;
-    /// Below three or more rotors: "1,480" and "rpm peak".
-    QString peakFigure;
-    QString peakUnit;
-
-    bool showsSmallRotors() const { return rotors.size() >= 3; }
-
-    bool operator==(const DialsModel&) const = default;
-};
-
-DialsModel dialsModel(const SensorHub& hub);
-
-/// A fan's figures, coloured in this heat stop.
-FanRotorFigures rotorFigures(const FanReading& fan, int heatStop, const Format& format);
-/// The figures of a machine whose fans cannot be read: a wheel that stands still, and no speed.
-FanRotorFigures absentRotorFigures();
-/// Where a fan stands between its limits, 0 to 1; none where they lie no more than 1 rpm apart.
-std::optional<double> fanPosition(const FanReading& fan);
-/// Without its cursor while there is no verdict yet, and a dash alone while nothing has been found.
-ThermalDialFigures thermalDialFigures(const SensorHub& hub);
-/// The same for a fan: its speed, and nothing in a colour.
-FanRotorFigures withoutVerdict(FanRotorFigures figures);
-/// Whether nothing has been found yet that a dial could show.
-bool hasNothingForDials(const SensorHub& hub);
-
 /// The answer at the top: how hard the machine works, why, and what its fans or its chip say.
 struct HeroModel {
     EyebrowModel eyebrow;
     QString headline;
     /// Empty where there is nothing to add.
     QString detail;
+    /// Fans told in one line: those without limits beside rotors, and all where a list has no room.
+    QString fanLine;
     DialsModel dials;
     /// Whether drawn fans are to turn.
     bool rotorsTurn = true;
@@ -122,6 +94,9 @@ struct FactsModel {
 };
 
 FactsModel factsModel(const SensorHub& hub);
+
+/// The largest share of the time in which some work waited; none where the system does not tell.
+std::optional<double> largestStall(const StallShares& stalls);
 
 /// One figure of each snapshot of the last 15 minutes, thinned as the charts are: a run of 240 snapshots or more to
 /// about 120 points.

@@ -112,6 +112,7 @@ NowView::NowView(ViewContext& context, QWidget* parent)
     : View(context, parent), pane_(new ScrollPane(context.look, this)), content_(new NowContent(context.look)) {
     pane_->column()->addWidget(content_);
     pane_->column()->addStretch(1);
+    connect(content_->hero(), &Hero::sensorsRequested, this, &NowView::sensorsRequested);
     const auto ask = [this](std::int32_t pid) { QuitAlert::ask(this->context(), *this, pid); };
     connect(content_->suspects(), &SuspectsPanel::quitRequested, this, ask);
     connect(content_->suspects(), &SuspectsPanel::rowReached, this,

@@ -64,6 +64,8 @@ public:
 
 signals:
     void explainRequested();
+    /// To see every fan, where not all have room.
+    void sensorsRequested();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

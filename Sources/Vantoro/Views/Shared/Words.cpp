@@ -48,7 +48,15 @@ bool installCatalogue(const QLocale& locale, const QStringList& folders) {
     return std::any_of(folders.begin(), folders.end(), holds) && QCoreApplication::installTranslator(catalogue);
 }
 
+StressLevel namedLevel(const Verdict& verdict) {
+    return verdict.cooling != Cooling::load && verdict.speaksOfWork() ? verdict.work : verdict.state;
+}
+
 int verdictHeatStop(const Verdict& verdict) {
+    return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : namedLevel(verdict));
+}
+
+int dialHeatStop(const Verdict& verdict) {
     return static_cast<int>(verdict.severity == Severity::critical ? StressLevel::extreme : verdict.state);
 }
 
@@ -60,7 +68,7 @@ EyebrowModel eyebrowModel(const Verdict& verdict) {
     model.isCritical = verdict.severity == Severity::critical;
     model.spokenValue = model.label;
     if (!verdict.awaitingReading) {
-        model.level = static_cast<int>(verdict.state);
+        model.level = static_cast<int>(namedLevel(verdict));
         model.spokenValue = tr("%1, %2 of 5").arg(model.label).arg(*model.level + 1);
     }
     if (verdict.sustainedFor > shortestMentioned)

@@ -71,7 +71,11 @@ EyebrowModel eyebrowModel(const Verdict& verdict);
 /// While there is no verdict yet.
 EyebrowModel measuringEyebrow();
 
-/// The heat stop of everything that is coloured by the verdict: its level, but the last one when it is critical.
+/// The level that the verdict's label names: of its fans or its heat or, where it speaks of work, of that.
+StressLevel namedLevel(const Verdict& verdict);
+/// The heat stop of everything that is coloured by what the verdict names, but the last one when it is critical.
 int verdictHeatStop(const Verdict& verdict);
+/// The same for what shows the fans, the chip's heat or the busy share themselves.
+int dialHeatStop(const Verdict& verdict);
 
 } // namespace vantoro

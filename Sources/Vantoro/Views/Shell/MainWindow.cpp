@@ -70,6 +70,8 @@ QWidget* MainWindow::view(Pane pane) {
     QWidget*& view = views_.at(place);
     if (view == nullptr) {
         view = panes.at(place).make(context_, content_, [this] { openReport(); });
+        if (const auto* const now = qobject_cast<NowView*>(view))
+            connect(now, &NowView::sensorsRequested, this, [this] { showPane(Pane::sensors); });
         stack_->addWidget(view);
     }
     return view;

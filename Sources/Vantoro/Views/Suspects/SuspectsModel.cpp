@@ -73,7 +73,7 @@ SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group) {
     row.percent = group.stressScore;
     row.figure = toQString(DiagnosisEngine::pct(group.stressScore));
     row.spokenFigure = tr("%1 percent of a core").arg(qRound(group.stressScore));
-    if (!isAtRest(verdict.state) && verdict.suspect && verdict.suspect->key == group.key)
+    if (!isAtRest(namedLevel(verdict)) && verdict.suspect && verdict.suspect->key == group.key)
         row.heatStop = verdictHeatStop(verdict);
     row.offersQuit = offersQuit(hub, whole, note);
     if (const Quitting* const quitting = hub.quits().find(group.key)) {
@@ -104,7 +104,7 @@ QString footer(const SensorHub& hub, const SourceNames& names) {
 SuspectsModel suspectsModel(const SensorHub& hub, const SourceNames& names) {
     SuspectsModel model;
     const bool isMeasuring = hub.measuring() != Measuring::done;
-    model.title = isMeasuring || isAtRest(hub.verdict().state) ? tr("Busiest right now") : tr("Suspects");
+    model.title = isMeasuring || isAtRest(namedLevel(hub.verdict())) ? tr("Busiest right now") : tr("Suspects");
     model.cores = static_cast<int>(hub.cores().size());
     model.expandAction = tr("Expand");
     model.quitAction = tr("Quit…");
