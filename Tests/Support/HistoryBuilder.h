@@ -50,16 +50,34 @@ inline Snapshot fanlessMachine(double chipHeat, std::vector<ProcessSample> proce
         .timestamp = builtNow, .processes = std::move(processes), .cooling = Cooling::passive, .chipHeat = chipHeat};
 }
 
+/// A machine of which neither fans nor temperatures are known, its processors this busy, in per cent.
+inline Snapshot bareMachine(double busyPercent, std::vector<ProcessSample> processes = {}) {
+    return {.timestamp = builtNow,
+            .cpu = {.userPercent = busyPercent, .idlePercent = 100 - busyPercent},
+            .processes = std::move(processes),
+            .cooling = Cooling::load};
+}
+
+/// A machine whose chip is this warm, with a fan that tells its speed only.
+inline Snapshot speedOnlyMachine(double chipHeat, std::vector<ProcessSample> processes = {}) {
+    Snapshot snapshot = fanlessMachine(chipHeat, std::move(processes));
+    snapshot.cooling = Cooling::heat;
+    snapshot.fans = {{.index = 0, .rpm = 1435, .name = "Left"}};
+    return snapshot;
+}
+
 inline Snapshot at(UnixSeconds timestamp, Snapshot snapshot) {
     snapshot.timestamp = timestamp;
     return snapshot;
 }
 
-/// The same machine before anything warmed it: fans at their floor, a cold chip.
+/// The same machine before anything warmed it: fans at their floor, a cold chip; where only work is known, none.
 inline Snapshot atRest(Snapshot snapshot) {
     for (FanReading& fan : snapshot.fans)
         fan.rpm = fan.minRPM;
     snapshot.chipHeat = std::min(snapshot.chipHeat, 30.0);
+    if (snapshot.cooling == Cooling::load)
+        snapshot.cpu = {};
     return snapshot;
 }
 

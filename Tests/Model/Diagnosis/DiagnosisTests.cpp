@@ -20,8 +20,38 @@ TEST(Diagnosis, BandsTheLoad) {
         EXPECT_EQ(DiagnosisEngine::stressLevel(load), state) << load;
     Snapshot both = fanMachine(0.5);
     both.chipHeat = 100;
-    EXPECT_EQ(DiagnosisEngine::load(both, Cooling::fans), 0.5);
-    EXPECT_EQ(DiagnosisEngine::load(both, Cooling::passive), 1);
+    both.cpu.idlePercent = 25;
+    const History history = historyEndingIn(both);
+    const std::size_t newest = history.snapshots().size() - 1;
+    EXPECT_EQ(history.load(newest, Cooling::fans), 0.5);
+    EXPECT_EQ(history.load(newest, Cooling::passive), 1);
+    EXPECT_EQ(history.load(newest, Cooling::heat), 1);
+    EXPECT_EQ(history.load(newest, Cooling::load), 0.75);
+}
+
+TEST(Diagnosis, MemoryIsShortOfWhatCouldBeHad) {
+    constexpr std::uint64_t gigabyte = std::uint64_t{1} << 30U;
+    MemoryLoad memory{.totalBytes = 16 * gigabyte, .wiredBytes = 15 * gigabyte, .swapOutEvents = 9};
+    EXPECT_TRUE(DiagnosisEngine::isMemoryShort(memory));
+    EXPECT_EQ(DiagnosisEngine::memoryText(memory), "");
+    memory.availableBytes = 19 * gigabyte / 2;
+    EXPECT_EQ(DiagnosisEngine::memoryPressure(memory), 1 - 9.5 / 16) << "what was ever swapped out does not count";
+    EXPECT_EQ(DiagnosisEngine::memoryText(memory), "6.5 of 16 GB");
+    memory.availableBytes = 20 * gigabyte;
+    EXPECT_EQ(DiagnosisEngine::memoryText(memory), "0 of 16 GB");
+}
+
+TEST(Diagnosis, TheLargestWaitIsToldAndOnlyWhatIsFelt) {
+    using Stall = DiagnosisEngine::Stall;
+    const auto wordsOf = [](const StallShares& shares) {
+        std::string words;
+        for (const Stall& stall : DiagnosisEngine::stallsOf(shares))
+            words += std::string(stall.waitedFor) + (stall.isFelt ? "! " : " ");
+        return words;
+    };
+    EXPECT_EQ(wordsOf({}), "");
+    EXPECT_EQ(wordsOf({.cpu = 39, .memory = 5, .io = 10}), "the processors the disk! memory! ");
+    EXPECT_EQ(wordsOf({.memory = 0, .io = 0}), "memory the disk ");
 }
 
 TEST(Diagnosis, SeverityFollowsTheStateUnlessHeatPresses) {

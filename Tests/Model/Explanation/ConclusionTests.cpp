@@ -234,6 +234,70 @@ TEST(Conclusions, OnWhatGrewWhenTheRampBegan) {
     expectGolden("conclusions/on-ramps.txt", all.text());
 }
 
+/// The same, in a computer's words.
+History ofLinux(History history) {
+    history.setSystem(SystemKind::gnuLinux);
+    return history;
+}
+
+TEST(Conclusions, InAComputersWords) {
+    constexpr std::uint64_t gigabyte = std::uint64_t{1} << 30U;
+    const MemoryLoad memory{.totalBytes = 16 * gigabyte, .swapOutEvents = 7, .availableBytes = 19 * gigabyte / 2};
+    const Rows make = application(1, "make", 489, 12, commandLine);
+    Scenarios all;
+    const auto add = [&all](const std::string& name, Snapshot newest, int rampSeconds = 10) {
+        all.add(name, ofLinux(historyEndingIn(newest, rampSeconds)));
+    };
+    Snapshot bare = holding(memory, bareMachine(66, make));
+    bare.stalls = {.cpu = 3, .memory = 0, .io = 6};
+    add("nothing known but work", bare, 360);
+    Snapshot stalled = bareMachine(99.7, {process(1, "gzip", 3), process(2, "somed", 8, systemDaemon)});
+    stalled.stalls = {.cpu = 71, .memory = 18, .io = 2};
+    stalled.throttle = {{ThrottleReason::power, ThrottleReason::profile}};
+    add("flat out, waiting, slowed down", stalled, 20);
+    add("busy with nobody to blame", bareMachine(30));
+    add("bare, little to do", holding(memory, bareMachine(10, one("Editor", 80))));
+    add("bare, idle", bareMachine(0));
+    add("bare, under pressure that says nothing", under(serious, bareMachine(0)));
+
+    Snapshot blender = chipAt(88, 81, holding(memory, speedOnlyMachine(81, one("Blender", 1347))));
+    blender.power = {.gpuWatts = 11, .cpuWatts = 142};
+    blender.favoursSpeed = true;
+    add("fans by their speed", blender, 540);
+    blender.fans = {{.index = 0, .rpm = 1840, .name = "CPU fan"},
+                    {.index = 1, .rpm = 2760, .name = "Pump"},
+                    {.index = 2, .rpm = 0, .name = "PSU"},
+                    {.index = 3, .rpm = 980, .name = "Fan 4"},
+                    {.index = 4, .rpm = 700, .name = "Rear"}};
+    blender.throttle = {{ThrottleReason::temperature}};
+    add("five fans, throttling", under(critical, blender));
+    add("hot with nobody to blame", chipAt(75, 70, speedOnlyMachine(70)));
+    add("heat, cool", chipAt(45, 40, speedOnlyMachine(40)));
+    add("heat, no reading", speedOnlyMachine(0, one("Editor")));
+    add("a board without fans", chipAt(97, 84, fanlessMachine(84, one("somed", 90, systemDaemon))));
+    add("a board, under pressure", under(serious, chipAt(60, 45, fanlessMachine(45))));
+
+    Snapshot unfelt = chipAt(92, 85, fanMachine(0.1, make));
+    unfelt.cpu = {.userPercent = 95, .systemPercent = 5, .idlePercent = 0};
+    add("at work, fans near their floor", unfelt);
+    unfelt.processes.clear();
+    add("at work with nobody to blame", unfelt);
+    Snapshot idle = chipAt(45, 40, fanMachine(0));
+    idle.power = {.systemWatts = 11.2, .batteryWatts = 11.2};
+    idle.throttle.emplace();
+    add("on battery, free", idle);
+    idle.power = {.systemWatts = 40, .adapterWatts = 65, .batteryWatts = 24};
+    add("charging", drawing(idle.power, chipAt(60, 50, fanMachine(0.4))));
+    Snapshot card = chipAt(85, 80, fanMachine(0.02));
+    card.power.gpuWatts = 35;
+    add("a card that draws power at rest", card);
+    card = fanMachine(0.5);
+    card.power.gpuWatts = 58;
+    card.gpuPercent = 92;
+    add("a card at work", card);
+    expectGolden("conclusions/of-computers.txt", all.text());
+}
+
 TEST(Conclusions, TellWhereTheLoadIsHeading) {
     const auto trend = [](auto machine, const std::vector<double>& loads) {
         History built;
@@ -250,6 +314,9 @@ TEST(Conclusions, TellWhereTheLoadIsHeading) {
     EXPECT_EQ(trend(fanMachine, {1, 1, 1, 0, 0, 0, 0, 0, 0, 0}), "steady");         // only the last minute counts
     EXPECT_EQ(trend(fanlessMachine, {60, 60, 60, 90, 90, 90}), "heating up");
     EXPECT_EQ(trend(fanlessMachine, {90, 90, 90, 60, 60, 60}), "cooling down");
+    EXPECT_EQ(trend(speedOnlyMachine, {60, 60, 60, 90, 90, 90}), "heating up");
+    EXPECT_EQ(trend(bareMachine, {10, 10, 10, 60, 60, 60}), "getting busier");
+    EXPECT_EQ(trend(bareMachine, {60, 60, 60, 10, 10, 10}), "easing off");
 }
 
 TEST(Conclusions, SayWhatTheyAreBasedOn) {
@@ -278,7 +345,7 @@ TEST(Conclusions, NoMeasurementMakesAConversionUndefined) {
         now.power = {.systemWatts = wild, .adapterWatts = wild, .gpuWatts = wild};
         now.cpu = {.userPercent = wild, .systemPercent = wild, .idlePercent = wild};
         now.memory = {.totalBytes = most, .wiredBytes = most, .compressedBytes = most};
-        for (const Cooling cooling : {Cooling::fans, Cooling::passive}) {
+        for (const Cooling cooling : {Cooling::fans, Cooling::passive, Cooling::heat, Cooling::load}) {
             now.cooling = cooling;
             now.chipHeat = wild;
             EXPECT_GE(conclude(historyEndingIn(now), Format(DefaultFormatContext())).explanation.sections.size(), 3U);

@@ -2,6 +2,7 @@
 
 #include "Support/HistoryBuilder.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace vantoro {
@@ -106,17 +107,36 @@ TEST(History, FindsWhereTheUnbrokenRampBegan) {
     EXPECT_EQ(rampOf({fanlessMachine(66)}), 0);
 }
 
+TEST(History, TheBusyShareIsThatOfTheTenSecondsBefore) {
+    History history;
+    const auto append = [&history](UnixSeconds time, double busyPercent) {
+        history.append(at(time, bareMachine(busyPercent)));
+        return history.busyShare(history.snapshots().size() - 1);
+    };
+    EXPECT_EQ(append(0, 100), 1);
+    EXPECT_EQ(append(4, 20), 0.6);
+    EXPECT_EQ(append(10, 30), 0.5) << "ten seconds are still counted";
+    EXPECT_EQ(append(10.5, 40), 0.3) << "what is older is not";
+    EXPECT_EQ(append(300, -20), 0) << "a gap leaves the newest alone";
+    EXPECT_EQ(append(250, 80), 0.8) << "nor does a clock set back count what is yet to come";
+    EXPECT_EQ(append(251, std::nan("")), 0.4);
+    history.setRetention(3);
+    EXPECT_EQ(history.busyShare(history.snapshots().size() - 1), 0.4) << "a share goes with its snapshot";
+    EXPECT_EQ(history.lastRampStart({}), 250) << "above 22 % without a break";
+}
+
 TEST(History, KnowsTheRampWithoutLookingBackAtAllOfIt) {
     History history;
     history.setRetention(20);
-    const std::vector<Snapshot> kinds{fanMachine(0.5), fanlessMachine(60), fanMachine(0.2), fanlessMachine(90)};
+    const std::vector<Snapshot> kinds{fanMachine(0.5),    fanlessMachine(60), fanMachine(0.2),
+                                      fanlessMachine(90), bareMachine(60),    speedOnlyMachine(90)};
     for (int i = 0; i < 400; ++i) {
         // Long ramps that outlast the retention, short ones, and changes of the threshold in between.
         const bool isMixed = i % 100 < 40;
-        history.append(at(i, isMixed ? kinds[static_cast<std::size_t>(i * 7 / 3 % 4)] : kinds[i < 200 ? 0 : 3]));
+        history.append(at(i, isMixed ? kinds[static_cast<std::size_t>(i * 7 / 3 % 6)] : kinds[i < 200 ? 0 : 3]));
         if (i == 190)
             history.setRetention(5);
-        const double threshold = history.snapshots().back().cooling == Cooling::passive ? 0.22 : 0.18;
+        const double threshold = history.snapshots().back().cooling == Cooling::fans ? 0.18 : 0.22;
         ASSERT_EQ(history.lastRampStart({}), history.lastRampStart(threshold)) << i;
     }
     history.append(at(1000, fanMachine(0.5)));

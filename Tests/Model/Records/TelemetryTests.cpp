@@ -37,6 +37,10 @@ TEST(Telemetry, FanLoadIsThatOfTheHardestWorkingFanWithinItsLimits) {
     EXPECT_EQ(snapshot.peakRPM(), 4000);
     EXPECT_EQ(Vitals::quantising(snapshot).peakRPM(), 4000);
     EXPECT_EQ(Snapshot{}.peakRPM(), 0);
+    FanReading graphics = fan(5000, 0, 0);
+    graphics.name = "Graphics fan";
+    EXPECT_EQ((Snapshot{.fans = {fan(3000, 2000, 6000), graphics}}).peakRPM(), 3000) << "none of the machine's own";
+    EXPECT_EQ((Snapshot{.fans = {graphics}}).peakRPM(), 5000);
 }
 
 TEST(Telemetry, HeatLoadFollowsTheCurve) {

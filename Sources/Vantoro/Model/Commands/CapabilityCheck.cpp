@@ -60,12 +60,12 @@ std::string leftAligned(std::string_view text, std::size_t bytes) {
 
 } // namespace
 
-ProgramTrial canRun(const ProgramCommand& command, std::chrono::milliseconds limit) {
+ProgramTrial canRun(const ProgramCommand& command, std::chrono::milliseconds limit, std::string_view thisMachine) {
     const QFileInfo file(QString::fromStdString(command.program));
     if (!file.exists())
-        return {false, "not present on this Mac"};
+        return {false, fmt::format("not present on {}", thisMachine)};
     if (!file.isExecutable())
-        return {false, "present, but this Mac will not let you execute it"};
+        return {false, fmt::format("present, but {} will not let you execute it", thisMachine)};
 
     QStringList arguments;
     for (const std::string& argument : command.arguments)
@@ -140,9 +140,10 @@ void CapabilityCheck::run() {
 }
 
 void CapabilityCheck::checkSMC() {
-    constexpr std::string_view label = "SMC (fans, temperatures, power)";
+    const SystemWords& words = systemWords(platform_.system);
+    const std::string label = fmt::format("{} (fans, temperatures, power)", words.sensorSource);
     if (smc_open() == 0) {
-        print(label, false, "could not open AppleSMC");
+        print(label, false, words.isMac() ? "could not open AppleSMC" : "none found");
         return;
     }
     const std::uint32_t keyCount = smc_key_count();
@@ -156,7 +157,7 @@ void CapabilityCheck::checkSMC() {
     const bool knowsFans = !mayNotKnow || fanCount > 0 || reader.reportsNoFans();
     const bool knowsChip = !mayNotKnow || temperatures.soc != 0;
     if (keyCount == 0)
-        print(label, false, "no keys returned");
+        print(label, false, words.isMac() ? "no keys returned" : "none found");
     else
         print(label, true,
               fmt::format("{} keys · {} · chip {}", keyCount, knowsFans ? fanText(fanCount) : "fans unknown",
@@ -166,7 +167,8 @@ void CapabilityCheck::checkSMC() {
 void CapabilityCheck::checkGPU() {
     double joules = 0;
     const bool ok = ior_init() != 0 && ior_gpu_energy_joules(&joules) != 0;
-    print("IOReport (GPU wattage)", ok, ok ? "energy counter reading" : "unavailable on this machine");
+    print(fmt::format("{} (GPU wattage)", systemWords(platform_.system).reportSource), ok,
+          ok ? "energy counter reading" : "unavailable on this machine");
 }
 
 void CapabilityCheck::checkCores() {
@@ -178,24 +180,33 @@ void CapabilityCheck::checkCores() {
     print("Per-core load and frequency", ok,
           ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
                            monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
-             : "host_processor_info returned nothing");
+          : systemWords(platform_.system).isMac() ? "host_processor_info returned nothing"
+                                                  : "the kernel named no processors");
 }
 
 void CapabilityCheck::checkPrivilegedProcessSources() {
     // A platform without a stream is one whose programs are not present.
     const ProcessStream* const stream = platform_.processStream.get();
-    const ProgramTrial top = canRun(stream != nullptr ? stream->trial() : ProgramCommand{}, options_.programLimit);
+    const SystemWords& words = systemWords(platform_.system);
+    const ProgramTrial top =
+        canRun(stream != nullptr ? stream->trial() : ProgramCommand{}, options_.programLimit, words.thisMachine);
     print(fmt::format("{} (every process)", stream != nullptr ? stream->streamName() : "top"), top.ok, top.detail);
-    const ProgramTrial paths = canRun(stream != nullptr ? stream->pathList() : ProgramCommand{}, options_.programLimit);
+    const ProgramTrial paths =
+        canRun(stream != nullptr ? stream->pathList() : ProgramCommand{}, options_.programLimit, words.thisMachine);
     print(fmt::format("{} (full process paths)", stream != nullptr ? stream->pathListName() : "ps"), paths.ok,
           paths.detail);
     if (top.ok && paths.ok)
         return;
     options_.print("");
-    options_.print("  ↳ These are the only privileged things Vantoro uses, and");
-    options_.print("    both ship setuid-root. A refusal here is this Mac's");
-    options_.print("    management policy, not a fault in the app — it falls");
-    options_.print("    back to the syscalls below on its own.");
+    if (words.isMac()) {
+        options_.print("  ↳ These are the only privileged things Vantoro uses, and");
+        options_.print("    both ship setuid-root. A refusal here is this Mac's");
+        options_.print("    management policy, not a fault in the app — it falls");
+        options_.print("    back to the syscalls below on its own.");
+    } else {
+        options_.print("  ↳ Both come with Vantoro. Where one is missing or may not");
+        options_.print("    run, it falls back to the syscalls below on its own.");
+    }
 }
 
 void CapabilityCheck::checkUnprivilegedProcesses() {

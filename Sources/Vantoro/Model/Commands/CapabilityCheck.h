@@ -23,7 +23,8 @@ struct ProgramTrial {
 };
 
 /// Runs the program to its end, or ends it at the limit. Needs no event loop.
-ProgramTrial canRun(const ProgramCommand& command, std::chrono::milliseconds limit);
+ProgramTrial canRun(const ProgramCommand& command, std::chrono::milliseconds limit,
+                    std::string_view thisMachine = "this Mac");
 
 /// Exercises every source once. Lives on the main thread, which must have a Qt application; the devices' functions must
 /// have been told to use the same platform.

@@ -140,6 +140,7 @@ int explainRecording(const CommandLine& line, const Format& format) {
         complain(result.error->text(*line.replayFile));
         return recordingFault;
     }
+    history.setSystem(result.header.system.value_or(SystemKind::macos));
     if (result.warning)
         complain(result.warning->text(*line.replayFile));
     return print(line, history, conclude(history, format));

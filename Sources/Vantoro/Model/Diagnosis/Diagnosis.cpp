@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <fmt/format.h>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -38,26 +40,80 @@ Factor chipFactor(double celsius) {
     return {"thermometer.medium", "Chip", fmt::format("{} °C", truncated(celsius)), detail};
 }
 
-std::vector<Factor> factorsOf(const Snapshot& now) {
+/// What a graphics processor's watts say depends on the card; its busy share does not.
+std::optional<Factor> graphicsFactor(const Snapshot& now, bool isMac) {
+    const double watts = now.power.gpuWatts;
+    const bool isDrawing = watts > 0.2;
+    if (!isDrawing && !(now.gpuPercent.value_or(0) >= 1))
+        return std::nullopt;
+    const std::string busy = now.gpuPercent ? fmt::format("{}% busy", truncated(*now.gpuPercent)) : "";
+    if (!isDrawing)
+        return Factor{"cube.transparent", "GPU", DiagnosisEngine::pct(*now.gpuPercent), "Busy share"};
+    const double realLoad = isMac ? 8.0 : 40.0;
+    return Factor{"cube.transparent", "GPU", fmt::format("{:.1f} W", watts),
+                  !busy.empty()      ? busy
+                  : watts > realLoad ? "Under real graphics load"
+                                     : "Light graphics activity"};
+}
+
+std::optional<Factor> powerFactor(const PowerReading& power, bool isMac) {
+    constexpr double leastShown = 0.5; // less would read "0 W"
+    if (power.systemWatts > (isMac ? 0 : leastShown))
+        return Factor{"bolt.fill", "Power", fmt::format("{:.0f} W", power.systemWatts), "Whole-machine draw"};
+    if (power.cpuWatts.value_or(0) > leastShown)
+        return Factor{"bolt.fill", "Power", fmt::format("{:.0f} W", *power.cpuWatts), "Processor package"};
+    return std::nullopt;
+}
+
+std::optional<Factor> memoryFactor(const MemoryLoad& memory, bool isMac) {
+    if (!isMac && memory.totalBytes == 0)
+        return std::nullopt;
+    const double pressure = std::clamp(DiagnosisEngine::memoryPressure(memory), 0.0, 1.0);
+    std::string detail = DiagnosisEngine::memoryText(memory);
+    if (detail.empty())
+        detail = memory.swapOutEvents != 0 ? "Has swapped to disk" : "Pressure";
+    return Factor{"memorychip", "Memory", fmt::format("{}%", truncated(pressure * 100)), std::move(detail)};
+}
+
+std::optional<Factor> thermalFactor(const Snapshot& now, SystemKind system) {
+    if (now.thermalPressure == ThermalPressure::nominal)
+        return std::nullopt;
+    const char* const detail = now.thermalPressure == ThermalPressure::fair   ? "Being watched"
+                               : DiagnosisEngine::isSlowedByHeat(now, system) ? "Throttling now"
+                                                                              : "Close to its limit";
+    return Factor{"exclamationmark.triangle.fill", "Thermal", std::string(DiagnosisEngine::title(now.thermalPressure)),
+                  detail};
+}
+
+std::optional<Factor> waitingFactor(const StallShares& stalls, bool isSpokenOfAnyway) {
+    const auto waited = DiagnosisEngine::stallsOf(stalls);
+    if (waited.empty() || !(waited.front().isFelt || isSpokenOfAnyway))
+        return std::nullopt;
+    return Factor{"hourglass", "Waiting", DiagnosisEngine::pct(waited.front().percent),
+                  fmt::format("Of the time, for {}", waited.front().waitedFor)};
+}
+
+/// What is known, and nothing else; where neither fans nor temperature are, heat has no place.
+std::vector<Factor> factorsOf(const Snapshot& now, SystemKind system) {
+    constexpr std::size_t mostFactors = 6;
+    const bool isMac = system == SystemKind::macos;
+    const bool isOfWork = now.cooling == Cooling::load;
     const double busy = std::clamp(DiagnosisEngine::busyPercent(now.cpu), 0.0, 100.0);
-    const double pressure = std::clamp(DiagnosisEngine::memoryPressure(now.memory), 0.0, 1.0);
-    std::vector<Factor> factors;
-    factors.push_back(
+    std::vector<Factor> factors{
         {"cpu", "CPU", fmt::format("{}%", truncated(busy)),
-         fmt::format("{}% apps · {}% system", truncated(now.cpu.userPercent), truncated(now.cpu.systemPercent))});
-    if (now.power.gpuWatts > 0.2)
-        factors.push_back({"cube.transparent", "GPU", fmt::format("{:.1f} W", now.power.gpuWatts),
-                           now.power.gpuWatts > 8.0 ? "Under real graphics load" : "Light graphics activity"});
-    if (now.temps.soc > 0)
-        factors.push_back(chipFactor(now.temps.soc));
-    if (now.power.systemWatts > 0)
-        factors.push_back({"bolt.fill", "Power", fmt::format("{:.0f} W", now.power.systemWatts), "Whole-machine draw"});
-    factors.push_back({"memorychip", "Memory", fmt::format("{}%", truncated(pressure * 100)),
-                       now.memory.swapOutEvents != 0 ? "Has swapped to disk" : "Pressure"});
-    if (now.thermalPressure != ThermalPressure::nominal)
-        factors.push_back({"exclamationmark.triangle.fill", "Thermal",
-                           std::string(DiagnosisEngine::title(now.thermalPressure)),
-                           now.thermalPressure == ThermalPressure::fair ? "Being watched" : "Throttling now"});
+         fmt::format("{}% apps · {}% system", truncated(now.cpu.userPercent), truncated(now.cpu.systemPercent))}};
+    const auto add = [&factors](std::optional<Factor> factor) {
+        if (factor && factors.size() < mostFactors)
+            factors.push_back(std::move(*factor));
+    };
+    add(graphicsFactor(now, isMac));
+    if (now.temps.soc > 0 && !isOfWork)
+        add(chipFactor(now.temps.soc));
+    add(powerFactor(now.power, isMac));
+    add(memoryFactor(now.memory, isMac));
+    if (!isOfWork)
+        add(thermalFactor(now, system));
+    add(waitingFactor(now.stalls, isOfWork));
     return factors;
 }
 
@@ -73,14 +129,18 @@ void blame(Verdict& verdict, std::vector<ProcessGroup> causes) {
 
 Verdict DiagnosisEngine::evaluate(const History& history, const Format& format) {
     Verdict verdict;
+    verdict.system = history.system();
     if (history.snapshots().empty())
         return verdict;
     const Snapshot& now = history.snapshots().back();
-    verdict.state = stressLevel(load(now, now.cooling));
+    const std::size_t newest = history.snapshots().size() - 1;
+    verdict.load = history.load(newest, now.cooling);
+    verdict.state = stressLevel(verdict.load);
+    verdict.work = stressLevel(history.busyShare(newest));
     verdict.cooling = now.cooling;
-    verdict.awaitingReading = now.cooling == Cooling::passive && now.chipHeat <= 0;
+    verdict.awaitingReading = isJudgedByHeat(now.cooling) && now.chipHeat <= 0;
     verdict.severity = severityOf(verdict.state, now);
-    verdict.factors = factorsOf(now);
+    verdict.factors = factorsOf(now, verdict.system);
     if (const auto rampStart = history.lastRampStart(std::nullopt))
         verdict.sustainedFor = now.timestamp - *rampStart;
     std::vector<ProcessGroup> culprits = causes(history, leastCauseCPU);
@@ -90,16 +150,19 @@ Verdict DiagnosisEngine::evaluate(const History& history, const Format& format) 
     return verdict;
 }
 
+Verdict DiagnosisEngine::atStart(const Snapshot& snapshot, SystemKind system) {
+    Verdict verdict{.cooling = snapshot.cooling, .system = system};
+    verdict.awaitingReading = isJudgedByHeat(snapshot.cooling) && snapshot.chipHeat <= 0;
+    verdict.headline = verdict.awaitingReading ? "Waiting for the chip" : restHeadline(verdict, snapshot);
+    return verdict;
+}
+
 std::vector<ProcessGroup> DiagnosisEngine::causes(const History& history, double leastCPU) {
     constexpr double lagSeconds = 15;
     constexpr double spanSeconds = 75;
     std::vector<ProcessGroup> groups = History::group(History::aggregate(history.causeWindow(lagSeconds, spanSeconds)));
     std::erase_if(groups, [leastCPU](const ProcessGroup& group) { return !(group.totalCPU >= leastCPU); });
     return groups;
-}
-
-double DiagnosisEngine::load(const Snapshot& snapshot, Cooling cooling) {
-    return cooling == Cooling::passive ? Snapshot::heatLoad(snapshot.chipHeat) : snapshot.fanLoad();
 }
 
 StressLevel DiagnosisEngine::stressLevel(double load) {
@@ -115,6 +178,8 @@ double DiagnosisEngine::busyPercent(const CPULoad& cpu) {
 double DiagnosisEngine::memoryPressure(const MemoryLoad& memory) {
     if (memory.totalBytes == 0)
         return 0;
+    if (memory.availableBytes)
+        return 1 - static_cast<double>(*memory.availableBytes) / static_cast<double>(memory.totalBytes);
     constexpr double swapSurcharge = 0.15;
     const double held = static_cast<double>(memory.wiredBytes) + static_cast<double>(memory.compressedBytes);
     return held / static_cast<double>(memory.totalBytes) + (memory.swapOutEvents != 0 ? swapSurcharge : 0);
@@ -124,8 +189,49 @@ bool DiagnosisEngine::isMemoryShort(const MemoryLoad& memory) {
     return memoryPressure(memory) > 0.75;
 }
 
+std::string DiagnosisEngine::memoryText(const MemoryLoad& memory) {
+    if (memory.totalBytes == 0 || !memory.availableBytes)
+        return {};
+    const auto figure = [](std::uint64_t bytes) {
+        std::string text = fmt::format("{:.1f}", static_cast<double>(bytes) / (1024.0 * 1024 * 1024));
+        return text.ends_with(".0") ? text.substr(0, text.size() - 2) : text;
+    };
+    const std::uint64_t taken = memory.totalBytes - std::min(*memory.availableBytes, memory.totalBytes);
+    return fmt::format("{} of {} GB", figure(taken), figure(memory.totalBytes));
+}
+
 bool DiagnosisEngine::isThrottling(ThermalPressure pressure) {
     return pressure >= ThermalPressure::serious;
+}
+
+bool DiagnosisEngine::isSlowedByHeat(const Snapshot& snapshot, SystemKind system) {
+    if (snapshot.throttle)
+        return std::ranges::count(*snapshot.throttle, ThrottleReason::temperature) > 0;
+    return system == SystemKind::macos && isThrottling(snapshot.thermalPressure);
+}
+
+bool DiagnosisEngine::isChargingFast(const Snapshot& snapshot, SystemKind system) {
+    constexpr double fastWatts = 15;
+    return snapshot.power.adapterWatts > 60 &&
+           (system == SystemKind::macos || std::abs(snapshot.power.batteryWatts) >= fastWatts);
+}
+
+std::vector<DiagnosisEngine::Stall> DiagnosisEngine::stallsOf(const StallShares& shares) {
+    struct Kind {
+        std::optional<double> StallShares::*percent;
+        std::string_view waitedFor;
+        /// A queue for the processors is what a busy machine has; a wait for memory is felt long before.
+        double feltPercent;
+    };
+    static constexpr std::array<Kind, 3> kinds{{{&StallShares::memory, "memory", 5},
+                                                {&StallShares::io, "the disk", 10},
+                                                {&StallShares::cpu, "the processors", 40}}};
+    std::vector<Stall> stalls;
+    for (const auto& [percent, waitedFor, feltPercent] : kinds)
+        if (const std::optional<double> share = shares.*percent)
+            stalls.push_back({waitedFor, *share, *share >= feltPercent});
+    std::ranges::stable_sort(stalls, std::greater{}, &Stall::percent);
+    return stalls;
 }
 
 std::string_view DiagnosisEngine::title(ThermalPressure pressure) {

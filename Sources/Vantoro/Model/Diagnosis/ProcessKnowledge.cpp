@@ -183,20 +183,4 @@ std::string friendlyName(std::string_view displayName) {
     return note != nullptr ? note->friendly : std::string(displayName);
 }
 
-std::string_view kindPhrase(ProcessKind kind) {
-    switch (kind) {
-    case ProcessKind::userApp:
-        return "an app you opened";
-    case ProcessKind::helper:
-        return "a helper of an app you opened";
-    case ProcessKind::commandLine:
-        return "command-line work";
-    case ProcessKind::systemDaemon:
-        return "a macOS background service";
-    case ProcessKind::kernel:
-        break;
-    }
-    return "the kernel";
-}
-
 } // namespace vantoro

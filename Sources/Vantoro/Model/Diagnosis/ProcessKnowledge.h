@@ -51,7 +51,4 @@ struct ProcessKnowledge {
 std::string friendlyName(const ProcessGroup& group, SystemKind system);
 std::string friendlyName(std::string_view displayName);
 
-/// What a kind of process is in plain words, "an app you opened".
-std::string_view kindPhrase(ProcessKind kind);
-
 } // namespace vantoro

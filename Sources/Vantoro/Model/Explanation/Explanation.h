@@ -51,6 +51,10 @@ struct LocalExplainer {
                                const Format& format);
 };
 
+/// "Where things stand": the condition in a paragraph and the figures behind it, those that this machine has.
+Explanation::Section stateSection(const History& history, const Verdict& verdict, const Snapshot& now,
+                                  const Format& format);
+
 /// "Is this normal?"
 Explanation::Section normalitySection(const Verdict& verdict, const Snapshot& now, const Format& format);
 

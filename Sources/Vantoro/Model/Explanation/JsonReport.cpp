@@ -57,11 +57,11 @@ Json listJson(const std::vector<Element>& list, ToJson elementJson) {
     return array;
 }
 
-Json groupJson(const ProcessGroup& group) {
+Json groupJson(const ProcessGroup& group, SystemKind system) {
     Json object = Json::object();
     object["key"] = group.key;
     object["displayName"] = group.displayName;
-    object["friendlyName"] = friendlyName(group.displayName);
+    object["friendlyName"] = friendlyName(group, system);
     object["owningAppPath"] = toJson(group.owningAppPath);
     object["kind"] = toJson(group.kind);
     object["user"] = group.user;
@@ -72,6 +72,10 @@ Json groupJson(const ProcessGroup& group) {
     object["stressScore"] = toJson(group.stressScore);
     object["members"] = listJson(group.members, memberJson);
     return object;
+}
+
+auto inWordsOf(SystemKind system) {
+    return [system](const ProcessGroup& group) { return groupJson(group, system); };
 }
 
 Json factorJson(const Factor& factor) {
@@ -102,8 +106,8 @@ Json verdictJson(const Verdict& verdict) {
     object["detail"] = verdict.detail;
     object["cause"] = verdict.cause;
     object["sustainedFor"] = toJson(verdict.sustainedFor);
-    object["suspect"] = verdict.suspect ? groupJson(*verdict.suspect) : Json(nullptr);
-    object["runnersUp"] = listJson(verdict.runnersUp, groupJson);
+    object["suspect"] = verdict.suspect ? groupJson(*verdict.suspect, verdict.system) : Json(nullptr);
+    object["runnersUp"] = listJson(verdict.runnersUp, inWordsOf(verdict.system));
     object["factors"] = listJson(verdict.factors, factorJson);
     object["advice"] = listJson(verdict.advice, adviceJson);
     return object;
@@ -175,7 +179,7 @@ std::string jsonReport(const History& history, const Verdict& verdict, const std
     Json report = Json::object();
     report["vitals"] = vitalsJson(history.snapshots().empty() ? Snapshot{} : history.snapshots().back());
     report["verdict"] = verdictJson(verdict);
-    report["suspects"] = listJson(suspects, groupJson);
+    report["suspects"] = listJson(suspects, inWordsOf(history.system()));
     report["explanation"] = explanationJson(explanation);
     report["series"] = seriesJson(series);
     return escapedForTerminal(jsonText(report));

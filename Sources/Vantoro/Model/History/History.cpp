@@ -11,7 +11,7 @@ namespace vantoro {
 
 namespace {
 
-constexpr double busyPercent = 25;
+constexpr double busyProcessPercent = 25;
 constexpr double sustainedWeight = 45;
 constexpr double peakWeight = 0.05;
 constexpr double energyWeight = 0.35;
@@ -20,12 +20,13 @@ bool isBusier(const ProcessSample& a, const ProcessSample& b) {
     return a.cpuPercent > b.cpuPercent;
 }
 
-double load(const Snapshot& snapshot) {
-    return snapshot.cooling == Cooling::passive ? Snapshot::heatLoad(snapshot.chipHeat) : snapshot.fanLoad();
+double rampThreshold(Cooling cooling) {
+    return cooling == Cooling::fans ? 0.18 : 0.22;
 }
 
-double rampThreshold(Cooling cooling) {
-    return cooling == Cooling::passive ? 0.22 : 0.18;
+double busyPercent(const Snapshot& snapshot) {
+    const double percent = 100 - snapshot.cpu.idlePercent;
+    return percent > 0 ? std::min(percent, 100.0) : 0; // not a number is nothing
 }
 
 } // namespace
@@ -43,11 +44,13 @@ void History::append(Snapshot snapshot) {
     snapshot.fans.shrink_to_fit();
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
-    const double threshold = rampThreshold(snapshots_.back().cooling);
+    busyShares_.push_back(newestBusyShare());
+    const Cooling cooling = snapshots_.back().cooling;
+    const double threshold = rampThreshold(cooling);
     if (threshold != std::exchange(rampThreshold_, threshold))
         rampLength_ = countAbove(threshold);
     else
-        rampLength_ = load(snapshots_.back()) > threshold ? rampLength_ + 1 : 0;
+        rampLength_ = load(snapshots_.size() - 1, cooling) > threshold ? rampLength_ + 1 : 0;
     if (snapshots_.front().timestamp < cutoff)
         dropBefore(cutoff);
 }
@@ -59,15 +62,44 @@ void History::setRetention(double seconds) {
 }
 
 void History::dropBefore(UnixSeconds cutoff) {
-    while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff)
+    while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff) {
         snapshots_.pop_front();
+        busyShares_.pop_front();
+    }
     rampLength_ = std::min(rampLength_, snapshots_.size());
 }
 
 std::size_t History::countAbove(double threshold) const {
-    const auto end = std::find_if(snapshots_.rbegin(), snapshots_.rend(),
-                                  [threshold](const Snapshot& snapshot) { return !(load(snapshot) > threshold); });
-    return static_cast<std::size_t>(end - snapshots_.rbegin());
+    std::size_t index = snapshots_.size();
+    while (index > 0 && load(index - 1, snapshots_[index - 1].cooling) > threshold)
+        --index;
+    return snapshots_.size() - index;
+}
+
+double History::newestBusyShare() const {
+    constexpr double seconds = 10;
+    const UnixSeconds now = snapshots_.back().timestamp;
+    double percent = 0;
+    std::size_t count = 0;
+    for (auto each = snapshots_.rbegin(); each != snapshots_.rend() && std::abs(now - each->timestamp) <= seconds;
+         ++each) {
+        percent += busyPercent(*each);
+        ++count;
+    }
+    return count > 0 ? percent / 100 / static_cast<double>(count) : 0;
+}
+
+double History::load(std::size_t index, Cooling cooling) const {
+    switch (cooling) {
+    case Cooling::fans:
+        return snapshots_[index].fanLoad();
+    case Cooling::passive:
+    case Cooling::heat:
+        return Snapshot::heatLoad(snapshots_[index].chipHeat);
+    case Cooling::load:
+        break;
+    }
+    return busyShares_[index];
 }
 
 std::size_t History::firstIndex(UnixSeconds atOrAfter) const {
@@ -132,7 +164,7 @@ std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
             entry.totalEnergy += sample.energyImpact;
             entry.peakMemory = std::max(entry.peakMemory, sample.memoryBytes);
             entry.samples += 1;
-            if (sample.cpuPercent >= busyPercent)
+            if (sample.cpuPercent >= busyProcessPercent)
                 entry.busySamples += 1;
             entry.lastSeen = snapshot.timestamp;
             // Nearly every sample shares its identity with the one before: only a change is worth copying texts for.
@@ -215,7 +247,7 @@ ChartSeries chartSeries(const History& history) {
         const Snapshot& snapshot = run[i];
         const UnixSeconds time = snapshot.timestamp;
         series.fan.push_back({time, snapshot.fanLoad() * 100});
-        series.cpu.push_back({time, std::clamp(100 - snapshot.cpu.idlePercent, 0.0, 100.0)});
+        series.cpu.push_back({time, busyPercent(snapshot)});
         series.temp.push_back({time, snapshot.temps.soc});
         series.chip.push_back({time, snapshot.temps.socMean});
         series.power.push_back({time, snapshot.power.systemWatts});

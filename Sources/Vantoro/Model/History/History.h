@@ -42,6 +42,10 @@ public:
     const std::deque<Snapshot>& snapshots() const { return snapshots_; }
     double retentionSeconds() const { return retentionSeconds_; }
 
+    /// Whose machine was measured; a Mac unless told.
+    SystemKind system() const { return system_; }
+    void setSystem(SystemKind system) { system_ = system; }
+
     /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
     /// is older than the retention.
     void append(Snapshot snapshot);
@@ -62,9 +66,16 @@ public:
     /// or, when no process row falls in there, all of the last `span` seconds.
     SnapshotRun causeWindow(double lag, double span) const;
 
+    /// The share of the processors' time that was not idle, 0 to 1: the mean of the snapshots of the ten seconds up to
+    /// the one at this place.
+    double busyShare(std::size_t index) const { return busyShares_[index]; }
+    /// How hard a machine cooled this way worked at the snapshot at this place, 0 to 1: its fan load, the heat load of
+    /// its smoothed chip temperature, or its busy share.
+    double load(std::size_t index, Cooling cooling) const;
+
     /// When the unbroken run of snapshots above the threshold that reaches up to now began; none when the newest is not
-    /// above it. The measure is the heat load of a fanless machine, the fan load of any other; without a threshold it
-    /// is 0.22 or 0.18 in turn.
+    /// above it. Each snapshot is measured by the load that its own cooling goes by; without a threshold it is 0.18 of
+    /// the fan load, 0.22 of any other.
     std::optional<UnixSeconds> lastRampStart(std::optional<double> threshold) const;
 
     /// Per process over the window, highest stress score first.
@@ -78,8 +89,12 @@ private:
     void dropBefore(UnixSeconds cutoff);
     SnapshotRun run(std::size_t from, std::size_t to) const;
     std::size_t countAbove(double threshold) const;
+    double newestBusyShare() const;
 
     std::deque<Snapshot> snapshots_;
+    /// One for each of them.
+    std::deque<double> busyShares_;
+    SystemKind system_ = SystemKind::macos;
     double retentionSeconds_ = defaultRetentionSeconds;
     /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,
     /// since every evaluation asks and a machine that stays warm would have all of the history walked through each

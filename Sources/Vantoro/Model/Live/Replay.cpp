@@ -32,7 +32,8 @@ RecordingResult readWhole(const std::string& path) {
 Replay::Replay(SensorHub& hub, const std::string& path) : hub_(hub), result_(readWhole(path)) {
     if (result_.error)
         return;
-    hub_.beginReplay(result_.header.machine, result_.header.processors);
+    hub_.beginReplay(result_.header.machine, result_.header.processors,
+                     result_.header.system.value_or(SystemKind::macos));
     reader_.emplace(path);
     next_ = reader_->next();
     timer_.setSingleShot(true);

@@ -78,30 +78,27 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , formatContext_(settings)
     , format_(formatContext_)
     , motion_(formatContext_)
-    , cooling_(foundCooling())
     , processes_(
           platform,
           [this] {
               return ProcessMonitor::mode(environment_.processMode, settings_.value(Setting::processMonitorMode));
           },
           environment_.processTiming)
-    , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic))
-    , system_(platform.system) {
+    , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic)) {
+    history_.setSystem(platform.system);
     connect(&settings_, &Settings::changed, this, &SensorHub::settingChanged);
     snapshot_ = measure(environment_.now());
     vitals_ = Vitals::quantising(snapshot_);
-    verdict_.cooling = cooling_;
-    if (cooling_ == Cooling::passive) {
-        verdict_.awaitingReading = snapshot_.chipHeat <= 0;
-        verdict_.headline = verdict_.awaitingReading ? "Waiting for the chip" : "All cool";
-    }
+    verdict_ = DiagnosisEngine::atStart(snapshot_, platform.system);
 }
 
 SensorHub::~SensorHub() = default;
 
-// Sensors that cannot be opened say nothing about the machine: it is not taken for a fanless one.
+// Sensors that cannot be opened say nothing about the machine: a Mac is not taken for a fanless one.
 Cooling SensorHub::foundCooling() const {
-    return hasOpenSensors() ? sources_.sensors->cooling() : Cooling::fans;
+    if (hasOpenSensors())
+        return sources_.sensors->cooling();
+    return words().isMac() ? Cooling::fans : Cooling::load;
 }
 
 void SensorHub::start() {
@@ -198,17 +195,21 @@ ThermalPressure SensorHub::readThermalPressure() const {
 }
 
 Snapshot SensorHub::measure(UnixSeconds now) {
-    Snapshot snapshot{.timestamp = now, .cpu = latestSystem_.cpu, .memory = latestSystem_.memory, .cooling = cooling_};
+    Snapshot snapshot{.timestamp = now, .cpu = latestSystem_.cpu, .memory = latestSystem_.memory};
     if (hasOpenSensors()) {
         snapshot.fans = sources_.sensors->readFans();
         snapshot.temps = sources_.sensors->readTemperatures();
         snapshot.power = sources_.sensors->readPower();
     }
+    // After the readings: what they found decides what can be told.
+    cooling_ = foundCooling();
+    snapshot.cooling = cooling_;
     snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
     readStrain(snapshot);
     snapshot.processes = latestProcesses_;
-    snapshot.chipHeat = heat_.smoothed(now, snapshot.temps.soc);
+    const double smoothed = heat_.smoothed(now, snapshot.temps.soc);
+    snapshot.chipHeat = cooling_ == Cooling::load ? 0 : smoothed;
     return snapshot;
 }
 
@@ -253,8 +254,11 @@ void SensorHub::tickUnlessJustDone() {
     appendAndPublish(measure(now));
 }
 
-void SensorHub::beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors) {
+void SensorHub::beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors,
+                            SystemKind system) {
     isReplay_ = true;
+    history_.setSystem(system);
+    verdict_.system = system;
     // A recording's process numbers are anybody's by now.
     quits_->disable();
     machineName_ = machineName;
@@ -265,6 +269,10 @@ void SensorHub::accept(Snapshot snapshot) {
     const Transaction transaction(*this);
     cooling_ = snapshot.cooling;
     takeSingleReadings(snapshot);
+    // A recording holds no names of fans.
+    if (!words().isMac())
+        for (FanReading& fan : snapshot.fans)
+            fan.name = fan.label(words().kind);
     if (!snapshot.fans.empty() || snapshot.temps != Temperatures())
         assignSensorsAvailable(true);
     assignProcessesReady();
@@ -346,7 +354,7 @@ void SensorHub::rebuildSeries() {
 const std::string& SensorHub::machineName() const {
     if (!machineName_)
         machineName_ = vantoro::machineName(machine_ ? machine_->modelIdentifier() : std::nullopt,
-                                            machine_ ? machine_->processorBrand() : std::nullopt);
+                                            machine_ ? machine_->processorBrand() : std::nullopt, words().kind);
     return *machineName_;
 }
 
@@ -355,10 +363,11 @@ std::string SensorHub::sensorSummary() const {
         const Temperatures& temps = snapshot_.temps;
         const auto recorded = std::ranges::count_if(
             temperatureFigures, [&temps](const TemperatureFigure& figure) { return temps.*figure.celsius > 0; });
-        return vantoro::sensorSummary(cooling_, static_cast<int>(snapshot_.fans.size()), static_cast<int>(recorded));
+        return vantoro::sensorSummary(cooling_, static_cast<int>(snapshot_.fans.size()), static_cast<int>(recorded),
+                                      words().kind);
     }
     return vantoro::sensorSummary(cooling_, hasOpenSensors() ? sources_.sensors->fanCount() : 0,
-                                  hasOpenSensors() ? sources_.sensors->sensorCount() : 0);
+                                  hasOpenSensors() ? sources_.sensors->sensorCount() : 0, words().kind);
 }
 
 } // namespace vantoro

@@ -8,6 +8,7 @@
 #include "Model/Live/Settings.h"
 #include "Model/Readers/SensorSources.h"
 #include "Model/Recording/Recording.h"
+#include "Model/Records/SystemWords.h"
 #include "Model/Records/Telemetry.h"
 #include "Model/Records/Verdict.h"
 #include "Model/Text/Format.h"
@@ -158,7 +159,8 @@ public:
     void tickUnlessJustDone();
     /// From now on the figures are another time's, of the machine called this: nothing is measured, and nobody's
     /// processes are ended.
-    void beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors = std::nullopt);
+    void beginReplay(const std::string& machineName, std::optional<RecordedProcessors> processors = std::nullopt,
+                     SystemKind system = SystemKind::macos);
     /// One round with a snapshot that was measured elsewhere or before, in place of the sensors. What it holds is taken
     /// as it stands; it tells how the machine is cooled and whether it has sensors.
     void accept(Snapshot snapshot);
@@ -175,6 +177,8 @@ public:
 
     /// What people call this machine; found on first use.
     const std::string& machineName() const;
+    /// What this machine, its system and their parts are called.
+    const SystemWords& words() const { return systemWords(history_.system()); }
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
     /// What this machine is told to favour; a recording does not say.
@@ -272,7 +276,6 @@ private:
     std::optional<std::vector<Core>> recordedCores_;
     std::optional<RecordedProcessors> recordedProcessors_;
     std::uint64_t coreSamples_ = 0;
-    SystemKind system_;
     std::uint64_t ticks_ = 0;
     int samplesWithList_ = 0;
     UnixSeconds firstSampleAt_ = 0;

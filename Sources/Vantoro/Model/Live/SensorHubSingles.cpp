@@ -71,7 +71,7 @@ void SensorHub::addSingleReadings(Snapshot& measured) {
 }
 
 RecordingHeader SensorHub::recordingHeader(UnixSeconds begun) {
-    return {.machine = machineName(), .created = utcText(begun), .system = system_, .processors = processors()};
+    return {.machine = machineName(), .created = utcText(begun), .system = words().kind, .processors = processors()};
 }
 
 std::optional<RecordedProcessors> SensorHub::processors() const {

@@ -19,9 +19,14 @@ double greatestFanLoad(const std::vector<FanReading>& fans) {
 }
 
 double highestSpeed(const std::vector<FanReading>& fans) {
-    if (fans.empty())
-        return 0;
-    return std::ranges::max_element(fans, {}, &FanReading::rpm)->rpm;
+    std::optional<double> own;
+    std::optional<double> others;
+    for (const FanReading& fan : fans) {
+        std::optional<double>& highest = fan.name.empty() || fan.maxRPM > 0 ? own : others;
+        if (!highest || *highest < fan.rpm)
+            highest = fan.rpm;
+    }
+    return own.value_or(others.value_or(0));
 }
 
 double roundedTo(double step, double value) {
@@ -34,13 +39,11 @@ double roundedToHalf(double value) {
 
 } // namespace
 
-std::string FanReading::label() const {
+std::string FanReading::label(SystemKind system) const {
     if (!name.empty())
         return name;
-    if (index == 0)
-        return "Left";
-    if (index == 1)
-        return "Right";
+    if (system == SystemKind::macos && (index == 0 || index == 1))
+        return index == 0 ? "Left" : "Right";
     return fmt::format("Fan {}", std::int64_t{index} + 1);
 }
 

@@ -14,7 +14,11 @@
 
 namespace vantoro {
 
-/// One fan. Speeds in revolutions per minute; limits of 0 mean they are not known.
+/// The operating systems that a machine may run.
+enum class SystemKind : std::uint8_t { macos, gnuLinux };
+
+/// One fan. Speeds in revolutions per minute; limits of 0 mean they are not known: a
+/// graphics card's own fan, a pump, a fan whose driver tells its speed only.
 struct FanReading {
     int index = 0;
     double rpm = 0;
@@ -24,8 +28,8 @@ struct FanReading {
     /// As the driver calls it; empty where it does not.
     std::string name = {};
 
-    /// Its name; without one "Left" for index 0, "Right" for 1, else "Fan " and the index counted from 1.
-    std::string label() const;
+    /// Its name; without one "Left" for index 0 and "Right" for 1 of a Mac, else "Fan " and the index counted from 1.
+    std::string label(SystemKind system = SystemKind::macos) const;
 
     bool operator==(const FanReading&) const = default;
 };
@@ -177,6 +181,8 @@ struct Snapshot {
     StallShares stalls = {};
     /// None where it cannot be told; empty where nothing does.
     std::optional<std::vector<ThrottleReason>> throttle = {};
+    /// The platform profile in force favours speed over quiet. Known of the living machine only, never of a recording.
+    bool favoursSpeed = false;
     /// Busy share of the busiest engine of the busiest graphics device, 0 to 100.
     std::optional<double> gpuPercent = {};
     /// Single readings, only on their way into a recording and out of one: a history holds none. None where they were
@@ -188,7 +194,8 @@ struct Snapshot {
     /// How hard the fans work, 0 to 1: the largest share of its span that any fan has climbed. A fan whose limits lie
     /// no more than 1 rpm apart counts as 0; no fans gives 0.
     double fanLoad() const;
-    /// The highest speed among the fans; 0 without fans.
+    /// The highest speed among the fans; 0 without fans. Named fans without limits, not the machine's own, count where
+    /// there is no other.
     double peakRPM() const;
     /// A chip temperature in degrees Celsius as a load of 0 to 1, along a convex curve: low through ordinary warmth,
     /// steep above 80. 35 and below (and NaN) give 0, above 100 gives 1.

@@ -10,11 +10,17 @@ namespace {
 using Wording = std::array<std::string_view, 5>; // by StressLevel
 
 constexpr Wording fanLabels{"Silent", "Quiet", "Audible", "Loud", "Roaring"};
-constexpr Wording passiveLabels{"Cool", "Mild", "Warm", "Hot", "Very hot"};
+constexpr Wording heatLabels{"Cool", "Mild", "Warm", "Hot", "Very hot"};
+constexpr Wording workLabels{"Idle", "Light", "Busy", "Very busy", "Flat out"};
 constexpr Wording fanPhrases{"Your fans are off", "Your fans are barely turning", "Your fans are audible",
                              "Your fans are loud", "Your fans are roaring"};
-constexpr Wording passivePhrases{"Your Mac is cool", "Your Mac is barely warm", "Your Mac is warm",
-                                 "Your Mac is running hot", "Your Mac is very hot"};
+// What follows the machine's name.
+constexpr Wording heatPhrases{"is cool", "is barely warm", "is warm", "is running hot", "is very hot"};
+constexpr Wording workPhrases{"is idle", "has little to do", "is busy", "is very busy", "is flat out"};
+
+std::string_view worded(const Wording& wording, StressLevel level) {
+    return wording[static_cast<std::size_t>(level)];
+}
 
 constexpr std::array<std::string_view, 4> coolingNames{"fans", "passive", "heat", "load"};
 constexpr std::array<std::string_view, 4> thermalPressureNames{"nominal", "fair", "serious", "critical"};
@@ -27,14 +33,29 @@ constexpr std::array<std::string_view, 5> stressLevelNames{"idle", "light", "mod
 
 } // namespace
 
+bool Verdict::speaksOfWork() const {
+    return cooling == Cooling::load ||
+           (system != SystemKind::macos && isAtRest(state) && !awaitingReading && work >= StressLevel::heavy);
+}
+
 std::string_view Verdict::stateLabel() const {
     if (awaitingReading)
         return "Measuring";
-    return (cooling == Cooling::passive ? passiveLabels : fanLabels)[static_cast<std::size_t>(state)];
+    if (speaksOfWork())
+        return worded(workLabels, cooling == Cooling::load ? state : work);
+    return worded(cooling == Cooling::fans ? fanLabels : heatLabels, state);
 }
 
-std::string_view Verdict::statePhrase() const {
-    return (cooling == Cooling::passive ? passivePhrases : fanPhrases)[static_cast<std::size_t>(state)];
+std::string Verdict::statePhrase() const {
+    const bool ofWork = speaksOfWork();
+    // Their floor may be a standstill or not: only a Mac's is known to be one.
+    if (cooling == Cooling::fans && !ofWork && state == StressLevel::idle && system != SystemKind::macos)
+        return "Your fans are at their slowest";
+    if (cooling == Cooling::fans && !ofWork)
+        return std::string(worded(fanPhrases, state));
+    const std::string_view rest =
+        ofWork ? worded(workPhrases, cooling == Cooling::load ? state : work) : worded(heatPhrases, state);
+    return std::string(systemWords(system).yourMachineFirst) + ' ' + std::string(rest);
 }
 
 template <>

@@ -44,7 +44,13 @@ struct Verdict {
     Severity severity = Severity::calm;
     StressLevel state = StressLevel::idle;
     Cooling cooling = Cooling::fans;
-    /// A fanless machine whose chip has not reported a usable temperature yet.
+    /// Whose words it speaks.
+    SystemKind system = SystemKind::macos;
+    /// What the state is the band of, 0 to 1: how hard the fans work, how the chip's heat presses, or the busy share.
+    double load = 0;
+    /// The band of the processors' busy share over the last ten seconds.
+    StressLevel work = StressLevel::idle;
+    /// A machine judged by its chip's temperature, which has not reported a usable one yet.
     bool awaitingReading = false;
     std::string headline = "All quiet";
     /// One paragraph of explanation.
@@ -60,10 +66,13 @@ struct Verdict {
     /// A short cause phrase for compact views.
     std::string cause;
 
+    /// Whether it speaks of how busy the processors are: nothing else is known, or they are hard at work though neither
+    /// fan nor chip shows it yet. A Mac's never does the latter.
+    bool speaksOfWork() const;
     /// One or two words for the menu bar and badges; "Measuring" while a reading is awaited.
     std::string_view stateLabel() const;
     /// The stem that opens most headlines, "Your fans are loud".
-    std::string_view statePhrase() const;
+    std::string statePhrase() const;
 
     bool operator==(const Verdict&) const = default;
 };

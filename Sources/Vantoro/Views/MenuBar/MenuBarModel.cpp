@@ -137,7 +137,7 @@ MenuBarPanelModel menuBarPanelModel(const SensorHub& hub, const Settings& settin
         model.eyebrow = eyebrowModel(verdict);
         model.eyebrow.duration.clear();
         const bool namesState = !isAtRest(verdict.state) && verdict.suspect.has_value();
-        model.title = toQString(namesState ? verdict.statePhrase() : std::string_view(verdict.headline));
+        model.title = toQString(namesState ? verdict.statePhrase() : verdict.headline);
         if (const QString cause = toQString(verdict.cause); cause != model.title)
             model.cause = cause;
     } else {

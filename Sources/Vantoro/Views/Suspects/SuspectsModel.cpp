@@ -34,14 +34,14 @@ QString symbol(ProcessKind kind) {
     return "cpu";
 }
 
-bool offersQuit(const SensorHub& hub, const ProcessGroup& group, const ProcessNote* note) {
+bool offersQuit(const SensorHub& hub, const ProcessGroup& group, const std::optional<ProcessNote>& note) {
     const bool isTheUsers = group.kind == ProcessKind::userApp || group.kind == ProcessKind::helper ||
                             group.kind == ProcessKind::commandLine;
-    return isTheUsers && (note == nullptr || note->quittable) && canBeQuit(hub, group);
+    return isTheUsers && (!note || note->quittable) && canBeQuit(hub, group);
 }
 
-QString about(const ProcessGroup& group, const QString& name, int processes) {
-    QStringList parts{toQString(kindPhrase(group.kind))};
+QString about(const SensorHub& hub, const ProcessGroup& group, const QString& name, int processes) {
+    QStringList parts{toQString(hub.words().kindPhrase(group.kind))};
     if (processes >= 2)
         parts += tr("%1 processes").arg(processes);
     if (const QString own = toQString(group.displayName); own != name)
@@ -63,11 +63,11 @@ QString details(const ProcessGroup& group) {
 SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group) {
     const Verdict& verdict = hub.verdict();
     const ProcessGroup whole = wholeGroup(hub, group.key).value_or(group);
-    const ProcessNote* const note = ProcessKnowledge::note(group.displayName);
+    const std::optional<ProcessNote> note = noteOn(group, hub.words().kind);
     SuspectRowModel row;
     row.key = toQString(group.key);
-    row.name = toQString(friendlyName(group.displayName));
-    row.about = about(group, row.name, hub.quits().living(whole));
+    row.name = toQString(friendlyName(group, hub.words().kind));
+    row.about = about(hub, group, row.name, hub.quits().living(whole));
     row.appPath = toQString(group.owningAppPath.value_or(std::string()));
     row.symbol = symbol(group.kind);
     row.percent = group.stressScore;
@@ -83,7 +83,7 @@ SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group) {
             row.quitting = tr("quitting…");
     }
     row.quitPID = group.members.empty() ? 0 : group.members.front().pid;
-    if (note != nullptr)
+    if (note)
         row.explanation = tr("It's %1").arg(toQString(note->what));
     row.details = details(group);
     return row;
