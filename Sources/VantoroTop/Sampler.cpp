@@ -6,7 +6,7 @@ namespace vantoro::top {
 
 Sampler::Sampler(const Options& options)
     : units_(options.units), statistics_(options.root), scan_(options.root, options.descriptorBudget) {
-    figures_.totalKiB = statistics_.physicalMemoryBytes() / 1024;
+    figures_.totalKiB = statistics_.physicalMemory().totalBytes / 1024;
 }
 
 void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns) {

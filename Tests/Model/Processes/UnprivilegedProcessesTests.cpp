@@ -40,7 +40,7 @@ public:
     std::optional<HostTicks> hostTicks() override { return ticks; }
     std::optional<VirtualMemory> virtualMemory() override { return std::nullopt; }
     std::optional<LoadAverages> loadAverages() override { return LoadAverages{1.5, 2, 3}; }
-    std::uint64_t physicalMemoryBytes() override { return 64; }
+    PhysicalMemory physicalMemory() override { return {.totalBytes = 64, .availableBytes = 48}; }
 };
 
 constexpr std::uint64_t second = 1'000'000'000;
@@ -114,7 +114,7 @@ TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
     statistics->ticks = {.user = 5, .system = 30, .idle = 70, .nice = 10};
     EXPECT_EQ(sampler.sample(3).system.cpu, (CPULoad{20, 20, 60, 1.5})) << "the user counter wrapped";
     EXPECT_EQ(sampler.sample(4).system.cpu.idlePercent, 100) << "no tick passed";
-    EXPECT_EQ(sampler.sample(5).system.memory, (MemoryLoad{.totalBytes = 64}));
+    EXPECT_EQ(sampler.sample(5).system.memory, (MemoryLoad{.totalBytes = 64, .availableBytes = 48}));
 
     const VirtualMemory memory{.pageBytes = 10,
                                .wiredPages = 3,

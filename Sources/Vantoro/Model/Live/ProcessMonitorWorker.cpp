@@ -176,7 +176,9 @@ void ProcessMonitorWorker::finishBlock(const std::vector<std::string>& lines) {
 }
 
 void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines) {
-    const TopBlock block = parseBlock(lines, statistics_ ? statistics_->physicalMemoryBytes() : 0);
+    const PhysicalMemory memory = statistics_ ? statistics_->physicalMemory() : PhysicalMemory();
+    TopBlock block = parseBlock(lines, memory.totalBytes);
+    block.system.memory.availableBytes = memory.availableBytes;
     // The kernel itself, pid 0, is in no path list.
     const bool hasUnknownPid = std::ranges::any_of(
         block.rows, [this](const TopRow& row) { return row.pid != 0 && !pathMap_.contains(row.pid); });
