@@ -64,7 +64,7 @@ void readEverything(benchmark::State& state) {
     auto service =
         std::make_shared<HwmonSMCService>(tree.root(), std::make_shared<SlowLane>(monotonicSeconds), nullptr);
     smc_use(service);
-    SMCReader reader({.trust = service->trust(), .pause = [](int) {}});
+    SMCReader reader(SMCReader::Options::of(service, [](int) {}));
     std::vector<Descriptor> files;
     const std::size_t enclosure = reader.keys(SensorFamily::enclosure).size();
     for (const HwmonSensor& sensor : discoverHwmon(tree.root()))

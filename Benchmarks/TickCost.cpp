@@ -93,8 +93,8 @@ SensorSources allSources(const Platform& platform) {
     smc_use(platform.smcService);
     cpufreq_use(platform.frequencyTables, platform.stateReport);
     ior_use(platform.energyReport);
-    return {.sensors = std::make_shared<SMCReader>(
-                SMCReader::Options{.trust = platform.smcService->trust(), .pause = [](int /*milliseconds*/) {}}),
+    return {.sensors =
+                std::make_shared<SMCReader>(SMCReader::Options::of(platform.smcService, [](int /*milliseconds*/) {})),
             .cores = std::make_shared<CoreMonitor>(platform.processors),
             .gpu = std::make_shared<GPUPowerSampler>(readAheadSeconds)};
 }

@@ -18,5 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& id : vantoro::applicationIds(text))
         if (id.empty())
             std::abort();
+    (void)vantoro::containerOf(text);
+    (void)vantoro::unitOf(text);
+    (void)vantoro::kernelThreadName(text);
     return 0;
 }

@@ -1,6 +1,8 @@
 // Every parser of the kernel's text files on the same bytes.
+#include "Model/Text/Utf8.h"
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Proc/ProgramSubject.h"
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
 
 #include <cstddef>
@@ -39,5 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)vantoro::parseProportionalBytes(text);
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));
+    for (const char* program : {"python3.11", "bash", "java", "dotnet", "busybox", "qemu-kvm", "wine", "conmon"}) {
+        const std::string subject = vantoro::subjectOf(program, text);
+        require(subject.size() <= 200 && vantoro::validUtf8Length(subject) == subject.size());
+        require(subject.find_first_of("\t\n\x1b") == std::string::npos);
+    }
     return 0;
 }

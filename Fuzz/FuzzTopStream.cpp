@@ -33,5 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (const auto last = lastBlock(text))
         parseBlock(*last, 1);
     parsePathList(text);
+    parseOrigin(text);
     return 0;
 }

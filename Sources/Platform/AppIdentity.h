@@ -17,6 +17,24 @@ constexpr bool isPathMark(std::string_view listedPath) {
                                       (listedPath.front() == '(' && listedPath.back() == ')'));
 }
 
+/// What a process tells of where it comes from, at the moment it is seen: it may be gone a moment later.
+struct ProcessOrigin {
+    /// The executable's full path, empty, or a mark.
+    std::string path;
+    /// What it runs, where its program only runs others: a script, a virtual machine, a program for Windows.
+    std::string subject;
+    /// Where the service manager placed it; empty when unknown.
+    std::string controlGroup;
+    /// The name of the container it runs in, where that is to be had.
+    std::string container;
+    /// Whether a shell in its control group started it: none, the one that the group began with, or another, which then
+    /// takes commands.
+    enum class Shell : std::uint8_t { none, first, inner };
+    Shell shell = Shell::none;
+
+    bool operator==(const ProcessOrigin&) const = default;
+};
+
 /// What the platform knows of a process beyond its path. An absent field leaves the portable rule's answer in place.
 struct AppMembership {
     std::optional<ProcessKind> kind;
@@ -32,10 +50,9 @@ class AppIdentity {
 public:
     virtual ~AppIdentity() = default;
 
-    /// The path as the path list gives it: an executable's full path, empty, or the platform's own mark for a process
-    /// that has none. Nothing is known: an empty AppMembership. Asked for each row of every sample, so that an answer
-    /// that took work is kept for a while.
-    virtual AppMembership membership(std::int32_t pid, std::string_view listedPath) = 0;
+    /// `isOwn`: it runs under the account of whoever asks. Nothing is known: an empty AppMembership. Asked for each row
+    /// of every sample, so that an answer that took work is kept for a while.
+    virtual AppMembership membership(std::int32_t pid, const ProcessOrigin& origin, bool isOwn) = 0;
 };
 
 } // namespace vantoro

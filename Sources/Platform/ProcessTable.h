@@ -1,6 +1,8 @@
 // What the operating system says of each process.
 #pragma once
 
+#include "Platform/AppIdentity.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -41,6 +43,8 @@ public:
     virtual std::optional<TaskRecord> taskRecord(std::int32_t pid) = 0;
     /// Full path of the executable; empty when unknown or refused.
     virtual std::string path(std::int32_t pid) = 0;
+    /// All that it tells of where it comes from; here no more than its path.
+    virtual ProcessOrigin origin(std::int32_t pid) { return {.path = path(pid)}; }
     /// The account's name; none when there is no such account.
     virtual std::optional<std::string> userName(std::uint32_t uid) = 0;
     /// Closes what is kept open from one reading to the next: nobody means to read soon. The next one starts anew.

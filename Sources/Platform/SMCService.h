@@ -5,6 +5,7 @@
 #include "Platform/SMCKeyData.h"
 
 #include <cstdint>
+#include <string>
 
 namespace vantoro {
 
@@ -33,6 +34,15 @@ public:
     virtual SensorTrust trust() const { return SensorTrust::manyAndNoisy; }
     /// Whether keys "Ts…" are sensors of the cores on this machine, rather than of the enclosure.
     virtual bool measuresCoresUnderTs() const { return false; }
+
+    /// The rest is asked of what stands in the controller's place.
+
+    /// What to call a fan, by its number; empty where nobody knows.
+    virtual std::string fanName(int /*fan*/) const { return {}; }
+    /// Another number whenever there are other keys, since devices came or went. Cheap: to be asked once per round.
+    virtual std::uint64_t generation() { return 0; }
+    /// From now on a slow sensor is waited for, up to so long each: for who looks only once.
+    virtual void waitForSlowSensors(double /*seconds*/) {}
 };
 
 } // namespace vantoro

@@ -59,6 +59,15 @@ struct VirtualMemory {
     bool operator==(const VirtualMemory&) const = default;
 };
 
+struct PhysicalMemory {
+    /// Installed; 0 when unknown.
+    std::uint64_t totalBytes = 0;
+    /// What could be had without swapping; absent where the system does not tell.
+    std::optional<std::uint64_t> availableBytes;
+
+    bool operator==(const PhysicalMemory&) const = default;
+};
+
 struct LoadAverages {
     double oneMinute = 0;
     double fiveMinutes = 0;
@@ -74,8 +83,7 @@ public:
     virtual std::optional<HostTicks> hostTicks() = 0;
     virtual std::optional<VirtualMemory> virtualMemory() = 0;
     virtual std::optional<LoadAverages> loadAverages() = 0;
-    /// Installed memory; 0 when unknown.
-    virtual std::uint64_t physicalMemoryBytes() = 0;
+    virtual PhysicalMemory physicalMemory() = 0;
 };
 
 } // namespace vantoro

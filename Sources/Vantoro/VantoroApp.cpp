@@ -79,10 +79,9 @@ Platform choosePlatform(const CommandLine& line) {
 }
 
 SMCReader::Options readerOptions(const CommandLine& line, const Platform& platform) {
-    return {.simulatesFanless = line.simulateFanless,
-            .trust = platform.smcService ? platform.smcService->trust() : SensorTrust::manyAndNoisy,
-            .pause = pauseFor,
-            .measuresCoresUnderTs = platform.smcService && platform.smcService->measuresCoresUnderTs()};
+    SMCReader::Options options = SMCReader::Options::of(platform.smcService, pauseFor);
+    options.simulatesFanless = line.simulateFanless;
+    return options;
 }
 
 /// What the platform cannot tell has no reader.
@@ -104,10 +103,25 @@ void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutp
             pauseFor(milliseconds);
     };
     const auto printLine = [&output](std::string_view text) { output.line(text); };
-    if (line.watch)
+    if (line.watch) {
         SensorDump::watch(watchedSamples, watchedSeconds, options, unknown, printLine);
-    else
-        SensorDump::run(options, unknown, printLine);
+        return;
+    }
+    // Counters and reasons show as the difference of two looks, clocks that are counted as that of the last two.
+    constexpr int betweenMilliseconds = 250;
+    CoreMonitor cores(platform.strain ? platform.processors : nullptr);
+    if (platform.strain) {
+        platform.strain->read();
+        cores.sample();
+        options.pause(betweenMilliseconds);
+        cores.sample();
+    }
+    SensorDump::run(options, unknown, printLine);
+    if (platform.strain) {
+        options.pause(betweenMilliseconds);
+        cores.sample();
+        SensorDump::strain(cores.cores(), platform.strain->read(), printLine);
+    }
 }
 
 void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,

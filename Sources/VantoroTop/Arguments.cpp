@@ -8,12 +8,16 @@ namespace vantoro::top {
 namespace {
 
 constexpr std::string_view help =
-    "Usage: vantoro-top -l SAMPLES -s SECONDS -n ROWS -o cpu -stats pid,command,cpu,mem,power,user -ncols COLUMNS\n"
+    "Usage: vantoro-top -l SAMPLES -s SECONDS -n ROWS -o cpu -stats pid,command,cpu,mem,power,user[,origin]\n"
+    "                   -ncols COLUMNS\n"
     "       vantoro-top --paths | --help | --version\n"
     "\n"
     "Prints what the processes of this machine do, for programs to read: SAMPLES blocks (0: without end), one every\n"
-    "SECONDS, of the ROWS busiest processes in lines of at most COLUMNS bytes. --paths prints each process's\n"
-    "executable: a path, [NAME] for a thread of the kernel's, (NAME) where it is unknown.\n";
+    "SECONDS, of the ROWS busiest processes in lines of at most COLUMNS bytes. With \"origin\" each row is followed "
+    "by\n"
+    "a line of whatever length that begins with a tab: the process's executable, what it runs, its control group, its\n"
+    "container and whether a shell started it, with tabs between them. --paths prints each process's executable: a\n"
+    "path, [NAME] for a thread of the kernel's, (NAME) where it is unknown.\n";
 
 constexpr std::string_view version = "vantoro-top " VANTORO_VERSION "\n";
 
@@ -27,6 +31,8 @@ struct Number {
 struct Word {
     std::string_view option;
     std::string_view value;
+    /// May stand behind the value, and is then noted.
+    std::string_view more = {};
 };
 
 BadRequest unknown(std::string_view argument) {
@@ -50,7 +56,7 @@ Request parseArguments(std::span<const char* const> arguments) {
                                          Number{"-s", 1, 86'400, &StreamRequest::intervalSeconds},
                                          Number{"-n", 0, 1'000'000, &StreamRequest::rows},
                                          Word{"-o", "cpu"},
-                                         Word{"-stats", "pid,command,cpu,mem,power,user"},
+                                         Word{"-stats", "pid,command,cpu,mem,power,user", ",origin"},
                                          Number{"-ncols", 1, 10'000, &StreamRequest::columns}};
     StreamRequest request;
     std::size_t at = 0;
@@ -71,7 +77,10 @@ Request parseArguments(std::span<const char* const> arguments) {
                    read <= number->most;
             request.*number->value = read;
         } else {
-            good = std::get<Word>(option).value == value;
+            const Word& word = std::get<Word>(option);
+            const std::string_view rest = value.starts_with(word.value) ? value.substr(word.value.size()) : " ";
+            good = rest.empty() || rest == word.more;
+            request.origins = request.origins || (good && !rest.empty());
         }
         if (!good)
             return BadRequest{"bad value of " + std::string(name) + ": \"" + std::string(value) + "\""};

@@ -16,6 +16,8 @@ struct StreamRequest {
     std::uint32_t rows = 0;
     /// Longest line, in characters.
     std::uint32_t columns = 0;
+    /// Each row is followed by a line on where its process comes from.
+    bool origins = false;
 
     bool operator==(const StreamRequest&) const = default;
 };

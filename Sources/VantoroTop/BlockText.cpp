@@ -19,6 +19,8 @@ constexpr std::size_t memoryColumn = cpuColumn + 9;
 constexpr std::size_t powerColumn = memoryColumn + 13;
 constexpr std::size_t userColumn = powerColumn + 6;
 constexpr std::size_t userBytes = 64;
+/// The longest path that the kernel knows.
+constexpr std::size_t mostOriginBytes = 4096;
 
 void appendNumber(std::string& text, std::uint64_t number) {
     char digits[20];
@@ -42,6 +44,13 @@ void appendDecimal(std::string& text, double value, int decimals) {
 void appendTwoDigits(std::string& text, int number) {
     text += static_cast<char>('0' + number / 10 % 10);
     text += static_cast<char>('0' + number % 10);
+}
+
+/// What holds a block's first word would pass for the beginning of a block.
+void breakBlockTitles(std::string& text, std::size_t start) {
+    constexpr std::string_view title = "Processes:";
+    while ((start = text.find(title, start)) != std::string::npos)
+        text[start + title.size() - 1] = '?';
 }
 
 /// Ends a line that began at `start` and is all ASCII.
@@ -156,15 +165,12 @@ void appendRow(std::string& text, const Row& row, std::size_t columns) {
 
     const std::size_t command = text.size();
     appendTerminalText(text, row.command, commandBytes);
-    // A name of blanks alone would leave the column empty, and one that holds a block's first word would pass for the
-    // beginning of a block.
+    // A name of blanks alone would leave the column empty.
     if (text.find_first_not_of(' ', command) == std::string::npos) {
         text.resize(command);
         text += '?';
     }
-    constexpr std::string_view blockTitle = "Processes:";
-    if (const std::size_t at = text.find(blockTitle, command); at != std::string::npos)
-        text[at + blockTitle.size() - 1] = '?';
+    breakBlockTitles(text, command);
     padTo(text, text.size() - line, cpuColumn);
     appendDecimal(text, row.cpuPercent, 1);
     padTo(text, text.size() - line, memoryColumn);
@@ -180,6 +186,18 @@ void appendRow(std::string& text, const Row& row, std::size_t columns) {
             --end;
         text.resize(end);
     }
+    text += '\n';
+}
+
+void appendOrigin(std::string& text, const ProcessOrigin& origin) {
+    const std::size_t line = text.size();
+    for (const std::string* part : {&origin.path, &origin.subject, &origin.controlGroup, &origin.container}) {
+        text += '\t';
+        appendTerminalText(text, *part, mostOriginBytes);
+    }
+    text += '\t';
+    text += static_cast<char>('0' + static_cast<int>(origin.shell));
+    breakBlockTitles(text, line);
     text += '\n';
 }
 

@@ -1,6 +1,7 @@
 // The text that vantoro-top prints. Pure: records in, bytes out, appended to a string that keeps its room.
 #pragma once
 
+#include "Platform/AppIdentity.h"
 #include "Platform/SystemStatistics.h"
 
 #include <cstddef>
@@ -45,6 +46,10 @@ void appendHead(std::string& text, const SystemFigures& figures, std::size_t col
 
 /// Appends one process's line, with its columns cut and padded by bytes. What could steer a terminal becomes "?".
 void appendRow(std::string& text, const Row& row, std::size_t columns);
+
+/// Appends the line that may follow a row: a tab, then path, subject, control group, container and the shell's part
+/// (0, 1 or 2) with tabs between them.
+void appendOrigin(std::string& text, const ProcessOrigin& origin);
 
 /// Appends one line of the path list: "PID PATH".
 void appendPathLine(std::string& text, std::int32_t pid, std::string_view path);

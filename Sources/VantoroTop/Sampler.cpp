@@ -5,8 +5,11 @@
 namespace vantoro::top {
 
 Sampler::Sampler(const Options& options)
-    : units_(options.units), statistics_(options.root), scan_(options.root, options.descriptorBudget) {
-    figures_.totalKiB = statistics_.physicalMemoryBytes() / 1024;
+    : units_(options.units)
+    , origins_(options.origins)
+    , statistics_(options.root)
+    , scan_(options.root, options.descriptorBudget) {
+    figures_.totalKiB = statistics_.physicalMemory().totalBytes / 1024;
 }
 
 void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns) {
@@ -77,6 +80,8 @@ void Sampler::appendProcess(std::string& text, ScannedProcess& process, double c
                .residentKiB = process.residentPages * (units_.pageBytes / 1024),
                .user = uid ? std::string_view(userName(*uid)) : std::string_view("?")},
               columns);
+    if (origins_)
+        appendOrigin(text, scan_.origin(process));
 }
 
 const std::string& Sampler::userName(std::uint32_t uid) {

@@ -31,6 +31,8 @@ public:
         std::string root = "/";
         KernelUnits units = KernelUnits::ofThisMachine();
         std::size_t descriptorBudget = vantoro::descriptorBudget();
+        /// Whether rows are followed by where their processes come from.
+        bool origins = false;
     };
 
     explicit Sampler(const Options& options);
@@ -49,6 +51,7 @@ private:
     const std::string& userName(std::uint32_t uid);
 
     KernelUnits units_;
+    bool origins_;
     LinuxSystemStatistics statistics_;
     ProcScan scan_;
     SystemFigures figures_;

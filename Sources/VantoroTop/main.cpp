@@ -67,7 +67,7 @@ bool printStream(const top::StreamRequest& request) {
     ::prctl(PR_SET_TIMERSLACK, slackNanoseconds);
 
     const std::int64_t interval = request.intervalSeconds * nanosecondsPerSecond;
-    top::Sampler sampler({});
+    top::Sampler sampler({.origins = request.origins});
     std::string block;
     std::int64_t next = nanoseconds(CLOCK_MONOTONIC);
     for (std::uint32_t sample = 0; request.samples == 0 || sample < request.samples;

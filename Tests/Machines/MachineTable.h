@@ -45,6 +45,8 @@ struct ExpectedMachine {
     /// Watts.
     std::optional<double> systemWatts = 0;
     double adapterWatts = 0;
+    /// Not looked at without.
+    std::optional<double> processorWatts;
     /// A supply says that the machine runs on its battery.
     bool onBattery = false;
     /// Of each processor; not looked at without.
@@ -80,6 +82,7 @@ inline const std::vector<ExpectedMachine>& expectedMachines() {
          .enclosure = Range{41, 42.1},
          .graphics = 40,
          .systemWatts = 8.1,
+         .processorWatts = 10,
          .onBattery = true,
          .says = {"8 W|8.1"}},
         {.name = "hp-notebook", .cooling = {heat}, .performance = 12, .chip = exactly(44), .fans = {{2100}, {0}}},

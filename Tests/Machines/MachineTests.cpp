@@ -231,6 +231,8 @@ void expectFigures(const ExpectedMachine& machine, const std::string& recording,
     if (machine.systemWatts)
         faults.expectWithin("system power", exactly(*machine.systemWatts), last->power.systemWatts);
     faults.expectWithin("adapter power", exactly(machine.adapterWatts), last->power.adapterWatts);
+    if (machine.processorWatts)
+        faults.expectWithin("processors' power", exactly(*machine.processorWatts), last->power.cpuWatts.value_or(0));
     expectFans(machine, *last, isBusy, faults);
     const std::vector<CoreReading> cores = last->cores.value_or(std::vector<CoreReading>());
     const auto differs = [](int expected, const CoreReading& core) { return std::abs(core.megahertz - expected) > 1; };

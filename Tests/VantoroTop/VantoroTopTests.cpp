@@ -29,6 +29,9 @@ TEST(VantoroTop, RefusesOtherArguments) {
         "-l", "0", "-s", "2", "-n", "40", "-o", "cpu", "-stats", "pid,command,cpu,mem,power,user", "-ncols", "220"};
     EXPECT_EQ(parse(good), Request(StreamRequest{.samples = 0, .intervalSeconds = 2, .rows = 40, .columns = 220}));
     EXPECT_EQ(parse({"--paths"}), Request(PathsRequest{}));
+    std::vector<const char*> asked = good;
+    asked[9] = "pid,command,cpu,mem,power,user,origin";
+    EXPECT_TRUE(std::get<StreamRequest>(parse(asked)).origins);
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_TRUE(std::holds_alternative<BadRequest>(
             parse({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)})));
@@ -38,7 +41,7 @@ TEST(VantoroTop, RefusesOtherArguments) {
     };
     for (const auto& [place, value] :
          {Case{1, "-1"}, Case{1, "1x"}, Case{1, ""}, Case{3, "0"}, Case{3, "2.5"}, Case{5, "99999999999"},
-          Case{7, "mem"}, Case{9, "pid"}, Case{0, "-L"}, Case{11, "0"}}) {
+          Case{7, "mem"}, Case{9, "pid"}, Case{9, "pid,command,cpu,mem,power,user,"}, Case{0, "-L"}, Case{11, "0"}}) {
         std::vector<const char*> bad = good;
         bad[place] = value;
         EXPECT_TRUE(std::holds_alternative<BadRequest>(parse(bad))) << value;
@@ -119,6 +122,76 @@ TEST(VantoroTop, KeepsHostileNamesInTheirColumn) {
     std::string text;
     appendPathLine(text, 7, "/home/a\nb");
     EXPECT_EQ(text, "7 /home/a?b\n");
+}
+
+TEST(VantoroTop, TellsWhereAProcessComesFromBehindItsRow) {
+    std::string text = "Processes: 1\n";
+    appendHead(text, {}, 220);
+    const ProcessOrigin origins[] = {{.path = "/usr/bin/python3.11",
+                                      .subject = "train.py",
+                                      .controlGroup = "/a.scope",
+                                      .container = "web",
+                                      .shell = ProcessOrigin::Shell::inner},
+                                     {.path = "/tmp/a\tb\nProcesses: 7 Processes:\xff" + std::string(9000, 'x')},
+                                     {}};
+    for (const ProcessOrigin& origin : origins) {
+        appendRow(text, {.pid = 5, .command = "x", .user = "ada"}, 220);
+        appendOrigin(text, origin);
+    }
+    appendRow(text, {.pid = 6, .command = "y", .user = "ada"}, 220);
+    const TopBlock block = readBack(text);
+    ASSERT_EQ(block.rows.size(), 4U);
+    EXPECT_EQ(block.rows[0].origin, origins[0]);
+    EXPECT_EQ(block.rows[1].origin->path, "/tmp/a?b?Processes? 7 Processes??" + std::string(4063, 'x'));
+    EXPECT_EQ(block.rows[2].origin, ProcessOrigin{});
+    EXPECT_FALSE(block.rows[3].origin);
+    for (const char* bad : {"\t", "\ta\tb\tc\td", "\ta\tb\tc\td\t3", "\ta\tb\tc\td\t1\t", "x\ta\tb\tc\td\t1", ""})
+        EXPECT_FALSE(parseOrigin(bad)) << bad;
+}
+
+TEST(VantoroTop, SeesScriptsShellsAndContainersBeforeTheyEnd) {
+    const testing::TemporaryFolder folder;
+    folder.write("proc/stat", "cpu 0 0 0 0\nprocesses 1\n");
+    const std::string id(64, 'a');
+    const auto write = [&folder](int pid, int parent, const std::string& name, const std::string& arguments,
+                                 const std::string& group) {
+        const std::string place = "proc/" + std::to_string(pid);
+        writeProcess(folder, pid, name, 100, 1);
+        std::string stat = testing::processStat(pid, name, 100, 1);
+        stat.replace(stat.find(" S 1 "), 5, " S " + std::to_string(parent) + " ");
+        folder.write(place + "/stat", stat);
+        folder.write(place + "/cmdline", arguments);
+        folder.write(place + "/cgroup", "0::" + group + "\n");
+    };
+    write(10, 1, "bash", "-bash", "/s.scope");
+    write(11, 10, "make", "/bin/make", "/s.scope");
+    write(12, 11, "python3", std::string("/bin/python3\0-u\0train.py\0", 26), "/s.scope");
+    write(13, 12, "python3", std::string("/bin/python3\0-c\0from x\0", 24), "/s.scope");
+    write(20, 1, "conmon", std::string("/bin/conmon\0-n\0web\0", 19), "/libpod-conmon-" + id + ".scope");
+    write(21, 20, "sh", std::string("/bin/sh\0/entry\0", 15), "/libpod-" + id + ".scope");
+    write(22, 21, "web", "/bin/web", "/libpod-" + id + ".scope");
+    Sampler sampler({.root = folder.path(), .descriptorBudget = 10, .origins = true});
+    std::string text;
+    sampler.appendBlock(text, {}, 10, 220);
+    const TopBlock block = readBack(text);
+    ASSERT_EQ(block.rows.size(), 7U);
+    using enum ProcessOrigin::Shell;
+    const auto expect = [&block](std::size_t row, const std::string& subject, ProcessOrigin::Shell shell,
+                                 const std::string& container) {
+        ASSERT_TRUE(block.rows[row].origin);
+        EXPECT_EQ(block.rows[row].origin->subject, subject) << row;
+        EXPECT_EQ(block.rows[row].origin->shell, shell) << row;
+        EXPECT_EQ(block.rows[row].origin->container, container) << row;
+    };
+    expect(0, "", first, "");
+    expect(1, "", first, "");
+    expect(2, "train.py", first, "");
+    expect(3, "train.py", first, ""); // a worker of the script's
+    expect(4, "web", none, "");       // the monitor itself
+    expect(5, "entry", first, "web");
+    expect(6, "", first, "web");
+    EXPECT_EQ(block.rows[1].origin->path, "/bin/make");
+    EXPECT_EQ(block.rows[1].origin->controlGroup, "/s.scope");
 }
 
 TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {

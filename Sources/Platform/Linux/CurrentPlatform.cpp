@@ -1,11 +1,11 @@
 #include "Platform/Platform.h"
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
 #include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
-#include "Platform/Linux/Proc/LinuxProcessStream.h"
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
 #include "Platform/Linux/Processor/LinuxMachine.h"
@@ -31,7 +31,9 @@ Platform currentPlatform(const std::string& programFolder) {
     const auto lane = std::make_shared<SlowLane>(monotonicSeconds);
     const auto gpus = std::make_shared<NvidiaGPUs>(root, root.empty() ? systemNvml() : nullptr, lane);
     const auto counters = std::make_shared<ThrottleCounters>(root, lane);
-    return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus),
+    const std::string fanMemory =
+        root.empty() ? fanMemoryPath(std::getenv("XDG_STATE_HOME"), std::getenv("HOME")) : std::string();
+    return {.smcService = std::make_shared<HwmonSMCService>(root, lane, gpus, fanMemory),
             .energyReport = std::make_shared<LinuxEnergyReport>(root, lane, gpus),
             .processors = std::make_shared<LinuxProcessors>(root, lane),
             .processTable = std::make_shared<LinuxProcessTable>(),

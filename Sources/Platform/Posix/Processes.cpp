@@ -18,12 +18,12 @@ std::optional<std::string> accountName(std::uint32_t uid) {
     return std::string(found->pw_name);
 }
 
-std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows) {
+std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows, const std::string& more) {
     return {"-l",     std::to_string(samples),
             "-s",     std::to_string(intervalSeconds),
             "-n",     std::to_string(rows),
             "-o",     "cpu",
-            "-stats", "pid,command,cpu,mem,power,user",
+            "-stats", "pid,command,cpu,mem,power,user" + more,
             "-ncols", "220"};
 }
 

@@ -12,7 +12,8 @@ namespace vantoro {
 /// The account's name from the system's user database (getpwuid_r); none when there is no such account.
 std::optional<std::string> accountName(std::uint32_t uid);
 
-/// `samples` blocks (0: without end), `intervalSeconds` apart, of the `rows` busiest processes each.
-std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows);
+/// `samples` blocks (0: without end), `intervalSeconds` apart, of the `rows` busiest processes each. `more` goes behind
+/// the list of columns.
+std::vector<std::string> topArguments(int samples, int intervalSeconds, int rows, const std::string& more = "");
 
 } // namespace vantoro

@@ -55,7 +55,7 @@ public:
         return VirtualMemory{.pageBytes = 1, .wiredPages = 20, .compressorPages = 25, .swapOuts = 1};
     }
     std::optional<LoadAverages> loadAverages() override { return std::nullopt; }
-    std::uint64_t physicalMemoryBytes() override { return 100; }
+    PhysicalMemory physicalMemory() override { return {.totalBytes = 100, .availableBytes = {}}; }
 
 private:
     HostTicks ticks_;

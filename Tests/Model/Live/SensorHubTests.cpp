@@ -233,6 +233,9 @@ TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) 
     EXPECT_FALSE(closed.sensorsAvailable());
     EXPECT_TRUE(closed.snapshot().fans.empty());
     EXPECT_EQ(closed.sensorSummary(), "0 fans · 0 sensors");
+    platform.system = SystemKind::gnuLinux;
+    EXPECT_EQ(makeHub().cooling(), Cooling::load) << "a Mac without sensors is broken, other machines may have none";
+    platform.system = SystemKind::macos;
 
     sensors->open = true;
     sensors->soc = 0;
@@ -241,6 +244,18 @@ TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) 
     sensors->soc = 40;
     EXPECT_EQ(makeHub().verdict().headline, "All cool");
     EXPECT_EQ(makeHub().sensorSummary(), "No fans · 41 sensors");
+}
+
+TEST_F(SensorHubTest, ItsCoolingIsChosenAnewWhenWhatCanBeToldChanges) {
+    sensors->cools = Cooling::heat;
+    SensorHub& subject = makeHub();
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().cooling, Cooling::heat);
+    sensors->cools = Cooling::fans;
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().cooling, Cooling::fans);
+    EXPECT_EQ(subject.cooling(), Cooling::fans);
+    EXPECT_EQ(subject.verdict().cooling, Cooling::fans);
 }
 
 TEST_F(SensorHubTest, StartsOnceAndTicksByItself) {

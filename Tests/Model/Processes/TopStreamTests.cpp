@@ -1,6 +1,6 @@
 #include "Model/Processes/TopStream.h"
 
-#include "Model/Processes/ProcessNaming.h"
+#include "Model/Processes/IdentityResolver.h"
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Utf8.h"
 

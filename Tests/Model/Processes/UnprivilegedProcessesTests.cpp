@@ -40,7 +40,7 @@ public:
     std::optional<HostTicks> hostTicks() override { return ticks; }
     std::optional<VirtualMemory> virtualMemory() override { return std::nullopt; }
     std::optional<LoadAverages> loadAverages() override { return LoadAverages{1.5, 2, 3}; }
-    std::uint64_t physicalMemoryBytes() override { return 64; }
+    PhysicalMemory physicalMemory() override { return {.totalBytes = 64, .availableBytes = 48}; }
 };
 
 constexpr std::uint64_t second = 1'000'000'000;
@@ -114,7 +114,7 @@ TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
     statistics->ticks = {.user = 5, .system = 30, .idle = 70, .nice = 10};
     EXPECT_EQ(sampler.sample(3).system.cpu, (CPULoad{20, 20, 60, 1.5})) << "the user counter wrapped";
     EXPECT_EQ(sampler.sample(4).system.cpu.idlePercent, 100) << "no tick passed";
-    EXPECT_EQ(sampler.sample(5).system.memory, (MemoryLoad{.totalBytes = 64}));
+    EXPECT_EQ(sampler.sample(5).system.memory, (MemoryLoad{.totalBytes = 64, .availableBytes = 48}));
 
     const VirtualMemory memory{.pageBytes = 10,
                                .wiredPages = 3,
@@ -127,8 +127,8 @@ TEST_F(UnprivilegedProcessesTest, TheSystemLine) {
 
 class FixedMembership : public AppIdentity {
 public:
-    AppMembership membership(std::int32_t /*pid*/, std::string_view path) override {
-        if (path == "/usr/bin/web" || hasMoved)
+    AppMembership membership(std::int32_t /*pid*/, const ProcessOrigin& origin, bool /*isOwn*/) override {
+        if (origin.path == "/usr/bin/web" || hasMoved)
             return {.kind = ProcessKind::userApp, .owningAppName = "Web", .owningAppPath = "/share/web.desktop"};
         return {};
     }
@@ -138,28 +138,42 @@ public:
 TEST(IdentityResolver, KeepsTheRecordUntilThePlatformHasAnotherAnswer) {
     const auto apps = std::make_shared<FixedMembership>();
     IdentityResolver resolver(apps, "anna");
-    const SharedProcessIdentity first = resolver.resolve(7, "sh", "/bin/sh", "anna");
+    const SharedProcessIdentity first = resolver.resolve(7, "sh", {.path = "/bin/sh"}, "anna");
     EXPECT_EQ(first->kind, ProcessKind::commandLine);
-    EXPECT_TRUE(resolver.resolve(7, "sh", "/bin/sh", "anna").sharesRecordWith(first));
-    const SharedProcessIdentity afterExec = resolver.resolve(7, "web", "/usr/bin/web", "anna");
+    EXPECT_TRUE(resolver.resolve(7, "sh", {.path = "/bin/sh"}, "anna").sharesRecordWith(first));
+    const SharedProcessIdentity afterExec = resolver.resolve(7, "web", {.path = "/usr/bin/web"}, "anna");
     EXPECT_EQ(afterExec->kind, ProcessKind::userApp);
     EXPECT_EQ(afterExec->displayName, "web");
     EXPECT_EQ(afterExec->owningAppName, "Web");
-    EXPECT_TRUE(resolver.resolve(7, "web", "/usr/bin/web", "anna").sharesRecordWith(afterExec));
-    const SharedProcessIdentity waiting = resolver.resolve(5, "viewer", "/opt/viewer", "anna");
+    EXPECT_TRUE(resolver.resolve(7, "web", {.path = "/usr/bin/web"}, "anna").sharesRecordWith(afterExec));
+    const SharedProcessIdentity waiting = resolver.resolve(5, "viewer", {.path = "/opt/viewer"}, "anna");
     EXPECT_FALSE(waiting->owningAppName);
     apps->hasMoved = true;
-    const SharedProcessIdentity moved = resolver.resolve(5, "viewer", "/opt/viewer", "anna");
+    const SharedProcessIdentity moved = resolver.resolve(5, "viewer", {.path = "/opt/viewer"}, "anna");
     EXPECT_EQ(moved->owningAppName, "Web") << "the desktop moved it into its application's group after its start";
-    EXPECT_TRUE(resolver.resolve(5, "viewer", "/opt/viewer", "anna").sharesRecordWith(moved));
+    EXPECT_TRUE(resolver.resolve(5, "viewer", {.path = "/opt/viewer"}, "anna").sharesRecordWith(moved));
     apps->hasMoved = false;
-    EXPECT_EQ(*resolver.resolve(5, "viewer", "/opt/viewer", "anna"), *waiting);
+    EXPECT_EQ(*resolver.resolve(5, "viewer", {.path = "/opt/viewer"}, "anna"), *waiting);
     apps->hasMoved = true;
-    EXPECT_EQ(resolver.resolve(8, "Mail", "/Applications/Mail.app/Contents/MacOS/Mail", "anna")->owningAppName, "Mail")
+    EXPECT_EQ(
+        resolver.resolve(8, "Mail", {.path = "/Applications/Mail.app/Contents/MacOS/Mail"}, "anna")->owningAppName,
+        "Mail")
         << "a bundle path says it all";
-    EXPECT_FALSE(resolver.resolve(0, "kernel_task", "", "root")->owningAppName);
+    EXPECT_FALSE(resolver.resolve(0, "kernel_task", {.path = ""}, "root")->owningAppName);
     apps->hasMoved = false;
-    EXPECT_EQ(resolver.resolve(9, "cut", "(cut)", "anna")->executablePath, "") << "a mark is no path";
+    EXPECT_EQ(resolver.resolve(9, "cut", {.path = "(cut)"}, "anna")->executablePath, "") << "a mark is no path";
+}
+
+TEST(IdentityResolver, AProcessThatEndedBeforeItsPathWasReadIsWhatItsLikeAre) {
+    IdentityResolver resolver(std::make_shared<FixedMembership>(), "anna");
+    const auto resolve = [&](std::int32_t pid, const char* path, const char* user) {
+        return resolver.resolve(pid, "a-very-long-comp", {.path = path}, user);
+    };
+    EXPECT_EQ(resolve(1, "(a-very-long-comp)", "anna")->kind, ProcessKind::systemDaemon);
+    resolve(2, "/opt/a-very-long-compiler", "anna");
+    EXPECT_EQ(resolve(3, "(a-very-long-comp)", "anna")->kind, ProcessKind::commandLine);
+    EXPECT_EQ(resolve(3, "(a-very-long-comp)", "anna")->displayName, "a-very-long-compiler");
+    EXPECT_EQ(resolve(4, "", "root")->displayName, "a-very-long-comp") << "another's";
 }
 
 TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
@@ -167,11 +181,11 @@ TEST(IdentityResolver, ForgetsWhatIsNoLongerSeen) {
     IdentityResolver resolver(std::make_shared<FixedMembership>(), "anna");
     std::vector<SharedProcessIdentity> records;
     for (std::int32_t pid = 1; pid <= 200; ++pid) {
-        records.push_back(resolver.resolve(pid, "sh", "/bin/sh", "anna"));
+        records.push_back(resolver.resolve(pid, "sh", {.path = "/bin/sh"}, "anna"));
         resolver.endSample();
     }
-    EXPECT_TRUE(resolver.resolve(200, "sh", "/bin/sh", "anna").sharesRecordWith(records.back()));
-    EXPECT_FALSE(resolver.resolve(1, "sh", "/bin/sh", "anna").sharesRecordWith(records.front()));
+    EXPECT_TRUE(resolver.resolve(200, "sh", {.path = "/bin/sh"}, "anna").sharesRecordWith(records.back()));
+    EXPECT_FALSE(resolver.resolve(1, "sh", {.path = "/bin/sh"}, "anna").sharesRecordWith(records.front()));
 }
 
 } // namespace

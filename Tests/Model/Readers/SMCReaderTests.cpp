@@ -152,7 +152,7 @@ TEST_F(SMCReaderTest, KeepsTheLastGoodOfEachFamily) {
     }
 }
 
-TEST_F(SMCReaderTest, HonestSensorsFallBackOnlyWhenNoneReads) {
+TEST_F(SMCReaderTest, WhatTheTemperaturesWereMadeOfIsNotReadAgain) {
     smc->setFamily("Tp", {61, 61, 61, 61, 61});
     SMCReader reader = make(false, SensorTrust::fewAndHonest);
     EXPECT_EQ(reader.readTemperatures().soc, 61);
@@ -162,11 +162,107 @@ TEST_F(SMCReaderTest, HonestSensorsFallBackOnlyWhenNoneReads) {
     EXPECT_EQ(reader.latestDieSensors().size(), 5U);
     EXPECT_TRUE(reader.latestGPUSensors().empty());
     EXPECT_EQ(smc->calls, calls) << "what the temperatures were made of is not read again";
-    smc->keys.erase(smc->keys.begin() + 1, smc->keys.end());
-    smc->setFloat("Tp00", 55);
-    EXPECT_EQ(reader.readTemperatures().soc, 55);
-    smc->keys.clear();
-    EXPECT_EQ(reader.readTemperatures().soc, 55);
+}
+
+/// What stands in a controller's place.
+class StandIn : public ScriptedSMC {
+public:
+    bool isController() const override { return false; }
+    std::string fanName(int fan) const override { return fan == 0 ? "CPU fan" : ""; }
+    std::uint64_t generation() override { return count; }
+
+    std::uint64_t count = 1;
+};
+
+class StandInTest : public ::testing::Test {
+protected:
+    StandInTest() {
+        standIn->sensorTrust = SensorTrust::fewAndHonest;
+        smc_use(standIn);
+    }
+    ~StandInTest() override { smc_use(nullptr); }
+
+    Cooling look(SMCReader& reader, int times = 1) {
+        for (int time = 0; time < times; ++time) {
+            reader.refresh();
+            reader.readFans();
+            reader.readTemperatures();
+        }
+        return reader.cooling();
+    }
+
+    std::shared_ptr<StandIn> standIn = std::make_shared<StandIn>();
+};
+
+TEST_F(StandInTest, SpeaksOnlyOfWhatItCanTell) {
+    standIn->setFloat("PSTR", 9);
+    SMCReader reader(SMCReader::Options::of(standIn, [](int) {}));
+    const auto devicesChange = [&](const auto& change) {
+        change();
+        ++standIn->count;
+    };
+    EXPECT_EQ(look(reader), Cooling::load);
+    devicesChange([&] { standIn->setFamily("Tp", {45}); });
+    EXPECT_EQ(look(reader), Cooling::heat);
+    devicesChange([&] { standIn->set("FNum", "ui8 ", {0}); });
+    EXPECT_EQ(look(reader), Cooling::passive);
+    devicesChange([&] {
+        standIn->set("FNum", "ui8 ", {12});
+        standIn->setFloat("F0Ac", 1200);
+        standIn->setFloat("FBAc", 900);
+    });
+    EXPECT_EQ(look(reader), Cooling::heat);
+    EXPECT_EQ(reader.readFans(),
+              (std::vector<FanReading>{{.index = 0, .rpm = 1200, .targetRPM = 1200, .name = "CPU fan"},
+                                       {.index = 11, .rpm = 900, .targetRPM = 900}}));
+    standIn->setFloat("F0Mx", 4000);
+    EXPECT_EQ(look(reader), Cooling::heat) << "a ceiling without a floor";
+    standIn->setFloat("F0Mn", 800);
+    standIn->set("F0MS", "ui8 ", {2});
+    EXPECT_EQ(look(reader), Cooling::fans);
+    EXPECT_EQ(reader.readFans()[0], (FanReading{.index = 0,
+                                                .rpm = 1200,
+                                                .minRPM = 800,
+                                                .maxRPM = 4000,
+                                                .targetRPM = 1200,
+                                                .name = "CPU fan",
+                                                .hasLearnedLimits = true}));
+    standIn->remove("F0Mx");
+    EXPECT_EQ(look(reader, 4), Cooling::fans) << "a reading that fails now and then";
+    EXPECT_EQ(look(reader), Cooling::heat);
+    standIn->remove("Tp00");
+    EXPECT_EQ(reader.readTemperatures().soc, 0) << "what is gone is gone";
+    EXPECT_EQ(look(reader, 5), Cooling::load);
+}
+
+TEST_F(StandInTest, DevicesThatComeAndGoAreFoundAnew) {
+    standIn->refusesToOpen = true;
+    SMCReader reader(SMCReader::Options::of(standIn, [](int) {}));
+    EXPECT_EQ(look(reader), Cooling::load);
+    EXPECT_FALSE(reader.isOpen());
+    standIn->refusesToOpen = false;
+    standIn->setFamily("Tp", std::vector<double>(99, 45));
+    look(reader);
+    EXPECT_FALSE(reader.isOpen()) << "nothing is looked for unless it says so";
+    ++standIn->count;
+    look(reader);
+    EXPECT_EQ(reader.keys(SensorFamily::chip).size(), 99u);
+    const int opened = standIn->opened;
+    standIn->keys.clear();
+    ++standIn->count;
+    EXPECT_EQ(look(reader), Cooling::heat);
+    EXPECT_EQ(reader.readTemperatures(), Temperatures());
+    EXPECT_EQ(standIn->opened, opened + 1);
+    EXPECT_EQ(standIn->closed, standIn->opened - 1);
+}
+
+TEST_F(StandInTest, EveryPackageCounts) {
+    for (int sensor = 0; sensor < 200; ++sensor)
+        standIn->setFloat(std::string("Tp") + static_cast<char>('A' + sensor / 20) +
+                              static_cast<char>('A' + sensor % 20),
+                          sensor < 199 ? 40 : 96);
+    SMCReader reader(SMCReader::Options::of(standIn, [](int) {}));
+    EXPECT_EQ(reader.readTemperatures().soc, 96);
 }
 
 TEST_F(SMCReaderTest, WithoutAControllerThereIsNothing) {

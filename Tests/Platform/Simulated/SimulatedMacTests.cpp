@@ -28,7 +28,7 @@ public:
     std::optional<HostTicks> hostTicks() override { return readable ? std::optional(ticks) : std::nullopt; }
     std::optional<VirtualMemory> virtualMemory() override { return {}; }
     std::optional<LoadAverages> loadAverages() override { return {}; }
-    std::uint64_t physicalMemoryBytes() override { return 0; }
+    PhysicalMemory physicalMemory() override { return {}; }
 
     // Both wrap early.
     HostTicks ticks{.user = 0xffffff00, .idle = 0xffffff00};

@@ -104,6 +104,9 @@ TEST(CoresModelTests, AReplayShowsWhatItsRecordingHolds) {
     stage.hub.accept({.timestamp = 1});
     CoresModel model = coresModel(stage.hub);
     EXPECT_EQ(model.subtitle, "1 performance · 4 efficiency");
+    stage.hub.beginReplay("Another", RecordedProcessors{.performance = 2});
+    EXPECT_EQ(coresModel(stage.hub).subtitle, "2 cores") << "all alike";
+    EXPECT_EQ(coreCounts({{.isPerformance = true}, {.isPerformance = true}}), "2 cores");
     EXPECT_EQ(model.coresNote, "This recording does not hold what each core did.");
     EXPECT_EQ(model.sensorsNote, "This recording does not hold the die's single sensors.");
     EXPECT_FALSE(model.die || model.gpu);

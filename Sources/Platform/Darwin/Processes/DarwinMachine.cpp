@@ -109,8 +109,8 @@ std::optional<LoadAverages> DarwinSystemStatistics::loadAverages() {
     return LoadAverages{.oneMinute = averages[0], .fiveMinutes = averages[1], .fifteenMinutes = averages[2]};
 }
 
-std::uint64_t DarwinSystemStatistics::physicalMemoryBytes() {
-    return static_cast<std::uint64_t>(sysctlNumber("hw.memsize").value_or(0));
+PhysicalMemory DarwinSystemStatistics::physicalMemory() {
+    return {.totalBytes = static_cast<std::uint64_t>(sysctlNumber("hw.memsize").value_or(0)), .availableBytes = {}};
 }
 
 } // namespace vantoro

@@ -37,7 +37,7 @@ public:
     std::optional<VirtualMemory> virtualMemory() override;
     std::optional<LoadAverages> loadAverages() override;
     /// "hw.memsize".
-    std::uint64_t physicalMemoryBytes() override;
+    PhysicalMemory physicalMemory() override;
 
 private:
     HostPort host_;

@@ -85,25 +85,101 @@ std::vector<std::string> idsOfSnapUnit(std::string_view parts) {
 
 } // namespace
 
-std::vector<std::string> applicationIds(std::string_view controlGroup) {
+std::string_view unitOf(std::string_view controlGroup) {
     while (!controlGroup.empty()) {
         const std::size_t slash = controlGroup.rfind('/');
         const std::string_view component =
             slash == std::string_view::npos ? controlGroup : controlGroup.substr(slash + 1);
+        if (component.ends_with(".scope") || component.ends_with(".service"))
+            return component;
+        // a unit may divide its own group further
         controlGroup = controlGroup.substr(0, slash == std::string_view::npos ? 0 : slash);
-        const bool isScope = component.ends_with(".scope");
-        if (!isScope && !component.ends_with(".service"))
-            continue; // a unit may divide its own group further
-        const std::string_view unit = component.substr(0, component.rfind('.'));
-        constexpr std::string_view app = "app-";
-        constexpr std::string_view snap = "snap.";
-        if (unit.starts_with(app))
-            return idsOfAppUnit(unit.substr(app.size()), isScope);
-        if (unit.starts_with(snap))
-            return idsOfSnapUnit(unit.substr(snap.size()));
-        return {};
     }
     return {};
+}
+
+std::vector<std::string> applicationIds(std::string_view controlGroup) {
+    const std::string_view component = unitOf(controlGroup);
+    const std::string_view unit = component.substr(0, component.rfind('.'));
+    constexpr std::string_view app = "app-";
+    constexpr std::string_view snap = "snap.";
+    if (unit.starts_with(app))
+        return idsOfAppUnit(unit.substr(app.size()), component.ends_with(".scope"));
+    if (unit.starts_with(snap))
+        return idsOfSnapUnit(unit.substr(snap.size()));
+    return {};
+}
+
+std::string containerOf(std::string_view controlGroup) {
+    constexpr std::size_t shownDigits = 12;
+    constexpr std::size_t leastDigits = 32;
+    while (!controlGroup.empty()) {
+        const std::size_t slash = controlGroup.rfind('/');
+        std::string_view part = slash == std::string_view::npos ? controlGroup : controlGroup.substr(slash + 1);
+        controlGroup = controlGroup.substr(0, slash == std::string_view::npos ? 0 : slash);
+        const bool isScope = part.ends_with(".scope");
+        if (isScope || part.ends_with(".service"))
+            part = part.substr(0, part.rfind('.'));
+        // docker-ID, libpod-ID, cri-containerd-ID, crio-ID; with cgroupfs the ID alone below docker or a pod
+        const std::string_view id = part.substr(part.rfind('-') + 1);
+        const bool isMonitor = part.find("-conmon-") != std::string_view::npos;
+        if (id.size() >= leastDigits && std::ranges::all_of(id, [](char digit) { return hexDigit(digit) >= 0; })) {
+            const bool isNamed = id.size() == part.size()
+                                     ? controlGroup.ends_with("docker") || controlGroup.ends_with("libpod_parent") ||
+                                           controlGroup.find("kubepods") != std::string_view::npos ||
+                                           controlGroup.find("buildkit") != std::string_view::npos
+                                     : !isMonitor;
+            if (isNamed)
+                return std::string(id.substr(0, shownDigits));
+        }
+        constexpr std::string_view payload = "lxc.payload.";
+        constexpr std::string_view nspawn = "systemd-nspawn@";
+        constexpr std::string_view machine = "machine-";
+        if (part.starts_with(payload))
+            return std::string(part.substr(payload.size()));
+        if (part.starts_with(nspawn))
+            return unescaped(part.substr(nspawn.size()));
+        if (isScope && part.starts_with(machine)) {
+            const std::string name = unescaped(part.substr(machine.size()));
+            return name.starts_with("qemu-") ? std::string() : name;
+        }
+        if (controlGroup == "/lxc")
+            return std::string(part);
+    }
+    return {};
+}
+
+std::string kernelThreadName(std::string_view name) {
+    constexpr std::string_view digits = "0123456789";
+    constexpr std::string_view instance = "0123456789:/-_";
+    const auto without = [&name](std::string_view ending) {
+        const std::size_t last = name.find_last_not_of(ending);
+        return last == std::string_view::npos ? name : name.substr(0, last + 1);
+    };
+    constexpr std::string_view worker = "kworker/";
+    constexpr std::string_view interrupt = "irq/";
+    if (name.starts_with(worker)) {
+        const std::size_t mark = name.find_first_of("+-", worker.size());
+        if (mark == std::string_view::npos || mark + 1 == name.size())
+            return "kworker";
+        name.remove_prefix(mark + 1);
+        return std::string(worker) + std::string(without(instance));
+    }
+    if (name.starts_with(interrupt)) {
+        const std::size_t dash = name.find('-');
+        return dash == std::string_view::npos ? std::string(name)
+                                              : std::string(interrupt) + std::string(name.substr(dash + 1));
+    }
+    if (const std::size_t slash = name.find('/'); slash != std::string_view::npos)
+        return std::string(slash + 1 < name.size() && digits.find(name[slash + 1]) != std::string_view::npos
+                               ? name.substr(0, slash)
+                               : name);
+    name = without(instance);
+    // md127_resync
+    if (const std::size_t end = name.find_first_not_of(digits, 2);
+        name.starts_with("md") && end != std::string_view::npos && name[end] == '_')
+        return "md" + std::string(name.substr(end));
+    return std::string(name);
 }
 
 } // namespace vantoro

@@ -157,20 +157,6 @@ std::string_view commandProgram(const std::vector<std::string>& command) {
     return {};
 }
 
-std::string_view baseName(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
-bool isShell(std::string_view programName) {
-    static constexpr std::string_view shells[] = {"ash",   "bash", "csh",   "dash", "elvish", "fish", "ksh",
-                                                  "ksh93", "mksh", "nu",    "osh",  "oil",    "pwsh", "rbash",
-                                                  "sh",    "tcsh", "xonsh", "yash", "zsh"};
-    if (programName.starts_with('-')) // a login shell
-        programName.remove_prefix(1);
-    return isOneOf(shells, programName);
-}
-
 bool isLauncher(std::string_view programName) {
     static constexpr std::string_view launchers[] = {
         "busybox", "bwrap",       "dbus-launch", "electron", "env",     "flatpak", "flatpak-spawn",

@@ -1,6 +1,8 @@
 // One desktop entry, in the format that freedesktop.org lays down. Pure.
 #pragma once
 
+#include "Platform/Linux/Proc/ProgramSubject.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,12 +30,6 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view text);
 /// The program that a command line is about: behind "env" and its assignments, and, for "flatpak run", the one named by
 /// "--command=". Empty when the command does not say.
 std::string_view commandProgram(const std::vector<std::string>& command);
-
-/// The part behind the last "/".
-std::string_view baseName(std::string_view path);
-
-/// A shell that people type commands into.
-bool isShell(std::string_view programName);
 
 /// A program that runs other people's programs, so that its name says nothing about which application it is.
 bool isLauncher(std::string_view programName);

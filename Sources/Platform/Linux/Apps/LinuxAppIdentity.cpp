@@ -1,21 +1,19 @@
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 
 #include "Platform/Linux/Apps/AppUnit.h"
-#include "Platform/Linux/Proc/ProcStat.h"
 
-#include <fcntl.h>
+#include "Model/Text/TerminalText.h"
+
+#include <algorithm>
 #include <utility>
 
 namespace vantoro {
 
 namespace {
 
-/// How long an answer is given again. A process can be moved to its application's group after it has started, and a pid
-/// can change hands.
+/// How long an answer is given again: applications are installed and removed.
 constexpr double secondsKept = 10;
 constexpr std::size_t mostKnown = 65'536;
-constexpr int mostAncestors = 64;
-constexpr std::size_t mostProcBytes = 65'536;
 
 bool isInBundle(std::string_view path) {
     constexpr std::string_view ending = ".app";
@@ -25,51 +23,120 @@ bool isInBundle(std::string_view path) {
     return false;
 }
 
+std::string shown(std::string_view name) {
+    return shortened(terminalText(name), longestShownName);
+}
+
+/// The game that Steam keeps below this path, with "/" or a Windows path's "\\" in it; empty for none, and for what
+/// games run in.
+std::string gameOf(std::string path) {
+    std::ranges::replace(path, '\\', '/');
+    constexpr std::string_view folder = "/steamapps/common/";
+    const std::size_t at = path.find(folder);
+    if (at == std::string::npos)
+        return {};
+    const std::size_t start = at + folder.size();
+    const std::size_t end = path.find('/', start);
+    const std::string name = end == std::string::npos ? std::string() : path.substr(start, end - start);
+    return name.starts_with("Proton") || name.starts_with("SteamLinuxRuntime") ? std::string() : shown(name);
+}
+
+/// What a process is called where its path does not say it best.
+std::optional<std::string> nameOf(const ProcessOrigin& origin) {
+    const std::string_view program = baseName(origin.path);
+    if (!origin.subject.empty() && program != "conmon") {
+        if (isVirtualMachine(program))
+            return "virtual machine " + shown(origin.subject);
+        return shown(isWine(program) ? std::string_view(origin.subject).substr(origin.subject.find_last_of("\\/") + 1)
+                                     : std::string_view(origin.subject));
+    }
+    // Nix lays a script of the program's name over it.
+    constexpr std::string_view wrapped = "-wrapped";
+    if (program.starts_with('.') && program.ends_with(wrapped) && program.size() > wrapped.size() + 1)
+        return std::string(program.substr(1, program.size() - 1 - wrapped.size()));
+    return std::nullopt;
+}
+
+/// The kind of what belongs to no application.
+std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
+    const std::string_view unit = unitOf(origin.controlGroup);
+    const bool hasShell = origin.shell != ProcessOrigin::Shell::none;
+    const bool hasPath = origin.path.starts_with('/');
+    if (unit.empty())
+        return isOwn && (hasShell || !hasPath) ? std::optional(ProcessKind::commandLine) : std::nullopt;
+    // What "systemd-run" starts is somebody's work, and so is all that begins with a shell in a session.
+    const bool isUsers = origin.controlGroup.find("user.slice/") != std::string::npos;
+    // Without a session manager, whoever logs in stays in the service that let them in.
+    const bool isDoor = unit.starts_with("ssh") || unit.find("getty@") != std::string_view::npos;
+    if (isDoor && hasShell)
+        return ProcessKind::commandLine;
+    if (unit.ends_with(".service"))
+        return isUsers && unit.starts_with("run-") ? ProcessKind::commandLine : ProcessKind::systemDaemon;
+    if (!isUsers || unit == "init.scope")
+        return ProcessKind::systemDaemon;
+    if (hasShell || (isOwn && !hasPath))
+        return ProcessKind::commandLine;
+    if (isOwn && unit.starts_with("app-"))
+        return ProcessKind::userApp;
+    const bool isDesktops = unit.starts_with("session-") && (origin.path.starts_with("/usr/lib"));
+    return isOwn && !isDesktops ? ProcessKind::commandLine : ProcessKind::systemDaemon;
+}
+
 } // namespace
 
 LinuxAppIdentity::LinuxAppIdentity(Options options)
-    : options_(std::move(options))
-    , entries_(options_.root, options_.folders)
-    , processes_(::open((options_.root + "/proc").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    : options_(std::move(options)), entries_(options_.root, options_.folders) {}
 
-AppMembership LinuxAppIdentity::membership(std::int32_t pid, std::string_view listedPath) {
-    if (isPathMark(listedPath)) {
-        if (listedPath.front() == '(')
-            return {};
-        return {.kind = ProcessKind::kernel, .displayName = std::string(listedPath.substr(1, listedPath.size() - 2))};
-    }
-    if (!listedPath.starts_with('/') || isInBundle(listedPath))
+AppMembership LinuxAppIdentity::membership(std::int32_t pid, const ProcessOrigin& origin, bool isOwn) {
+    if (origin.path.starts_with('[') && isPathMark(origin.path))
+        return {.kind = ProcessKind::kernel,
+                .displayName = kernelThreadName(std::string_view(origin.path).substr(1, origin.path.size() - 2))};
+    if (isInBundle(origin.path))
         return {};
     const double now = options_.clock();
     const auto found = known_.find(pid);
-    if (found != known_.end() && found->second.listedPath == listedPath && now - found->second.seconds < secondsKept)
+    if (found != known_.end() && now - found->second.seconds < secondsKept && found->second.isOwn == isOwn &&
+        found->second.origin == origin)
         return found->second.membership;
     if (found == known_.end() && known_.size() >= mostKnown)
         known_.clear();
+    entries_.refresh(now);
     Known& known = known_[pid];
-    known.listedPath = listedPath;
-    known.seconds = now;
-    known.membership = find(pid, known.listedPath, now);
+    known = {.origin = origin, .isOwn = isOwn, .seconds = now, .membership = find(origin, isOwn)};
     return known.membership;
 }
 
-AppMembership LinuxAppIdentity::find(std::int32_t pid, const std::string& path, double seconds) {
-    entries_.refresh(seconds);
-    const std::string group = controlGroup(pid);
-    AppMembership membership;
-    if (const InstalledEntry* application = entryOf(group)) {
-        if (isShellWork(pid, group, *application)) {
+AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
+    AppMembership membership{.displayName = nameOf(origin)};
+    const auto belongTo = [&membership](ProcessKind kind, std::string name) {
+        membership.kind = kind;
+        membership.owningAppName = std::move(name);
+        return membership;
+    };
+    if (const std::string id = containerOf(origin.controlGroup); !id.empty()) {
+        const bool isUsers = isOwn || origin.controlGroup.find("user.slice/") != std::string::npos;
+        return belongTo(isUsers ? ProcessKind::commandLine : ProcessKind::systemDaemon,
+                        "container " + shown(origin.container.empty() ? id : origin.container));
+    }
+    const bool isWindows = isWine(baseName(origin.path));
+    if (std::string game = gameOf(isWindows ? origin.subject : origin.path); !game.empty())
+        return belongTo(ProcessKind::userApp, std::move(game));
+    const InstalledEntry* application = entryOf(origin.controlGroup);
+    if (application != nullptr) {
+        using enum ProcessOrigin::Shell;
+        if (origin.shell == inner || (origin.shell == first && !isShell(application->programName))) {
             membership.kind = ProcessKind::commandLine;
             return membership;
         }
-        membership.kind = runsProgramOf(*application, path) ? ProcessKind::userApp : ProcessKind::helper;
-        membership.owningAppName = application->entry.name;
         membership.owningAppPath = application->file;
-    } else if (const InstalledEntry* named = entries_.byExecutable(path)) {
-        membership.kind = ProcessKind::userApp;
-        membership.owningAppName = named->entry.name;
-        membership.owningAppPath = named->file;
+        return belongTo(runsProgramOf(*application, origin.path) ? ProcessKind::userApp : ProcessKind::helper,
+                        application->entry.name);
     }
+    if (const InstalledEntry* named = entries_.byExecutable(origin.path)) {
+        membership.owningAppPath = named->file;
+        return belongTo(ProcessKind::userApp, named->entry.name);
+    }
+    membership.kind = isWindows && isOwn ? ProcessKind::userApp : kindOf(origin, isOwn);
     return membership;
 }
 
@@ -78,30 +145,6 @@ const InstalledEntry* LinuxAppIdentity::entryOf(std::string_view controlGroup) c
         if (const InstalledEntry* entry = entries_.byId(id))
             return entry;
     return nullptr;
-}
-
-bool LinuxAppIdentity::isShellWork(std::int32_t pid, const std::string& group,
-                                   const InstalledEntry& application) const {
-    bool parentIsInside = true;
-    for (int generation = 0; generation < mostAncestors && pid > 1 && parentIsInside; ++generation) {
-        const auto text = readFileAt(processes_.number(), (std::to_string(pid) + "/stat").c_str(), mostProcBytes);
-        const auto stat = text ? parseProcessStat(*text) : std::nullopt;
-        if (!stat)
-            return false;
-        const std::int32_t parent = stat->parentPid;
-        parentIsInside = parent > 1 && controlGroup(parent) == group;
-        // A script's own name stands in its shell's place, so this is a shell that takes commands. An application whose
-        // command is itself a shell's begins with one.
-        if (isShell(stat->name) && (parentIsInside || !isShell(application.programName)))
-            return true;
-        pid = parent;
-    }
-    return false;
-}
-
-std::string LinuxAppIdentity::controlGroup(std::int32_t pid) const {
-    const auto text = readFileAt(processes_.number(), (std::to_string(pid) + "/cgroup").c_str(), mostProcBytes);
-    return text ? std::string(parseControlGroup(*text)) : std::string();
 }
 
 bool runsProgramOf(const InstalledEntry& application, std::string_view executablePath) {

@@ -3,7 +3,6 @@
 
 #include "Platform/AppIdentity.h"
 #include "Platform/Linux/Apps/DesktopEntries.h"
-#include "Platform/Linux/Reading/KeptFile.h"
 
 #include <cstdint>
 #include <functional>
@@ -16,11 +15,13 @@ namespace vantoro {
 /// A process in a control group of an application is that application's: the application itself (`userApp`) when it
 /// runs the entry's program, otherwise a `helper`; a shell in it and everything started from that shell is the user's
 /// own work (`commandLine`) and belongs to no application. Elsewhere a process is an application if an entry's command
-/// names its executable. Of a process inside a bundle (".app") nothing is said.
+/// names its executable. Work in a session of the user's is `commandLine` also when its path was never seen, a service
+/// of the user's own manager is `systemDaemon`. A container's processes belong to the container, a game's to the game;
+/// scripts and virtual machines bear their own names. Of a process inside a bundle (".app") nothing is said.
 class LinuxAppIdentity : public AppIdentity {
 public:
     struct Options {
-        /// The folder that holds proc and everything else.
+        /// The folder that holds everything.
         std::string root = "/";
         DesktopFolders folders;
         /// A clock that only rises, in seconds.
@@ -29,23 +30,21 @@ public:
 
     explicit LinuxAppIdentity(Options options);
 
-    AppMembership membership(std::int32_t pid, std::string_view listedPath) override;
+    AppMembership membership(std::int32_t pid, const ProcessOrigin& origin, bool isOwn) override;
 
 private:
     struct Known {
-        std::string listedPath;
+        ProcessOrigin origin;
+        bool isOwn = false;
         double seconds = 0;
         AppMembership membership;
     };
 
-    AppMembership find(std::int32_t pid, const std::string& path, double seconds);
+    AppMembership find(const ProcessOrigin& origin, bool isOwn);
     const InstalledEntry* entryOf(std::string_view controlGroup) const;
-    bool isShellWork(std::int32_t pid, const std::string& controlGroup, const InstalledEntry& application) const;
-    std::string controlGroup(std::int32_t pid) const;
 
     Options options_;
     DesktopEntries entries_;
-    Descriptor processes_;
     std::unordered_map<std::int32_t, Known> known_;
 };
 

@@ -1,6 +1,7 @@
 // One fan of the hwmon tree, and what its files mean where they do not say it themselves.
 #pragma once
 
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Hwmon/HwmonReading.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 
@@ -12,62 +13,96 @@
 
 namespace vantoro {
 
-/// Where a fan's greatest speed comes from. The values are those of the key "FnMS".
-enum class FanMaximumSource { stated = 0, duty = 1, highestSeen = 2 };
+/// What a fan belongs to. Only the machine's own say how hard its cooling works; a flow is no fan at all, though
+/// drivers of water coolers tell it among them.
+enum class FanKind { machine, graphics, powerSupply, pump, flow };
 
-/// What a fan is believed to reach at least when nothing states its maximum: large case fans end at about this speed,
-/// all others go beyond it.
-constexpr double fanMaximumFloorRPM = 2000;
+/// By the driver, and by the label where it says so.
+FanKind fanKindOf(const HwmonSensor& sensor);
+
+/// What to call a fan: its label in plain words ("cpu_fan" is "CPU fan"), without one "Graphics fan", "Pump" or, of the
+/// machine's own, "Fan 3" by the driver's number. One that is in `taken` gets the next number.
+std::string fanName(const HwmonSensor& sensor, const std::vector<std::string>& taken);
 
 /// A speed that a fan can turn at; none for what counters say when their input hangs.
 std::optional<double> credibleRPM(std::int64_t rpm);
 
-/// The maximum of a fan that states none: rpm · 255 ÷ duty when it turns and its duty is known, else the highest speed
-/// seen; never below the highest seen nor the floor.
-double derivedFanMaximum(double rpm, std::optional<std::int64_t> duty, double highestRPM);
+/// Where a fan's ends come from. The values are those of the key "FnMS".
+enum class FanLimitSource { stated = 0, duty = 1, learned = 2 };
+
+/// The ends of the speeds that a fan runs at, in revolutions per minute.
+struct FanLimits {
+    double floorRPM = 0;
+    double ceilingRPM = 0;
+    FanLimitSource source = FanLimitSource::stated;
+
+    bool operator==(const FanLimits&) const = default;
+};
 
 class HwmonFan {
 public:
-    HwmonFan(const HwmonSensor& sensor, const std::shared_ptr<SlowLane>& lane);
+    HwmonFan(const HwmonSensor& sensor, const std::shared_ptr<SlowLane>& lane, std::shared_ptr<FanMemory> memory);
 
-    /// Revolutions per minute. None when the driver gives an error, while the device sleeps, and as long as a driven
-    /// motor has never turned: a header with nothing on it.
+    FanKind kind() const { return kind_; }
+    /// Revolutions per minute; 0 when it stands still. None when the driver gives an error or says that the fan is
+    /// faulty, while the device sleeps, and as long as a driven motor on a board's header has never turned: nothing is
+    /// plugged in there.
     std::optional<double> speed();
-    std::optional<double> minimum();
-    /// Of the last speed.
-    double maximum();
+    /// As far as they are known at the last speed: stated by the driver, known by the motor's duty, or learned. Never
+    /// for another than one of the machine's own.
+    const std::optional<FanLimits>& limits() const { return limits_; }
     /// None also when the driver has no speed in mind.
     std::optional<double> target();
-    FanMaximumSource maximumSource() const { return source_; }
 
 private:
-    using Reading = LanedReading<std::int64_t>;
+    std::optional<double> statedCeiling();
+    std::optional<double> dutyCeiling(std::optional<std::int64_t> duty);
+    void lookAtLimits(std::optional<std::int64_t> duty);
 
-    Reading speed_;
-    std::optional<Reading> minimum_;
-    std::optional<Reading> maximum_;
-    std::optional<Reading> target_;
-    std::optional<Reading> duty_;
+    FanKind kind_;
+    std::string driver_;
+    std::shared_ptr<SlowLane> lane_;
+    std::shared_ptr<FanMemory> memory_;
+    FanRange& range_;
+    FanWatch watch_;
+    HwmonReading speed_;
+    std::optional<HwmonReading> minimum_;
+    std::optional<HwmonReading> maximum_;
+    std::optional<HwmonReading> target_;
+    std::optional<HwmonReading> duty_;
+    /// The least duty that the motor is ever given, where that is known.
+    std::optional<double> leastDuty_;
+    DutyEvidence evidence_;
+    std::optional<std::int64_t> dutyBefore_;
+    double dutySince_ = 0;
+    std::optional<double> dutyCeiling_;
     double rpm_ = 0;
     double highestRPM_ = 0;
-    FanMaximumSource source_ = FanMaximumSource::highestSeen;
+    double lowestRPM_ = 0;
+    int looks_ = 0;
+    std::optional<double> statedFloor_;
+    std::optional<double> stated_;
+    bool isStatedBelieved_ = false;
+    bool followsSpeed_ = false;
+    std::optional<FanLimits> limits_;
 };
 
 /// What speaks for or against a machine having fans at all.
 struct FanEvidence {
     /// Fans that tell their speed.
     int tachometers = 0;
-    /// Something that drives a fan: a duty file, or a cooling device that is one.
+    /// Something that drives a fan: a duty file, a cooling device that is one, or a fan in the firmware's tables.
     bool hasDriver = false;
     /// Of the firmware's tables (SMBIOS type 3); absent on boards that have none.
     std::optional<std::int64_t> chassisType;
+    /// By the device tree, on machines that have one: a board, a tablet, a telephone, or a notebook built without fans.
+    bool isBuiltWithout = false;
 
     bool operator==(const FanEvidence&) const = default;
 };
 
-/// Whether it may be said that this machine has no fans. Most laptops, towers and servers without a tachometer have
-/// fans that Linux has no driver for; boards, tablets, sticks, mini and embedded machines without a trace of one have
-/// none.
+/// Whether it may be said that this machine has no fans. Most laptops, towers, small desktops and servers without a
+/// tachometer have fans that Linux has no driver for; handhelds, tablets and boards without a trace of one have none.
 bool isFanless(const FanEvidence& evidence);
 
 FanEvidence readFanEvidence(const std::string& root, const std::vector<HwmonSensor>& sensors);

@@ -85,6 +85,7 @@ void addSensors(const Chip& chip, std::vector<HwmonSensor>& sensors) {
                            .inputPath = chip.folder + "/" + name,
                            .statusPath = chip.statusPath,
                            .hasSecondVoltage = hasSecondVoltage};
+        sensor.faultPath = pathOf(stem + "_fault");
         if (const std::string label = pathOf(stem + "_label"); !label.empty())
             sensor.label = readTrimmed(label).value_or("");
         if (*quantity == HwmonQuantity::fan) {
@@ -94,6 +95,25 @@ void addSensors(const Chip& chip, std::vector<HwmonSensor>& sensors) {
             sensor.dutyPath = pathOf("pwm" + std::to_string(parts->number));
         }
         sensors.push_back(std::move(sensor));
+    }
+}
+
+/// Zones that their drivers do not show as chips, as many boards' do not. Zones of one type share a chip.
+void addZones(const std::string& root, std::vector<HwmonSensor>& sensors) {
+    std::unordered_set<std::string> chips;
+    for (const HwmonSensor& sensor : sensors)
+        chips.insert(sensor.driver);
+    const std::string thermal = root + "/sys/class/thermal/";
+    for (const std::string& name : namesIn(thermal)) {
+        auto type = name.starts_with("thermal_zone") ? readTrimmed(thermal + name + "/type") : std::nullopt;
+        if (!type || type->empty() || !exists(thermal + name + "/temp"))
+            continue;
+        std::ranges::replace(*type, '-', '_');
+        if (!chips.contains(*type) && readTrimmed(thermal + name + "/mode") != "disabled")
+            sensors.push_back({.driver = std::move(*type),
+                               .devicePath = "/devices/virtual/thermal/" + name,
+                               .number = 1,
+                               .inputPath = thermal + name + "/temp"});
     }
 }
 
@@ -116,8 +136,22 @@ std::vector<HwmonSensor> discoverHwmon(const std::string& root) {
     for (const std::string& name : namesIn(folder))
         if (const auto chip = findChip(folder + "/" + name, realRoot))
             addSensors(*chip, sensors);
+    addZones(root, sensors);
     std::ranges::stable_sort(sensors, isBefore);
     return sensors;
+}
+
+std::string hwmonSignature(const std::string& root) {
+    std::string signature;
+    const std::string folder = root + "/sys/class/hwmon/";
+    for (const std::string& name : namesIn(folder)) {
+        char target[512];
+        const ssize_t length = ::readlink((folder + name).c_str(), target, sizeof target);
+        signature += name + '>' + std::string(target, length > 0 ? static_cast<std::size_t>(length) : 0) + '\n';
+    }
+    for (const std::string& name : namesIn(root + "/sys/class/power_supply"))
+        signature += name + '\n';
+    return signature;
 }
 
 std::optional<HwmonFileName> parseHwmonFileName(std::string_view name) {

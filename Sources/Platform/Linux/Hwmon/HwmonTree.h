@@ -30,6 +30,8 @@ struct HwmonSensor {
     std::string maximumPath;
     std::string targetPath;
     std::string dutyPath;
+    /// Says by a number other than 0 that the reading is worth nothing.
+    std::string faultPath;
     /// The device's power/runtime_status.
     std::string statusPath;
     /// The chip also measures a second supply voltage, as the graphics part of a processor does ("vddnb").
@@ -38,10 +40,14 @@ struct HwmonSensor {
     bool operator==(const HwmonSensor&) const = default;
 };
 
-/// Every sensor, ordered by device path, then quantity, label and number: the same order after each start. A folder
-/// without a name, a link that leads in circles or nowhere and a file that cannot be read cost only themselves. Nothing
-/// is measured: only names are read, which wakes no device. `root` is the folder that holds sys.
+/// Every sensor, ordered by device path, then quantity, label and number: the same order after each start. A thermal
+/// zone that no chip shows is a chip with one temperature. A folder without a name, a link that leads in circles or
+/// nowhere and a file that cannot be read cost only themselves. Nothing is measured: only names are read, which wakes
+/// no device. `root` is the folder that holds sys.
 std::vector<HwmonSensor> discoverHwmon(const std::string& root);
+
+/// What changes when a driver comes, goes or comes again: the chips' and supplies' names and where the chips sit.
+std::string hwmonSignature(const std::string& root);
 
 /// A file's name taken apart: "temp12_input" is "temp", 12, "input"; "pwm1" has no suffix.
 struct HwmonFileName {

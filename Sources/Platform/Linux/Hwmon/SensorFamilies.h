@@ -14,10 +14,26 @@
 
 namespace vantoro {
 
+/// What a temperature counts as.
+struct SensorRole {
+    /// None for what tells of no part that a person could feel or act on: zones of the die beside the processors,
+    /// firmware's placeholders.
+    std::optional<SensorFamily> family;
+    /// Somebody else's reading of the processor: it counts only where the processor has no sensors of its own.
+    bool isCopy = false;
+
+    bool operator==(const SensorRole&) const = default;
+};
+
 /// By the driver, and by the label where a driver serves several families. The drivers of a processor's own sensors are
-/// the chip; those of graphics processors, the graphics; supplies are the battery; everything else (boards, drives,
-/// radios, ACPI zones) is the enclosure.
-SensorFamily familyOf(const HwmonSensor& sensor);
+/// the chip, as are a device tree's zones of it; those of graphics processors, the graphics; supplies are the battery;
+/// what is left of boards, drives and radios is the enclosure.
+SensorRole roleOf(const HwmonSensor& sensor);
+
+/// Whether the driver is a graphics processor's: such a device may sleep, and its fan is a card's own.
+bool isGraphicsDriver(std::string_view driver);
+/// ASCII only.
+std::string loweredText(std::string_view text);
 
 /// Whether the driver is the one that passes on the controller of a Mac.
 bool isMacController(std::string_view driver);
@@ -36,8 +52,8 @@ private:
     std::array<int, sensorFamilies.size()> used_{};
 };
 
-/// A reading in thousandths of a degree as degrees Celsius. None for what a chip says when nothing is connected or its
-/// sensor is off (exactly −128, 127 or 255, below −40) and for what no sensor survives (above 200).
-std::optional<double> credibleCelsius(std::int64_t thousandths);
+/// A reading in thousandths of a degree as degrees Celsius. None for what no sensor of this family can read while the
+/// machine runs: what chips say when nothing is connected, or a sensor is off, lies beyond.
+std::optional<double> credibleCelsius(std::int64_t thousandths, SensorFamily family);
 
 } // namespace vantoro

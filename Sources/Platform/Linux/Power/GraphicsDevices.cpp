@@ -192,6 +192,15 @@ ThrottleReasons nvidiaReasons(std::uint64_t events) {
     return reasons;
 }
 
+std::optional<double> parseBoardLoad(std::string_view text) {
+    text = trimmedText(text);
+    const std::size_t at = text.find('@');
+    const auto load = parseWholeNumber(text.substr(0, at));
+    if (!load)
+        return {};
+    return credibleShare(static_cast<double>(*load) / (at == std::string_view::npos ? 10 : 1));
+}
+
 std::vector<QueueTimes> parseQueueTimes(std::string_view text) {
     std::vector<QueueTimes> queues;
     while (!text.empty()) {
@@ -245,6 +254,26 @@ GraphicsDevices::GraphicsDevices(const std::string& root, const std::shared_ptr<
             if (connector.starts_with(name + "-"))
                 card->connectors.emplace_back(folder + connector + "/enabled");
         cards_.emplace_back(lane, [card] { return std::optional(card->look()); });
+    }
+    addBoards(root, lane);
+}
+
+void GraphicsDevices::addBoards(const std::string& root, const std::shared_ptr<SlowLane>& lane) {
+    constexpr std::array<std::string_view, 6> chips{"gpu", "mali", "gm20b", "gp10b", "gv11b", "ga10b"};
+    const std::string folder = root + "/sys/class/devfreq/";
+    for (const std::string& name : namesIn(folder)) {
+        if (std::ranges::none_of(chips, [&](std::string_view chip) { return name.find(chip) != std::string::npos; }))
+            continue;
+        auto load = fileAt(folder + name + "/load");
+        if (!load)
+            load = fileAt(folder + name + "/device/load");
+        if (!load)
+            continue;
+        cards_.emplace_back(lane, [file = std::make_shared<SensorFile>(std::move(*load))] {
+            char room[64];
+            const auto text = file->readText(room, sizeof room);
+            return std::optional(GraphicsReading{.busyPercent = text ? parseBoardLoad(*text) : std::nullopt});
+        });
     }
 }
 

@@ -38,8 +38,10 @@ constexpr double graphicsRestSeconds = 30;
 ///   amdgpu     gpu_busy_percent, and the limiters in gpu_metrics (format 1.3, 2.2 to 2.4)
 ///   i915, xe   gt/gtN/throttle_reason_*, device/tileN/gtM/freq0/throttle/*; they tell no busy share to every user
 ///   v3d        gpu_stats
-/// and NVIDIA's through its library. A card that sleeps is not woken. Each look at one that may fall asleep keeps it
-/// awake for some seconds: unless it shows a picture or is busy, which keep it awake anyhow, it is left to rest.
+/// those of boards whose drivers scale their clock (/sys/class/devfreq): "load", in per cent, or in per mille on a
+/// Jetson; and NVIDIA's through its library. A card that sleeps is not woken. Each look at one that may fall asleep
+/// keeps it awake for some seconds: unless it shows a picture or is busy, which keep it awake anyhow, it is left to
+/// rest.
 class GraphicsDevices {
 public:
     /// `gpus` may be null.
@@ -48,6 +50,8 @@ public:
     GraphicsReading read();
 
 private:
+    void addBoards(const std::string& root, const std::shared_ptr<SlowLane>& lane);
+
     std::vector<LanedReading<GraphicsReading>> cards_;
     std::shared_ptr<NvidiaGPUs> gpus_;
 };
@@ -55,6 +59,9 @@ private:
 /// The limiters at work according to amdgpu's gpu_metrics, whatever the bytes; none in formats that have no list that
 /// is alike for all chips. Some chips report a limiter of temperature at any heat: only at 90 °C and above it counts.
 std::optional<ThrottleReasons> parseGpuMetrics(std::string_view bytes);
+
+/// "45@600000000Hz" or "450" (per mille) as per cent; none for anything else.
+std::optional<double> parseBoardLoad(std::string_view text);
 
 /// The reasons in NVIDIA's list of clock events.
 ThrottleReasons nvidiaReasons(std::uint64_t events);

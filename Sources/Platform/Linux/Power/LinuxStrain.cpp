@@ -68,8 +68,10 @@ CoolingFiles findCooling(const std::string& root) {
         if (!name.starts_with("cooling_device") || files.states.size() == most)
             continue;
         const std::string type = readTrimmed(folder + name + "/type").value_or("");
-        // The firmware's zones slow all processors down together: one speaks for all.
-        if (!slowsDown(type) || (type == "Processor" && std::exchange(hasProcessor, true)))
+        // One without steps, as in a guest of a hypervisor, cannot tell. The firmware's zones slow all processors down
+        // together: one speaks for all.
+        if (!slowsDown(type) || readWholeNumber(folder + name + "/max_state").value_or(1) <= 0 ||
+            (type == "Processor" && std::exchange(hasProcessor, true)))
             continue;
         files.states.emplace_back(folder + name + "/cur_state");
     }

@@ -90,11 +90,31 @@ std::string LinuxProcessTable::path(std::int32_t pid) {
     return scan().path(process);
 }
 
+ProcessOrigin LinuxProcessTable::origin(std::int32_t pid) {
+    ScannedProcess* const process = scan().find(pid);
+    return process != nullptr && (process->readings != 0 || scan().read(*process)) ? scan().origin(*process)
+                                                                                   : ProcessOrigin();
+}
+
 std::optional<std::string> LinuxProcessTable::userName(std::uint32_t uid) {
     const auto known = userNames_.find(uid);
     if (known != userNames_.end())
         return known->second;
     return userNames_.emplace(uid, options_.accountName(uid)).first->second;
+}
+
+LinuxProcessStream::LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override)
+    : program_(programFolder + "/vantoro-top"), name_("vantoro-top") {
+    if (override && !override->empty())
+        program_ = name_ = *override;
+}
+
+ProgramCommand LinuxProcessStream::stream(int samples, int intervalSeconds, int rows) const {
+    return {.program = program_, .arguments = topArguments(samples, intervalSeconds, rows, ",origin")};
+}
+
+ProgramCommand LinuxProcessStream::pathList() const {
+    return {.program = program_, .arguments = {"--paths"}};
 }
 
 } // namespace vantoro

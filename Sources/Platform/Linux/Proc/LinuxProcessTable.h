@@ -1,9 +1,10 @@
-// The process table, from /proc.
+// The process table, from /proc, and the process stream, from this project's own small program.
 #pragma once
 
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Posix/Processes.h"
+#include "Platform/ProcessStream.h"
 #include "Platform/ProcessTable.h"
 
 #include <cstddef>
@@ -51,6 +52,7 @@ public:
     std::optional<ShortProcessRecord> shortRecord(std::int32_t pid) override;
     std::optional<TaskRecord> taskRecord(std::int32_t pid) override;
     std::string path(std::int32_t pid) override;
+    ProcessOrigin origin(std::int32_t pid) override;
     std::optional<std::string> userName(std::uint32_t uid) override;
     void rest() override;
 
@@ -64,6 +66,23 @@ private:
     /// Whose reading the next task record is to come from; 0 for no one's.
     std::int32_t justRead_ = 0;
     std::unordered_map<std::uint32_t, std::optional<std::string>> userNames_;
+};
+
+class LinuxProcessStream : public ProcessStream {
+public:
+    /// `programFolder` is the folder of the running program, beside which vantoro-top lies; `override`, the value of
+    /// the environment variable VANTORO_TOP, names another program instead (an empty one does not).
+    LinuxProcessStream(const std::string& programFolder, const std::optional<std::string>& override);
+
+    ProgramCommand stream(int samples, int intervalSeconds, int rows) const override;
+    ProgramCommand pathList() const override;
+    std::string streamName() const override { return name_; }
+    std::string pathListName() const override { return name_ + " --paths"; }
+
+private:
+    std::string program_;
+    /// Without the folder, where it is this project's own.
+    std::string name_;
 };
 
 } // namespace vantoro

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
 
+#include <algorithm>
 #include <dirent.h>
 #include <memory>
 #include <string_view>
@@ -28,10 +29,15 @@ std::optional<LoadAverages> LinuxSystemStatistics::loadAverages() {
     return text ? parseLoadAverages(*text) : std::nullopt;
 }
 
-std::uint64_t LinuxSystemStatistics::physicalMemoryBytes() {
+PhysicalMemory LinuxSystemStatistics::physicalMemory() {
     const auto text = meminfo_.read();
     const auto info = text ? parseMemoryInfo(*text) : std::nullopt;
-    return info ? info->totalKiB * 1024 : 0;
+    if (!info)
+        return {};
+    PhysicalMemory memory{.totalBytes = info->totalKiB * 1024, .availableBytes = {}};
+    if (info->availableKiB)
+        memory.availableBytes = std::min(*info->availableKiB * 1024, memory.totalBytes);
+    return memory;
 }
 
 std::optional<VirtualMemory> LinuxSystemStatistics::virtualMemory() {

@@ -20,6 +20,7 @@ namespace vantoro {
 ///   wired       Unevictable + SUnreclaim + PageTables + KernelStack: what cannot be paged out
 ///   compressor  Zswap + what the compressed swap devices (zram) really occupy
 ///   internal    AnonPages
+///   available   MemAvailable, which kernels since 3.14 reckon
 ///   purgeable   0: memory that applications gave up for lazy freeing has no counter for the whole machine
 ///   swap counts pswpin and pswpout of /proc/vmstat, in pages of the processor's
 class LinuxSystemStatistics : public SystemStatistics {
@@ -30,7 +31,7 @@ public:
     std::optional<HostTicks> hostTicks() override;
     std::optional<VirtualMemory> virtualMemory() override;
     std::optional<LoadAverages> loadAverages() override;
-    std::uint64_t physicalMemoryBytes() override;
+    PhysicalMemory physicalMemory() override;
 
     /// Ticks and the count of processes ever started, from one reading of /proc/stat.
     std::optional<KernelStat> kernelStat();

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Proc/ProcScan.h"
 
+#include "Platform/Linux/Proc/ProgramSubject.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -39,6 +41,11 @@ constexpr int listingsSkippedAtMost = 30;
 /// How long a process must have been quiet before its figures are left alone, and for how many readings they are.
 constexpr int quietReadingsBeforeSparing = 3;
 constexpr int mostSparedReadings = 15;
+
+/// After how many readings the origin is asked for again, at first and later.
+constexpr std::uint64_t soon = 2;
+constexpr std::uint64_t later = 8;
+constexpr int mostAncestors = 64;
 
 } // namespace
 
@@ -254,6 +261,7 @@ bool ProcScan::read(ScannedProcess& process) {
         process.uid.reset();
         process.uidSettled = false;
         process.path.reset();
+        process.told_.reset();
     }
     process.quietReadings_ = 0;
     process.state = stat->state;
@@ -299,6 +307,85 @@ std::string ProcScan::readPath(std::int32_t pid) const {
     }
     const std::optional<std::string> text = readFileAt(folder_.number(), ProcPath(pid, "cmdline").text, 4096);
     return text ? std::string(pathInCommandLine(*text)) : std::string();
+}
+
+const ProcessOrigin& ProcScan::origin(ScannedProcess& process) {
+    if (!process.told_)
+        process.told_ = std::make_unique<ScannedProcess::Told>();
+    ScannedProcess::Told& told = *process.told_;
+    const bool isNew = told.next == 0;
+    if (!isNew && (process.readings < told.next || process.isKernelThread()))
+        return told.origin;
+    told.next = process.readings + (isNew ? soon : later);
+    if (process.isKernelThread()) {
+        told.origin.path = "[" + process.name + "]";
+        return told.origin;
+    }
+    const std::string& executable = path(process);
+    told.origin.path = executable.empty() ? "(" + process.name + ")" : executable;
+    told.origin.subject = readSubject(process);
+    controlGroup(process);
+    askAncestors(process);
+    return told.origin;
+}
+
+const std::string& ProcScan::controlGroup(ScannedProcess& process) {
+    if (!process.told_)
+        process.told_ = std::make_unique<ScannedProcess::Told>();
+    ScannedProcess::Told& told = *process.told_;
+    if (process.readings >= told.nextGroup) {
+        told.nextGroup = process.readings + (told.nextGroup == 0 ? soon : later);
+        constexpr std::size_t mostBytes = 16'384;
+        // One that has ended keeps the group that it was last seen in.
+        if (const auto text = readFileAt(folder_.number(), ProcPath(process.pid, "cgroup").text, mostBytes))
+            told.origin.controlGroup = parseControlGroup(*text);
+    }
+    return told.origin.controlGroup;
+}
+
+std::string ProcScan::readSubject(ScannedProcess& process) {
+    const std::string& executable = path(process);
+    const std::string_view program = executable.empty() ? std::string_view(process.name) : baseName(executable);
+    constexpr std::size_t mostBytes = 65'536; // a class path can be long
+    constexpr int mostGenerations = 4;
+    std::string subject;
+    ScannedProcess* each = hasSubject(program) ? &process : nullptr;
+    for (int generation = 0; generation < mostGenerations && each != nullptr && subject.empty(); ++generation) {
+        if (const auto text = readFileAt(folder_.number(), ProcPath(each->pid, "cmdline").text, mostBytes))
+            subject = subjectOf(program, *text);
+        // A script's workers are started with code of the interpreter's own.
+        each = isShell(program) || executable.empty() ? nullptr : parentOf(*each);
+        if (each != nullptr && path(*each) != executable)
+            each = nullptr;
+    }
+    return subject;
+}
+
+ScannedProcess* ProcScan::parentOf(const ScannedProcess& process) {
+    ScannedProcess* const parent = process.parentPid > 1 ? find(process.parentPid) : nullptr;
+    return parent != nullptr && (parent->readings != 0 || read(*parent)) ? parent : nullptr;
+}
+
+void ProcScan::askAncestors(ScannedProcess& process) {
+    ProcessOrigin& origin = process.told_->origin;
+    origin.shell = ProcessOrigin::Shell::none;
+    const bool isInPodman = origin.controlGroup.find("libpod-") != std::string::npos;
+    bool isInside = true;
+    ScannedProcess* each = &process;
+    for (int generation = 0; generation < mostAncestors && each != nullptr && (isInside || isInPodman); ++generation) {
+        ScannedProcess* const parent = parentOf(*each);
+        const bool parentIsInside = parent != nullptr && controlGroup(*parent) == origin.controlGroup;
+        // A script's own name stands in its shell's place, so this is a shell that takes commands.
+        if (isInside && isShell(each->name) && origin.shell != ProcessOrigin::Shell::inner)
+            origin.shell = parentIsInside ? ProcessOrigin::Shell::inner : ProcessOrigin::Shell::first;
+        isInside = isInside && parentIsInside;
+        // Podman's monitor was started with the container's name.
+        if (isInPodman && each != &process && each->name == "conmon") {
+            origin.container = readSubject(*each);
+            break;
+        }
+        each = parent;
+    }
 }
 
 std::string_view pathInCommandLine(std::string_view text) {

@@ -2,6 +2,7 @@
 // work for a process that did nothing since the last one.
 #pragma once
 
+#include "Platform/AppIdentity.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 
@@ -50,9 +51,16 @@ struct ScannedProcess {
 
 private:
     friend class ProcScan;
+    /// What was told of its origin, and the readings at which the group and all of it are to be asked for again.
+    struct Told {
+        ProcessOrigin origin;
+        std::uint64_t nextGroup = 0;
+        std::uint64_t next = 0;
+    };
     /// What the kept descriptor reads.
     enum class Kept : std::uint8_t { stat, schedule };
 
+    std::unique_ptr<Told> told_;
     Descriptor descriptor_;
     Kept kept_ = Kept::stat;
     /// Readings in a row that found nothing changed, and how many of the last ones were spared.
@@ -98,6 +106,10 @@ public:
     /// Full path of the executable, without the mark of a deleted file; where the link is refused, an absolute path
     /// that the process gives as its first argument; empty when unknown. Asked for once per program.
     const std::string& path(ScannedProcess& process);
+    /// Where a process that was read comes from: its path or mark, what it runs, its control group and whether a shell
+    /// of that group started it. Asked for when the process is new, soon after (by then it may have been placed in its
+    /// group), then every eighth reading. Processes that are not in the list count as nobody's parents.
+    const ProcessOrigin& origin(ScannedProcess& process);
 
 private:
     struct FolderCloser {
@@ -110,6 +122,10 @@ private:
     void watchSchedule(ScannedProcess& process);
     std::ptrdiff_t readStat(ScannedProcess& process, char* buffer, std::size_t size);
     std::string readPath(std::int32_t pid) const;
+    const std::string& controlGroup(ScannedProcess& process);
+    std::string readSubject(ScannedProcess& process);
+    void askAncestors(ScannedProcess& process);
+    ScannedProcess* parentOf(const ScannedProcess& process);
 
     Descriptor folder_;
     std::unique_ptr<void, FolderCloser> listing_;

@@ -210,11 +210,18 @@ std::optional<MemoryInfo> parseMemoryInfo(std::string_view text) {
         const std::size_t newline = text.find('\n', start);
         const std::string_view line = text.substr(start, newline - start);
         start = newline == std::string_view::npos ? text.size() : newline + 1;
-        // A title of ours is at most 11 characters long: the colon is near or the line is another's.
-        const std::size_t colon = line.substr(0, 12).find(':');
+        // A title of ours is at most 12 characters long: the colon is near or the line is another's.
+        const std::size_t colon = line.substr(0, 13).find(':');
         if (colon == std::string_view::npos)
             continue;
         const std::string_view title = line.substr(0, colon);
+        if (title == "MemAvailable") {
+            Cursor cursor(line.substr(colon + 1));
+            cursor.skipBlanks();
+            if (std::uint64_t figure = 0; cursor.readField(figure))
+                info.availableKiB = figure;
+            continue;
+        }
         for (const Line& wanted : lines) {
             if (wanted.title != title)
                 continue;

@@ -75,6 +75,7 @@ struct MemoryInfo {
     std::uint64_t unreclaimableSlabKiB = 0;
     std::uint64_t kernelStackKiB = 0;
     std::uint64_t pageTablesKiB = 0;
+    std::optional<std::uint64_t> availableKiB = {};
 
     bool operator==(const MemoryInfo&) const = default;
 };

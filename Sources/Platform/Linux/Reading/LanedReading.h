@@ -42,7 +42,7 @@ public:
         } else {
             lane_->attend();
         }
-        if (isFirst && !lane_->isHeldUp())
+        if ((isFirst || lane_->waitsAlways()) && !lane_->isHeldUp())
             shared_->done.wait_for(lock, std::chrono::duration<double>(lane_->patienceSeconds()),
                                    [this] { return !shared_->isPending; });
         if (!shared_->value || lane_->now() - shared_->readAt > keptSeconds)

@@ -31,6 +31,12 @@ public:
     bool isHeldUp() const;
     /// For how long a caller waits for a first reading.
     double patienceSeconds() const { return patienceSeconds_; }
+    /// From now on callers wait for every reading, so long: for who looks only once and would rather be late.
+    void waitAlways(double seconds) {
+        patienceSeconds_ = seconds;
+        waitsAlways_ = true;
+    }
+    bool waitsAlways() const { return waitsAlways_; }
     double now() const { return clock_(); }
     const SecondsClock& clock() const { return clock_; }
 
@@ -38,6 +44,7 @@ private:
     struct State;
     SecondsClock clock_;
     double patienceSeconds_;
+    bool waitsAlways_ = false;
     std::shared_ptr<State> state_;
 };
 

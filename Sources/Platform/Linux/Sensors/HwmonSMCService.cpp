@@ -1,5 +1,6 @@
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 
+#include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Hwmon/HwmonFan.h"
 #include "Platform/Linux/Hwmon/HwmonTree.h"
 #include "Platform/Linux/Hwmon/SensorFamilies.h"
@@ -21,8 +22,9 @@ constexpr std::uint32_t onlyHandle = 1;
 /// The controller's own code for a key that it does not have; any other result but 0 would do.
 constexpr std::uint8_t resultNoSuchKey = 0x84;
 constexpr std::uint8_t resultNoValue = 0x86;
-/// A fan's key has one digit.
-constexpr std::size_t mostFans = 10;
+/// A fan's key has one character for its number.
+constexpr std::string_view fanNumbers = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+constexpr double betweenChecksSeconds = 5;
 
 enum class KeyType { real, byte, word };
 
@@ -51,7 +53,7 @@ void writePayload(KeyType type, double value, std::array<std::uint8_t, 32>& byte
 }
 
 std::uint32_t fanKey(std::size_t fan, std::string_view suffix) {
-    return keyCode(fmt::format("F{}{}", fan, suffix));
+    return keyCode(fmt::format("F{}{}", fanNumbers[fan], suffix));
 }
 
 } // namespace
@@ -59,6 +61,7 @@ std::uint32_t fanKey(std::size_t fan, std::string_view suffix) {
 struct HwmonSMCService::Keys {
     std::vector<Key> list;
     std::unique_ptr<SystemPower> power;
+    std::vector<std::string> fanNames;
     bool hasSensors = false;
     bool hasControllersChip = false;
 
@@ -71,11 +74,12 @@ struct HwmonSMCService::Keys {
         return at != list.end() && at->code == code ? &*at : nullptr;
     }
 
-    void addTemperature(std::uint32_t code, const HwmonSensor& sensor, const std::shared_ptr<SlowLane>& lane) {
+    void addTemperature(std::uint32_t code, const HwmonSensor& sensor, SensorFamily family,
+                        const std::shared_ptr<SlowLane>& lane) {
         const auto reading = std::make_shared<HwmonReading>(sensorReading(sensor, sensor.inputPath, lane));
-        add(code, KeyType::real, [reading]() -> std::optional<double> {
+        add(code, KeyType::real, [reading, family]() -> std::optional<double> {
             const auto thousandths = reading->read();
-            return thousandths ? credibleCelsius(*thousandths) : std::nullopt;
+            return thousandths ? credibleCelsius(*thousandths, family) : std::nullopt;
         });
     }
 
@@ -102,7 +106,7 @@ struct HwmonSMCService::Keys {
             if (isRail)
                 addRail(code, sensor, lane);
             else
-                addTemperature(code, sensor, lane);
+                addTemperature(code, sensor, SensorFamily::chip, lane);
             const std::string_view family = std::string_view(sensor.label).substr(0, 2);
             hasControllersChip = hasControllersChip || family == "Tp" || family == "Te" || family == "Tf";
         }
@@ -110,18 +114,27 @@ struct HwmonSMCService::Keys {
 
     void addTemperatures(const std::vector<HwmonSensor>& sensors, const std::shared_ptr<SlowLane>& lane,
                          SensorKeys& keys) {
-        // Some processors' control temperature ("Tctl") lies a fixed offset above the true one ("Tdie"), beside it.
+        // Some processors' control temperature ("Tctl") lies 10 to 27 degrees above what their dies have ("Tdie",
+        // "Tccd1").
         std::set<std::string_view> withTrueDie;
-        for (const HwmonSensor& sensor : sensors)
-            if (sensor.label == "Tdie")
+        bool hasChip = hasControllersChip;
+        for (const HwmonSensor& sensor : sensors) {
+            if (sensor.quantity != HwmonQuantity::temperature)
+                continue;
+            if (sensor.label == "Tdie" || sensor.label.starts_with("Tccd"))
                 withTrueDie.insert(sensor.devicePath);
+            hasChip = hasChip || roleOf(sensor) == SensorRole{.family = SensorFamily::chip};
+        }
         for (const HwmonSensor& sensor : sensors) {
             if (sensor.quantity != HwmonQuantity::temperature ||
                 (isMacController(sensor.driver) && controllerKey(sensor.label)) ||
                 (sensor.label == "Tctl" && withTrueDie.contains(sensor.devicePath)))
                 continue;
-            if (const auto code = keys.next(familyOf(sensor)))
-                addTemperature(*code, sensor, lane);
+            const SensorRole role = roleOf(sensor);
+            if (!role.family || (role.isCopy && hasChip))
+                continue;
+            if (const auto code = keys.next(*role.family))
+                addTemperature(*code, sensor, *role.family, lane);
         }
     }
 
@@ -136,24 +149,34 @@ struct HwmonSMCService::Keys {
     }
 
     void addFans(const std::string& root, const std::vector<HwmonSensor>& sensors,
-                 const std::shared_ptr<SlowLane>& lane) {
-        std::size_t count = 0;
-        for (const HwmonSensor& sensor : sensors) {
-            if (sensor.quantity != HwmonQuantity::fan || count == mostFans)
-                continue;
-            const auto fan = std::make_shared<HwmonFan>(sensor, lane);
-            add(fanKey(count, "Ac"), KeyType::real, [fan] { return fan->speed(); });
-            if (!sensor.minimumPath.empty())
-                add(fanKey(count, "Mn"), KeyType::real, [fan] { return fan->minimum(); });
-            add(fanKey(count, "Mx"), KeyType::real, [fan] { return std::optional(fan->maximum()); });
-            if (!sensor.targetPath.empty())
-                add(fanKey(count, "Tg"), KeyType::real, [fan] { return fan->target(); });
-            add(fanKey(count, "MS"), KeyType::byte,
-                [fan] { return std::optional(static_cast<double>(fan->maximumSource())); });
-            ++count;
-        }
+                 const std::shared_ptr<SlowLane>& lane, const std::shared_ptr<FanMemory>& memory) {
+        for (const FanKind kind : {FanKind::machine, FanKind::graphics, FanKind::powerSupply, FanKind::pump})
+            for (const HwmonSensor& sensor : sensors)
+                if (sensor.quantity == HwmonQuantity::fan && fanKindOf(sensor) == kind &&
+                    fanNames.size() < fanNumbers.size())
+                    addFan(sensor, std::make_shared<HwmonFan>(sensor, lane, memory));
+        const std::size_t count = fanNames.size();
         if (count > 0 || isFanless(readFanEvidence(root, sensors)))
             add(keyCode("FNum"), KeyType::byte, [count] { return std::optional(static_cast<double>(count)); });
+    }
+
+    void addFan(const HwmonSensor& sensor, const std::shared_ptr<HwmonFan>& fan) {
+        const std::size_t number = fanNames.size();
+        fanNames.push_back(vantoro::fanName(sensor, fanNames));
+        const auto ofLimits = [fan](auto of) {
+            return [fan, of] {
+                const auto& limits = fan->limits();
+                return limits ? std::optional(static_cast<double>(of(*limits))) : std::nullopt;
+            };
+        };
+        add(fanKey(number, "Ac"), KeyType::real, [fan] { return fan->speed(); });
+        if (!sensor.targetPath.empty())
+            add(fanKey(number, "Tg"), KeyType::real, [fan] { return fan->target(); });
+        if (fan->kind() != FanKind::machine)
+            return;
+        add(fanKey(number, "Mn"), KeyType::real, ofLimits([](const FanLimits& limits) { return limits.floorRPM; }));
+        add(fanKey(number, "Mx"), KeyType::real, ofLimits([](const FanLimits& limits) { return limits.ceilingRPM; }));
+        add(fanKey(number, "MS"), KeyType::byte, ofLimits([](const FanLimits& limits) { return limits.source; }));
     }
 
     void addPower(SensorKeys& keys) {
@@ -166,8 +189,12 @@ struct HwmonSMCService::Keys {
     }
 };
 
-HwmonSMCService::HwmonSMCService(std::string root, std::shared_ptr<SlowLane> lane, std::shared_ptr<NvidiaGPUs> gpus)
-    : root_(std::move(root)), lane_(std::move(lane)), gpus_(std::move(gpus)) {}
+HwmonSMCService::HwmonSMCService(std::string root, std::shared_ptr<SlowLane> lane, std::shared_ptr<NvidiaGPUs> gpus,
+                                 const std::string& fanMemory)
+    : root_(std::move(root))
+    , lane_(std::move(lane))
+    , gpus_(std::move(gpus))
+    , fanMemory_(std::make_shared<FanMemory>(fanMemory, lane_->clock())) {}
 
 HwmonSMCService::~HwmonSMCService() = default;
 
@@ -175,6 +202,7 @@ const HwmonSMCService::Keys& HwmonSMCService::keys() const {
     if (keys_)
         return *keys_;
     keys_ = std::make_unique<Keys>();
+    signature_ = hwmonSignature(root_);
     const std::vector<HwmonSensor> sensors = discoverHwmon(root_);
     SensorKeys names;
     keys_->power = std::make_unique<SystemPower>(root_, sensors, lane_);
@@ -183,7 +211,7 @@ const HwmonSMCService::Keys& HwmonSMCService::keys() const {
     keys_->addGraphics(gpus_, names);
     keys_->addPower(names);
     keys_->hasSensors = !keys_->list.empty();
-    keys_->addFans(root_, sensors, lane_);
+    keys_->addFans(root_, sensors, lane_, fanMemory_);
     keys_->hasSensors = keys_->hasSensors || keys_->find(fanKey(0, "Ac")) != nullptr;
     const auto count = static_cast<double>(keys_->list.size() + 1);
     keys_->add(keyCode("#KEY"), KeyType::word, [count] { return std::optional(count); });
@@ -197,6 +225,25 @@ std::uint32_t HwmonSMCService::open(const char* className) {
 
 std::uint32_t HwmonSMCService::close(std::uint32_t) {
     return 0;
+}
+
+std::string HwmonSMCService::fanName(int fan) const {
+    const std::vector<std::string>& names = keys().fanNames;
+    return fan >= 0 && static_cast<std::size_t>(fan) < names.size() ? names[static_cast<std::size_t>(fan)] : "";
+}
+
+std::uint64_t HwmonSMCService::generation() {
+    keys();
+    const double now = lane_->now();
+    if (now - checkedAt_ < betweenChecksSeconds)
+        return generation_;
+    checkedAt_ = now;
+    fanMemory_->keep();
+    if (hwmonSignature(root_) != signature_) {
+        keys_.reset();
+        ++generation_;
+    }
+    return generation_;
 }
 
 SensorTrust HwmonSMCService::trust() const {

@@ -85,7 +85,7 @@ int LinuxThermalState::rawValue() {
     std::vector<ZoneReading> zones;
     for (Zone& zone : zones_) {
         const auto temperature = zone.temperature.read();
-        if (!temperature || !credibleCelsius(*temperature))
+        if (!temperature || !credibleCelsius(*temperature, SensorFamily::chip))
             continue;
         zones.push_back(zone.trips);
         zones.back().temperature = *temperature;

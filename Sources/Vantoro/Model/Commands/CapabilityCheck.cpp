@@ -147,6 +147,9 @@ void CapabilityCheck::checkSMC() {
         return;
     }
     const std::uint32_t keyCount = smc_key_count();
+    constexpr double longestWaitSeconds = 2;
+    if (options_.reader.standIn)
+        options_.reader.standIn->waitForSlowSensors(longestWaitSeconds);
     SMCReader reader(options_.reader); // closes the connection when it goes
     const std::size_t fanCount = reader.readFans().size();
     reader.readTemperatures();
@@ -177,9 +180,12 @@ void CapabilityCheck::checkCores() {
     options_.reader.pause(300);
     monitor.sample();
     const bool ok = !monitor.cores().empty();
+    const bool areAlike = monitor.efficiencyCount() == 0 && platform_.system != SystemKind::macos;
     print("Per-core load and frequency", ok,
-          ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
-                           monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
+          ok && areAlike
+              ? fmt::format("{} {}", monitor.performanceCount(), monitor.performanceCount() == 1 ? "core" : "cores")
+          : ok ? fmt::format("{}{} + {}{} cores", monitor.performanceCount(), tierLetter(monitor.tiers().performance),
+                             monitor.efficiencyCount(), tierLetter(monitor.tiers().efficiency))
           : systemWords(platform_.system).isMac() ? "host_processor_info returned nothing"
                                                   : "the kernel named no processors");
 }

@@ -176,23 +176,29 @@ void ProcessMonitorWorker::finishBlock(const std::vector<std::string>& lines) {
 }
 
 void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines) {
-    const TopBlock block = parseBlock(lines, statistics_ ? statistics_->physicalMemoryBytes() : 0);
+    const PhysicalMemory memory = statistics_ ? statistics_->physicalMemory() : PhysicalMemory();
+    TopBlock block = parseBlock(lines, memory.totalBytes);
+    block.system.memory.availableBytes = memory.availableBytes;
     // The kernel itself, pid 0, is in no path list.
     const bool hasUnknownPid = std::ranges::any_of(
         block.rows, [this](const TopRow& row) { return row.pid != 0 && !pathMap_.contains(row.pid); });
-    if (pathMap_.empty() || hasUnknownPid || !lastPathRefresh_ ||
-        std::chrono::duration<double>(monotonicSeconds() - *lastPathRefresh_) > timing_.pathListAge)
+    // A stream that tells where its processes come from needs no list beside it.
+    const bool tellsOrigins = !block.rows.empty() &&
+                              std::ranges::all_of(block.rows, [](const TopRow& row) { return row.origin.has_value(); });
+    if (!tellsOrigins && (pathMap_.empty() || hasUnknownPid || !lastPathRefresh_ ||
+                          std::chrono::duration<double>(monotonicSeconds() - *lastPathRefresh_) > timing_.pathListAge))
         refreshPaths();
 
     std::vector<ProcessSample> samples;
     samples.reserve(block.rows.size());
     for (const TopRow& row : block.rows) {
         const auto path = pathMap_.find(row.pid);
-        samples.push_back({.identity = identities_.resolve(row.pid, row.command,
-                                                           path != pathMap_.end() ? path->second : "", row.user),
-                           .cpuPercent = row.cpuPercent,
-                           .memoryBytes = row.memoryBytes,
-                           .energyImpact = row.energyImpact});
+        const ProcessOrigin listed{.path = !row.origin && path != pathMap_.end() ? path->second : ""};
+        samples.push_back(
+            {.identity = identities_.resolve(row.pid, row.command, row.origin ? *row.origin : listed, row.user),
+             .cpuPercent = row.cpuPercent,
+             .memoryBytes = row.memoryBytes,
+             .energyImpact = row.energyImpact});
     }
     identities_.endSample();
     confirmSystemSource();
@@ -247,7 +253,7 @@ void ProcessMonitorWorker::sampleUnprivileged() {
     UnprivilegedProcesses::Sample sample = fallback_.sample(monotonicSeconds());
     for (ProcessSample& process : sample.processes)
         process.identity =
-            identities_.resolve(process.pid(), process.rawName(), process.executablePath(), process.user());
+            identities_.resolve(process.pid(), process.rawName(), processTable_->origin(process.pid()), process.user());
     identities_.endSample();
     if (events_.delivered)
         events_.delivered(std::move(sample.processes), sample.system, fallback_.unreadableCount());

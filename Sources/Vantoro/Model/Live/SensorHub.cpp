@@ -196,14 +196,17 @@ ThermalPressure SensorHub::readThermalPressure() const {
 
 Snapshot SensorHub::measure(UnixSeconds now) {
     Snapshot snapshot{.timestamp = now, .cpu = latestSystem_.cpu, .memory = latestSystem_.memory};
+    if (sources_.sensors)
+        sources_.sensors->refresh();
     if (hasOpenSensors()) {
         snapshot.fans = sources_.sensors->readFans();
         snapshot.temps = sources_.sensors->readTemperatures();
         snapshot.power = sources_.sensors->readPower();
     }
     // After the readings: what they found decides what can be told.
-    cooling_ = foundCooling();
-    snapshot.cooling = cooling_;
+    snapshot.cooling = cooling_ = foundCooling();
+    if (timer_)
+        assignSensorsAvailable(hasOpenSensors());
     snapshot.power.gpuWatts = readGPUWatts(now);
     snapshot.thermalPressure = readThermalPressure();
     readStrain(snapshot);
@@ -295,7 +298,7 @@ void SensorHub::countSample() {
 
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     const Transaction transaction(*this);
-    history_.append(snapshot);
+    history_.append(snapshot, processesReady_);
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     countSample();

@@ -156,6 +156,25 @@ std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& column
                   .user = std::string(slice(line, columns, "USER").value_or(""))};
 }
 
+std::optional<ProcessOrigin> parseOrigin(std::string_view line) {
+    std::array<std::string_view, 6> parts;
+    std::size_t count = 0;
+    forEachPiece(line, '\t', [&](std::string_view part) {
+        if (count < parts.size())
+            parts[count] = part;
+        ++count;
+    });
+    constexpr std::string_view shells = "012";
+    const std::size_t shell = parts[5].size() == 1 ? shells.find(parts[5]) : std::string_view::npos;
+    if (count != parts.size() || !parts[0].empty() || shell == std::string_view::npos)
+        return std::nullopt;
+    return ProcessOrigin{.path = std::string(parts[1]),
+                         .subject = std::string(parts[2]),
+                         .controlGroup = std::string(parts[3]),
+                         .container = std::string(parts[4]),
+                         .shell = static_cast<ProcessOrigin::Shell>(shell)};
+}
+
 std::uint64_t parseSize(std::string_view text) {
     while (!text.empty() && (text.back() == '+' || text.back() == '-'))
         text.remove_suffix(1);
@@ -221,6 +240,10 @@ TopBlock parseBlock(const std::vector<std::string>& lines, std::uint64_t physica
         if (columns) {
             if (trimmed(line).empty())
                 continue;
+            if (line.front() == '\t' && !block.rows.empty()) {
+                block.rows.back().origin = parseOrigin(line);
+                continue;
+            }
             if (std::optional<TopRow> row = parseRow(line, *columns))
                 block.rows.push_back(std::move(*row));
         } else if (line.starts_with("Load Avg:")) {

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "Model/Records/Telemetry.h"
+#include "Platform/AppIdentity.h"
 
 #include <cstdint>
 #include <functional>
@@ -36,6 +37,8 @@ struct TopRow {
     std::uint64_t memoryBytes = 0;
     double energyImpact = 0;
     std::string user;
+    /// Where the program says so: a line behind the row that begins with a tab.
+    std::optional<ProcessOrigin> origin;
 
     bool operator==(const TopRow&) const = default;
 };
@@ -97,6 +100,10 @@ std::optional<std::string_view> slice(std::string_view line, const ColumnRanges&
 
 /// None without a pid (which may have a "*" or "-" behind it) or a command.
 std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& columns);
+
+/// A line behind a row: a tab, then path, subject, control group, container and the shell's part with tabs between
+/// them; none unless all are there.
+std::optional<ProcessOrigin> parseOrigin(std::string_view line);
 
 /// "1234K", "56M+", "2G-", "4096" in bytes; 0 for what does not read, "512B" included.
 std::uint64_t parseSize(std::string_view text);

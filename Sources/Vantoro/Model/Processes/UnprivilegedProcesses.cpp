@@ -101,7 +101,9 @@ SystemLine UnprivilegedProcesses::systemLine() {
     }
     if (const std::optional<LoadAverages> averages = statistics_->loadAverages())
         line.cpu.loadAverage = averages->oneMinute;
-    line.memory = memoryLoad(statistics_->physicalMemoryBytes(), statistics_->virtualMemory());
+    const PhysicalMemory physical = statistics_->physicalMemory();
+    line.memory = memoryLoad(physical.totalBytes, statistics_->virtualMemory());
+    line.memory.availableBytes = physical.availableBytes;
     return line;
 }
 

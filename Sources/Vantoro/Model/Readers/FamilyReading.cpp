@@ -17,10 +17,16 @@ bool inPlausibleBand(double celsius) {
     return celsius >= lowestPlausible && celsius <= highestPlausible;
 }
 
-std::vector<double> accepted(const std::vector<double>& readings) {
+/// A chip that rests in a cold room is colder than the placeholders of those that have many sensors.
+bool isAccepted(double celsius, SensorTrust trust) {
+    return trust == SensorTrust::manyAndNoisy ? inPlausibleBand(celsius) : celsius > 0 && celsius <= highestPlausible;
+}
+
+std::vector<double> accepted(const std::vector<double>& readings, SensorTrust trust) {
     std::vector<double> values;
     values.reserve(readings.size());
-    std::ranges::copy_if(readings, std::back_inserter(values), inPlausibleBand);
+    std::ranges::copy_if(readings, std::back_inserter(values),
+                         [trust](double celsius) { return isAccepted(celsius, trust); });
     return values;
 }
 
@@ -69,7 +75,7 @@ bool FamilyReading::isCredible(SensorTrust trust) const {
 }
 
 FamilyReading summarise(const std::vector<double>& readings, int keyCount, SensorTrust trust) {
-    const std::vector<double> all = accepted(readings);
+    const std::vector<double> all = accepted(readings, trust);
     if (all.empty())
         return {.keyCount = keyCount};
     std::vector<double> kept = trust == SensorTrust::manyAndNoisy ? withoutPlaceholders(all, keyCount) : all;
@@ -85,7 +91,7 @@ FamilyReading summarise(const std::vector<double>& readings, int keyCount, Senso
 }
 
 std::vector<double> measuring(const std::vector<double>& readings, int keyCount, SensorTrust trust) {
-    std::vector<double> values = accepted(readings);
+    std::vector<double> values = accepted(readings, trust);
     if (trust == SensorTrust::manyAndNoisy)
         values = withoutPlaceholders(values, keyCount);
     std::ranges::sort(values);

@@ -27,8 +27,9 @@ struct FamilyReading {
 };
 
 /// Sums up the readings of a family of `keyCount` sensors, of which those that could not be read are missing. Readings
-/// outside 20 to 120 °C are left out; where sensors are many, so are figures that so many of them show alike that they
-/// must be placeholders, unless nothing else is left.
+/// outside 20 to 120 °C are left out, of few and honest sensors those outside 0 to 120 °C and 0 itself; where sensors
+/// are many, so are figures that so many of them show alike that they must be placeholders, unless nothing else is
+/// left.
 FamilyReading summarise(const std::vector<double>& readings, int keyCount, SensorTrust trust);
 
 /// The same choice of readings, ascending; possibly none.

@@ -1,22 +1,23 @@
 #include "Model/Readers/SMCReader.h"
 
 #include "Model/Readers/FamilyReading.h"
-#include "Model/Readers/SMCKeys.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
-#include <optional>
 #include <utility>
 
 namespace vantoro {
 
 namespace {
 
-/// A key holds one digit for the fan's number.
+/// A key holds one character for the fan's number.
+constexpr std::string_view fanNumbers = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 constexpr int mostFans = 10;
 
-std::string fanKey(int fan, std::string_view suffix) {
-    return std::string{'F', static_cast<char>('0' + fan)}.append(suffix);
+/// A name of four bytes is a text of four characters exactly when all of them are ASCII.
+bool isFourCharacters(std::string_view name) {
+    return name.size() == 4 && std::ranges::all_of(name, [](unsigned char c) { return c < 0x80; });
 }
 
 std::vector<double> readAll(const std::vector<std::string>& keys) {
@@ -51,12 +52,80 @@ std::optional<int> readFanCount() {
 
 } // namespace
 
+std::vector<std::string> floatKeys(std::uint32_t count) {
+    // Controllers hold a few thousand keys. A count that was misread must not keep the program busy for hours.
+    constexpr std::uint32_t most = 65'536;
+    std::vector<std::string> keys;
+    for (std::uint32_t index = 0; index < std::min(count, most); ++index) {
+        char key[5] = {};
+        char type[5] = {};
+        std::uint32_t size = 0;
+        if (smc_key_at_index(index, key, type, &size) == 0)
+            continue;
+        if (isFourCharacters(key) && std::string_view(type) == "flt ")
+            keys.emplace_back(key);
+    }
+    return keys;
+}
+
+std::optional<double> readKey(const std::string& key) {
+    double value = 0;
+    if (smc_read_number(key.c_str(), &value) == 0 || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::string fanKey(int fan, std::string_view suffix) {
+    return std::string{'F', fanNumbers.at(static_cast<std::size_t>(fan))}.append(suffix);
+}
+
+SMCReader::Options SMCReader::Options::of(const std::shared_ptr<SMCService>& service,
+                                          std::function<void(int milliseconds)> pause) {
+    Options options{.pause = std::move(pause)};
+    if (!service)
+        return options;
+    options.trust = service->trust();
+    options.measuresCoresUnderTs = service->measuresCoresUnderTs();
+    if (!service->isController())
+        options.standIn = service;
+    return options;
+}
+
 SMCReader::SMCReader(Options options) : options_(std::move(options)) {
+    generation_ = options_.standIn ? options_.standIn->generation() : 0;
+    discover();
+}
+
+void SMCReader::discover() {
     isAvailable_ = smc_open() != 0;
     if (!isAvailable_)
         return;
     discoverSensors();
     discoverFans();
+}
+
+void SMCReader::refresh() {
+    if (!options_.standIn || options_.standIn->generation() == generation_)
+        return;
+    generation_ = options_.standIn->generation();
+    options_.trust = options_.standIn->trust();
+    if (isAvailable_)
+        smc_close();
+    families_ = {};
+    fanCount_ = 0;
+    reportsNoFans_ = false;
+    lastGood_ = {};
+    discover();
+}
+
+Cooling SMCReader::cooling() const {
+    if (!options_.standIn)
+        return reportsNoFans_ ? Cooling::passive : Cooling::fans;
+    if (isAvailable_ && fanLimits_.isFresh())
+        return Cooling::fans;
+    if (!isAvailable_ || !chip_.isFresh())
+        return Cooling::load;
+    return reportsNoFans_ ? Cooling::passive : Cooling::heat;
 }
 
 SMCReader::~SMCReader() {
@@ -93,7 +162,9 @@ void SMCReader::discoverSensors() {
         // Some chips name their die's sensors after the clusters.
         if (keys.size() < fewestKeys && reserves[place].size() >= fewestKeys)
             keys = std::move(reserves[place]);
-        keys.resize(std::min(keys.size(), sensorFamilies[place].mostKeys));
+        // A controller's many say little more than its first; elsewhere the hottest may be the last package's.
+        if (!options_.standIn || !sensorFamilies[place].hasSingles)
+            keys.resize(std::min(keys.size(), sensorFamilies[place].mostKeys));
     }
 }
 
@@ -111,7 +182,7 @@ void SMCReader::discoverFans() {
         count = readFanCount();
     }
     if (count) {
-        fanCount_ = std::clamp(*count, 0, mostFans);
+        fanCount_ = std::clamp(*count, 0, options_.standIn ? static_cast<int>(fanNumbers.size()) : mostFans);
         reportsNoFans_ = *count < 1;
         return;
     }
@@ -120,34 +191,54 @@ void SMCReader::discoverFans() {
             fanCount_ = fan + 1;
 }
 
+FanReading SMCReader::readFan(int fan, double rpm) const {
+    FanReading reading{.index = fan, .rpm = rpm, .targetRPM = readKey(fanKey(fan, "Tg")).value_or(rpm)};
+    const auto least = readKey(fanKey(fan, "Mn"));
+    const auto most = readKey(fanKey(fan, "Mx"));
+    if (!options_.standIn) {
+        reading.minRPM = least.value_or(0);
+        reading.maxRPM = most.value_or(std::max(rpm, 1.0));
+        return reading;
+    }
+    reading.name = options_.standIn->fanName(fan);
+    if (least && most && *most - *least > 1) {
+        reading.minRPM = *least;
+        reading.maxRPM = *most;
+        constexpr double learned = 2;
+        reading.hasLearnedLimits = readKey(fanKey(fan, "MS")) == learned;
+    }
+    return reading;
+}
+
 std::vector<FanReading> SMCReader::readFans() {
     std::vector<FanReading> fans;
-    for (int fan = 0; isAvailable_ && fan < fanCount_; ++fan) {
-        const std::optional<double> rpm = readKey(fanKey(fan, "Ac"));
-        if (!rpm)
-            continue;
-        fans.push_back({.index = fan,
-                        .rpm = *rpm,
-                        .minRPM = readKey(fanKey(fan, "Mn")).value_or(0),
-                        .maxRPM = readKey(fanKey(fan, "Mx")).value_or(std::max(*rpm, 1.0)),
-                        .targetRPM = readKey(fanKey(fan, "Tg")).value_or(*rpm)});
-    }
+    for (int fan = 0; isAvailable_ && fan < fanCount_; ++fan)
+        if (const std::optional<double> rpm = readKey(fanKey(fan, "Ac")))
+            fans.push_back(readFan(fan, *rpm));
+    fanLimits_.note(std::ranges::any_of(fans, [](const FanReading& fan) { return fan.maxRPM > 0; }));
     return fans;
+}
+
+/// False when the family has nothing to be believed at this moment.
+bool SMCReader::takeFamily(const SensorFamilyKind& kind) {
+    Family& family = families_.at(placeOf(kind.family));
+    const FamilyReading reading = kind.hasSingles ? summarisePatiently(family.keys, options_.trust, family.readings)
+                                                  : FamilyReading{.mean = averageOf(readAll(family.keys))};
+    const bool isCredible = kind.hasSingles ? reading.isCredible(options_.trust) : reading.mean > 0;
+    // Many noisy sensors that read, but nonsense, say nothing of what became of the temperature.
+    const bool isGone = options_.standIn && (options_.trust == SensorTrust::fewAndHonest || reading.readable == 0);
+    for (const TemperatureFigure& figure : temperatureFigures)
+        if (figure.family == kind.family && (isCredible || isGone))
+            lastGood_.*figure.celsius = figure.isHottest ? reading.hottest : reading.mean;
+    return isCredible;
 }
 
 Temperatures SMCReader::readTemperatures() {
     if (!isAvailable_)
         return {};
-    for (const SensorFamilyKind& kind : sensorFamilies) {
-        Family& family = families_.at(placeOf(kind.family));
-        const FamilyReading reading = kind.hasSingles ? summarisePatiently(family.keys, options_.trust, family.readings)
-                                                      : FamilyReading{.mean = averageOf(readAll(family.keys))};
-        if (kind.hasSingles ? !reading.isCredible(options_.trust) : reading.mean <= 0)
-            continue;
-        for (const TemperatureFigure& figure : temperatureFigures)
-            if (figure.family == kind.family)
-                lastGood_.*figure.celsius = figure.isHottest ? reading.hottest : reading.mean;
-    }
+    for (const SensorFamilyKind& kind : sensorFamilies)
+        if (const bool isCredible = takeFamily(kind); kind.family == SensorFamily::chip)
+            chip_.note(isCredible);
     return lastGood_;
 }
 

@@ -1,6 +1,6 @@
 #include "Model/Readers/SensorDump.h"
 
-#include "Model/Readers/SMCKeys.h"
+#include "Model/Records/Verdict.h"
 #include "Model/Text/Numbers.h"
 
 #include <algorithm>
@@ -19,6 +19,8 @@ namespace vantoro {
 namespace {
 
 constexpr std::string_view couldNotOpen = "Could not open the SMC.";
+/// For one sensor: slow drivers take a few hundred milliseconds, stuck ones for ever.
+constexpr double longestWaitSeconds = 2;
 
 /// Those of the families, and last the one of some older controllers' processors.
 std::vector<std::string_view> reportedPrefixes() {
@@ -70,12 +72,12 @@ void printFamily(std::string_view prefix, std::vector<KeyValue> pairs, const Pri
     print(hottest);
 }
 
-/// Where the ceiling of a fan comes from whose driver states none; null where it is stated (as on every Mac).
-const char* ceilingSource(int fan) {
-    const std::optional<double> source = readKey(fmt::format("F{}MS", fan));
+/// Where the limits of a fan come from whose driver states none; null where they are stated (as on every Mac).
+const char* limitSource(int fan) {
+    const std::optional<double> source = readKey(fanKey(fan, "MS"));
     if (source == 1)
-        return "reckoned from the fan's duty";
-    return source == 2 ? "is the highest speed seen, or the least a fan is built for" : nullptr;
+        return "max reckoned from the fan's duty";
+    return source == 2 ? "limits learned by watching" : nullptr;
 }
 
 /// Figures with so many decimals, in the words for what is not known.
@@ -109,12 +111,12 @@ void printFans(SMCReader& reader, bool hasChip, const Words& words, const PrintL
         print(fmt::format("Fans: {}{}", reader.reportsNoFans() ? "this machine has none" : "none reported",
                           hasChip ? " — Vantoro reads its condition from the chip's temperature." : "."));
     for (const FanReading& fan : fans) {
-        print(fmt::format("Fan {}: {} rpm  min {}  max {}  target {}", fan.index, truncated(fan.rpm),
-                          words.speed(fan.minRPM, fmt::format("F{}Mn", fan.index)),
-                          words.speed(fan.maxRPM, fmt::format("F{}Mx", fan.index)),
-                          words.speed(fan.targetRPM, fmt::format("F{}Tg", fan.index))));
-        if (const char* const source = ceilingSource(fan.index))
-            print(fmt::format("   max {}", source));
+        print(fmt::format(
+            "{}: {} rpm  min {}  max {}  target {}", fan.name.empty() ? fmt::format("Fan {}", fan.index) : fan.name,
+            truncated(fan.rpm), words.speed(fan.minRPM, fanKey(fan.index, "Mn")),
+            words.speed(fan.maxRPM, fanKey(fan.index, "Mx")), words.speed(fan.targetRPM, fanKey(fan.index, "Tg"))));
+        if (const char* const source = limitSource(fan.index))
+            print(fmt::format("   {}", source));
     }
 }
 
@@ -137,6 +139,8 @@ void printReader(SMCReader& reader, const Words& words, const PrintLine& print) 
 } // namespace
 
 void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const PrintLine& print) {
+    if (options.standIn)
+        options.standIn->waitForSlowSensors(longestWaitSeconds);
     if (smc_open() == 0) {
         print(couldNotOpen);
         return;
@@ -182,6 +186,32 @@ void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Opt
                           words.celsius(temperatures.gpu), rpm(0), rpm(1)));
         options.pause(static_cast<int>(rounded(intervalSeconds * 1e3)));
     }
+}
+
+void SensorDump::strain(const std::vector<Core>& cores, const StrainReading& strain, const PrintLine& print) {
+    const Words words(Unknown::said);
+    std::string kinds = fmt::format("Cores: {}", cores.size());
+    const auto efficient = std::ranges::count_if(cores, [](const Core& core) { return !core.isPerformance; });
+    if (efficient != 0 && efficient != std::ssize(cores))
+        kinds += fmt::format(" ({} performance, {} efficiency)", std::ssize(cores) - efficient, efficient);
+    std::optional<double> lowest;
+    std::optional<double> highest;
+    for (const Core& core : cores) {
+        if (core.megahertz <= 0)
+            continue;
+        lowest = std::min(lowest.value_or(core.megahertz), core.megahertz);
+        highest = std::max(highest.value_or(core.megahertz), core.megahertz);
+    }
+    print(fmt::format("{}, clocks {}", kinds,
+                      highest ? fmt::format("{:.0f} to {:.0f} MHz", *lowest, *highest) : "unknown"));
+    print(fmt::format("Processors draw {}  graphics busy {}", words.figure(strain.cpuWatts, 2, " W"),
+                      words.figure(strain.gpuPercent, 0, "%")));
+    print(fmt::format("Work waits for processors {}  memory {}  disk {}", words.figure(strain.stalls.cpu, 1, "%"),
+                      words.figure(strain.stalls.memory, 1, "%"), words.figure(strain.stalls.io, 1, "%")));
+    std::string reasons;
+    for (const ThrottleReason reason : strain.throttle.value_or(std::vector<ThrottleReason>()))
+        reasons += fmt::format("{}{}", reasons.empty() ? "" : ", ", caseName(reason));
+    print(fmt::format("Slowed down by: {}", !strain.throttle ? "unknown" : reasons.empty() ? "nothing" : reasons));
 }
 
 } // namespace vantoro

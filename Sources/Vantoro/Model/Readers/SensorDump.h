@@ -3,9 +3,11 @@
 #pragma once
 
 #include "Model/Readers/SMCReader.h"
+#include "Platform/Strain.h"
 
 #include <functional>
 #include <string_view>
+#include <vector>
 
 namespace vantoro {
 
@@ -26,6 +28,9 @@ struct SensorDump {
     /// A table of `samples` rows, one every `intervalSeconds`; the waiting is the options' pause.
     static void watch(int samples, double intervalSeconds, const SMCReader::Options& reader, Unknown unknown,
                       const PrintLine& print);
+    /// What is known of the machine beside its sensors: its cores and their clocks, what its processors draw, how busy
+    /// its graphics are, what work waits for and what slows it down.
+    static void strain(const std::vector<Core>& cores, const StrainReading& strain, const PrintLine& print);
 };
 
 } // namespace vantoro

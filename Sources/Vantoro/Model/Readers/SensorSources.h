@@ -16,9 +16,11 @@ class SensorReader {
 public:
     virtual ~SensorReader() = default;
 
-    /// Whether the sensors could be opened at all; nothing below is asked of a reader that is not open.
+    /// Whether the sensors could be opened at all; only refresh() is asked of a reader that is not open.
     virtual bool isOpen() const = 0;
-    /// Whether this machine has fans, as found when the reader was made.
+    /// To be called once per round, before anything is read: finds the sensors anew where devices came or went.
+    virtual void refresh() {}
+    /// What can be told of this machine's cooling, by what was read the last time.
     virtual Cooling cooling() const = 0;
     virtual int fanCount() const = 0;
     /// How many sensors were found in all families together.

@@ -27,6 +27,8 @@ struct FanReading {
     double targetRPM = 0;
     /// As the driver calls it; empty where it does not.
     std::string name = {};
+    /// The limits were learned by watching.
+    bool hasLearnedLimits = false;
 
     /// Its name; without one "Left" for index 0 and "Right" for 1 of a Mac, else "Fan " and the index counted from 1.
     std::string label(SystemKind system = SystemKind::macos) const;

@@ -140,9 +140,10 @@ CoresModel coresModel(const SensorHub& hub) {
     model.coreCount = static_cast<int>(hub.cores().size());
     if (const auto processors = hub.processors())
         model.subtitle =
-            hub.cores().empty()
-                ? tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency)
-                : coreCounts(hub.cores());
+            !hub.cores().empty() ? coreCounts(hub.cores())
+            : processors->efficiency == 0
+                ? alikeCores(processors->performance)
+                : tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency);
     if (hub.cores().empty())
         model.coresNote = hub.isReplay() ? tr("This recording does not hold what each core did.")
                                          : tr("The processor cores could not be read.");

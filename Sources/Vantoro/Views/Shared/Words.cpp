@@ -1,7 +1,7 @@
 #include "Views/Shared/Words.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
-#include "Model/Live/SensorHub.h"
+#include "Model/Records/Telemetry.h"
 
 #include <algorithm>
 #include <QTranslator>
@@ -12,6 +12,10 @@ QString toQString(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QString alikeCores(int count) {
+    return count == 1 ? tr("1 core") : tr("%1 cores").arg(count);
+}
+
 QString coreCounts(const std::vector<Core>& cores) {
     int performanceCount = 0;
     std::string performance = Core{.isPerformance = true}.tierName();
@@ -20,6 +24,8 @@ QString coreCounts(const std::vector<Core>& cores) {
         performanceCount += core.isPerformance ? 1 : 0;
         (core.isPerformance ? performance : efficiency) = core.tierName();
     }
+    if (performanceCount == static_cast<int>(cores.size()))
+        return alikeCores(performanceCount);
     return tr("%1 %2 · %3 %4")
         .arg(performanceCount)
         .arg(tr(performance.c_str()))

@@ -18,7 +18,10 @@ struct Core;
 /// A text of the model, which is UTF-8.
 QString toQString(std::string_view text);
 
-/// "6 performance · 6 efficiency", by the names that the system has for its kinds of cores.
+/// "8 cores", "1 core".
+QString alikeCores(int count);
+/// "6 performance · 6 efficiency", by the names that the system has for its kinds of cores; "8 cores" where all are
+/// alike.
 QString coreCounts(const std::vector<Core>& cores);
 
 /// A text for the tray's tooltip, which some desktops read as mark-up and others do not: signs that open mark-up are

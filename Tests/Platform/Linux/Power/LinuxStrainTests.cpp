@@ -1,6 +1,7 @@
 // What strains a machine: waiting, slowing down, graphics.
 #include "Platform/Linux/Power/LinuxStrain.h"
 
+#include "Model/Readers/SensorDump.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
 #include <gmock/gmock.h>
@@ -90,6 +91,9 @@ TEST_F(Strained, EverySourceHasItsReason) {
         {"none injected",
          {{cooling + "type", "intel_powerclamp"}, {cooling + "cur_state", "-1"}},
          Reasons(std::in_place)},
+        {"a guest's processor has no steps",
+         {{cooling + "type", "Processor"}, {cooling + "cur_state", "0"}, {cooling + "max_state", "0"}},
+         {}},
         {"a fan cools without slowing", {{cooling + "type", "pwm-fan"}, {cooling + "cur_state", "3"}}, {}},
         {"limits of a package",
          {{i915 + "throttle_reason_status", "1"},
@@ -125,6 +129,27 @@ TEST_F(Strained, EverySourceHasItsReason) {
         EXPECT_EQ(look().throttle, expected.reasons);
     }
     EXPECT_EQ(look().profile, PowerProfile::performance);
+}
+
+TEST_F(Strained, TheDumpSaysWhatIsKnown) {
+    std::string text;
+    const auto dump = [&text](const std::vector<Core>& cores, const StrainReading& reading) {
+        text.clear();
+        SensorDump::strain(cores, reading, [&text](std::string_view line) { text += std::string(line) + '\n'; });
+        return text;
+    };
+    EXPECT_EQ(
+        dump({{.megahertz = 1400}, {}, {.isPerformance = true, .megahertz = 5100}},
+             {.stalls = {.memory = 18.25}, .throttle = {{temperature, power}}, .gpuPercent = 92, .cpuWatts = 12.5}),
+        "Cores: 3 (1 performance, 2 efficiency), clocks 1400 to 5100 MHz\n"
+        "Processors draw 12.50 W  graphics busy 92%\n"
+        "Work waits for processors unknown  memory 18.2%  disk unknown\n"
+        "Slowed down by: temperature, power\n");
+    EXPECT_EQ(dump({{.isPerformance = true}, {.isPerformance = true}}, {.throttle = Reasons(std::in_place)}),
+              "Cores: 2, clocks unknown\n"
+              "Processors draw unknown  graphics busy unknown\n"
+              "Work waits for processors unknown  memory unknown  disk unknown\n"
+              "Slowed down by: nothing\n");
 }
 
 std::string metrics(unsigned char format, unsigned char content, std::size_t at, std::uint64_t limiters,
@@ -192,6 +217,12 @@ TEST_F(Strained, TheBusiestDeviceAndQueueCount) {
           {"sys/class/drm/card1/device/gpu_busy_percent", "30"}});
     EXPECT_EQ(look().gpuPercent, 30) << "no time went by for the queues";
     EXPECT_EQ(look({{card + "device/gpu_stats", head + "bin\t2000\t1\t200\nrender\t2000\t1\t1100"}}).gpuPercent, 60);
+    EXPECT_EQ(look({{"sys/class/devfreq/17000000.ga10b/device/load", "875"}}).gpuPercent, 30) << "found at the start";
+    strain.reset();
+    EXPECT_EQ(look().gpuPercent, 87.5);
+    EXPECT_EQ(parseBoardLoad("45@600000000Hz\n"), 45);
+    EXPECT_EQ(parseBoardLoad("4500"), std::nullopt);
+    EXPECT_EQ(parseBoardLoad("busy"), std::nullopt);
     EXPECT_EQ(busiestQueue({{.now = 5, .worked = 9}}, {{.now = 15, .worked = 3}}), std::nullopt) << "reset";
 }
 

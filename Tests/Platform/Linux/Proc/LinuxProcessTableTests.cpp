@@ -1,7 +1,6 @@
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 
 #include "Model/Processes/UnprivilegedProcesses.h"
-#include "Platform/Linux/Proc/LinuxProcessStream.h"
 #include "Support/Folders.h"
 
 #include <csignal>

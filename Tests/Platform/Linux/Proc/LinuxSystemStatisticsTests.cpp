@@ -12,7 +12,7 @@ TEST(LinuxSystemStatistics, ReadsARecordedLaptop) {
     LinuxSystemStatistics statistics(testing::recordedMachine("laptop"));
     EXPECT_EQ(statistics.hostTicks(), (HostTicks{.user = 100200, .system = 40670, .idle = 2001300, .nice = 300}));
     EXPECT_EQ(statistics.loadAverages(), (LoadAverages{1.52, 0.98, 0.75}));
-    EXPECT_EQ(statistics.physicalMemoryBytes(), 16656486400u);
+    EXPECT_EQ(statistics.physicalMemory(), (PhysicalMemory{.totalBytes = 16656486400u, .availableBytes = 9424908288u}));
     // Compressed: 50,000 KiB in the swap cache, 60,000 and 4,000 KiB on two compressed devices.
     EXPECT_EQ(statistics.virtualMemory(), (VirtualMemory{.pageBytes = 1024,
                                                          .wiredPages = 400000,
@@ -35,7 +35,9 @@ TEST(LinuxSystemStatistics, GivesNothingForFilesThatAreMissingAndRecovers) {
     EXPECT_FALSE(statistics.hostTicks());
     EXPECT_FALSE(statistics.virtualMemory());
     EXPECT_FALSE(statistics.loadAverages());
-    EXPECT_EQ(statistics.physicalMemoryBytes(), 0u);
+    EXPECT_EQ(statistics.physicalMemory(), PhysicalMemory());
+    folder.write("proc/meminfo", "MemTotal: 100 kB\nMemAvailable: 700 kB\n");
+    EXPECT_EQ(statistics.physicalMemory().availableBytes, 102400u) << "no more than there is";
     folder.write("proc/loadavg", "1 2 3");
     EXPECT_TRUE(statistics.loadAverages());
     // A kept file gives what it holds now, also when it outgrows the first buffer.

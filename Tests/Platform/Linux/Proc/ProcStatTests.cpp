@@ -1,5 +1,7 @@
 #include "Platform/Linux/Proc/ProcStat.h"
 
+#include "Platform/Linux/Proc/ProgramSubject.h"
+
 #include "Support/Folders.h"
 
 #include <gtest/gtest.h>
@@ -102,6 +104,70 @@ TEST(ParseSmallFiles, GiveNoneForAnythingElse) {
     EXPECT_EQ(parseControlGroup("4:memory:/a\n0::/user.slice/x.scope\n"), "/user.slice/x.scope");
     EXPECT_EQ(parseControlGroup("1:name=systemd:/user.slice/y.scope\n0::/\n"), "/user.slice/y.scope");
     EXPECT_EQ(parseControlGroup("garbage"), "");
+}
+
+/// The text of cmdline for words with blanks between them; "~" is a blank of the word's own.
+std::string commandLine(std::string words) {
+    for (char& each : words)
+        each = each == ' ' ? '\0' : each == '~' ? ' ' : each;
+    return words + '\0';
+}
+
+TEST(SubjectOf, NamesWhatAnInterpreterRunsAndNothingElseOfItsArguments) {
+    struct Case {
+        const char* program;
+        const char* arguments;
+        const char* subject;
+    };
+    for (const auto& [program, arguments, subject] :
+         {Case{"python3.11", "python3 train.py --token secret", "train.py"},
+          Case{"python3.11", "/usr/bin/python3 -u -W ignore -X dev ./src/train.py", "train.py"},
+          Case{"python3.11", "python3 -um http.server 8000", "http.server"},
+          Case{"python3.11", "python3 -Wignore -mhttp.server", "http.server"},
+          Case{"python3.11", "python3 -c import~secret x.py", ""},
+          Case{"python3.11", "python3", ""},
+          Case{"python3.11", "/opt/venv/bin/python -", ""},
+          Case{"pypy3", "pypy3 -- -odd.py", "-odd.py"},
+          Case{"python3.11", "gunicorn:~worker~[shop]", "gunicorn"},
+          Case{"node", "npm~run~build", "npm"},
+          Case{"node", "node --require ./x.js --inspect=9 -r y /srv/server.js", "server.js"},
+          Case{"node", "node --eval code x.js", ""},
+          Case{"bun", "bun run app.ts", "app.ts"},
+          Case{"deno", "deno run --allow-net https://host/x.ts?token=secret", "x.ts"},
+          Case{"bash", "bash -euo pipefail script.sh secret", "script.sh"},
+          Case{"bash", "-bash", ""},
+          Case{"bash", "bash --rcfile /x -i", ""},
+          Case{"dash", "/bin/sh -ec secret", ""},
+          Case{"dash", "/bin/sh +x ./run", "run"},
+          Case{"perl", "perl -w -Ilib -I lib tool.pl", "tool.pl"},
+          Case{"perl5.36", "perl -Mstrict -e secret", ""},
+          Case{"ruby3.1", "ruby -r set -C /srv app.rb", "app.rb"},
+          Case{"php8.2", "php -d a=b -f index.php", "index.php"},
+          Case{"java", "java -Xmx2g -cp a.jar:b.jar -Dkey=secret org.gradle.GradleDaemon 8", "GradleDaemon"},
+          Case{"java", "java --add-opens a/b=c -jar /srv/paper-1.20.jar nogui", "paper-1.20.jar"},
+          Case{"java", "java -m game/net.minecraft.client.Main", "net.minecraft.client.Main"},
+          Case{"R", "/usr/lib/R/bin/exec/R --no-echo --file=fit.R", "fit.R"},
+          Case{"dotnet", "dotnet exec --depsfile x /srv/Shop.dll", "Shop.dll"},
+          Case{"dotnet", "dotnet build", ""},
+          Case{"busybox", "/bin/busybox httpd -f", "httpd"},
+          Case{"busybox", "sh ./poll.sh", "poll.sh"},
+          Case{"qemu-system-x86_64", "qemu -name guest=win11,debug-threads=on -m 4", "win11"},
+          Case{"qemu-system-x86_64", "qemu -m 4 -name box", "box"},
+          Case{"qemu-system-arm", "qemu -name", ""},
+          Case{"conmon", "conmon -b /x -n web --exit", "web"},
+          Case{"wine64-preloader", "Z:\\games\\Deep~Cave.EXE -secret", "Z:\\games\\Deep Cave.EXE"},
+          Case{"wine64-preloader", "wineserver", ""},
+          Case{"make", "make x.py", ""},
+          Case{"python3.11", "python3 \x1b[2J\xff\u202e.py", "?[2J??.py"},
+          Case{"python3.11", "python3 dir/", "dir"},
+          Case{"python3.11", "python3 ///", ""},
+          Case{"python3.11", "", ""},
+          Case{"", "", ""}})
+        EXPECT_EQ(subjectOf(program, commandLine(arguments)), subject) << program << ": " << arguments;
+    EXPECT_LE(subjectOf("python3", commandLine("python3 " + std::string(100'000, 'x'))).size(), 200U);
+    EXPECT_EQ(subjectOf("python3", std::string(70'000, '\0')), "");
+    EXPECT_TRUE(hasSubject("python3.13t") || hasSubject("python3.13"));
+    EXPECT_FALSE(hasSubject("") || hasSubject("make") || hasSubject("pythonic") || hasSubject("3.11"));
 }
 
 } // namespace
