@@ -123,6 +123,16 @@ TEST(History, TheBusyShareIsThatOfTheTenSecondsBefore) {
     history.setRetention(3);
     EXPECT_EQ(history.busyShare(history.snapshots().size() - 1), 0.4) << "a share goes with its snapshot";
     EXPECT_EQ(history.lastRampStart({}), 250) << "above 22 % without a break";
+
+    History begun;
+    begun.append(at(0, bareMachine(0)), false);
+    EXPECT_EQ(begun.busyShare(0), 0);
+    begun.append(at(1, bareMachine(0)), false);
+    begun.append(at(2, bareMachine(90)));
+    EXPECT_EQ(begun.busyShare(2), 0.9) << "what nobody had told yet is no rest";
+    begun.setRetention(0.5);
+    begun.append(at(2.4, bareMachine(50)));
+    EXPECT_EQ(begun.busyShare(1), 0.7);
 }
 
 TEST(History, KnowsTheRampWithoutLookingBackAtAllOfIt) {

@@ -299,7 +299,7 @@ void SensorHub::countSample() {
 
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     const Transaction transaction(*this);
-    history_.append(snapshot);
+    history_.append(snapshot, processesReady_);
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     countSample();
