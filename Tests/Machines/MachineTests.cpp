@@ -355,7 +355,9 @@ TEST(Machines, AreToldTruly) {
                                          "-0 "});
             if (!machine.onBattery)
                 faults.expectNowhere(texts, {"on battery"});
-            if (std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end())
+            // One notebook's model tells that it was built without, though its chip's temperature is not known.
+            if (std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end() &&
+                !contains(machine.called, "MacBook Air"))
                 faults.expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
         }
     }

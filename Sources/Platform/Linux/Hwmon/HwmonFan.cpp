@@ -189,7 +189,8 @@ std::optional<double> HwmonFan::speed() {
     if (kind_ != FanKind::machine)
         return rpm;
     const auto duty = duty_ ? duty_->read() : std::nullopt;
-    if (highestRPM_ == 0 && duty.value_or(0) > 0 && startsWithOne(driver_, boardChips))
+    // Of these chips alone: others repeat a duty that they do not give.
+    if (highestRPM_ == 0 && duty.value_or(0) > 0 && driver_.starts_with("nct"))
         return {};
     watch_.note(range_, rpm_, lane_->now());
     lookAtLimits(duty);
@@ -202,12 +203,15 @@ std::optional<double> HwmonFan::statedCeiling() {
     constexpr double margin = 0.05;
     if (!maximum_ || followsSpeed_)
         return {};
-    if (looks_++ % looksBetweenStatements == 0 || (stated_ && rpm_ > *stated_ * (1 - margin))) {
+    const bool isWaiting = !stated_ || (minimum_ && !statedFloor_);
+    if (looks_++ % looksBetweenStatements == 0 || isWaiting || rpm_ > *stated_ * (1 - margin)) {
         const auto before = stated_;
-        stated_ = positiveRPM(maximum_);
+        if (const auto fresh = positiveRPM(maximum_))
+            stated_ = fresh;
         followsSpeed_ = before && stated_ && *stated_ != *before && *stated_ <= highestRPM_ * (1 + margin);
         const auto floor = minimum_ ? minimum_->read() : std::nullopt;
-        statedFloor_ = floor ? credibleRPM(*floor) : std::nullopt;
+        if (const auto fresh = floor ? credibleRPM(*floor) : std::nullopt)
+            statedFloor_ = fresh;
     }
     if (!stated_ || followsSpeed_ || highestRPM_ > *stated_ * (1 + margin))
         return {};
