@@ -237,8 +237,7 @@ void SensorHub::readStrain(Snapshot& snapshot) {
     snapshot.throttle = std::move(strain.throttle);
     snapshot.gpuPercent = strain.gpuPercent;
     snapshot.power.cpuWatts = strain.cpuWatts;
-    powerProfile_ = strain.profile;
-    snapshot.favoursSpeed = powerProfile_ == PowerProfile::performance;
+    snapshot.favoursSpeed = strain.profile == PowerProfile::performance;
 }
 
 void SensorHub::tick() {
@@ -324,7 +323,7 @@ void SensorHub::publish(bool force) {
 }
 
 void SensorHub::publishDerived(bool force) {
-    sampleCores();
+    sampleCores(coresPaneVisible_);
     Vitals vitals = Vitals::quantising(snapshot_);
     Verdict verdict = DiagnosisEngine::evaluate(history_, format_);
     std::vector<ProcessGroup> suspects = rankedSuspects(history_);
