@@ -135,6 +135,10 @@ struct HwmonSMCService::Keys {
                 continue;
             if (const auto code = keys.next(*role.family))
                 addTemperature(*code, sensor, *role.family, lane);
+            // The graphics part of a processor lies on its die.
+            const bool isOnDie = sensor.driver == "amdgpu" && sensor.hasSecondVoltage;
+            if (const auto code = isOnDie && !hasChip ? keys.next(SensorFamily::chip) : std::nullopt)
+                addTemperature(*code, sensor, SensorFamily::chip, lane);
         }
     }
 

@@ -421,6 +421,24 @@ TEST(LinuxSensorFaults, OnlyTheTruestOfAProcessorsTemperaturesCount) {
     EXPECT_THAT(enclosure, ::testing::UnorderedElementsAre(34, 50));
 }
 
+TEST(LinuxSensorFaults, TheGraphicsOnAProcessorsDieSpeakForItWhereNothingElseDoes) {
+    const SensorMachine machine;
+    const std::string card = "sys/class/hwmon/hwmon0/";
+    machine.write(card + "name", "amdgpu\n");
+    machine.write(card + "temp1_input", "46000\n");
+    const auto chip = [&machine](const char* key = "Tp00") {
+        HwmonSMCService service(machine.root(), machine.lane(), nullptr);
+        return value(service, key);
+    };
+    EXPECT_FALSE(chip()) << "a card's is its own";
+    machine.write(card + "in1_input", "655\n");
+    EXPECT_EQ(chip(), 46.0);
+    machine.write("sys/class/hwmon/hwmon1/name", "k10temp\n");
+    machine.write("sys/class/hwmon/hwmon1/temp1_input", "48000\n");
+    EXPECT_EQ(chip(), 48.0);
+    EXPECT_FALSE(chip("Tp01"));
+}
+
 TEST(LinuxSensorFaults, WhoLooksOnlyOnceWaitsForASlowDriver) {
     const auto lane = std::make_shared<SlowLane>(
         [] { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); });
