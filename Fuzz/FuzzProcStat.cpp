@@ -1,13 +1,17 @@
 // Every parser of the kernel's text files on the same bytes.
 #include "Model/Text/Utf8.h"
+#include "Platform/Linux/Hwmon/FanLimits.h"
+#include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Proc/ProgramSubject.h"
+#include "Platform/Linux/Processor/CpuClocks.h"
 #include "Platform/Linux/Reading/LinuxOwnCost.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -38,7 +42,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)vantoro::parseSwapCounts(text);
     (void)vantoro::parseZramUsedBytes(text);
     (void)vantoro::parseTotalTicks(text);
+    const vantoro::FanRanges ranges = vantoro::parseFanRanges(text);
+    require(vantoro::parseFanRanges(vantoro::printFanRanges(ranges)) == ranges);
     (void)vantoro::parseProportionalBytes(text);
+    const auto isShare = [](std::optional<double> percent) { return !percent || (*percent >= 0 && *percent <= 100); };
+    require(isShare(vantoro::parseStall(text)) && isShare(vantoro::parseBoardLoad(text)));
+    const auto queues = vantoro::parseQueueTimes(text);
+    require(isShare(vantoro::busiestQueue(queues, {queues.rbegin(), queues.rend()})));
+    (void)vantoro::meanFrequency(vantoro::parseTimeInState(text), vantoro::parseTimeInState(text));
+    (void)vantoro::parseGpuMetrics(text);
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));
     for (const char* program : {"python3.11", "bash", "java", "dotnet", "busybox", "qemu-kvm", "wine", "conmon"}) {

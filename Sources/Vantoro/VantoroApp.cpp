@@ -273,9 +273,12 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
     const SettingsFormatContext formatContext(settings);
     const Motion motion(formatContext);
     const bool replays = line.replayFile.has_value();
-    const bool simulates = !replays && (line.simulate || line.simulateFanless);
+    const Simulation simulation = replays                ? Simulation::none
+                                  : line.simulate        ? Simulation::sensors
+                                  : line.simulateFanless ? Simulation::fanlessness
+                                                         : Simulation::none;
     // A replay is another thing to look at, beside the program that watches this machine.
-    SingleInstance instance(simulates ? "vantoro-simulated" : "vantoro");
+    SingleInstance instance(simulation != Simulation::none ? "vantoro-simulated" : "vantoro");
     if (!replays && instance.isSecond())
         return EXIT_SUCCESS;
 
@@ -300,7 +303,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
                                            }),
                     settings);
     Shell shell(hub, settings, motion,
-                {.simulates = simulates,
+                {.simulation = simulation,
                  .sources = sourceNames(platform),
                  .updates = replays ? nullptr : &updates,
                  .looks = platform.systemLooks,

@@ -4,6 +4,17 @@
 
 namespace vantoro::top {
 
+namespace {
+
+/// One of the threads by which the kernel makes every processor pause to cool down. They are all alike and as many as
+/// the processors: one row says as much as all, and leaves the others to what made the heat.
+bool isCoolingPause(const ScannedProcess& process) {
+    return process.isKernelThread() &&
+           (process.name.starts_with("idle_inject") || process.name.starts_with("kidle_inj"));
+}
+
+} // namespace
+
 Sampler::Sampler(const Options& options)
     : units_(options.units)
     , origins_(options.origins)
@@ -24,6 +35,7 @@ void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t r
 
     busy_.clear();
     idle_.clear();
+    Busy pause{};
     figures_.processes = {};
     const auto processes = scan_.processes();
     for (std::size_t index = 0; index < processes.size(); ++index) {
@@ -39,11 +51,15 @@ void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t r
             spent = now > process.previousTicks ? now - process.previousTicks : 0;
         else if (previous_ && static_cast<double>(process.startTicks) >= previousBootTicks)
             spent = now;
-        if (spent != 0)
+        if (spent != 0 && isCoolingPause(process))
+            pause = spent > pause.ticks ? Busy{spent, index} : pause;
+        else if (spent != 0)
             busy_.push_back({spent, index});
         else if (idle_.size() < rows)
             idle_.push_back(index);
     }
+    if (pause.ticks != 0)
+        busy_.push_back(pause);
     std::sort(busy_.begin(), busy_.end(), [](const Busy& left, const Busy& right) {
         return left.ticks != right.ticks ? left.ticks > right.ticks : left.index < right.index;
     });

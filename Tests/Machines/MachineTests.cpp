@@ -284,7 +284,7 @@ std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine
     for (std::size_t at = 0; at < runs.size(); ++at) {
         programs[at].push_back(runs[at]->idle.start({"--dump"}));
         for (const Running* each : {&runs[at]->idle, &runs[at]->busy}) {
-            programs[at].push_back(each->start({"--explain", "--seconds", "0.6", "--json"}));
+            programs[at].push_back(each->start({"--explain", "--seconds", "0.8", "--json"}));
             programs[at].push_back(each->start({"--record", each->recording(), "--seconds", "0.8"}));
         }
     }
@@ -308,7 +308,7 @@ std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine
 TEST(Machines, AreToldTruly) {
     const char* const only = std::getenv("VANTORO_MACHINE");
     // The check takes its seconds, most of them asleep: some at once, and the others meanwhile in handfuls.
-    constexpr std::size_t handful = 6;
+    constexpr std::size_t handful = 4;
     Faults faults;
     std::vector<std::vector<std::unique_ptr<Machine>>> handfuls;
     for (const ExpectedMachine& machine : expectedMachines())
@@ -351,11 +351,12 @@ TEST(Machines, AreToldTruly) {
                                          "ight fan",
                                          "Right\n",
                                          " 0E ",
-                                         "0 efficiency",
+                                         " 0 efficiency",
                                          "-0 "});
             if (!machine.onBattery)
                 faults.expectNowhere(texts, {"on battery"});
-            if (std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end())
+            if (!machine.isBuiltWithoutFans &&
+                std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end())
                 faults.expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
         }
     }

@@ -227,6 +227,27 @@ TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
     EXPECT_EQ(rows(54, 904), (Rows{{10, 0}, {15, 0}, {20, 0}, {30, 0}}));
 }
 
+TEST(VantoroTop, TheProcessorsPausesTakeNoMoreThanOneRow) {
+    const testing::TemporaryFolder folder;
+    folder.write("proc/stat", "cpu 0 0 0 0\nprocesses 1\n");
+    Sampler sampler({.root = folder.path(), .descriptorBudget = 0});
+    std::string text;
+    for (const unsigned long ticks : {0UL, 100UL}) {
+        for (int pid = 10; pid < 20; ++pid) {
+            std::string stat = testing::processStat(pid, "idle_inject/" + std::to_string(pid), 100, ticks);
+            stat.replace(stat.find("4194304"), 7, "2097152"); // a thread of the kernel's
+            folder.write("proc/" + std::to_string(pid) + "/stat", stat);
+        }
+        writeProcess(folder, 30, "idle_injector", 100, ticks / 2);
+        text.clear();
+        sampler.appendBlock(text, {.monotonicSeconds = 1.0 + static_cast<double>(ticks)}, 3, 220);
+    }
+    const TopBlock block = readBack(text);
+    ASSERT_EQ(block.rows.size(), 2U);
+    EXPECT_EQ(block.rows[0].pid, 10);
+    EXPECT_EQ(block.rows[1].pid, 30);
+}
+
 TEST(VantoroTop, RunsOnThisMachineAndEndsQuietlyWhenItsReaderIsGone) {
     const std::string command = "-s 1 -n 100000 -o cpu -stats pid,command,cpu,mem,power,user -ncols 220";
     testing::ChildProgram gone(

@@ -76,7 +76,7 @@ struct Screen {
     Appearance appearance = Appearance::dark;
     Pane pane = Pane::now;
     QSize size = MainWindow::usualSize;
-    bool simulates = false;
+    Simulation simulation = Simulation::none;
     bool showsReport = false;
     /// Where the pointer rests on the window.
     std::optional<QPoint> pointer;
@@ -103,7 +103,7 @@ void take(Album& album, const Screen& screen) {
     UpdatingStage stage(screen.appearance);
     play(stage, screen.recording);
     playUpdate(stage, screen.update);
-    MainWindow window(stage.context, screen.simulates, [] {});
+    MainWindow window(stage.context, screen.simulation, [] {});
     window.resize(screen.size);
     window.show();
     window.showPane(screen.pane);
@@ -186,12 +186,16 @@ int main(int argumentCount, char** arguments) {
         {.name = "now-heat-light", .recording = heat, .appearance = Appearance::light},
         {.name = "now-heat-narrow-dark", .recording = heat, .size = narrow},
         {.name = "now-starting-light", .appearance = Appearance::light},
-        {.name = "now-simulated-dark", .recording = fans, .simulates = true},
+        {.name = "now-simulated-dark", .recording = fans, .simulation = Simulation::sensors},
         {.name = "update-available-dark", .recording = fans, .update = Scene::available},
         {.name = "update-downloading-dark", .recording = fans, .update = Scene::downloading},
         {.name = "update-installing-dark", .recording = fans, .update = Scene::installing},
         {.name = "update-failed-light", .recording = fans, .appearance = Appearance::light, .update = Scene::failed},
-        {.name = "update-narrow-dark", .recording = fans, .size = narrow, .simulates = true, .update = Scene::failed},
+        {.name = "update-narrow-dark",
+         .recording = fans,
+         .size = narrow,
+         .simulation = Simulation::sensors,
+         .update = Scene::failed},
         {.name = "cores-dark", .recording = fans, .pane = Pane::cores},
         {.name = "cores-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::cores},
         {.name = "timeline-dark", .recording = fans, .pane = Pane::timeline, .pointer = QPoint(556, 300)},

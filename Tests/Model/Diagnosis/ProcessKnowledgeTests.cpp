@@ -18,6 +18,9 @@ std::optional<ProcessNote> linuxNote(std::string_view name, ProcessKind kind = P
 } // namespace
 
 TEST(ProcessKnowledge, FindsAProcessByItsNameOrByTheFirstWordOfIt) {
+    const auto friendlyName = [](const char* name) {
+        return vantoro::friendlyName(ProcessGroup{.displayName = name}, SystemKind::macos);
+    };
     EXPECT_EQ(friendlyName("backupd"), "Time Machine");
     EXPECT_EQ(friendlyName("  backupd"), "Time Machine");
     EXPECT_EQ(friendlyName("kernel_task (idle)"), "kernel_task");

@@ -123,6 +123,16 @@ TEST(History, TheBusyShareIsThatOfTheTenSecondsBefore) {
     history.setRetention(3);
     EXPECT_EQ(history.busyShare(history.snapshots().size() - 1), 0.4) << "a share goes with its snapshot";
     EXPECT_EQ(history.lastRampStart({}), 250) << "above 22 % without a break";
+
+    History begun;
+    begun.append(at(0, bareMachine(0)), false);
+    EXPECT_EQ(begun.busyShare(0), 0);
+    begun.append(at(1, bareMachine(0)), false);
+    begun.append(at(2, bareMachine(90)));
+    EXPECT_EQ(begun.busyShare(2), 0.9) << "what nobody had told yet is no rest";
+    begun.setRetention(0.5);
+    begun.append(at(2.4, bareMachine(50)));
+    EXPECT_EQ(begun.busyShare(1), 0.7);
 }
 
 TEST(History, KnowsTheRampWithoutLookingBackAtAllOfIt) {
@@ -185,6 +195,16 @@ TEST(ProcessAggregation, AReusedPidTakesTheLatestKind) {
     const ProcessAggregate both = History::aggregate(history.recent(10)).at(0);
     EXPECT_EQ(both.displayName + both.owningAppName.value_or(""), "newOld");
     EXPECT_EQ(both.kind, ProcessKind::systemDaemon);
+}
+
+TEST(ProcessAggregation, TheSlowingItselfIsNobodysWork) {
+    History history;
+    history.append(fanMachine(0, {process(1, "idle_inject", 90, ProcessKind::kernel),
+                                  process(2, "kidle_inj", 90, ProcessKind::kernel),
+                                  process(3, "idle_injector", 5, ProcessKind::commandLine)}));
+    const auto aggregates = History::aggregate(history.recent(0));
+    ASSERT_EQ(aggregates.size(), 1U);
+    EXPECT_EQ(aggregates[0].pid, 3);
 }
 
 TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {

@@ -34,6 +34,7 @@ public:
     double maxPerformanceMHz() const override { return announcedMHz; }
     std::vector<double> readGPUSensors() override { return gpus; }
     void sample() override {}
+    void setReadsClocks(bool reads) override { readsClocks = reads; }
     const std::vector<Core>& cores() const override { return coreList; }
     double sampleWatts() override { return ++gpuLooks, gpuWatts; }
 
@@ -46,6 +47,7 @@ public:
     std::vector<double> dies;
     std::optional<std::size_t> dieCount;
     int dieReads = 0;
+    bool readsClocks = true;
     double announcedMHz = 4000;
     std::vector<double> gpus;
     std::vector<Core> coreList{{.index = 0}};
@@ -123,12 +125,11 @@ TEST_F(SensorHubTest, WhatStrainsTheMachineIsInItsSnapshots) {
     EXPECT_EQ(snapshot.throttle, strain->reading.throttle);
     EXPECT_EQ(snapshot.gpuPercent, 92);
     EXPECT_EQ(snapshot.power, (PowerReading{.systemWatts = 20, .gpuWatts = 3.5, .cpuWatts = 12.5}));
-    EXPECT_EQ(subject.powerProfile(), PowerProfile::performance);
+    EXPECT_TRUE(snapshot.favoursSpeed);
     strain->reading = {};
     subject.tick();
     EXPECT_EQ(subject.snapshot().throttle, std::nullopt) << "what is no longer told is not known";
-    subject.beginReplay("Another");
-    EXPECT_EQ(subject.powerProfile(), PowerProfile::unknown);
+    EXPECT_FALSE(subject.snapshot().favoursSpeed);
 }
 
 TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
@@ -164,8 +165,10 @@ TEST_F(SensorHubTest, SingleSensorsAreReadForThePaneOnlyAndAPartialReadingKeepsT
     const std::vector<double> dies(8, 60);
     const std::vector<double> gpus(4, 55);
     EXPECT_EQ(readWith(dies, gpus), (std::pair<std::vector<double>, std::vector<double>>()));
+    EXPECT_FALSE(sensors->readsClocks);
     subject.setCoresPaneVisible(true);
     EXPECT_EQ(readWith(dies, gpus), std::pair(dies, gpus));
+    EXPECT_TRUE(sensors->readsClocks);
     EXPECT_EQ(readWith(std::vector<double>(7, 10), std::vector<double>(3, 10)), std::pair(dies, gpus));
 }
 

@@ -126,12 +126,14 @@ TEST(LooksFollowerTests, TheUsersChoiceWinsOverTheSystemsAndBothApplyLive) {
 
 TEST(ControlBarTests, SwitchesPanesAndSaysWhatIsNotThisMachine) {
     Stage stage;
-    EXPECT_EQ(badge(stage.hub, false), Badge());
-    EXPECT_EQ(badge(stage.hub, true).text, "Simulated");
+    EXPECT_EQ(badge(stage.hub, Simulation::none), Badge());
+    EXPECT_EQ(badge(stage.hub, Simulation::sensors).text, "Simulated");
+    EXPECT_EQ(badge(stage.hub, Simulation::fanlessness).text, "Simulated");
+    EXPECT_FALSE(badge(stage.hub, Simulation::fanlessness).tooltip.contains("sensors are simulated"));
     stage.hub.beginReplay("Another Mac");
-    EXPECT_EQ(windowTitle(badge(stage.hub, false)), "Vantoro — Replay");
+    EXPECT_EQ(windowTitle(badge(stage.hub, Simulation::none)), "Vantoro — Replay");
     ControlBar bar(stage.look);
-    bar.showBadge(badge(stage.hub, false));
+    bar.showBadge(badge(stage.hub, Simulation::none));
     QWidget* const mark = bar.findChildren<QWidget*>(Qt::FindDirectChildrenOnly).at(1);
     EXPECT_TRUE(mark->focusPolicy() & Qt::TabFocus) << "between the panes and the settings";
     std::vector<Pane> chosen;

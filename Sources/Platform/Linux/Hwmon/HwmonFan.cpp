@@ -100,26 +100,26 @@ std::string plainWords(std::string_view label) {
 /// What a device tree says of the kind of machine, and whether it has a fan in it.
 void readDeviceTree(const std::string& root, FanEvidence& evidence) {
     std::string tree = root + "/proc/device-tree/";
-    if (!readTrimmed(tree + "compatible"))
+    if (!readTrimmed(tree + "model"))
         tree = root + "/sys/firmware/devicetree/base/";
-    const auto compatible = readTrimmed(tree + "compatible");
-    if (!compatible)
+    const std::string model = readTrimmed(tree + "model").value_or("");
+    const std::string compatible = readTrimmed(tree + "compatible").value_or("");
+    if (model.empty())
         return;
     for (const std::string& node : namesIn(tree))
         if (mentionsFan(node) && readTrimmed(tree + node + "/status").value_or("okay") != "disabled" &&
             readTrimmed(tree + node + "/compatible"))
             evidence.hasDriver = true;
     const std::string kind = readTrimmed(tree + "chassis-type").value_or("");
-    const std::string model = readTrimmed(tree + "model").value_or("");
-    const bool isApple = compatible->find("apple,") != std::string::npos;
+    const bool isApple = model.starts_with("Apple ") || compatible.find("apple,") != std::string::npos;
     if (isApple)
         evidence.isBuiltWithout = model.find("MacBook Air") != std::string::npos;
     else if (!kind.empty())
         evidence.isBuiltWithout = kind == "tablet" || kind == "handset" || kind == "watch" || kind == "embedded";
     else // Servers of some makers, and virtual machines, have a device tree too.
-        evidence.isBuiltWithout = !model.empty() && !evidence.chassisType && !compatible->starts_with("ibm,") &&
-                                  compatible->find("dummy-virt") == std::string::npos &&
-                                  compatible->find("qemu") == std::string::npos;
+        evidence.isBuiltWithout = !evidence.chassisType && !compatible.starts_with("ibm,") &&
+                                  model.find("dummy-virt") == std::string::npos &&
+                                  compatible.find("qemu") == std::string::npos;
 }
 
 } // namespace
@@ -189,7 +189,8 @@ std::optional<double> HwmonFan::speed() {
     if (kind_ != FanKind::machine)
         return rpm;
     const auto duty = duty_ ? duty_->read() : std::nullopt;
-    if (highestRPM_ == 0 && duty.value_or(0) > 0 && startsWithOne(driver_, boardChips))
+    // Of these chips alone: others repeat a duty that they do not give.
+    if (highestRPM_ == 0 && duty.value_or(0) > 0 && driver_.starts_with("nct"))
         return {};
     watch_.note(range_, rpm_, lane_->now());
     lookAtLimits(duty);
@@ -202,16 +203,39 @@ std::optional<double> HwmonFan::statedCeiling() {
     constexpr double margin = 0.05;
     if (!maximum_ || followsSpeed_)
         return {};
-    if (looks_++ % looksBetweenStatements == 0 || (stated_ && rpm_ > *stated_ * (1 - margin))) {
+    const bool isWaiting = !stated_ || (minimum_ && !statedFloor_);
+    if (looks_++ % looksBetweenStatements == 0 || isWaiting || rpm_ > *stated_ * (1 - margin)) {
         const auto before = stated_;
-        stated_ = positiveRPM(maximum_);
+        if (const auto fresh = positiveRPM(maximum_))
+            stated_ = fresh;
         followsSpeed_ = before && stated_ && *stated_ != *before && *stated_ <= highestRPM_ * (1 + margin);
-        statedFloor_ = positiveRPM(minimum_);
+        const auto floor = minimum_ ? minimum_->read() : std::nullopt;
+        if (const auto fresh = floor ? credibleRPM(*floor) : std::nullopt)
+            statedFloor_ = fresh;
     }
     if (!stated_ || followsSpeed_ || highestRPM_ > *stated_ * (1 + margin))
         return {};
     isStatedBelieved_ = isStatedBelieved_ || rpm_ < *stated_ * (1 - margin) || isMacController(driver_);
     return isStatedBelieved_ ? stated_ : std::nullopt;
+}
+
+/// A floor of 0 says that the fan may stand still, not how slowly it turns: its slowest steady speed does. Before that
+/// was seen a speed in the middle tells nothing, standing still and more than half of the ceiling do.
+std::optional<FanLimits> HwmonFan::statedLimits() {
+    const auto ceiling = statedCeiling();
+    if (!ceiling)
+        return {};
+    if (statedFloor_ && *statedFloor_ > 0 && *statedFloor_ < *ceiling)
+        return FanLimits{.floorRPM = *statedFloor_, .ceilingRPM = *ceiling};
+    if (range_.isLearned() && range_.lowestRPM < *ceiling)
+        return FanLimits{.floorRPM = range_.lowestRPM, .ceilingRPM = *ceiling, .source = FanLimitSource::learned};
+    constexpr double surelyWorking = 0.6;
+    constexpr double highestFloor = 0.5;
+    wasAtAnEnd_ = wasAtAnEnd_ || rpm_ == 0 || rpm_ >= surelyWorking * *ceiling;
+    if (!statedFloor_ || !wasAtAnEnd_)
+        return {};
+    const double lowest = range_.lowestRPM > 0 ? std::min(range_.lowestRPM, rpm_) : rpm_;
+    return FanLimits{.floorRPM = std::min(lowest, highestFloor * *ceiling), .ceilingRPM = *ceiling};
 }
 
 std::optional<double> HwmonFan::dutyCeiling(std::optional<std::int64_t> duty) {
@@ -234,17 +258,15 @@ std::optional<double> HwmonFan::dutyCeiling(std::optional<std::int64_t> duty) {
 }
 
 void HwmonFan::lookAtLimits(std::optional<std::int64_t> duty) {
-    const bool isLearned = range_.isLearned();
-    if (const auto stated = statedCeiling()) {
-        if (statedFloor_ && *statedFloor_ < *stated)
-            limits_ = {.floorRPM = *statedFloor_, .ceilingRPM = *stated};
-        else if (isLearned && range_.lowestRPM < *stated)
-            limits_ = {.floorRPM = range_.lowestRPM, .ceilingRPM = *stated, .source = FanLimitSource::learned};
-    } else if (const auto reached = dutyCeiling(duty)) {
-        const double least = leastDuty_ ? *leastDuty_ / dutyRange : leastShareOfFullSpeed;
+    limits_ = statedLimits();
+    if (limits_)
+        return;
+    if (const auto reached = dutyCeiling(duty)) {
+        const bool isTruthful = startsWithOne(driver_, truthfulDuties);
+        const double least = leastDuty_ ? *leastDuty_ / dutyRange : isTruthful ? 0 : leastShareOfFullSpeed;
         limits_ = {
             .floorRPM = std::min(least * *reached, lowestRPM_), .ceilingRPM = *reached, .source = FanLimitSource::duty};
-    } else if (isLearned) {
+    } else if (range_.isLearned()) {
         limits_ = {.floorRPM = range_.lowestRPM,
                    .ceilingRPM = std::max(range_.highestRPM, rpm_),
                    .source = FanLimitSource::learned};
@@ -265,8 +287,10 @@ std::optional<double> HwmonFan::target() {
 bool isFanless(const FanEvidence& evidence) {
     constexpr std::int64_t handheld = 11;
     constexpr std::int64_t tablet = 30;
+    constexpr std::int64_t tabletWithKeyboard = 32;
+    const auto& chassis = evidence.chassisType;
     return evidence.tachometers == 0 && !evidence.hasDriver &&
-           (evidence.isBuiltWithout || evidence.chassisType == handheld || evidence.chassisType == tablet);
+           (evidence.isBuiltWithout || chassis == handheld || chassis == tablet || chassis == tabletWithKeyboard);
 }
 
 FanEvidence readFanEvidence(const std::string& root, const std::vector<HwmonSensor>& sensors) {

@@ -45,8 +45,8 @@ public:
 
     FanKind kind() const { return kind_; }
     /// Revolutions per minute; 0 when it stands still. None when the driver gives an error or says that the fan is
-    /// faulty, while the device sleeps, and as long as a driven motor on a board's header has never turned: nothing is
-    /// plugged in there.
+    /// faulty, while the device sleeps, and as long as a motor on a board's header has never turned though it is driven
+    /// for certain: nothing is plugged in there.
     std::optional<double> speed();
     /// As far as they are known at the last speed: stated by the driver, known by the motor's duty, or learned. Never
     /// for another than one of the machine's own.
@@ -58,6 +58,7 @@ public:
 
 private:
     std::optional<double> statedCeiling();
+    std::optional<FanLimits> statedLimits();
     std::optional<double> dutyCeiling(std::optional<std::int64_t> duty);
     void lookAtLimits(std::optional<std::int64_t> duty);
 
@@ -85,6 +86,7 @@ private:
     std::optional<double> statedFloor_;
     std::optional<double> stated_;
     bool isStatedBelieved_ = false;
+    bool wasAtAnEnd_ = false;
     bool followsSpeed_ = false;
     std::optional<FanLimits> limits_;
 };

@@ -1,156 +1,24 @@
 #include "Platform/Linux/Hwmon/HwmonReading.h"
 
 #include "Platform/Linux/Hwmon/SensorFamilies.h"
+#include "Platform/Linux/Reading/DeviceRest.h"
 #include "Platform/Linux/Reading/SensorFile.h"
-#include "Platform/Linux/Reading/SysfsText.h"
 
 #include <algorithm>
-#include <map>
+#include <string_view>
 
 namespace vantoro {
 
 namespace {
 
-/// What may be done with a device's files at this moment.
-enum class Look { read, hold, leave };
-
-/// Of one device, for all its files together: those read at one moment count as one look.
-class DeviceRest {
-public:
-    virtual ~DeviceRest() = default;
-
-    /// A file that was never read may be even while its device is left alone; the device's rest begins anew.
-    Look at(double now, bool isFirst) {
-        const std::lock_guard lock(mutex_);
-        constexpr double sameMomentSeconds = 0.3;
-        if (!decidedAt_ || now - *decidedAt_ >= sameMomentSeconds || now < *decidedAt_) {
-            decided_ = decide(now);
-            decidedAt_ = now;
-        }
-        if (decided_ == Look::hold && isFirst && mayBeginAnew()) {
-            lookedAt_ = now;
-            return Look::read;
-        }
-        return decided_;
-    }
-
-protected:
-    std::optional<double> lookedAt_;
-
-private:
-    virtual Look decide(double now) = 0;
-    virtual bool mayBeginAnew() const { return true; }
-
-    std::mutex mutex_;
-    std::optional<double> decidedAt_;
-    Look decided_ = Look::leave;
-};
-
-class GraphicsRest : public DeviceRest {
-public:
-    /// `power` is the device's folder of that name.
-    explicit GraphicsRest(const std::string& power) : sleep_(power + "runtime_status"), control_(power + "control") {
-        constexpr double least = 10;
-        constexpr double most = 60;
-        constexpr double usualMilliseconds = 5000;
-        const auto delay = readWholeNumber(power + "autosuspend_delay_ms");
-        const double milliseconds = delay && *delay >= 0 ? static_cast<double>(*delay) : usualMilliseconds;
-        restSeconds_ = std::clamp(milliseconds * 2.5 / 1e3, least, most);
-    }
-
-private:
-    Look decide(double now) override {
-        constexpr double freeSeconds = 60;
-        if (sleep_.isAsleep()) {
-            lookedAt_.reset();
-            freeUntil_ = now;
-            return Look::leave;
-        }
-        char room[16];
-        const auto control = control_.readText(room, sizeof room);
-        if (lookedAt_ && control && trimmedText(*control) == "auto" && now >= freeUntil_) {
-            if (now - *lookedAt_ < restSeconds_)
-                return Look::hold;
-            freeUntil_ = now + freeSeconds;
-        }
-        lookedAt_ = now;
-        return Look::read;
-    }
-
-    SleepCheck sleep_;
-    SensorFile control_;
-    double restSeconds_ = 0;
-    double freeUntil_ = 0;
-};
-
-class DriveRest : public DeviceRest {
-public:
-    explicit DriveRest(const std::string& device) : sleep_(device + "power/runtime_status") {
-        const std::string blocks = device + "block/";
-        for (const std::string& disk : namesIn(blocks)) {
-            spins_ = readWholeNumber(blocks + disk + "/queue/rotational") != 0;
-            work_ = SensorFile(blocks + disk + "/stat");
-            tellsWork_ = true;
-        }
-    }
-
-private:
-    Look decide(double now) override {
-        constexpr double betweenLooks = 300;
-        constexpr double justNow = 30;
-        if (sleep_.isAsleep()) {
-            lookedAt_.reset();
-            return Look::leave;
-        }
-        noteWork(now);
-        if (lookedAt_ && now - *lookedAt_ < betweenLooks)
-            return Look::hold;
-        if (tellsWork_ && spins_ && (!workedAt_ || now - *workedAt_ > justNow))
-            return lookedAt_ && now - *lookedAt_ < 2 * betweenLooks ? Look::hold : Look::leave;
-        lookedAt_ = now;
-        return Look::read;
-    }
-
-    bool mayBeginAnew() const override { return false; }
-
-    /// The kernel's account of what was asked of the disk, which asks nothing of it.
-    void noteWork(double now) {
-        char room[256];
-        const auto text = tellsWork_ && spins_ ? work_.readText(room, sizeof room) : std::nullopt;
-        if (!text)
-            return;
-        if (!before_.empty() && before_ != *text)
-            workedAt_ = now;
-        before_ = *text;
-    }
-
-    SleepCheck sleep_;
-    SensorFile work_;
-    bool spins_ = true;
-    bool tellsWork_ = false;
-    std::string before_;
-    std::optional<double> workedAt_;
-};
-
-/// One for all who read of a device, wherever they found it: two that took turns would keep it awake between them.
 std::shared_ptr<DeviceRest> restOf(const HwmonSensor& sensor) {
-    const bool isDrive = sensor.driver == "drivetemp";
-    if (sensor.statusPath.empty() || (!isDrive && !isGraphicsDriver(sensor.driver)))
+    constexpr std::string_view status = "/power/runtime_status";
+    if (!sensor.statusPath.ends_with(status))
         return {};
-    static std::mutex mutex;
-    static std::map<std::string, std::weak_ptr<DeviceRest>> rests;
-    const std::lock_guard lock(mutex);
-    std::weak_ptr<DeviceRest>& known = rests[sensor.statusPath];
-    std::shared_ptr<DeviceRest> rest = known.lock();
-    if (!rest) {
-        const std::string power = sensor.statusPath.substr(0, sensor.statusPath.rfind('/') + 1);
-        if (isDrive)
-            rest = std::make_shared<DriveRest>(power.substr(0, power.rfind('/', power.size() - 2) + 1));
-        else
-            rest = std::make_shared<GraphicsRest>(power);
-        known = rest;
-    }
-    return rest;
+    const std::string device = sensor.statusPath.substr(0, sensor.statusPath.size() - status.size());
+    if (sensor.driver == "drivetemp")
+        return driveRest(device);
+    return isGraphicsDriver(sensor.driver) ? graphicsRest(device) : nullptr;
 }
 
 /// A file's number, or what stands for it while its device is left alone.

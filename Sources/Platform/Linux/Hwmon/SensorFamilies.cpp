@@ -120,6 +120,8 @@ SensorRole roleOf(const HwmonSensor& sensor) {
         return {.family = SensorFamily::graphics};
     if (isOneOf(driver, processorDrivers))
         return {.family = SensorFamily::chip};
+    if (driver == "rp1_adc") // the die of a chip beside the processor
+        return {};
     if (driver.starts_with("peci_cputemp"))
         return {.family = SensorFamily::chip, .isCopy = true};
     if (isOneOf(driver, firmwareDrivers))

@@ -3,6 +3,7 @@
 // API reference guide.
 #include "Platform/Linux/Power/GraphicsDevices.h"
 
+#include "Platform/Linux/Reading/DeviceRest.h"
 #include "Platform/Linux/Reading/SensorFile.h"
 #include "Platform/Linux/Reading/SysfsText.h"
 
@@ -63,40 +64,38 @@ struct IntelLimits {
 };
 
 struct Card {
-    SleepCheck sleep;
-    SensorFile control;
+    std::shared_ptr<DeviceRest> rest;
     std::vector<SensorFile> connectors;
     std::optional<SensorFile> busy;
     std::optional<SensorFile> metrics;
     std::optional<SensorFile> queues;
     std::vector<IntelLimits> limits;
     SecondsClock clock;
-    std::optional<double> lookedAt;
+    bool wasLookedAt = false;
     std::vector<QueueTimes> queueTimes;
     GraphicsReading last;
 
     bool tellsAnything() const { return busy || metrics || queues || !limits.empty(); }
 
-    /// No further look is to keep it awake.
-    bool rests(double now) {
-        return lookedAt && now - *lookedAt < graphicsRestSeconds && last.busyPercent.value_or(0) == 0 &&
-               reads(control, "auto") &&
-               std::ranges::none_of(connectors, [](SensorFile& connector) { return reads(connector, "enabled"); });
-    }
-
     GraphicsReading look() {
-        const double now = clock();
         if (queues) { // it is not woken by it, and sleeps between two pictures
             readQueues();
-        } else if (sleep.isAsleep()) {
-            lookedAt.reset();
+            return last;
+        }
+        const double now = clock();
+        if (std::ranges::any_of(connectors, [](SensorFile& connector) { return reads(connector, "enabled"); }))
+            rest->note(true, now);
+        const Look look = rest->at(now, !wasLookedAt);
+        wasLookedAt = look == Look::read || (look == Look::hold && wasLookedAt);
+        if (look == Look::leave) {
             if (busy)
                 last.busyPercent = 0;
             if (last.reasons)
                 last.reasons = ThrottleReasons();
-        } else if (!rests(now)) {
-            lookedAt = now;
+        } else if (look == Look::read) {
             readDevice();
+            if (last.busyPercent)
+                rest->note(*last.busyPercent > 0, now);
         }
         return last;
     }
@@ -233,8 +232,7 @@ GraphicsDevices::GraphicsDevices(const std::string& root, const std::shared_ptr<
         if (!name.starts_with("card") || name.find_first_not_of("0123456789", 4) != std::string::npos)
             continue;
         const std::string device = folder + name + "/device";
-        const auto card = std::make_shared<Card>(Card{.sleep = SleepCheck(device + "/power/runtime_status"),
-                                                      .control = SensorFile(device + "/power/control"),
+        const auto card = std::make_shared<Card>(Card{.rest = graphicsRest(device),
                                                       .busy = fileAt(device + "/gpu_busy_percent"),
                                                       .metrics = fileAt(device + "/gpu_metrics"),
                                                       .queues = fileAt(device + "/gpu_stats"),

@@ -31,17 +31,13 @@ struct GraphicsReading {
     bool operator==(const GraphicsReading&) const = default;
 };
 
-/// For how long a device that may fall asleep, shows no picture and does nothing is left alone between two looks.
-constexpr double graphicsRestSeconds = 30;
-
 /// The cards of /sys/class/drm:
 ///   amdgpu     gpu_busy_percent, and the limiters in gpu_metrics (format 1.3, 2.2 to 2.4)
 ///   i915, xe   gt/gtN/throttle_reason_*, device/tileN/gtM/freq0/throttle/*; they tell no busy share to every user
 ///   v3d        gpu_stats
 /// those of boards whose drivers scale their clock (/sys/class/devfreq): "load", in per cent, or in per mille on a
-/// Jetson; and NVIDIA's through its library. A card that sleeps is not woken. Each look at one that may fall asleep
-/// keeps it awake for some seconds: unless it shows a picture or is busy, which keep it awake anyhow, it is left to
-/// rest.
+/// Jetson; and NVIDIA's through its library. A card that sleeps is not woken, and one that may fall asleep is left to
+/// (DeviceRest), unless it shows a picture or is busy, which keep it awake anyhow.
 class GraphicsDevices {
 public:
     /// `gpus` may be null.

@@ -59,16 +59,24 @@ struct CpuClocks::Policy {
     TimeInState times;
     /// 0 until known.
     double kilohertz = 0;
+    double readAt = 0;
 
-    void update() {
+    void update(double now) {
+        // What was before nobody looked is not of late.
+        constexpr double longestGap = 60;
+        if (now - readAt > longestGap) {
+            times.clear();
+            kilohertz = 0;
+        }
+        readAt = now;
         char room[4096]; // the kernel gives at most one page of it
         const auto text = file.readText(room, sizeof room);
         if (!text) {
             kilohertz = 0;
         } else if (countsTime) {
-            TimeInState now = parseTimeInState(*text);
-            kilohertz = meanFrequency(times, now).value_or(kilohertz);
-            times = std::move(now);
+            TimeInState states = parseTimeInState(*text);
+            kilohertz = meanFrequency(times, states).value_or(kilohertz);
+            times = std::move(states);
         } else {
             const auto present = static_cast<double>(parseWholeNumber(*text).value_or(0));
             kilohertz = present > 0 && present <= mostKHz ? present : 0;
@@ -99,11 +107,12 @@ CpuClocks::CpuClocks(const std::string& root, const std::shared_ptr<SlowLane>& l
         ceilingsKHz_.push_back(ceiling);
     }
     if (!policies_.empty())
-        reading_.emplace(lane, [found]() -> std::optional<std::vector<double>> {
+        reading_.emplace(lane, [found, clock = lane->clock()]() -> std::optional<std::vector<double>> {
+            const double now = clock();
             std::vector<double> kilohertz;
             kilohertz.reserve(found->size());
             for (Policy& policy : *found) {
-                policy.update();
+                policy.update(now);
                 kilohertz.push_back(policy.kilohertz);
             }
             return kilohertz;

@@ -118,13 +118,20 @@ struct HwmonSMCService::Keys {
         // "Tccd1").
         std::set<std::string_view> withTrueDie;
         bool hasChip = hasControllersChip;
+        bool hasCopy = false;
         for (const HwmonSensor& sensor : sensors) {
             if (sensor.quantity != HwmonQuantity::temperature)
                 continue;
             if (sensor.label == "Tdie" || sensor.label.starts_with("Tccd"))
                 withTrueDie.insert(sensor.devicePath);
-            hasChip = hasChip || roleOf(sensor) == SensorRole{.family = SensorFamily::chip};
+            const SensorRole role = roleOf(sensor);
+            hasChip = hasChip || role == SensorRole{.family = SensorFamily::chip};
+            hasCopy = hasCopy || role.isCopy;
         }
+        const auto addOf = [&](const HwmonSensor& sensor, SensorFamily family) {
+            if (const auto code = keys.next(family))
+                addTemperature(*code, sensor, family, lane);
+        };
         for (const HwmonSensor& sensor : sensors) {
             if (sensor.quantity != HwmonQuantity::temperature ||
                 (isMacController(sensor.driver) && controllerKey(sensor.label)) ||
@@ -133,8 +140,10 @@ struct HwmonSMCService::Keys {
             const SensorRole role = roleOf(sensor);
             if (!role.family || (role.isCopy && hasChip))
                 continue;
-            if (const auto code = keys.next(*role.family))
-                addTemperature(*code, sensor, *role.family, lane);
+            addOf(sensor, *role.family);
+            // Graphics that are a part of the processor have its temperature, where nothing else tells it.
+            if (!hasChip && !hasCopy && sensor.hasSecondVoltage && isGraphicsDriver(sensor.driver))
+                addOf(sensor, SensorFamily::chip);
         }
     }
 

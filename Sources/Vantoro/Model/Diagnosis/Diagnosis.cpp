@@ -137,6 +137,9 @@ Verdict DiagnosisEngine::evaluate(const History& history, const Format& format) 
     verdict.load = history.load(newest, now.cooling);
     verdict.state = stressLevel(verdict.load);
     verdict.work = stressLevel(history.busyShare(newest));
+    // Hard work that nobody feels yet is no rest; a Mac is judged by what is felt alone.
+    if (verdict.system != SystemKind::macos && verdict.work >= StressLevel::heavy)
+        verdict.state = std::max(verdict.state, StressLevel::light);
     verdict.cooling = now.cooling;
     verdict.awaitingReading = isJudgedByHeat(now.cooling) && now.chipHeat <= 0;
     verdict.severity = severityOf(verdict.state, now);

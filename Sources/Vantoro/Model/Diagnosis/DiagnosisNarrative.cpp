@@ -56,14 +56,13 @@ std::string quietDetail(const Verdict& verdict, const Snapshot& now, const Cause
     if (isNotablyBusy(causes)) {
         const ProcessGroup& top = causes.front();
         const bool isHot = !isMac(verdict) && now.temps.soc > hotChip;
+        const std::string_view ofFans =
+            isHot ? "the fans are still near their floor" : "the machine is handling it without needing much airflow";
+        const std::string_view ofHeat = verdict.awaitingReading ? "how warm that makes the chip is not known yet"
+                                                                : "the chip is shedding the heat without strain";
         return fmt::format("{} is the busiest at {}{}, but {}.", friendlyName(top, verdict.system),
                            DiagnosisEngine::pct(top.totalCPU), DiagnosisEngine::countSuffix(top),
-                           byCooling(verdict.cooling,
-                                     isHot ? "the fans are still near their floor"
-                                           : "the machine is handling it without needing much airflow",
-                                     "the chip is shedding the heat without strain",
-                                     "the chip is shedding the heat without strain",
-                                     "the machine has plenty to spare"));
+                           byCooling(verdict.cooling, ofFans, ofHeat, ofHeat, "the machine has plenty to spare"));
     }
     if (worksUnfelt(verdict))
         return fmt::format("The processors are {} busy, but no single program stands out.",
@@ -301,16 +300,19 @@ void narrateRest(Verdict& verdict, const Snapshot& now, const Causes& causes, co
     if (isPressedByHeat(verdict, now)) {
         verdict.headline = pressedHeadline(verdict, now);
         verdict.detail = pressedAtRestDetail(verdict, now);
-    } else if (verdict.awaitingReading) {
+    } else if (verdict.awaitingReading && !verdict.speaksOfWork()) {
         verdict.headline = "Waiting for the chip";
         verdict.detail = isMac(verdict) ? "The chip hasn't given a usable temperature yet. An idle Apple silicon chip "
                                           "parks its sensors, and they report again as soon as it does some work."
                                         : "The chip hasn't given a usable temperature yet.";
     } else {
-        verdict.headline = worksUnfelt(verdict) && isNotablyBusy(causes)
-                               ? blameHeadline(verdict, causes, friendlyName(causes.front(), verdict.system))
-                               : restHeadline(verdict, now);
+        verdict.headline = restHeadline(verdict, now);
         verdict.detail = quietDetail(verdict, now, causes, format);
+        if (worksUnfelt(verdict) && isNotablyBusy(causes)) {
+            const ProcessGroup& top = causes.front();
+            verdict.headline = blameHeadline(verdict, causes, friendlyName(top, verdict.system));
+            verdict.advice = adviceFor(verdict, top, noteOn(top, verdict.system), now);
+        }
     }
 }
 
@@ -372,7 +374,7 @@ std::string causePhrase(const Verdict& verdict, const Snapshot& now, const std::
     if (isAtRest(verdict.state)) {
         if (isPressedByHeat(verdict, now))
             return pressedHeadline(verdict, now);
-        if (verdict.awaitingReading)
+        if (verdict.awaitingReading && !verdict.speaksOfWork())
             return "Waiting for the chip's first temperature reading";
         if (isNotablyBusy(causes))
             return friendlyName(causes.front(), verdict.system) + " is busiest, but the machine is coping";

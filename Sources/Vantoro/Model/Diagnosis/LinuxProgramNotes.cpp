@@ -6,7 +6,7 @@ namespace {
 
 constexpr const char* endsWithTheUpdate = "It finishes on its own; interrupting it can leave packages half installed.";
 constexpr const char* endsWithTheBuild =
-    "It ends with the build. Fewer jobs at once (“-j 2”) ease the load, and take longer.";
+    "It ends with the build. Fewer jobs at once (“-j 2”) leave room for other work, and take longer.";
 constexpr const char* endsWithTheJob = "It ends when its job is done.";
 constexpr const char* lookBehind = "It works for other programs: the one that keeps it busy is the cause.";
 constexpr const char* closesTheSession = "Quitting it closes every window: look for the program that keeps it busy.";
@@ -269,7 +269,7 @@ std::span<const LinuxNote> linuxProgramNotes() {
         {"ffmpeg HandBrakeCLI ghb melt x264 x265 SvtAv1EncApp handbrake kdenlive_render blender gst-launch-1.0 "
          "mencoder Plex~Transcoder sox lame darktable-cli",
          nullptr, "the encoding or rendering of pictures, sound or video.",
-         "It ends when the file is done; the graphics processor often does the same with less effort.", work},
+         "It ends when the file is done; the graphics processor often does the same with less work.", work},
         {"ollama ollama_llama_server ollama_llama_se llama-server llama-cli whisper-cli vllm stable-diffusion* comfyui",
          "Language model", "a language or picture model computing an answer.",
          "It ends with the answer; a smaller model takes less.", app},

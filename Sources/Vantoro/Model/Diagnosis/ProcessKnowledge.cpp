@@ -178,9 +178,4 @@ std::string friendlyName(const ProcessGroup& group, SystemKind system) {
     return note ? note->friendly : group.displayName;
 }
 
-std::string friendlyName(std::string_view displayName) {
-    const ProcessNote* note = ProcessKnowledge::note(displayName);
-    return note != nullptr ? note->friendly : std::string(displayName);
-}
-
 } // namespace vantoro

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "Model/Records/ProcessAggregate.h"
-#include "Model/Records/SystemWords.h"
 
 #include <functional>
 #include <map>
@@ -49,6 +48,5 @@ struct ProcessKnowledge {
 
 /// What a group is called in every sentence: its note's friendly name, else its display name.
 std::string friendlyName(const ProcessGroup& group, SystemKind system);
-std::string friendlyName(std::string_view displayName);
 
 } // namespace vantoro

@@ -38,16 +38,15 @@ bool isCalm(const Verdict& verdict, const Snapshot& now) {
 }
 
 std::string calmOpening(const Verdict& verdict) {
-    if (verdict.awaitingReading)
-        return "Nothing looks wrong, though the chip hasn't reported a temperature yet.";
     const bool isLight = verdict.state == StressLevel::light;
     if (verdict.cooling == Cooling::load)
         return isLight ? "Yes. The machine has little to do." : "Yes. The machine is idling.";
+    if (verdict.awaitingReading)
+        return "Nothing looks wrong, though the chip hasn't reported a temperature yet.";
     if (verdict.speaksOfWork())
         return fmt::format("Yes. The machine is hard at work, and {}.", verdict.cooling == Cooling::fans
                                                                             ? "the fans are at or near their floor"
-                                                                        : isLight ? "the chip is only mildly warm"
-                                                                                  : "the chip is cool");
+                                                                            : "the chip is no more than mildly warm");
     if (verdict.cooling == Cooling::fans)
         return "Yes. The machine is idling and the fans are at or near their floor.";
     return isLight ? "Yes. The chip as a whole is only mildly warm."
@@ -257,8 +256,11 @@ Explanation::Section normalitySection(const Verdict& verdict, const Snapshot& no
 Explanation::Section actionSection(const Verdict& verdict, const Snapshot& now) {
     Explanation::Section section{.symbol = "wrench.and.screwdriver", .title = "What you can do"};
     if (isCalm(verdict, now)) {
-        section.body = "Nothing needs doing.";
-        section.rows = {{.label = "Leave it alone", .detail = leaveAloneDetail(verdict, now)}};
+        const bool isAtWork = verdict.cooling != Cooling::load && verdict.speaksOfWork();
+        section.body = isAtWork ? "Nothing, unless it is not meant to work this hard." : "Nothing needs doing.";
+        if (isAtWork && verdict.suspect)
+            addSuspectRows(section.rows, verdict);
+        section.rows.push_back({.label = "Leave it alone", .detail = leaveAloneDetail(verdict, now)});
         return section;
     }
     if (verdict.suspect)

@@ -38,12 +38,14 @@ void History::keepBusiest(std::vector<ProcessSample>& processes) {
         processes.resize(processesPerSample);
 }
 
-void History::append(Snapshot snapshot) {
+void History::append(Snapshot snapshot, bool hasLoad) {
     keepBusiest(snapshot.processes);
     snapshot.processes.shrink_to_fit();
     snapshot.fans.shrink_to_fit();
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
+    if (!hasLoad)
+        withoutLoad_ = snapshots_.size();
     busyShares_.push_back(newestBusyShare());
     const Cooling cooling = snapshots_.back().cooling;
     const double threshold = rampThreshold(cooling);
@@ -65,6 +67,7 @@ void History::dropBefore(UnixSeconds cutoff) {
     while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff) {
         snapshots_.pop_front();
         busyShares_.pop_front();
+        withoutLoad_ -= withoutLoad_ > 0 ? 1 : 0;
     }
     rampLength_ = std::min(rampLength_, snapshots_.size());
 }
@@ -80,12 +83,10 @@ double History::newestBusyShare() const {
     constexpr double seconds = 10;
     const UnixSeconds now = snapshots_.back().timestamp;
     double percent = 0;
-    std::size_t count = 0;
-    for (auto each = snapshots_.rbegin(); each != snapshots_.rend() && std::abs(now - each->timestamp) <= seconds;
-         ++each) {
-        percent += busyPercent(*each);
-        ++count;
-    }
+    std::size_t index = snapshots_.size();
+    while (index > withoutLoad_ && std::abs(now - snapshots_[index - 1].timestamp) <= seconds)
+        percent += busyPercent(snapshots_[--index]);
+    const std::size_t count = snapshots_.size() - index;
     return count > 0 ? percent / 100 / static_cast<double>(count) : 0;
 }
 
@@ -146,6 +147,8 @@ std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
     for (const Snapshot& snapshot : window) {
         for (const ProcessSample& sample : snapshot.processes) {
             const ProcessIdentity& identity = *sample.identity;
+            if (identity.isCoolingPause())
+                continue;
             const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
             if (isNew) {
                 aggregates.push_back({.pid = identity.pid,

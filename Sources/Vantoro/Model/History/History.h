@@ -48,7 +48,8 @@ public:
 
     /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
     /// is older than the retention.
-    void append(Snapshot snapshot);
+    /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it.
+    void append(Snapshot snapshot, bool hasLoad = true);
 
     /// What append keeps of a tick's rows, in its order.
     static void keepBusiest(std::vector<ProcessSample>& processes);
@@ -94,6 +95,8 @@ private:
     std::deque<Snapshot> snapshots_;
     /// One for each of them.
     std::deque<double> busyShares_;
+    /// How many of the oldest say nothing of the load.
+    std::size_t withoutLoad_ = 0;
     SystemKind system_ = SystemKind::macos;
     double retentionSeconds_ = defaultRetentionSeconds;
     /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,

@@ -1,5 +1,7 @@
 #include "Model/Live/Quits.h"
 
+#include "Model/Diagnosis/ProcessKnowledge.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -22,8 +24,8 @@ QuitResult::Kind kindOf(const Quitting& quitting) {
 
 } // namespace
 
-Quits::Quits(std::shared_ptr<ProcessControl> control, Clock now, Clock monotonic)
-    : control_(std::move(control)), now_(std::move(now)), monotonic_(std::move(monotonic)) {
+Quits::Quits(std::shared_ptr<ProcessControl> control, Clock now, Clock monotonic, SystemKind system)
+    : control_(std::move(control)), now_(std::move(now)), monotonic_(std::move(monotonic)), system_(system) {
     connect(&timer_, &QTimer::timeout, this, &Quits::look);
 }
 
@@ -56,12 +58,12 @@ bool Quits::isEnded(const ProcessGroup& group) const {
 std::optional<QuitQuestion> Quits::question(const ProcessGroup& group) {
     if (!control_)
         return std::nullopt;
-    QuitQuestion question{.key = group.key, .name = group.displayName, .processes = {}, .known = {}};
+    QuitQuestion question{.key = group.key, .name = friendlyName(group, system_), .processes = {}, .known = {}};
     for (const ProcessAggregate& member : group.members)
         if (const auto process = livingProcess(*control_, member))
             question.processes.push_back(*process);
     if (question.processes.empty()) {
-        note(QuitResult::Kind::hadEnded, group.displayName, static_cast<int>(group.members.size()));
+        note(QuitResult::Kind::hadEnded, question.name, static_cast<int>(group.members.size()));
         emit changed();
         return std::nullopt;
     }

@@ -35,8 +35,9 @@ public:
     static constexpr int lookMilliseconds = 200;
     using Clock = std::function<double()>;
 
-    /// `monotonic` gives seconds of a clock that only goes forward. Without a control nothing is ever ended.
-    Quits(std::shared_ptr<ProcessControl> control, Clock now, Clock monotonic);
+    /// `monotonic` gives seconds of a clock that only goes forward; `system` is this machine's, by which groups are
+    /// named. Without a control nothing is ever ended.
+    Quits(std::shared_ptr<ProcessControl> control, Clock now, Clock monotonic, SystemKind system);
 
     bool canEnd() const { return control_ != nullptr; }
     /// From now on process numbers mean nothing here.
@@ -86,6 +87,7 @@ private:
     std::shared_ptr<ProcessControl> control_;
     Clock now_;
     Clock monotonic_;
+    SystemKind system_;
     std::vector<Open> open_;
     std::vector<Ended> ended_;
     std::optional<QuitResult> result_;

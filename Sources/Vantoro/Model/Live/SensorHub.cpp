@@ -84,7 +84,8 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
               return ProcessMonitor::mode(environment_.processMode, settings_.value(Setting::processMonitorMode));
           },
           environment_.processTiming)
-    , quits_(std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic)) {
+    , quits_(
+          std::make_unique<Quits>(platform.processControl, environment_.now, environment_.monotonic, platform.system)) {
     history_.setSystem(platform.system);
     connect(&settings_, &Settings::changed, this, &SensorHub::settingChanged);
     snapshot_ = measure(environment_.now());
@@ -236,7 +237,7 @@ void SensorHub::readStrain(Snapshot& snapshot) {
     snapshot.throttle = std::move(strain.throttle);
     snapshot.gpuPercent = strain.gpuPercent;
     snapshot.power.cpuWatts = strain.cpuWatts;
-    powerProfile_ = strain.profile;
+    snapshot.favoursSpeed = strain.profile == PowerProfile::performance;
 }
 
 void SensorHub::tick() {
@@ -297,7 +298,7 @@ void SensorHub::countSample() {
 
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     const Transaction transaction(*this);
-    history_.append(snapshot);
+    history_.append(snapshot, processesReady_);
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     countSample();
@@ -322,7 +323,7 @@ void SensorHub::publish(bool force) {
 }
 
 void SensorHub::publishDerived(bool force) {
-    sampleCores();
+    sampleCores(coresPaneVisible_);
     Vitals vitals = Vitals::quantising(snapshot_);
     Verdict verdict = DiagnosisEngine::evaluate(history_, format_);
     std::vector<ProcessGroup> suspects = rankedSuspects(history_);

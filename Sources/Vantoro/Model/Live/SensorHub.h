@@ -181,8 +181,6 @@ public:
     const SystemWords& words() const { return systemWords(history_.system()); }
     /// How many fans and sensors were found.
     std::string sensorSummary() const;
-    /// What this machine is told to favour; a recording does not say.
-    PowerProfile powerProfile() const { return isReplay_ ? PowerProfile::unknown : powerProfile_; }
     /// Whether the figures are a recording's rather than this machine's.
     bool isReplay() const { return isReplay_; }
 
@@ -220,7 +218,7 @@ private:
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
-    void sampleCores();
+    void sampleCores(bool withClocks);
     void lookAtSingleSensors();
     void assignProcessesReady();
     void assignSensorsAvailable(bool available);
@@ -283,7 +281,6 @@ private:
     SystemLine latestSystem_;
     HeatSmoothing heat_;
     double gpuWatts_ = 0;
-    PowerProfile powerProfile_ = PowerProfile::unknown;
     std::optional<UnixSeconds> gpuReadAt_;
     mutable std::optional<std::string> machineName_;
 };

@@ -24,9 +24,10 @@ std::vector<Core> coresOf(const std::vector<CoreReading>& readings) {
 
 } // namespace
 
-void SensorHub::sampleCores() {
+void SensorHub::sampleCores(bool withClocks) {
     if (!sources_.cores || recordedCores_)
         return;
+    sources_.cores->setReadsClocks(withClocks);
     sources_.cores->sample();
     ++coreSamples_;
     coreCeilings_.see(sources_.cores->cores());
@@ -57,7 +58,7 @@ void SensorHub::takeSingleReadings(Snapshot& recorded) {
 }
 
 void SensorHub::addSingleReadings(Snapshot& measured) {
-    sampleCores();
+    sampleCores(true);
     // The first sample only tells the next what to reckon from.
     if (sources_.cores && coreSamples_ > 1) {
         measured.cores.emplace();

@@ -15,7 +15,7 @@ namespace vantoro {
 /// What is asked about: the group's processes that are alive at this moment.
 struct QuitQuestion {
     std::string key;
-    /// The group's display name.
+    /// What the group is called.
     std::string name;
     std::vector<LivingProcess> processes;
     /// Every process alive at this moment, by pid and birth: what is not among them has been started since.

@@ -53,9 +53,10 @@ void CoreMonitor::sample() {
 
 void CoreMonitor::sampleFrequency() {
     if (!frequencyAvailable_) {
-        if (processors_->readClocks(clocks_))
-            for (std::size_t i = 0; i < std::min(cores_.size(), clocks_.size()); ++i)
-                cores_[i].megahertz = clocks_[i];
+        if (!readsClocks_ || !processors_->readClocks(clocks_))
+            clocks_.clear();
+        for (std::size_t i = 0; i < cores_.size(); ++i)
+            cores_[i].megahertz = i < clocks_.size() ? clocks_[i] : 0;
         return;
     }
     std::array<double, mostFrequencies> megahertz{};

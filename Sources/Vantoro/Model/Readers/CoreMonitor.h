@@ -20,6 +20,7 @@ public:
 
     /// Measures the time since the call before; the first only primes. A failed reading changes nothing.
     void sample() override;
+    void setReadsClocks(bool reads) override { readsClocks_ = reads; }
     /// One per logical processor, efficiency cores first.
     const std::vector<Core>& cores() const override { return cores_; }
 
@@ -39,6 +40,7 @@ private:
     double maxPerformanceMHz_ = 0;
     double maxEfficiencyMHz_ = 0;
     bool frequencyAvailable_ = false;
+    bool readsClocks_ = true;
     std::vector<HostTicks> previous_;
     std::vector<HostTicks> current_;
     std::vector<double> clocks_;

@@ -50,6 +50,8 @@ public:
 
     /// Measures the time since the call before.
     virtual void sample() = 0;
+    /// Whether the samples to come measure frequencies too, where that takes readings of its own; at first they do.
+    virtual void setReadsClocks(bool /*reads*/) {}
     virtual const std::vector<Core>& cores() const = 0;
     /// The highest frequency of each kind of core; 0 when not known.
     virtual double maxPerformanceMHz() const { return 0; }

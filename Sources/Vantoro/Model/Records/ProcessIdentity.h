@@ -31,6 +31,12 @@ struct ProcessIdentity {
     std::string user;
     ProcessKind kind = ProcessKind::userApp;
 
+    /// A thread that makes a processor pause so that it cools down (Linux: drivers/powercap/idle_inject.c and, before
+    /// it, intel_powerclamp.c). It is counted as busy, but it is the slowing itself and draws no power.
+    bool isCoolingPause() const {
+        return kind == ProcessKind::kernel &&
+               (displayName.starts_with("idle_inject") || displayName.starts_with("kidle_inj"));
+    }
     bool operator==(const ProcessIdentity&) const = default;
 };
 

@@ -34,15 +34,14 @@ constexpr std::array<std::string_view, 5> stressLevelNames{"idle", "light", "mod
 } // namespace
 
 bool Verdict::speaksOfWork() const {
-    return cooling == Cooling::load ||
-           (system != SystemKind::macos && isAtRest(state) && !awaitingReading && work >= StressLevel::heavy);
+    return cooling == Cooling::load || (system != SystemKind::macos && isAtRest(state) && work >= StressLevel::heavy);
 }
 
 std::string_view Verdict::stateLabel() const {
-    if (awaitingReading)
-        return "Measuring";
     if (speaksOfWork())
         return worded(workLabels, cooling == Cooling::load ? state : work);
+    if (awaitingReading)
+        return "Measuring";
     return worded(cooling == Cooling::fans ? fanLabels : heatLabels, state);
 }
 

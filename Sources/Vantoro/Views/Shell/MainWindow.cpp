@@ -13,11 +13,11 @@
 
 namespace vantoro {
 
-MainWindow::MainWindow(ViewContext& context, bool simulates, std::function<void()> start)
+MainWindow::MainWindow(ViewContext& context, Simulation simulation, std::function<void()> start)
     : PaintedWidget(context.look)
     , context_(context)
     , start_(std::move(start))
-    , simulates_(simulates)
+    , simulation_(simulation)
     , bar_(new ControlBar(context.look, this))
     , content_(new QWidget(this))
     , stack_(new QStackedLayout(content_)) {
@@ -85,7 +85,7 @@ void MainWindow::showPane(Pane pane) {
 }
 
 void MainWindow::refreshReadiness() {
-    const Badge mark = badge(context_.hub, simulates_);
+    const Badge mark = badge(context_.hub, simulation_);
     bar_->showBadge(mark);
     setWindowTitle(vantoro::windowTitle(mark));
     content_->setVisible(context_.hub.isReady());

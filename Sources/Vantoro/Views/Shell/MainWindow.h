@@ -18,8 +18,9 @@ public:
     static constexpr QSize usualSize{1040, 830};
     static constexpr QSize smallestSize{820, 560};
 
-    /// `simulates` shows the badge; `start` starts whatever feeds the hub and is called when the window is first shown.
-    MainWindow(ViewContext& context, bool simulates, std::function<void()> start);
+    /// `simulation` shows the badge; `start` starts whatever feeds the hub and is called when the window is first
+    /// shown.
+    MainWindow(ViewContext& context, Simulation simulation, std::function<void()> start);
     ~MainWindow() override;
 
     Pane pane() const { return pane_; }
@@ -57,7 +58,7 @@ private:
 
     ViewContext& context_;
     std::function<void()> start_;
-    bool simulates_;
+    Simulation simulation_;
     ControlBar* bar_; // this, the views and the layout are owned by Qt as children
     QWidget* content_;
     QStackedLayout* stack_;

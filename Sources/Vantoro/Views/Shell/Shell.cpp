@@ -186,7 +186,7 @@ void Shell::raiseWindow() {
     if (panel_)
         panel_->close();
     if (!window_) {
-        window_ = new MainWindow(context_, options_.simulates, std::exchange(options_.start, nullptr));
+        window_ = new MainWindow(context_, options_.simulation, std::exchange(options_.start, nullptr));
         window_->setAttribute(Qt::WA_DeleteOnClose);
         connect(window_, &MainWindow::settingsRequested, this, &Shell::openSettings);
         connect(window_, &MainWindow::quitRequested, qApp, &QApplication::quit);

@@ -46,8 +46,8 @@ class SettingsView;
 
 /// What differs from run to run and from system to system.
 struct ShellOptions {
-    /// The sensors, or the lack of fans, are made up.
-    bool simulates = false;
+    /// What of the figures is made up.
+    Simulation simulation = Simulation::none;
     /// What the data comes from.
     SourceNames sources;
     /// Outlives the shell, and has settled what an update before this start left; null: the program does not update

@@ -31,15 +31,17 @@ std::vector<AppMenu> appMenus(bool hasActiveWindow) {
         {.title = tr("Help"), .items = {{.command = AppCommand::help, .text = tr("Vantoro on the Web")}}}};
 }
 
-Badge badge(const SensorHub& hub, bool simulates) {
+Badge badge(const SensorHub& hub, Simulation simulation) {
     if (hub.isReplay())
         return {.icon = "tape.replay",
                 .text = tr("Replay"),
                 .tooltip = tr("A recording is shown in place of this machine's sensors and processes.")};
-    if (simulates)
+    if (simulation != Simulation::none)
         return {.icon = "flask",
                 .text = tr("Simulated"),
-                .tooltip = tr("The sensors are simulated; processes and load are this machine's own.")};
+                .tooltip = simulation == Simulation::sensors
+                               ? tr("The sensors are simulated; processes and load are this machine's own.")
+                               : tr("Shown as on a machine without fans; all readings are this machine's own.")};
     return {};
 }
 

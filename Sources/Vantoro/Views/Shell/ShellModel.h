@@ -47,8 +47,10 @@ struct Badge {
     bool operator==(const Badge&) const = default;
 };
 
-/// `simulates`: the sensors, or the lack of fans, are made up.
-Badge badge(const SensorHub& hub, bool simulates);
+/// What is made up: nothing, the lack of fans alone, or all sensors.
+enum class Simulation { none, fanlessness, sensors };
+
+Badge badge(const SensorHub& hub, Simulation simulation);
 
 /// The window's title: the program's name, and what it shows in place of this machine.
 QString windowTitle(const Badge& badge);

@@ -27,10 +27,6 @@ std::vector<const ProcessGroup*> groups(const SensorHub& hub) {
     return all;
 }
 
-QString nameOf(const std::string& displayName) {
-    return toQString(friendlyName(displayName));
-}
-
 } // namespace
 
 std::optional<ProcessGroup> wholeGroup(const SensorHub& hub, const std::string& key) {
@@ -63,7 +59,7 @@ bool canBeQuit(const SensorHub& hub, const ProcessGroup& group) {
 }
 
 QuitModel quitModel(const SensorHub& hub, const ProcessGroup& group, int processes) {
-    const QString name = nameOf(group.displayName);
+    const QString name = toQString(friendlyName(group, hub.words().kind));
     QuitModel model;
     model.title = tr("Quit %1?").arg(name);
     model.confirm = tr("Quit %1").arg(name);
@@ -82,7 +78,7 @@ QuitModel quitModel(const SensorHub& hub, const ProcessGroup& group, int process
 }
 
 QuitModel quitModel(const Quits& quits, const Quitting& quitting) {
-    const QString name = nameOf(quitting.name());
+    const QString name = toQString(quitting.name());
     const int all = quitting.all();
     const int running = quitting.running();
     QuitModel model;
@@ -121,7 +117,7 @@ std::optional<QuitResultModel> quitResultModel(const SensorHub& hub) {
     const std::optional<QuitResult>& result = hub.quits().result();
     if (!result)
         return std::nullopt;
-    const QString name = nameOf(result->name);
+    const QString name = toQString(result->name);
     const int count = result->processes;
     QuitResultModel model{.icon = QStringLiteral("exclamationmark.triangle.fill"), .text = {}, .detail = {}};
     switch (result->kind) {

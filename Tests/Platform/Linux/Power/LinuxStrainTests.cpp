@@ -194,7 +194,7 @@ TEST_F(Strained, ACardIsNeitherWokenNorKeptAwake) {
     EXPECT_EQ(look().gpuPercent, 0) << "asleep: what is in the file was not read";
     EXPECT_EQ(look({{device + "power/runtime_status", "active"}, {busy, "0"}}).gpuPercent, 0);
     EXPECT_EQ(look({{busy, "77"}}).gpuPercent, 0) << "idle a moment ago: it may fall asleep";
-    machine.pass(graphicsRestSeconds);
+    machine.pass(30);
     EXPECT_EQ(look().gpuPercent, 77);
     EXPECT_EQ(look({{busy, "78"}}).gpuPercent, 78) << "its work keeps it awake";
     look({{busy, "0"}});

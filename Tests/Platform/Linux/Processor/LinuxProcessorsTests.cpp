@@ -72,6 +72,15 @@ TEST(LinuxProcessors, GiveTheirFrequencies) {
         machine.pass(2);
         monitor.sample();
         EXPECT_EQ(frequencies(monitor), expected.megahertz);
+        // Nobody looks: nothing is read, and nothing stays that was true once.
+        monitor.setReadsClocks(false);
+        monitor.sample();
+        EXPECT_THAT(frequencies(monitor), ::testing::Each(0));
+        monitor.setReadsClocks(true);
+        machine.pass(100);
+        monitor.sample();
+        const bool isCounted = !expected.later.empty();
+        EXPECT_EQ(frequencies(monitor), isCounted ? std::vector<int>(expected.megahertz.size()) : expected.megahertz);
     }
 }
 

@@ -100,6 +100,11 @@ TEST(LinuxFans, WhatIsStatedIsBelievedUnlessItFollows) {
     EXPECT_EQ(alarm.run(5400), std::nullopt) << "a board's chip raises an alarm below its least speed";
     Chip stops("dell_smm", {{"fan1_min", "0\n"}, {"fan1_max", "4900\n"}});
     EXPECT_EQ(stops.run(2400), std::nullopt) << "that it may stop says nothing of its slowest turning";
+    EXPECT_EQ(stops.run(0), (FanLimits{.floorRPM = 0, .ceilingRPM = 4900}));
+    EXPECT_EQ(stops.run(2400), (FanLimits{.floorRPM = 2400, .ceilingRPM = 4900}));
+    EXPECT_EQ(stops.run(3500), (FanLimits{.floorRPM = 2400, .ceilingRPM = 4900}));
+    Chip works("dell_smm", {{"fan1_min", "0\n"}, {"fan1_max", "4900\n"}});
+    EXPECT_EQ(works.run(4600), (FanLimits{.floorRPM = 2450, .ceilingRPM = 4900}));
 }
 
 TEST(LinuxFans, ADutyIsRealWhereItMovesWithTheSpeed) {
@@ -128,7 +133,7 @@ TEST(LinuxFans, ADutyIsRealWhereItMovesWithTheSpeed) {
     EXPECT_EQ(known.run(2400, 75), (FanLimits{.floorRPM = 2400, .ceilingRPM = 8160, .source = FanLimitSource::duty}));
     EXPECT_EQ(known.run(0, 0), (FanLimits{.floorRPM = 2400, .ceilingRPM = 8160, .source = FanLimitSource::duty}));
     Chip cooler("kraken2023", {{"pwm1", "255\n"}});
-    EXPECT_EQ(cooler.run(1800, 255), (FanLimits{.floorRPM = 540, .ceilingRPM = 1800, .source = FanLimitSource::duty}));
+    EXPECT_EQ(cooler.run(1800, 255), (FanLimits{.floorRPM = 0, .ceilingRPM = 1800, .source = FanLimitSource::duty}));
 }
 
 TEST(LinuxFans, ADayOfWatchingTeachesTheirReachForGood) {

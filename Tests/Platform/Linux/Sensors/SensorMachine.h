@@ -2,12 +2,17 @@
 #pragma once
 
 #include "Platform/Linux/Reading/SlowLane.h"
+#include "Platform/SMCService.h"
 #include "Support/Folders.h"
 
 #include <atomic>
+#include <bit>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantoro::testing {
 
@@ -35,5 +40,26 @@ private:
     /// Patient: a first reading comes however busy the machine is that the tests run on.
     std::shared_ptr<SlowLane> lane_ = std::make_shared<SlowLane>([seconds = seconds_] { return seconds->load(); }, 60);
 };
+
+inline SMCKeyData ask(SMCService& service, SMCCommand command, std::string_view key, std::uint32_t index = 0) {
+    SMCKeyData request;
+    request.key = keyCode(key);
+    request.data8 = static_cast<std::uint8_t>(command);
+    request.data32 = index;
+    SMCKeyData reply;
+    EXPECT_TRUE(service.call(service.open("AppleSMC"), request, reply));
+    return reply;
+}
+
+/// None when the key has no value at this moment.
+inline std::optional<double> value(SMCService& service, std::string_view key) {
+    const SMCKeyData reply = ask(service, SMCCommand::readBytes, key);
+    if (reply.result != 0)
+        return {};
+    std::uint32_t word = 0;
+    for (int place = 3; place >= 0; --place)
+        word = word << 8 | reply.bytes[static_cast<std::size_t>(place)];
+    return std::bit_cast<float>(word);
+}
 
 } // namespace vantoro::testing
