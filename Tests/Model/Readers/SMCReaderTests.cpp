@@ -216,7 +216,9 @@ TEST_F(StandInTest, SpeaksOnlyOfWhatItCanTell) {
               (std::vector<FanReading>{{.index = 0, .rpm = 1200, .targetRPM = 1200, .name = "CPU fan"},
                                        {.index = 11, .rpm = 900, .targetRPM = 900}}));
     standIn->setFloat("F0Mx", 4000);
+    standIn->set("F0MS", "ui8 ", {3});
     EXPECT_EQ(look(reader), Cooling::heat) << "a ceiling without a floor";
+    EXPECT_TRUE(reader.readFans()[0].learnsLimits);
     standIn->setFloat("F0Mn", 800);
     standIn->set("F0MS", "ui8 ", {2});
     EXPECT_EQ(look(reader), Cooling::fans);

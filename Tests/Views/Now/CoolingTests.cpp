@@ -10,6 +10,7 @@
 #include "Views/Shell/MainWindow.h"
 
 #include <algorithm>
+#include <array>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <random>
@@ -124,6 +125,14 @@ TEST(FanListTests, TellsSpeedsWithoutAShareAndLeavesTheManyToSensors) {
         EXPECT_TRUE(model.dials.rotors.empty());
         EXPECT_EQ(model.dials.dial->spokenName, "Chip heat");
     }
+    Stage stage;
+    stage.hub.history().setSystem(SystemKind::gnuLinux);
+    Snapshot snapshot = withSpeeds({1435, 900});
+    stage.hub.accept(snapshot);
+    EXPECT_EQ(dialsModel(stage.hub).fans->foot, "what they can reach is not known");
+    snapshot.fans[1].learnsLimits = true;
+    stage.hub.accept(snapshot);
+    EXPECT_EQ(dialsModel(stage.hub).fans->foot, "limits are learned within a day");
 }
 
 TEST(FanListTests, StandsBesideTheDialAndIsALineWhereItIsNarrow) {
@@ -157,6 +166,11 @@ TEST(FanListTests, StandsBesideTheDialAndIsALineWhereItIsNarrow) {
     window.resize(MainWindow::usualSize);
     stage.settle();
     EXPECT_FALSE(window.findChild<Hero*>()->findChild<TextLabel*>()->isVisible());
+    stage.theme.setTextScale(1.5);
+    stage.settle();
+    EXPECT_FALSE(list->isVisible()) << "large type needs its room";
+    stage.theme.setTextScale(1);
+    stage.settle();
 
     QTest::mouseClick(lines[1], Qt::LeftButton);
     EXPECT_TRUE(list->isVisible()) << "a speed leads nowhere";
@@ -207,9 +221,11 @@ public:
 
     Snapshot machine(Cooling cooling) {
         const double busy = coin() ? between(0, 100) : coin() ? 100 : 0;
-        Snapshot now = bareMachine(busy, {process(7, coin() ? "worker" : "make", coin() ? 4 : busy * 8,
-                                                  static_cast<ProcessKind>(static_cast<int>(between(0, 4.99)))),
-                                          process(8, "editor", between(0, 60))});
+        static constexpr std::array<const char*, 4> names{"worker", "make", "ffmpeg", "tracker-miner-fs-3"};
+        Snapshot now =
+            bareMachine(busy, {process(7, names.at(static_cast<std::size_t>(between(0, 3.99))), coin() ? 4 : busy * 8,
+                                       static_cast<ProcessKind>(static_cast<int>(between(0, 4.99)))),
+                               process(8, "editor", between(0, 60))});
         now.cooling = cooling;
         const int fans = cooling == Cooling::passive || cooling == Cooling::load ? 0 : static_cast<int>(between(0, 8));
         for (int index = 0; index < fans; ++index) {
@@ -246,7 +262,7 @@ TEST(CoolingTexts, SayOfEachMachineOnlyWhatItCanKnowAndInItsWords) {
     const QRegularExpression none("\\b(no fans|without fans|fanless|percent of its range)\\b", option);
     const QRegularExpression unknown("\\b0(\\.0)? W\\b|\\b0 ?°|on battery|NaN|-\\d+%|\\binf\\b", option);
     Dice dice;
-    for (int i = 0; i < 240; ++i) {
+    for (int i = 0; i < 480; ++i) {
         const auto cooling = static_cast<Cooling>(i % 4);
         const SystemKind system = i % 8 < 4 ? SystemKind::gnuLinux : SystemKind::macos;
         Stage stage;

@@ -104,6 +104,10 @@ bool FanRange::isLearned() const {
            highestRPM - lowestRPM >= std::max(leastSpanRPM, leastSpanShare * highestRPM);
 }
 
+bool FanRange::isBeingLearned() const {
+    return watchedSeconds < daySeconds;
+}
+
 FanRanges parseFanRanges(std::string_view text) {
     FanRanges ranges;
     for (text = text.substr(0, mostBytes); !text.empty() && ranges.size() < mostRanges;) {

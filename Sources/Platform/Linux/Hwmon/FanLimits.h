@@ -41,6 +41,8 @@ struct FanRange {
 
     /// Watched for a day or longer, and wide enough to be a fan's whole range rather than its trembling.
     bool isLearned() const;
+    /// Not watched for a day yet.
+    bool isBeingLearned() const;
 
     bool operator==(const FanRange&) const = default;
 };

@@ -273,6 +273,13 @@ void HwmonFan::lookAtLimits(std::optional<std::int64_t> duty) {
     }
 }
 
+std::optional<FanLimitSource> HwmonFan::limitSource() const {
+    if (limits_)
+        return limits_->source;
+    return kind_ == FanKind::machine && range_.isBeingLearned() ? std::optional(FanLimitSource::learning)
+                                                                : std::nullopt;
+}
+
 std::optional<double> HwmonFan::target() {
     return positiveRPM(target_);
 }

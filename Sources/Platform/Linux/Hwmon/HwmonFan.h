@@ -27,8 +27,8 @@ std::string fanName(const HwmonSensor& sensor, const std::vector<std::string>& t
 /// A speed that a fan can turn at; none for what counters say when their input hangs.
 std::optional<double> credibleRPM(std::int64_t rpm);
 
-/// Where a fan's ends come from. The values are those of the key "FnMS".
-enum class FanLimitSource { stated = 0, duty = 1, learned = 2 };
+/// Where a fan's ends come from, or that they are still to come. The values are those of the key "FnMS".
+enum class FanLimitSource { stated = 0, duty = 1, learned = 2, learning = 3 };
 
 /// The ends of the speeds that a fan runs at, in revolutions per minute.
 struct FanLimits {
@@ -51,6 +51,8 @@ public:
     /// As far as they are known at the last speed: stated by the driver, known by the motor's duty, or learned. Never
     /// for another than one of the machine's own.
     const std::optional<FanLimits>& limits() const { return limits_; }
+    /// None where they are neither known nor being learned.
+    std::optional<FanLimitSource> limitSource() const;
     /// None also when the driver has no speed in mind.
     std::optional<double> target();
 

@@ -185,7 +185,10 @@ struct HwmonSMCService::Keys {
             return;
         add(fanKey(number, "Mn"), KeyType::real, ofLimits([](const FanLimits& limits) { return limits.floorRPM; }));
         add(fanKey(number, "Mx"), KeyType::real, ofLimits([](const FanLimits& limits) { return limits.ceilingRPM; }));
-        add(fanKey(number, "MS"), KeyType::byte, ofLimits([](const FanLimits& limits) { return limits.source; }));
+        add(fanKey(number, "MS"), KeyType::byte, [fan] {
+            const auto source = fan->limitSource();
+            return source ? std::optional(static_cast<double>(*source)) : std::nullopt;
+        });
     }
 
     void addPower(SensorKeys& keys) {

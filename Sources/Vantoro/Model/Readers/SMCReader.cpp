@@ -201,11 +201,15 @@ FanReading SMCReader::readFan(int fan, double rpm) const {
         return reading;
     }
     reading.name = options_.standIn->fanName(fan);
+    constexpr double learned = 2;
+    constexpr double learning = 3;
+    const auto source = readKey(fanKey(fan, "MS"));
     if (least && most && *most - *least > 1) {
         reading.minRPM = *least;
         reading.maxRPM = *most;
-        constexpr double learned = 2;
-        reading.hasLearnedLimits = readKey(fanKey(fan, "MS")) == learned;
+        reading.hasLearnedLimits = source == learned;
+    } else {
+        reading.learnsLimits = source == learning;
     }
     return reading;
 }

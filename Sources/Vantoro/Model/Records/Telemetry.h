@@ -29,6 +29,8 @@ struct FanReading {
     std::string name = {};
     /// The limits were learned by watching.
     bool hasLearnedLimits = false;
+    /// They are not known yet, and are being learned.
+    bool learnsLimits = false;
 
     /// Its name; without one "Left" for index 0 and "Right" for 1 of a Mac, else "Fan " and the index counted from 1.
     std::string label(SystemKind system = SystemKind::macos) const;

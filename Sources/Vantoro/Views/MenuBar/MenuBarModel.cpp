@@ -115,7 +115,8 @@ namespace {
 MenuBarPanelModel::Figure powerFigure(const SensorHub& hub) {
     const PowerReading& power = hub.vitals().power;
     const bool isProcessors = !hub.words().isMac() && power.systemWatts <= 0 && power.cpuWatts.value_or(0) > 0;
-    const double watts = isProcessors ? *power.cpuWatts : power.systemWatts;
+    // As the fact has it, which is not rounded to halves first.
+    const double watts = isProcessors ? hub.snapshot().power.cpuWatts.value_or(0) : power.systemWatts;
     return {.caption = isProcessors ? tr("Processors") : tr("Power"),
             .figure = watts > 0 ? tr("%1 W").arg(std::lround(watts)) : QStringLiteral("—")};
 }

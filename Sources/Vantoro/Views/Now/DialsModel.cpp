@@ -150,8 +150,11 @@ bool hasRotor(const FanReading& fan, const SensorHub& hub) {
 
 FanListModel fanList(const SensorHub& hub) {
     const std::vector<FanReading>& fans = hub.vitals().fans;
-    FanListModel model{
-        .title = tr("Fans"), .unit = tr("rpm"), .rows = {}, .foot = tr("what they can reach is not known")};
+    const bool learns = std::ranges::any_of(fans, &FanReading::learnsLimits);
+    FanListModel model{.title = tr("Fans"),
+                       .unit = tr("rpm"),
+                       .rows = {},
+                       .foot = learns ? tr("limits are learned within a day") : tr("what they can reach is not known")};
     const std::size_t shown = fans.size() > FanListModel::mostRows ? FanListModel::mostRows - 1 : fans.size();
     for (std::size_t i = 0; i < shown; ++i) {
         const QString name = nameOf(fans[i], hub);

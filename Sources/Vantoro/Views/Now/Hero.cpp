@@ -281,10 +281,15 @@ bool Hero::noteTextHeight() {
     return textRoom_ != before;
 }
 
+// Rotors do not grow with the type, a list does.
+bool Hero::isNarrow(int width) const {
+    return width < narrowBelow * (model_.dials.fans ? std::max(1.0, theme().textScale()) : 1.0);
+}
+
 Hero::Measures Hero::measure(int width) const {
     Measures measures;
-    const QSize dials = dials_->sizeWhen(width < narrowBelow) - QSize(2 * Dials::ringMargin, 2 * Dials::ringMargin);
-    const bool listsFans = model_.dials.fans && width >= narrowBelow;
+    const QSize dials = dials_->sizeWhen(isNarrow(width)) - QSize(2 * Dials::ringMargin, 2 * Dials::ringMargin);
+    const bool listsFans = model_.dials.fans && !isNarrow(width);
     measures.textWidth = std::max(80, width - 2 * inset - dials.width() - dialGap);
     if (listsFans)
         measures.textWidth = std::min(widestText, measures.textWidth);
@@ -322,7 +327,7 @@ QSize Hero::minimumSizeHint() const {
 }
 
 void Hero::place() {
-    dials_->setNarrow(width() < narrowBelow);
+    dials_->setNarrow(isNarrow(width()));
     const Measures measures = measure(width());
     const int top = measures.middle - measures.textHeight / 2;
     int y = top;

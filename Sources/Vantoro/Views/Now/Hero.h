@@ -103,6 +103,7 @@ private:
         int height = 0;
     };
     Measures measure(int width) const;
+    bool isNarrow(int width) const;
     /// The text keeps the room of the longest that it has been within the last minute; whether that is another now.
     bool noteTextHeight();
     void place();

@@ -141,6 +141,7 @@ TEST(LinuxFans, ADayOfWatchingTeachesTheirReachForGood) {
     chip.run(2600, day / 2);
     chip.run(6400, 10.0); // too short to count
     EXPECT_EQ(chip.run(5000, day / 4), std::nullopt);
+    EXPECT_EQ(chip.fan().limitSource(), FanLimitSource::learning);
     chip.restart();
     struct stat status {};
     ASSERT_EQ(::stat(chip.memoryPath.c_str(), &status), 0);
@@ -158,6 +159,7 @@ TEST(LinuxFans, ADayOfWatchingTeachesTheirReachForGood) {
     Chip steady("thinkpad");
     EXPECT_EQ(steady.run(2600, day) ? 1 : 0, 0);
     EXPECT_EQ(steady.run(2800, day / 10), std::nullopt) << "trembling is no range";
+    EXPECT_EQ(steady.fan().limitSource(), std::nullopt) << "nothing is promised any more";
     // Another fan is not taken for it, and a machine that slept was not watched.
     Chip slept("thinkpad");
     slept.run(2600);
