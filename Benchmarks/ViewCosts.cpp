@@ -43,7 +43,7 @@ int main(int argumentCount, char** arguments) {
     AnimationClock clock;
     Look look{theme, icons, clock, motion};
     ViewContext context{hub, hub, settings, look};
-    MainWindow window(context, false, [] {});
+    MainWindow window(context, Simulation::none, [] {});
     window.show();
     QCoreApplication::processEvents();
     double longest = 0;

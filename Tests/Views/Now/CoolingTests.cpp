@@ -132,7 +132,7 @@ TEST(FanListTests, StandsBesideTheDialAndIsALineWhereItIsNarrow) {
     Snapshot snapshot = withSpeeds({10, 20, 30, 40, 50, 60, 70});
     snapshot.fans[0].name = "A fan with a name that is longer than any list is wide";
     stage.hub.accept(snapshot);
-    MainWindow window(stage.context, false, [] {});
+    MainWindow window(stage.context, Simulation::none, [] {});
     stage.picture(window, MainWindow::usualSize);
     auto* const list = window.findChild<FanList*>();
     ASSERT_NE(list, nullptr);

@@ -68,7 +68,7 @@ TEST(LookingTests, ShowsWhatTheSensorsFoundWithoutAVerdictOnIt) {
 TEST(LookingTests, TheWindowGoesFromLookingToTheVerdictInOneStep) {
     Stage stage;
     stage.makeCores();
-    MainWindow window(stage.context, false, [] {});
+    MainWindow window(stage.context, Simulation::none, [] {});
     window.show();
     stage.hub.tick();
     const QImage looking = stage.picture(window, MainWindow::usualSize);

@@ -26,7 +26,7 @@ struct Screens {
         stage.play(recording);
         stage.find(std::nullopt);
         stage.runLater();
-        window = std::make_unique<MainWindow>(stage.context, true, [] {});
+        window = std::make_unique<MainWindow>(stage.context, Simulation::sensors, [] {});
         panel = std::make_unique<MenuBarPanel>(stage.context);
         settings = std::make_unique<SettingsView>(stage.context, SourceNames{});
     }

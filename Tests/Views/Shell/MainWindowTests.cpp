@@ -25,7 +25,7 @@ using testing::waitUntil;
 TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
     Stage stage;
     int starts = 0;
-    MainWindow window(stage.context, false, [&] {
+    MainWindow window(stage.context, Simulation::none, [&] {
         ++starts;
         stage.play("design-fans.jsonl.gz");
     });
@@ -59,7 +59,7 @@ TEST(MainWindowTests, PanesComeByPointerAndByKeyboardAndTheReportOverThem) {
 
 TEST(MainWindowTests, NoShortcutReachesTheWindowBelowASheet) {
     Stage stage;
-    MainWindow window(stage.context, false, [&] { stage.play("design-fans.jsonl.gz"); });
+    MainWindow window(stage.context, Simulation::none, [&] { stage.play("design-fans.jsonl.gz"); });
     window.show();
     stage.settle();
     const QPointer<NoticeAlert> alert =
@@ -91,7 +91,7 @@ TEST(MainWindowTests, NoShortcutReachesTheWindowBelowASheet) {
 TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace) {
     Stage stage;
     {
-        MainWindow window(stage.context, true, [] {});
+        MainWindow window(stage.context, Simulation::sensors, [] {});
         window.show();
         stage.settle();
         EXPECT_EQ(window.findChild<TimelineView*>(), nullptr);
@@ -104,7 +104,7 @@ TEST(MainWindowTests, ShowsTheBarAloneUntilSomethingIsKnownAndRemembersItsPlace)
         QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier);
         EXPECT_FALSE(window.isVisible());
     }
-    const MainWindow again(stage.context, true, [] {});
+    const MainWindow again(stage.context, Simulation::sensors, [] {});
     EXPECT_EQ(again.size(), QSize(900, 700));
 }
 

@@ -154,7 +154,7 @@ TEST(UpdatesTests, TryAgainRepeatsWhatFailed) {
 TEST(UpdateChipTests, StandsInTheBarAndInstallsByPointerAndByKeyboard) {
     UpdatingStage stage;
     stage.play("design-fans.jsonl.gz");
-    MainWindow window(stage.context, false, [] {});
+    MainWindow window(stage.context, Simulation::none, [] {});
     window.show();
     stage.settle();
     UpdateChip* const chip = window.findChild<UpdateChip*>();
@@ -197,7 +197,7 @@ TEST(UpdateChipTests, StandsInTheBarAndInstallsByPointerAndByKeyboard) {
 TEST(UpdateChipTests, CancelsADownloadByPointerAndByKeyboard) {
     UpdatingStage stage;
     stage.play("design-fans.jsonl.gz");
-    MainWindow window(stage.context, false, [] {});
+    MainWindow window(stage.context, Simulation::none, [] {});
     window.show();
     stage.updates.install(UpdateOrigin::controlBar);
     stage.find();
