@@ -31,8 +31,6 @@ struct DataSourceNames {
     std::string sensors;
     /// Where loads, frequencies and energy come from.
     std::string reports;
-    /// The program that prints the process list runs with root's rights; otherwise what it reads is open to all.
-    bool streamIsSetuidRoot = false;
     /// What the choices of the settings cost is known for this system's machines beforehand.
     bool costsAreStated = false;
 

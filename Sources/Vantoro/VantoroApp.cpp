@@ -94,8 +94,7 @@ SensorSources sensorSources(const CommandLine& line, const Platform& platform) {
 void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutput& output) {
     constexpr int watchedSamples = 12;
     constexpr double watchedSeconds = 2.0;
-    const auto unknown = platform.smcService && !platform.smcService->isController() ? SensorDump::Unknown::said
-                                                                                     : SensorDump::Unknown::zero;
+    const auto unknown = platform.system == SystemKind::macos ? SensorDump::Unknown::zero : SensorDump::Unknown::said;
     SMCReader::Options options = readerOptions(line, platform);
     // Nobody waits for what nobody can read.
     options.pause = [&output](int milliseconds) {
@@ -187,7 +186,7 @@ protected:
 };
 
 SourceNames sourceNames(const Platform& platform) {
-    SourceNames names{.streamIsSetuidRoot = platform.sources.streamIsSetuidRoot,
+    SourceNames names{.system = platform.system,
                       .sensors = QString::fromStdString(platform.sources.sensors),
                       .reports = QString::fromStdString(platform.sources.reports),
                       .costsAreStated = platform.sources.costsAreStated};
@@ -301,7 +300,7 @@ int runOnDesktop(const CommandLine& line, int argc, char** argv, const std::opti
                                                successor = program;
                                                QCoreApplication::quit();
                                            }),
-                    settings);
+                    settings, {.system = platform.system});
     Shell shell(hub, settings, motion,
                 {.simulation = simulation,
                  .sources = sourceNames(platform),

@@ -89,6 +89,11 @@ void play(Stage& stage, const std::string& recording) {
         stage.sensors->cools = Cooling::passive;
         stage.sensors->coreList.resize(8);
     }
+    if (recording.find("busy") != std::string::npos) {
+        stage.sensors->coreList.resize(8);
+        for (Core& core : stage.sensors->coreList)
+            core.isPerformance = true;
+    }
     stage.sensors->dieSensors = spread(61, 88.4, 38);
     stage.sensors->gpuSensors = spread(57, 66, 14);
     if (recording.empty()) {
@@ -129,10 +134,10 @@ void takePanel(Album& album, const QString& name, const std::string& recording, 
     album.keep(name, panel.grab());
 }
 
-void takeSettings(Album& album, const QString& name, Appearance appearance) {
+void takeSettings(Album& album, const QString& name, const std::string& recording, Appearance appearance) {
     UpdatingStage stage(appearance);
-    play(stage, "design-fans.jsonl.gz");
-    SettingsView settings(stage.context, {});
+    play(stage, recording);
+    SettingsView settings(stage.context, stage.context.sources);
     settings.resize(600, 1440);
     settings.show();
     stage.settle();
@@ -198,16 +203,23 @@ int main(int argumentCount, char** arguments) {
          .update = Scene::failed},
         {.name = "cores-dark", .recording = fans, .pane = Pane::cores},
         {.name = "cores-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::cores},
+        {.name = "cores-busy-dark", .recording = busy, .pane = Pane::cores},
         {.name = "timeline-dark", .recording = fans, .pane = Pane::timeline, .pointer = QPoint(556, 300)},
         {.name = "timeline-fanless-light",
          .recording = fanless,
          .appearance = Appearance::light,
          .pane = Pane::timeline},
+        {.name = "timeline-busy-dark", .recording = busy, .pane = Pane::timeline, .pointer = QPoint(556, 300)},
+        {.name = "timeline-heat-light", .recording = heat, .appearance = Appearance::light, .pane = Pane::timeline},
         {.name = "timeline-gathering-light", .appearance = Appearance::light, .pane = Pane::timeline},
         {.name = "sensors-light", .recording = fans, .appearance = Appearance::light, .pane = Pane::sensors},
         {.name = "sensors-fanless-dark", .recording = fanless, .pane = Pane::sensors},
+        {.name = "sensors-busy-light", .recording = busy, .appearance = Appearance::light, .pane = Pane::sensors},
+        {.name = "sensors-heat-dark", .recording = heat, .pane = Pane::sensors},
+        {.name = "sensors-heat-light", .recording = heat, .appearance = Appearance::light, .pane = Pane::sensors},
         {.name = "report-sheet-dark", .recording = fans, .showsReport = true},
         {.name = "report-sheet-light", .recording = fanless, .appearance = Appearance::light, .showsReport = true},
+        {.name = "report-sheet-busy-light", .recording = busy, .appearance = Appearance::light, .showsReport = true},
     };
     for (const Screen& screen : screens)
         take(album, screen);
@@ -219,7 +231,8 @@ int main(int argumentCount, char** arguments) {
     takePanel(album, "menubar-panel-update-light", fans, Appearance::light, Scene::downloading);
     takeUpdates(album, "settings-updates-light", Appearance::light, Scene::current);
     takeUpdates(album, "settings-updates-available-dark", Appearance::dark, Scene::available);
-    takeSettings(album, "settings-light", Appearance::light);
-    takeSettings(album, "settings-dark", Appearance::dark);
+    takeSettings(album, "settings-light", fans, Appearance::light);
+    takeSettings(album, "settings-dark", fans, Appearance::dark);
+    takeSettings(album, "settings-busy-light", busy, Appearance::light);
     return album.isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -52,8 +52,11 @@ public:
 
 class StageMachine : public Machine {
 public:
-    std::optional<std::string> modelIdentifier() const override { return "MacBookPro18,1"; }
-    std::optional<std::string> processorBrand() const override { return "Apple M3 Pro"; }
+    std::optional<std::string> modelIdentifier() const override { return model; }
+    std::optional<std::string> processorBrand() const override { return brand; }
+
+    std::optional<std::string> model = "MacBookPro18,1";
+    std::string brand = "Apple M3 Pro";
 };
 
 /// Clicks the segment of the first row of choices within `parent`, wherever it lies.
@@ -72,7 +75,17 @@ struct Stage {
     /// Feeds a recording from Fixtures/recordings, whole.
     void play(const std::string& name) {
         RecordingReader reader(std::string(VANTORO_FIXTURES) + "/recordings/" + name);
-        hub.history().setSystem(reader.header().system.value_or(SystemKind::macos));
+        if (reader.header().system == SystemKind::gnuLinux) {
+            hub.history().setSystem(SystemKind::gnuLinux);
+            machine->model.reset();
+            machine->brand = reader.header().machine;
+            context.sources = {.system = SystemKind::gnuLinux,
+                               .stream = "vantoro-top",
+                               .streamForShort = "vantoro-top",
+                               .sensors = "hwmon",
+                               .reports = "cpufreq",
+                               .costsAreStated = false};
+        }
         while (std::optional<Snapshot> snapshot = reader.next())
             hub.accept(std::move(*snapshot));
         ASSERT_FALSE(reader.error().has_value()) << reader.error()->reason;
@@ -120,8 +133,9 @@ struct Stage {
     double wallSeconds = 1772357000;
     std::shared_ptr<StageSensors> sensors;
     std::shared_ptr<ScriptedProcesses> processes = std::make_shared<ScriptedProcesses>();
-    SensorHub hub{Platform{.processControl = processes, .machine = std::make_shared<StageMachine>()},
-                  SensorSources{sensors, sensors, nullptr}, settings,
+    std::shared_ptr<StageMachine> machine = std::make_shared<StageMachine>();
+    SensorHub hub{Platform{.processControl = processes, .machine = machine}, SensorSources{sensors, sensors, nullptr},
+                  settings,
                   HubEnvironment{.now = [this] { return wallSeconds; }, .monotonic = [this] { return seconds; }}};
     ViewContext context{hub, hub, settings, look};
 };

@@ -32,7 +32,7 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
     platform.activity = std::make_shared<DarwinActivity>();
     platform.ownCost = std::make_shared<DarwinOwnCost>();
-    platform.sources = {.sensors = "SMC", .reports = "IOReport", .streamIsSetuidRoot = true, .costsAreStated = true};
+    platform.sources = {.sensors = "SMC", .reports = "IOReport", .costsAreStated = true};
     platform.hasWideMenuBar = true;
     platform.hasMenuBarMenus = true;
     platform.showAbout = showAboutPanel;

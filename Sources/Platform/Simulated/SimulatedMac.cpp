@@ -23,8 +23,14 @@ private:
 /// Without a processor's brand, so that the model is what the machine is called.
 class SimulatedMachine : public Machine {
 public:
-    std::optional<std::string> modelIdentifier() const override { return "Simulated Mac"; }
+    explicit SimulatedMachine(SystemKind host) : host_(host) {}
+    std::optional<std::string> modelIdentifier() const override {
+        return "Simulated " + std::string(systemWords(host_).machine);
+    }
     std::optional<std::string> processorBrand() const override { return std::nullopt; }
+
+private:
+    SystemKind host_;
 };
 
 /// As many cores of each kind as the host has, so that every one that is shown has a clock.
@@ -83,7 +89,7 @@ Platform simulatedPlatform(const Platform& host, bool fanless, std::function<dou
     platform.energyReport = std::make_shared<SimulatedEnergyReport>(mac);
     platform.frequencyTables = std::make_shared<SimulatedFrequencyTables>(mac);
     platform.thermalState = std::make_shared<SimulatedThermalState>(mac);
-    platform.machine = std::make_shared<SimulatedMachine>();
+    platform.machine = std::make_shared<SimulatedMachine>(host.system);
     platform.sources.sensors = "simulated sensors";
     platform.sources.reports = "simulated reports";
     return platform;

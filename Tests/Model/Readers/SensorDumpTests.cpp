@@ -87,7 +87,7 @@ TEST_F(SensorDumpTest, SaysWhatIsNotKnownWhereTheControllerIsNone) {
     smc->setFloat("F0Mx", 3000);
     SensorDump::run(reader, Unknown::said, print);
     EXPECT_NE(text.find(R"(
-SMCReader results → SoC 50.0  GPU unknown  battery unknown  enclosure unknown
+Results → SoC 50.0  GPU unknown  battery unknown  enclosure unknown
 Fan 0: 1200 rpm  min unknown  max 3000  target unknown
 Power: system unknown  adapter unknown
 )"),
@@ -110,6 +110,9 @@ TEST_F(SensorDumpTest, SaysThatNothingCouldBeOpened) {
     SensorDump::run(reader, Unknown::zero, print);
     SensorDump::watch(2, 2.0, reader, Unknown::zero, print);
     EXPECT_EQ(text, "Could not open the SMC.\nCould not open the SMC.\n");
+    text.clear();
+    SensorDump::run(reader, Unknown::said, print);
+    EXPECT_EQ(text, "No sensors were found.\n");
 }
 
 } // namespace

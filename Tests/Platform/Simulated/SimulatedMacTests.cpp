@@ -132,6 +132,10 @@ TEST(SimulatedMac, ItsSensorsPassForRealOnesAtRestAndUnderLoad) {
         }
         EXPECT_EQ(machineName(machine.platform.machine->modelIdentifier(), machine.platform.machine->processorBrand()),
                   "Simulated Mac");
+        EXPECT_EQ(simulatedPlatform(
+                      {.system = SystemKind::gnuLinux}, false, [] { return 0.0; }, 1)
+                      .machine->modelIdentifier(),
+                  "Simulated computer");
     }
 }
 

@@ -115,9 +115,10 @@ TEST(SettingsViewTests, SaysWhatItTakesItselfWhileSomeoneLooks) {
 
 TEST(SettingsModelTests, SaysWhereTheProcessListComesFrom) {
     const SourceNames mac;
-    const SourceNames linux_{.stream = "vantoro-top",
+    const SourceNames linux_{.system = SystemKind::gnuLinux,
+                             .stream = "vantoro-top",
                              .streamForShort = "vantoro-top",
-                             .streamIsSetuidRoot = false,
+
                              .sensors = "hwmon",
                              .reports = "cpufreq"};
     EXPECT_EQ(currentlyReading(fromStream, mac), "/usr/bin/top — every process");
@@ -154,7 +155,7 @@ TEST(SettingsModelTests, SpeaksOfTheFigureThatTheMenuBarShows) {
     EXPECT_EQ(coresText({{.isPerformance = true}, {.isPerformance = true}, {}}), "2 performance · 1 efficiency");
     EXPECT_EQ(coresText({{.isPerformance = true, .tier = "super"}, {.tier = "performance"}, {.tier = "performance"}}),
               "1 super · 2 performance");
-    EXPECT_EQ(coresText({{}, {}}), "2") << "all alike";
+    EXPECT_EQ(coresText({{}, {}}), "2 cores") << "all alike";
 }
 
 TEST(SettingsViewTests, TheSliderStoresARateOnlyWhenItIsMoved) {

@@ -66,7 +66,7 @@ TEST(ScreenRoomTests, AFrameIsMovedAndOnlyThenShrunk) {
 TEST(ScreenRoomTests, NoFirstWindowReachesBeyondASmallScreen) {
     Stage stage;
     {
-        MainWindow large(stage.context, false, {});
+        MainWindow large(stage.context, Simulation::none, {});
         large.setGeometry(40, 60, 1700, 1000);
         large.show();
         large.close();

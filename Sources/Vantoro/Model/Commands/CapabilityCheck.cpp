@@ -135,7 +135,8 @@ void CapabilityCheck::run() {
     checkMonitor();
     options_.print("");
     options_.print("Everything above marked ✓ works without admin rights.");
-    options_.print("If top and ps are blocked, Settings › Process monitoring");
+    options_.print(systemWords(platform_.system).isMac() ? "If top and ps are blocked, Settings › Process monitoring"
+                                                         : "If vantoro-top is blocked, Settings › Processes");
     options_.print("explains what the process list can still show.");
 }
 

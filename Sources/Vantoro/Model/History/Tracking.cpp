@@ -36,6 +36,7 @@ void Extremes::add(const Snapshot& snapshot) {
     widen(adapterWatts, shown.power.adapterWatts);
     widen(batteryWatts, shown.power.batteryWatts);
     widen(gpuWatts, shown.power.gpuWatts);
+    widen(cpuWatts, shown.power.cpuWatts.value_or(0));
 }
 
 bool Extremes::has(SensorFamily family) const {

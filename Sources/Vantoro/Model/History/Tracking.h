@@ -50,6 +50,7 @@ struct Extremes {
     std::optional<Span> adapterWatts;
     std::optional<Span> batteryWatts;
     std::optional<Span> gpuWatts;
+    std::optional<Span> cpuWatts;
 
     void add(const Snapshot& snapshot);
     /// Whether any figure was ever made of the family's sensors.

@@ -18,7 +18,10 @@ namespace vantoro {
 
 namespace {
 
-constexpr std::string_view couldNotOpen = "Could not open the SMC.";
+std::string_view couldNotOpen(SensorDump::Unknown unknown) {
+    return unknown == SensorDump::Unknown::said ? "No sensors were found." : "Could not open the SMC.";
+}
+
 /// For one sensor: slow drivers take a few hundred milliseconds, stuck ones for ever.
 constexpr double longestWaitSeconds = 2;
 
@@ -122,7 +125,7 @@ void printFans(SMCReader& reader, bool hasChip, const Words& words, const PrintL
 
 void printReader(SMCReader& reader, const Words& words, const PrintLine& print) {
     const Temperatures temperatures = reader.readTemperatures();
-    std::string results = "SMCReader results →";
+    std::string results = words.saysUnknown() ? "Results →" : "SMCReader results →";
     std::string_view gap = " ";
     for (const TemperatureFigure& figure : temperatureFigures) {
         if (figure.dumpName.empty())
@@ -142,11 +145,11 @@ void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const P
     if (options.standIn)
         options.standIn->waitForSlowSensors(longestWaitSeconds);
     if (smc_open() == 0) {
-        print(couldNotOpen);
+        print(couldNotOpen(unknown));
         return;
     }
     const std::uint32_t keyCount = smc_key_count();
-    print(fmt::format("SMC keys: {}", keyCount));
+    print(fmt::format("{} keys: {}", unknown == Unknown::said ? "Sensor" : "SMC", keyCount));
     print("");
     KeysByPrefix byPrefix = readByPrefix(keyCount);
     for (const std::string_view prefix : reportedPrefixes()) {
@@ -170,7 +173,7 @@ void SensorDump::run(const SMCReader::Options& options, Unknown unknown, const P
 void SensorDump::watch(int samples, double intervalSeconds, const SMCReader::Options& options, Unknown unknown,
                        const PrintLine& print) {
     if (smc_open() == 0) {
-        print(couldNotOpen);
+        print(couldNotOpen(unknown));
         return;
     }
     SMCReader reader(options);

@@ -5,7 +5,7 @@
 
 namespace vantoro {
 
-Updates::Words Updates::describe(const UpdateError& error) {
+Updates::Words Updates::describe(const UpdateError& error, SystemKind system) {
     Words unreachable{fmt::format("Couldn't reach {}.", host), "Check your connection and try again."};
     Words unfinished{"The update didn't finish.", "Nothing was changed. Try again in a moment."};
     if (error.domain == urlErrorDomain)
@@ -18,7 +18,9 @@ Updates::Words Updates::describe(const UpdateError& error) {
     case SparkleCode::fileCopyFailure:
     case SparkleCode::authenticationFailure:
     case SparkleCode::installationWriteNoPermission:
-        return {"Vantoro can't replace itself here.", "Move Vantoro to your Applications folder and try again."};
+        return {"Vantoro can't replace itself here.", system == SystemKind::macos
+                                                          ? "Move Vantoro to your Applications folder and try again."
+                                                          : "Unpack its archive where you may write and try again."};
     case SparkleCode::installationCanceled:
     case SparkleCode::installationAuthorizeLater:
         return {"The update was cancelled.", "Nothing was changed."};

@@ -301,7 +301,7 @@ void Updates::setPhase(Phase phase) {
 
 void Updates::fail(const UpdateError& error) {
     Log::updates(fmt::format("error: {} {} {}", error.domain, error.code, error.description));
-    const Words words = describe(error);
+    const Words words = describe(error, system());
     installFailed_ = installRequested_ || isUnderWay();
     installRequested_ = false;
     reply_ = nullptr;

@@ -2,6 +2,7 @@
 // failure, and survives the relaunch that an installation causes.
 #pragma once
 
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/Format.h"
 #include "Model/Text/Release.h"
 #include "Platform/UpdateEngine.h"
@@ -13,8 +14,9 @@ namespace vantoro {
 
 class Settings;
 
-/// What the controller asks of the clock. Defaults are the real ones.
+/// What the controller asks of the clock, the real one by default, and whose words it speaks.
 struct UpdatesEnvironment {
+    SystemKind system = SystemKind::macos;
     /// Seconds since 1970.
     std::function<double()> now;
     /// Runs the action on the main thread that many seconds later, never before this call returns.
@@ -58,6 +60,7 @@ public:
     void setAutomaticallyChecksForUpdates(bool automatic);
     /// Seconds since 1970.
     std::optional<double> lastUpdateCheckDate() const;
+    SystemKind system() const { return environment_.system; }
     /// Seconds since 1970 by the controller's clock.
     double now() const { return environment_.now(); }
 
@@ -88,7 +91,7 @@ public:
 
         bool operator==(const Words&) const = default;
     };
-    static Words describe(const UpdateError& error);
+    static Words describe(const UpdateError& error, SystemKind system = SystemKind::macos);
     /// The remembered update, forgotten when it is not newer than this copy.
     std::optional<Release> restoredAvailability();
     /// The phase's update, else the remembered one.

@@ -37,6 +37,22 @@ void forgetLoads(CoreCluster& cluster) {
     }
 }
 
+/// Where all cores are alike there is no kind to name them by.
+void nameAlike(CoresModel& model) {
+    int number = 0;
+    for (CoreFigures& core : model.clusters.front().cores)
+        core.label = tr("Core %1").arg(number++);
+}
+
+QString dieCaption(const SystemWords& words) {
+    return words.isMac() ? tr("Every sensor that is actively measuring, coolest to hottest. The die carries several "
+                              "sensors per core and they warm together, so this shows where the heat sits rather than "
+                              "which core is hot. Blocks that power down report a placeholder and are left out.")
+                         : tr("Every sensor of the processor that is measuring, coolest to hottest. Not every core has "
+                              "one of its own, and they warm together: this shows where the heat sits rather than "
+                              "which core is hot.");
+}
+
 QString whyNoSensors(const SensorHub& hub) {
     if (hub.lacksSingleSensors())
         return tr("This recording does not hold the die's single sensors.");
@@ -141,8 +157,8 @@ CoresModel coresModel(const SensorHub& hub) {
     if (const auto processors = hub.processors())
         model.subtitle =
             !hub.cores().empty() ? coreCounts(hub.cores())
-            : processors->efficiency == 0
-                ? alikeCores(processors->performance)
+            : processors->performance == 0 || processors->efficiency == 0
+                ? alikeCores(processors->performance + processors->efficiency)
                 : tr("%1 performance · %2 efficiency").arg(processors->performance).arg(processors->efficiency);
     if (hub.cores().empty())
         model.coresNote = hub.isReplay() ? tr("This recording does not hold what each core did.")
@@ -154,13 +170,13 @@ CoresModel coresModel(const SensorHub& hub) {
     if (!hub.coresAreMeasured())
         for (CoreCluster& cluster : model.clusters)
             forgetLoads(cluster);
+    if (!hub.words().isMac() && model.clusters.size() == 1)
+        nameAlike(model);
+    // Where no chip's temperature is known there is nothing to say of heat.
+    if (hub.cooling() == Cooling::load)
+        return model;
     if (hub.hasDieSensors())
-        model.die =
-            spreadOf(hub.dieSensors(), hub.dieSensorsAreSilent(),
-                     tr("Every sensor that is actively measuring, coolest to hottest. The die carries several "
-                        "sensors per core and they warm together, so this shows where the heat sits rather than "
-                        "which core is hot. Blocks that power down report a placeholder and are left out."),
-                     hub.format());
+        model.die = spreadOf(hub.dieSensors(), hub.dieSensorsAreSilent(), dieCaption(hub.words()), hub.format());
     else
         model.sensorsNote = whyNoSensors(hub);
     if (hub.hasGPUSensors())

@@ -98,19 +98,4 @@ FactsModel factsModel(const SensorHub& hub);
 /// The largest share of the time in which some work waited; none where the system does not tell.
 std::optional<double> largestStall(const StallShares& stalls);
 
-/// One figure of each snapshot of the last 15 minutes, thinned as the charts are: a run of 240 snapshots or more to
-/// about 120 points.
-template <class Figure>
-std::vector<TimePoint> thinnedSeries(const History& history, Figure figure) {
-    constexpr double seconds = 900;
-    constexpr std::size_t mostKept = 239;
-    constexpr std::size_t points = 120;
-    const SnapshotRun run = history.recent(seconds);
-    const std::size_t step = run.size() > mostKept ? run.size() / points : 1;
-    std::vector<TimePoint> series;
-    for (std::size_t i = 0; i < run.size(); i += step)
-        series.push_back({run[i].timestamp, figure(run[i])});
-    return series;
-}
-
 } // namespace vantoro

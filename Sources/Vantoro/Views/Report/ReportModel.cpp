@@ -30,7 +30,7 @@ ReportModel reportModel(const Verdict& verdict, const Explanation& explanation) 
                       .stateLabel = toQString(verdict.stateLabel()),
                       .subhead = toQString(explanation.subhead)};
     if (!verdict.awaitingReading)
-        model.level = static_cast<int>(verdict.state);
+        model.level = static_cast<int>(namedLevel(verdict));
     model.heatStop = verdictHeatStop(verdict);
     for (const Explanation::Section& section : explanation.sections)
         model.sections.push_back(shown(section));

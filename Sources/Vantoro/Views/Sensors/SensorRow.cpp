@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <QPainter>
+#include <utility>
 
 namespace vantoro {
 
@@ -61,6 +62,11 @@ void SensorRow::show(const SensorRowModel& model) {
         announceChange(QAccessible::StateChanged);
     else if (otherTexts)
         announceChange();
+}
+
+void SensorRow::setFirst(bool isFirst) {
+    if (std::exchange(isFirst_, isFirst) != isFirst)
+        update();
 }
 
 int SensorRow::lineWidthNow() const {

@@ -18,6 +18,8 @@ public:
     SensorRow(Look& look, int leastHeight, bool isFirst, QWidget* parent = nullptr);
 
     void show(const SensorRowModel& model);
+    /// Another row is the panel's first: what is above this one has changed.
+    void setFirst(bool isFirst);
     using QWidget::show;
 
     bool hasHeightForWidth() const override { return true; }

@@ -6,7 +6,9 @@
 #include "Views/Timeline/TimelineModel.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <QStringList>
 
 namespace vantoro {
@@ -97,6 +99,7 @@ SensorRowModel temperatureRow(const SensorHub& hub, std::size_t place) {
     row.isMissing = !(celsius > 0);
     row.line = course(hub, figure.least, figure.most,
                       [&figure](const Snapshot& snapshot) { return snapshot.temps.*figure.celsius; });
+    row.isShown = hub.words().isMac() || !row.isMissing || hub.extremes().temps.at(place);
     finish(row, trUnlessEmpty(figure.explanation));
     return row;
 }
@@ -116,63 +119,141 @@ void unfold(SensorRowModel& row, bool isExpanded, const std::vector<double>& sen
         row.sensors.append(toQString(format.degrees(celsius)));
 }
 
+double processorWatts(const PowerReading& power) {
+    return power.cpuWatts.value_or(0);
+}
+
 struct PowerKind {
     const char* label;
+    /// On a Mac; anywhere else.
     const char* source;
-    double PowerReading::*figure;
+    const char* sourceElsewhere;
+    std::function<double(const PowerReading&)> figure;
     std::optional<Span> Extremes::*span;
     double (*ceiling)(const std::vector<TimePoint>&);
 };
 
-constexpr PowerKind powerKinds[] = {
-    {QT_TRANSLATE_NOOP("vantoro", "System"), QT_TRANSLATE_NOOP("vantoro", "whole-machine draw"),
-     &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
-    {QT_TRANSLATE_NOOP("vantoro", "Adapter"), QT_TRANSLATE_NOOP("vantoro", "coming in from the charger"),
-     &PowerReading::adapterWatts, &Extremes::adapterWatts, powerCeiling},
-    {QT_TRANSLATE_NOOP("vantoro", "Battery"), QT_TRANSLATE_NOOP("vantoro", "charge or discharge"),
-     &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
-    {QT_TRANSLATE_NOOP("vantoro", "GPU"),
-     QT_TRANSLATE_NOOP("vantoro", "IOReport's cumulative energy counter, differentiated over time."),
-     &PowerReading::gpuWatts, &Extremes::gpuWatts, graphicsCeiling},
-};
+const std::array<PowerKind, SensorsModel::powerRows>& powerKinds() {
+    static const std::array<PowerKind, SensorsModel::powerRows> kinds{{
+        {QT_TRANSLATE_NOOP("vantoro", "System"), QT_TRANSLATE_NOOP("vantoro", "whole-machine draw"),
+         "whole-machine draw", &PowerReading::systemWatts, &Extremes::systemWatts, powerCeiling},
+        {QT_TRANSLATE_NOOP("vantoro", "Adapter"), QT_TRANSLATE_NOOP("vantoro", "coming in from the charger"),
+         QT_TRANSLATE_NOOP("vantoro", "coming in from the power supply"), &PowerReading::adapterWatts,
+         &Extremes::adapterWatts, powerCeiling},
+        {QT_TRANSLATE_NOOP("vantoro", "Battery"), QT_TRANSLATE_NOOP("vantoro", "charge or discharge"),
+         "charge or discharge", &PowerReading::batteryWatts, &Extremes::batteryWatts, powerCeiling},
+        {QT_TRANSLATE_NOOP("vantoro", "GPU"),
+         QT_TRANSLATE_NOOP("vantoro", "IOReport's cumulative energy counter, differentiated over time."),
+         QT_TRANSLATE_NOOP("vantoro", "the graphics processor's own meter or energy counter"), &PowerReading::gpuWatts,
+         &Extremes::gpuWatts, graphicsCeiling},
+        {QT_TRANSLATE_NOOP("vantoro", "Processors"), "",
+         QT_TRANSLATE_NOOP("vantoro", "the processors' energy counters"), processorWatts, &Extremes::cpuWatts,
+         powerCeiling},
+    }};
+    return kinds;
+}
 
 SensorRowModel powerRow(const SensorHub& hub, const PowerKind& kind) {
     SensorRowModel row;
     row.label = tr(kind.label);
-    row.source = tr(kind.source);
+    const bool isMac = hub.words().isMac();
+    row.source = trUnlessEmpty(isMac ? kind.source : kind.sourceElsewhere);
     row.range = powerRange(hub.extremes().*kind.span);
-    row.value = tr("%1 W").arg(watts(hub.vitals().power.*kind.figure));
+    row.value = tr("%1 W").arg(watts(kind.figure(hub.vitals().power)));
     // A small draw may be rounded to 0.0 and is a reading all the same.
-    row.isMissing = hub.snapshot().power.*kind.figure == 0;
-    row.line = course(hub, 0, 0, [&kind](const Snapshot& snapshot) { return snapshot.power.*kind.figure; });
+    row.isMissing = kind.figure(hub.snapshot().power) == 0;
+    row.isShown = isMac ? *kind.source != '\0' : !row.isMissing || hub.extremes().*kind.span;
+    row.line = course(hub, 0, 0, [&kind](const Snapshot& snapshot) { return kind.figure(snapshot.power); });
     row.line.most = kind.ceiling(row.line.points);
     finish(row, {});
     return row;
 }
 
+/// A stall of this name as it stands beside the others.
+SensorRowModel waitingRow(const SensorHub& hub, const char* label, std::optional<double> StallShares::*stall) {
+    const std::optional<double> share = hub.snapshot().stalls.*stall;
+    SensorRowModel row{.label = tr(label), .isMissing = !share, .isShown = share.has_value()};
+    row.value = toQString(DiagnosisEngine::pct(share.value_or(0)));
+    row.line = course(hub, 0, 40, [stall](const Snapshot& snapshot) { return (snapshot.stalls.*stall).value_or(-1); });
+    row.line.countsZero = true;
+    for (const TimePoint& point : row.line.points)
+        row.line.most = std::max(row.line.most, std::ceil(point.value / 10) * 10);
+    finish(row, tr("share of the last 10 seconds in which some work had to wait"));
+    return row;
+}
+
+QString slowedBy(const std::vector<ThrottleReason>& reasons) {
+    static constexpr std::array<const char*, 5> names{
+        QT_TRANSLATE_NOOP("vantoro", "temperature"), QT_TRANSLATE_NOOP("vantoro", "power limit"),
+        QT_TRANSLATE_NOOP("vantoro", "current limit"), QT_TRANSLATE_NOOP("vantoro", "firmware"),
+        QT_TRANSLATE_NOOP("vantoro", "power profile")};
+    QStringList texts;
+    for (const ThrottleReason reason : reasons)
+        texts.append(tr(names.at(static_cast<std::size_t>(reason))));
+    return texts.isEmpty() ? tr("nothing") : texts.join(", ");
+}
+
+bool knowsLimits(const FanReading& fan) {
+    return fan.maxRPM - fan.minRPM > 1;
+}
+
+QString fansNote(const std::vector<FanReading>& fans) {
+    const auto known = std::ranges::count_if(fans, knowsLimits);
+    const auto count = std::ssize(fans);
+    if (known == 0)
+        return count == 1 ? tr("what it can reach is not known") : tr("what they can reach is not known");
+    return std::ranges::any_of(fans, &FanReading::hasLearnedLimits) ? tr("limits learned by watching") : QString();
+}
+
 FanRowModel fanRow(const SensorHub& hub, const FanReading& fan) {
     const auto speed = [&hub](double rpm) { return toQString(hub.format().rpm(rpm)); };
-    FanRowModel row{.label = toQString(fan.label()), .speed = speed(fan.rpm), .unit = tr("rpm")};
+    FanRowModel row{.label = toQString(fan.label(hub.words().kind)), .speed = speed(fan.rpm), .unit = tr("rpm")};
     const auto span = hub.extremes().fans.find(fan.index);
     if (span != hub.extremes().fans.end())
         row.range = rangeText(speed(span->second.lowest), speed(span->second.highest), {});
     const double width = fan.maxRPM - fan.minRPM;
-    const bool knowsLimits = width > 1;
+    const bool hasLimits = knowsLimits(fan);
+    row.showsGauge = hasLimits || hub.words().isMac();
     const auto position = [&](double rpm) { return std::clamp((rpm - fan.minRPM) / width, 0.0, 1.0); };
-    row.floorText = tr("floor %1").arg(knowsLimits ? speed(fan.minRPM) : dash());
-    row.targetText = tr("target %1").arg(speed(fan.targetRPM));
-    row.ceilingText = tr("ceiling %1").arg(knowsLimits ? speed(fan.maxRPM) : dash());
     QStringList spoken{tr("%1 rpm").arg(row.speed)};
-    if (knowsLimits) {
+    if (row.showsGauge) {
+        row.floorText = tr("floor %1").arg(hasLimits ? speed(fan.minRPM) : dash());
+        row.targetText = tr("target %1").arg(speed(fan.targetRPM));
+        row.ceilingText = tr("ceiling %1").arg(hasLimits ? speed(fan.maxRPM) : dash());
+        spoken += {row.floorText, row.targetText, row.ceilingText};
+    }
+    if (hasLimits) {
         row.position = position(fan.rpm);
         row.target = position(fan.targetRPM);
         row.heatStop = static_cast<int>(DiagnosisEngine::stressLevel(*row.position));
     }
-    spoken += {row.floorText, row.targetText, row.ceilingText};
     if (!row.range.isEmpty())
         spoken.append(tr("lowest and highest since launch: %1").arg(row.range));
     row.spokenValue = spoken.join(", ");
     return row;
+}
+
+/// Of a Mac while it is judged by them; of any other machine whatever turns.
+bool showsFans(const SensorHub& hub) {
+    if (!hub.words().isMac())
+        return !hub.vitals().fans.empty();
+    // A fan that was never seen is none, whatever the machine is taken for.
+    return hub.cooling() == Cooling::fans && (!hub.isReady() || !hub.extremes().fans.empty());
+}
+
+/// What is missing as a whole is said once.
+QString complaint(const SensorHub& hub, const SensorsModel& model) {
+    if (hub.words().isMac() && !hub.sensorsAvailable())
+        return tr("The sensors could not be read.");
+    if (!hub.isReady())
+        return {};
+    const bool hasPower = SensorsModel::anyShown(model.power);
+    if (hub.words().isMac() ? hub.extremes() == Extremes()
+                            : !model.fans && !SensorsModel::anyShown(model.temperatures) && !hasPower)
+        return tr("This computer reports no temperatures, fans or power.");
+    return !hub.words().isMac() && !model.fans && !SensorsModel::anyShown(model.temperatures)
+               ? tr("This computer reports no temperatures or fans.")
+               : QString();
 }
 
 std::vector<FanRowModel> fanRows(const SensorHub& hub) {
@@ -208,6 +289,10 @@ LegendModel processorLegend(const SensorHub& hub) {
                       part(tr("System"), cpu.systemPercent),
                       part(tr("Idle"), cpu.idlePercent),
                       {tr("Load average"), isKnown ? QString::number(cpu.loadAverage, 'f', 1) : dash(), std::nullopt}};
+    if (const auto busy = hub.snapshot().gpuPercent)
+        legend.entries.push_back({tr("Graphics processor"), toQString(DiagnosisEngine::pct(*busy)), std::nullopt});
+    if (const auto& throttle = hub.snapshot().throttle)
+        legend.entries.push_back({tr("Slowed down by"), slowedBy(*throttle), std::nullopt});
     finish(legend);
     return legend;
 }
@@ -236,74 +321,27 @@ LegendModel memoryLegend(const SensorHub& hub) {
                       part(tr("Unused"), unused),
                       {tr("Total"), bytes(memory.totalBytes), std::nullopt},
                       {tr("Pages swapped out"), isKnown ? swapped : dash(), std::nullopt}};
+    if (memory.availableBytes)
+        legend.entries.push_back({tr("Available"), bytes(*memory.availableBytes), std::nullopt});
     finish(legend);
     return legend;
 }
 
-/// Rows of cells, set in columns.
-class Table {
-public:
-    explicit Table(const QString& title) : title_(title) {}
-
-    void add(const QStringList& cells) { rows_.push_back(cells); }
-
-    QString text() const {
-        std::vector<qsizetype> widths;
-        for (const QStringList& row : rows_) {
-            // A line of a single cell runs across the columns.
-            if (row.size() == 1)
-                continue;
-            widths.resize(std::max(widths.size(), static_cast<std::size_t>(row.size())));
-            for (qsizetype i = 0; i < row.size(); ++i)
-                widths[static_cast<std::size_t>(i)] = std::max(widths[static_cast<std::size_t>(i)], row[i].size());
-        }
-        QString text = title_ + u'\n';
-        for (const QStringList& row : rows_) {
-            QString line;
-            for (qsizetype i = 0; i < row.size(); ++i)
-                line += QStringLiteral("  ") +
-                        row[i].leftJustified(row.size() > 1 ? widths[static_cast<std::size_t>(i)] : 0);
-            while (line.endsWith(u' '))
-                line.chop(1);
-            text += line + u'\n';
-        }
-        return text;
-    }
-
-private:
-    QString title_;
-    std::vector<QStringList> rows_;
-};
-
-void add(Table& table, const SensorRowModel& row) {
-    table.add({row.label, row.value, row.range, row.source});
-    if (row.isExpanded)
-        table.add({QStringLiteral("  ") + row.sensorsTitle + (row.sensors.isEmpty() ? QString() : tr(": ")) +
-                   row.sensors.join(u' ')});
-}
-
-QString legendText(const QString& title, const LegendModel& legend) {
-    Table table(legend.figure.isEmpty() ? title : title + QStringLiteral(" · ") + legend.figure);
-    for (const LegendEntry& entry : legend.entries)
-        table.add({entry.label, entry.value});
-    return table.text();
-}
-
 } // namespace
+
+bool SensorsModel::anyShown(const std::vector<SensorRowModel>& rows) {
+    return std::ranges::any_of(rows, &SensorRowModel::isShown);
+}
 
 SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const UnfoldedRows& unfolded) {
     SensorsModel model;
     model.machineName = toQString(hub.machineName());
     model.summary = toQString(hub.sensorSummary());
-    model.dataSources = vantoro::dataSources(hub.processSource(), names);
-    if (!hub.sensorsAvailable())
-        model.complaint = tr("The sensors could not be read.");
-    else if (hub.isReady() && hub.extremes() == Extremes())
-        model.complaint = tr("This computer reports no temperatures, fans or power.");
-    // A fan that was never seen is none, whatever the machine is taken for.
-    const bool mayHaveFans = !hub.isReady() || !hub.extremes().fans.empty();
-    if (hub.cooling() == Cooling::fans && mayHaveFans)
+    model.dataSources = vantoro::dataSources(hub, names);
+    if (showsFans(hub))
         model.fans = fanRows(hub);
+    if (model.fans && !hub.words().isMac())
+        model.fansNote = fansNote(hub.vitals().fans);
     for (std::size_t place = 0; place < temperatureFigures.size(); ++place) {
         SensorRowModel& row = model.temperatures.emplace_back(temperatureRow(hub, place));
         const SensorFamily family = temperatureFigures.at(place).family;
@@ -312,39 +350,17 @@ SensorsModel sensorsModel(const SensorHub& hub, const SourceNames& names, const 
         else if (family == SensorFamily::graphics && hub.hasGPUSensors())
             unfold(row, unfolded[place], hub.gpuSensors(), hub.gpuSensorsAreSilent(), hub.format());
     }
-    model.pressure = hub.vitals().thermalPressure;
-    for (const PowerKind& kind : powerKinds)
+    if (hub.words().isMac() || hub.cooling() != Cooling::load)
+        model.pressure = hub.vitals().thermalPressure;
+    for (const PowerKind& kind : powerKinds())
         model.power.push_back(powerRow(hub, kind));
+    model.waiting = {waitingRow(hub, QT_TRANSLATE_NOOP("vantoro", "For memory"), &StallShares::memory),
+                     waitingRow(hub, QT_TRANSLATE_NOOP("vantoro", "For the disk"), &StallShares::io),
+                     waitingRow(hub, QT_TRANSLATE_NOOP("vantoro", "For the processors"), &StallShares::cpu)};
+    model.complaint = complaint(hub, model);
     model.processor = processorLegend(hub);
     model.memory = memoryLegend(hub);
     return model;
-}
-
-QString SensorsModel::plainText() const {
-    QStringList parts;
-    QString head = machineName + u'\n' + summary + u'\n' + dataSources + u'\n';
-    if (!complaint.isEmpty())
-        head += complaint + u'\n';
-    parts.append(head);
-    if (fans) {
-        Table table(vantoro::tr("Fans"));
-        for (const FanRowModel& fan : *fans)
-            table.add({fan.label, fan.unit.isEmpty() ? fan.speed : fan.speed + u' ' + fan.unit, fan.range,
-                       fan.floorText, fan.targetText, fan.ceilingText});
-        parts.append(table.text());
-    }
-    Table heat(vantoro::tr("Temperatures"));
-    for (const SensorRowModel& row : temperatures)
-        add(heat, row);
-    heat.add({vantoro::tr("Thermal pressure"), toQString(DiagnosisEngine::title(pressure))});
-    parts.append(heat.text());
-    Table rails(vantoro::tr("Power"));
-    for (const SensorRowModel& row : power)
-        add(rails, row);
-    parts.append(rails.text());
-    parts.append(legendText(vantoro::tr("Processor"), processor));
-    parts.append(legendText(vantoro::tr("Memory"), memory));
-    return parts.join(u'\n');
 }
 
 } // namespace vantoro

@@ -27,6 +27,8 @@ struct FanRowModel {
     QString targetText;
     QString ceilingText;
     QString spokenValue;
+    /// It has a place within limits; else the speed is all there is to show.
+    bool showsGauge = true;
 
     bool operator==(const FanRowModel&) const = default;
 };
@@ -39,6 +41,8 @@ struct SensorRowModel {
     QString range;
     QString value;
     bool isMissing = false;
+    /// A computer other than a Mac has no row for what it has never told.
+    bool isShown = true;
     SparklineLine line;
     /// The source and what the range means, in full.
     QString toolTip;
@@ -75,6 +79,9 @@ struct LegendModel {
 using UnfoldedRows = std::array<bool, temperatureFigures.size()>;
 
 struct SensorsModel {
+    static constexpr std::size_t powerRows = 5;
+    static constexpr std::size_t waitingRows = 3;
+
     QString machineName;
     QString summary;
     QString dataSources;
@@ -82,13 +89,20 @@ struct SensorsModel {
     QString complaint;
     /// None on a machine without fans, and on one that reports none.
     std::optional<std::vector<FanRowModel>> fans;
+    /// What is to be known of all their limits; empty where they are the drivers'.
+    QString fansNote;
     /// In the order of the figures' table.
     std::vector<SensorRowModel> temperatures;
-    ThermalPressure pressure = ThermalPressure::nominal;
+    /// None where no chip's temperature is known.
+    std::optional<ThermalPressure> pressure;
     std::vector<SensorRowModel> power;
+    /// What work waited for, how much of the time; no row shown where the system does not tell.
+    std::vector<SensorRowModel> waiting;
     LegendModel processor;
     LegendModel memory;
 
+    /// Whether any row of a panel is shown.
+    static bool anyShown(const std::vector<SensorRowModel>& rows);
     /// All of it as a table of plain text, for the clipboard.
     QString plainText() const;
 

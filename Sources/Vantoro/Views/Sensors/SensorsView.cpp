@@ -90,14 +90,20 @@ public:
             return;
         fan_ = fan;
         gauge_->show(fan, animation);
+        gauge_->setVisible(fan.showsGauge);
+        updateGeometry();
         setToolTip(fan.range.isEmpty() ? QString() : vantoro::tr("lowest and highest since launch: %1").arg(fan.range));
-        update(0, 0, width(), gauge_->y());
+        update(0, 0, width(), fan.showsGauge ? gauge_->y() : height());
         announceChange();
     }
 
-    QSize sizeHint() const override { return {456, gaugeTop() + gauge_->sizeHint().height() + bottomGap}; }
+    QSize sizeHint() const override {
+        return {456, gaugeTop() + bottomGap + (fan_.showsGauge ? gauge_->sizeHint().height() : 0)};
+    }
     QSize minimumSizeHint() const override { return {240, sizeHint().height()}; }
     Description describe() override {
+        if (!fan_.showsGauge)
+            return {.role = QAccessible::StaticText, .name = fan_.label, .value = fan_.spokenValue};
         return {
             .role = QAccessible::ProgressBar, .name = fan_.label, .value = fan_.spokenValue, .number = fan_.position};
     }
@@ -216,7 +222,7 @@ void SensorsView::build() {
     fans_->setBottomPadding(fansBottom);
     buildTemperatures(left);
     left->addStretch();
-    buildPower(right);
+    power_ = addRows(right, vantoro::tr("Power"), "bolt.fill", SensorsModel::powerRows, powerRows_);
     processorPanel_ = addPanel(right, vantoro::tr("Processor"), "cpu");
     processor_ = new StackedBar(look());
     processor_->setSpokenName(vantoro::tr("Processor"));
@@ -227,6 +233,8 @@ void SensorsView::build() {
     processorPanel_->body()->addWidget(processor_);
     memoryPanel_->setBottomPadding(memoryBottom);
     memoryPanel_->body()->addWidget(memory_);
+    waiting_ = addRows(right, vantoro::tr("Waiting"), "hourglass", SensorsModel::waitingRows, waitingRows_);
+    waiting_->setSubtitle(vantoro::tr("share of the time"));
     right->addStretch();
     copy_ = new Button(look(), Button::Kind::quiet, vantoro::tr("Copy all"));
     copied_.emplace(look(), *copy_);
@@ -246,7 +254,7 @@ void SensorsView::build() {
 }
 
 void SensorsView::buildTemperatures(QVBoxLayout* column) {
-    Panel* const panel = addPanel(column, vantoro::tr("Temperatures"), "thermometer.medium");
+    Panel* const panel = temperatures_ = addPanel(column, vantoro::tr("Temperatures"), "thermometer.medium");
     panel->setSidePadding(Space::panelPadding - SensorRow::sideMargin);
     for (std::size_t i = 0; i < temperatureFigures.size(); ++i) {
         temperatureRows_.push_back(new SensorRow(look(), temperatureHeight, i == 0));
@@ -258,15 +266,29 @@ void SensorsView::buildTemperatures(QVBoxLayout* column) {
     panel->body()->addWidget(pressure_);
 }
 
-void SensorsView::buildPower(QVBoxLayout* column) {
-    Panel* const panel = addPanel(column, vantoro::tr("Power"), "bolt.fill");
+Panel* SensorsView::addRows(QVBoxLayout* column, const QString& title, const QString& icon, std::size_t count,
+                            std::vector<SensorRow*>& rows) {
+    Panel* const panel = addPanel(column, title, icon);
     panel->setSidePadding(Space::panelPadding - SensorRow::sideMargin);
     panel->setBottomPadding(powerBottom);
-    constexpr std::size_t rows = 4;
-    for (std::size_t i = 0; i < rows; ++i) {
-        powerRows_.push_back(new SensorRow(look(), powerHeight, i == 0));
-        panel->body()->addWidget(powerRows_.back());
+    for (std::size_t i = 0; i < count; ++i) {
+        rows.push_back(new SensorRow(look(), powerHeight, i == 0));
+        panel->body()->addWidget(rows.back());
     }
+    return panel;
+}
+
+void SensorsView::showRows(Panel& panel, const std::vector<SensorRow*>& rows, const std::vector<SensorRowModel>& models,
+                           bool hasMore) {
+    bool isFirst = true;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rows[i]->setVisible(models[i].isShown);
+        if (!models[i].isShown)
+            continue;
+        rows[i]->show(models[i]);
+        rows[i]->setFirst(std::exchange(isFirst, false));
+    }
+    panel.setVisible(!isFirst || hasMore);
 }
 
 bool SensorsView::isAnyUnfolded() const {
@@ -313,6 +335,7 @@ void SensorsView::resizeEvent(QResizeEvent* event) {
 
 void SensorsView::showFans(const SensorsModel& model) {
     fans_->setVisible(model.fans.has_value());
+    fans_->setCaption(model.fansNote);
     if (!model.fans)
         return;
     while (fanRows_.size() > model.fans->size()) {
@@ -336,11 +359,12 @@ void SensorsView::refresh() {
     complaint_->setVisible(!model.complaint.isEmpty());
     complaintRow_->setContentsMargins(textInset, 0, textInset, model.complaint.isEmpty() ? 0 : complaintGap);
     showFans(model);
-    for (std::size_t i = 0; i < temperatureRows_.size(); ++i)
-        temperatureRows_[i]->show(model.temperatures[i]);
-    pressure_->show(model.pressure);
-    for (std::size_t i = 0; i < powerRows_.size(); ++i)
-        powerRows_[i]->show(model.power[i]);
+    showRows(*temperatures_, temperatureRows_, model.temperatures, model.pressure.has_value());
+    pressure_->setVisible(model.pressure.has_value());
+    if (model.pressure)
+        pressure_->show(*model.pressure);
+    showRows(*power_, powerRows_, model.power, false);
+    showRows(*waiting_, waitingRows_, model.waiting, false);
     processorPanel_->setFigure(model.processor.figure);
     processor_->show(model.processor, look().update());
     memoryPanel_->setFigure(model.memory.figure);

@@ -43,8 +43,11 @@ private:
     Panel* addPanel(QVBoxLayout* column, const QString& title, const QString& icon);
     void build();
     void buildTemperatures(QVBoxLayout* column);
-    void buildPower(QVBoxLayout* column);
+    Panel* addRows(QVBoxLayout* column, const QString& title, const QString& icon, std::size_t count,
+                   std::vector<SensorRow*>& rows);
     void showFans(const SensorsModel& model);
+    static void showRows(Panel& panel, const std::vector<SensorRow*>& rows, const std::vector<SensorRowModel>& models,
+                         bool hasMore);
     void unfold(std::size_t row, bool unfolded);
     bool isAnyUnfolded() const;
     void readSensorsIfSeen(bool isSeen);
@@ -59,9 +62,13 @@ private:
     QBoxLayout* columns_ = nullptr;
     Panel* fans_ = nullptr;
     std::vector<FanRow*> fanRows_;
+    Panel* temperatures_ = nullptr;
     std::vector<SensorRow*> temperatureRows_;
     PressureRow* pressure_ = nullptr;
+    Panel* power_ = nullptr;
     std::vector<SensorRow*> powerRows_;
+    Panel* waiting_ = nullptr;
+    std::vector<SensorRow*> waitingRows_;
     Panel* processorPanel_ = nullptr;
     StackedBar* processor_ = nullptr;
     Panel* memoryPanel_ = nullptr;

@@ -135,41 +135,64 @@ QString ownCostNote(const OwnCostMeter::Figure& figure) {
 }
 
 QString menuBarLabel(Cooling cooling) {
-    return cooling == Cooling::passive ? tr("Show the temperature in the menu bar at all times")
-                                       : tr("Show fan speed in the menu bar at all times");
+    switch (cooling) {
+    case Cooling::fans:
+        return tr("Show fan speed in the menu bar at all times");
+    case Cooling::passive:
+    case Cooling::heat:
+        return tr("Show the temperature in the menu bar at all times");
+    case Cooling::load:
+        break;
+    }
+    return tr("Show the busy share in the menu bar at all times");
 }
 
 QString menuBarNote(Cooling cooling, bool always) {
-    if (cooling == Cooling::passive)
+    switch (cooling) {
+    case Cooling::fans:
+        return always ? tr("The RPM figure stays visible even when the machine is idle.")
+                      : tr("The RPM figure appears only once the fans become audible.");
+    case Cooling::passive:
+    case Cooling::heat:
         return always ? tr("The chip's temperature stays visible even when the machine is idle.")
                       : tr("The chip's temperature appears only once the machine is warm.");
-    return always ? tr("The RPM figure stays visible even when the machine is idle.")
-                  : tr("The RPM figure appears only once the fans become audible.");
+    case Cooling::load:
+        break;
+    }
+    return always ? tr("The busy share stays visible even when the machine is idle.")
+                  : tr("The busy share appears only once the machine is busy.");
 }
 
 QString processListNote(bool ownOnly, Cooling cooling, Source source, const SourceNames& names) {
-    const bool isFanless = cooling == Cooling::passive;
+    const SystemWords& words = systemWords(names.system);
+    const QString unaffected = cooling == Cooling::fans   ? tr("Fans, temperatures, power")
+                               : cooling == Cooling::load ? tr("Power")
+                                                          : tr("Temperatures, power");
+    const QString effect = cooling == Cooling::fans   ? tr("spinning the fans")
+                           : cooling == Cooling::load ? tr("keeping the machine busy")
+                                                      : tr("heating the chip");
     if (ownOnly) {
-        const QString helper = names.streamIsSetuidRoot
+        const QString helper = words.isMac()
                                    ? tr("Vantoro reads the process list with ordinary syscalls and never runs a "
                                         "setuid-root helper, so there is nothing for a managed Mac to block. ")
                                    : tr("Vantoro reads the process list with ordinary syscalls and never runs %1, so "
                                         "there is nothing for a managed machine to block. ")
                                          .arg(names.stream);
-        return helper + (isFanless ? tr("Temperatures") : tr("Fans, temperatures")) +
-               tr(", power, per-core frequencies, the timeline, the sensors and the verdict are all unaffected — none "
+        return helper + unaffected +
+               tr(", per-core frequencies, the timeline, the sensors and the verdict are all unaffected — none "
                   "of them were ever privileged. What narrows is the process list itself: you see everything you "
                   "launched, measured exactly, but system services owned by other users appear without figures.");
     }
     const QString who =
-        names.streamIsSetuidRoot
+        words.isMac()
             ? tr("Reads the full process list through %1, which ships setuid-root and can therefore see processes "
                  "owned by other users — WindowServer, mds_stores and kernel_task are usually the ones ")
             : tr("Reads the full process list through %1, which comes with Vantoro, needs no special rights and sees "
                  "processes owned by other users — system services and the kernel's own threads are often the ones ");
-    QString note = who.arg(names.stream) + (isFanless ? tr("heating the chip") : tr("spinning the fans")) +
-                   tr(". If this Mac refuses to run it, Vantoro falls back to syscalls on its own rather than showing "
-                      "an empty list.");
+    QString note = who.arg(names.stream) + effect +
+                   tr(". If %1 refuses to run it, Vantoro falls back to syscalls on its own rather than showing "
+                      "an empty list.")
+                       .arg(toQString(words.thisMachine));
     if (source.kind == Source::Kind::ownProcessesOnly && !source.byChoice)
         note += tr("\n\nThat has happened here: %1 would not run, so the list below is your own processes only.")
                     .arg(names.streamForShort);
@@ -182,7 +205,8 @@ QString currentlyReading(Source source, const SourceNames& names) {
         return tr("%1 — every process").arg(names.stream);
     case Source::Kind::ownProcessesOnly:
         return source.byChoice ? tr("Syscalls — your processes only")
-                               : tr("Syscalls — %1 was blocked on this Mac").arg(names.streamForShort);
+                               : tr("Syscalls — %1 was blocked on %2")
+                                     .arg(names.streamForShort, toQString(systemWords(names.system).thisMachine));
     case Source::Kind::starting:
         return tr("first list pending");
     }
@@ -194,25 +218,30 @@ QString dataSources(Source source, const SourceNames& names) {
     return QStringList{names.sensors, names.reports, processes}.join(" · ");
 }
 
-QString coresText(const std::vector<Core>& cores) {
-    const auto performance = std::ranges::count_if(cores, [](const Core& core) { return core.isPerformance; });
-    const auto all = static_cast<qsizetype>(cores.size());
-    if (all == 0)
-        return emDash();
-    if (performance == 0 || performance == all)
-        return QString::number(all);
-    return coreCounts(cores);
+QString dataSources(const SensorHub& hub, const SourceNames& own) {
+    const SourceNames names = sourcesShown(hub, own);
+    return hub.isReplay() && !hub.words().isMac() ? QStringList{names.sensors, names.reports}.join(" · ")
+                                                  : dataSources(hub.processSource(), names);
 }
 
-std::vector<SettingsGroupModel> settingsModel(const SensorHub& hub, const Settings& settings, const SourceNames& names,
+QString coresText(const std::vector<Core>& cores) {
+    return cores.empty() ? emDash() : coreCounts(cores);
+}
+
+std::vector<SettingsGroupModel> settingsModel(const SensorHub& hub, const Settings& settings, const SourceNames& own,
                                               const std::optional<OwnCostMeter::Figure>& ownCost) {
     using Kind = Row::Kind;
+    const SourceNames names = sourcesShown(hub, own);
+    const SystemWords& words = hub.words();
     const bool costs = names.costsAreStated;
     const Cooling cooling = hub.cooling();
     const Source source = hub.processSource();
-    Row own = text(tr("Vantoro itself"), ownCost ? ownCostText(*ownCost) : QString());
-    own.note = ownCost ? ownCostNote(*ownCost) : QString();
-    own.isShown = ownCost.has_value();
+    Row itself = text(tr("Vantoro itself"), ownCost ? ownCostText(*ownCost) : QString());
+    itself.note = ownCost ? ownCostNote(*ownCost) : QString();
+    itself.isShown = ownCost.has_value();
+    Row rotors = noted(onOff(tr("Spin the fan rotors"), Setting::spinRotors, settings),
+                       rotorNote(settings.value(Setting::spinRotors), costs));
+    rotors.isShown = words.isMac() || cooling == Cooling::fans;
     const Row motion = chooser(Kind::segments, tr("Motion of readings"), Setting::smoothUpdates, settings,
                                {{true, tr("Smooth")}, {false, tr("Snappy")}}, 0);
     const Row history = chooser(Kind::popUp, tr("Keep history for"), Setting::historyMinutes, settings,
@@ -223,22 +252,20 @@ std::vector<SettingsGroupModel> settingsModel(const SensorHub& hub, const Settin
                              {{"C", tr("Celsius")}, {"F", tr("Fahrenheit")}}, 0);
     const Row processes = chooser(Kind::popUp, tr("Process list"), Setting::processMonitorMode, settings,
                                   {{"auto", tr("Every process")}, {"unprivileged", tr("Only my own")}}, 0);
-    return {{tr("Sample rate"),
-             {rateRow(settings, costs), noted(motion, motionNote(settings.value(Setting::smoothUpdates), costs)),
-              noted(onOff(tr("Spin the fan rotors"), Setting::spinRotors, settings),
-                    rotorNote(settings.value(Setting::spinRotors), costs)),
-              own}},
-            {tr("Menu bar"),
-             {noted(onOff(menuBarLabel(cooling), Setting::menuBarShowsRPM, settings),
-                    menuBarNote(cooling, settings.value(Setting::menuBarShowsRPM)))}},
-            {tr("General"), {history, appearance, unit}},
-            {tr("Processes"),
-             {noted(processes, processListNote(processes.current == 1, cooling, source, names)),
-              text(tr("Currently reading"), hub.isReplay() ? tr("Replay") : currentlyReading(source, names))}},
-            {tr("About this Mac"),
-             {text(tr("Machine"), toQString(hub.machineName())), text(tr("Cores"), coresText(hub.cores())),
-              text(tr("Sensors found"), toQString(hub.sensorSummary())),
-              text(tr("Data sources"), dataSources(source, names))}}};
+    return {
+        {tr("Sample rate"),
+         {rateRow(settings, costs), noted(motion, motionNote(settings.value(Setting::smoothUpdates), costs)), rotors,
+          itself}},
+        {tr("Menu bar"),
+         {noted(onOff(menuBarLabel(cooling), Setting::menuBarShowsRPM, settings),
+                menuBarNote(cooling, settings.value(Setting::menuBarShowsRPM)))}},
+        {tr("General"), {history, appearance, unit}},
+        {tr("Processes"),
+         {noted(processes, processListNote(processes.current == 1, cooling, source, names)),
+          text(tr("Currently reading"), hub.isReplay() ? tr("Replay") : currentlyReading(source, names))}},
+        {tr("About %1").arg(toQString(words.thisMachine)),
+         {text(tr("Machine"), toQString(hub.machineName())), text(tr("Cores"), coresText(hub.cores())),
+          text(tr("Sensors found"), toQString(hub.sensorSummary())), text(tr("Data sources"), dataSources(hub, own))}}};
 }
 
 } // namespace vantoro

@@ -72,7 +72,9 @@ QString processListNote(bool ownOnly, Cooling cooling, ProcessMonitor::Source so
 /// The live source of the process list.
 QString currentlyReading(ProcessMonitor::Source source, const SourceNames& names);
 QString dataSources(ProcessMonitor::Source source, const SourceNames& names);
-/// "6 performance · 6 efficiency", or how many where all are alike.
+/// Of what the hub shows; what a computer's recording does not tell is not named.
+QString dataSources(const SensorHub& hub, const SourceNames& own);
+/// "6 performance · 6 efficiency", "8 cores" where all are alike, a dash where nothing is known.
 QString coresText(const std::vector<Core>& cores);
 
 } // namespace vantoro

@@ -30,7 +30,7 @@ SettingsView::SettingsView(ViewContext& context, SourceNames names, QWidget* par
     const bool asksForUpdates = context.updates != nullptr && context.updates->hasUpdater();
     if (asksForUpdates)
         addUpdates(*context.updates);
-    form_->setLastWord(privacyNote(asksForUpdates));
+    form_->setLastWord(privacyNote(asksForUpdates, context.hub.words()));
     SettingsView::themeChanged();
     resize(width(), windowSize.height());
     // The figures of the program itself follow each sample.

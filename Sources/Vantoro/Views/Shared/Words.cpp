@@ -1,6 +1,7 @@
 #include "Views/Shared/Words.h"
 
 #include "Model/Diagnosis/Diagnosis.h"
+#include "Model/Live/SensorHub.h"
 #include "Model/Records/Telemetry.h"
 
 #include <algorithm>
@@ -24,13 +25,28 @@ QString coreCounts(const std::vector<Core>& cores) {
         performanceCount += core.isPerformance ? 1 : 0;
         (core.isPerformance ? performance : efficiency) = core.tierName();
     }
-    if (performanceCount == static_cast<int>(cores.size()))
-        return alikeCores(performanceCount);
+    const int all = static_cast<int>(cores.size());
+    if (performanceCount == all || performanceCount == 0)
+        return alikeCores(all);
     return tr("%1 %2 · %3 %4")
         .arg(performanceCount)
         .arg(tr(performance.c_str()))
-        .arg(static_cast<int>(cores.size()) - performanceCount)
+        .arg(all - performanceCount)
         .arg(tr(efficiency.c_str()));
+}
+
+SourceNames sourcesShown(const SensorHub& hub, const SourceNames& own) {
+    if (!hub.isReplay())
+        return own;
+    SourceNames names;
+    if (!hub.words().isMac())
+        names = {.system = hub.words().kind,
+                 .stream = "vantoro-top",
+                 .streamForShort = "vantoro-top",
+                 .sensors = "hwmon",
+                 .reports = "cpufreq"};
+    names.costsAreStated = own.costsAreStated;
+    return names;
 }
 
 QString trayText(const QString& text) {

@@ -14,6 +14,7 @@
 namespace vantoro {
 
 struct Core;
+class SensorHub;
 
 /// A text of the model, which is UTF-8.
 QString toQString(std::string_view text);
@@ -38,11 +39,11 @@ bool installCatalogue(const QLocale& locale, const QStringList& folders);
 
 /// What the readings come from on this system, as people know it there. The defaults are the Mac's.
 struct SourceNames {
+    /// Whose words are spoken.
+    SystemKind system = SystemKind::macos;
     /// The program that prints the process list, as it is run and for short.
     QString stream = "/usr/bin/top";
     QString streamForShort = "top";
-    /// It sees other users' processes because it runs with the rights of root; otherwise because anybody may see them.
-    bool streamIsSetuidRoot = true;
     /// Where fans, temperatures and power come from, and where loads and frequencies.
     QString sensors = "SMC";
     QString reports = "IOReport";
@@ -51,6 +52,9 @@ struct SourceNames {
 
     bool operator==(const SourceNames&) const = default;
 };
+
+/// The sources of what the hub shows: a recording's are its own system's.
+SourceNames sourcesShown(const SensorHub& hub, const SourceNames& own);
 
 /// The line over a headline: how hard the machine works, in pips and in a word, and for how long.
 struct EyebrowModel {

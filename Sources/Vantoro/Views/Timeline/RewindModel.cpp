@@ -39,14 +39,26 @@ bool isCutFrom(const std::string& rawName, const std::string& name) {
 }
 
 std::vector<RewindModel::Reading> readingsOf(const Snapshot& snapshot, const Format& format) {
+    const bool isOfWork = snapshot.cooling == Cooling::load;
     std::vector<RewindModel::Reading> readings;
-    if (snapshot.cooling == Cooling::fans)
+    if (snapshot.cooling == Cooling::fans || (snapshot.cooling == Cooling::heat && !snapshot.fans.empty()))
         readings.push_back({tr("Fans"), fanSpeeds(snapshot, format)});
-    readings.push_back({tr("Whole chip"), toQString(format.temperature(snapshot.temps.socMean))});
-    readings.push_back({tr("Hottest core"), toQString(format.temperature(snapshot.temps.soc))});
+    if (!isOfWork) {
+        readings.push_back({tr("Whole chip"), toQString(format.temperature(snapshot.temps.socMean))});
+        readings.push_back({tr("Hottest core"), toQString(format.temperature(snapshot.temps.soc))});
+    }
     readings.push_back({tr("CPU"), percent(std::clamp(DiagnosisEngine::busyPercent(snapshot.cpu), 0.0, 100.0))});
+    if (isOfWork && snapshot.memory.totalBytes > 0)
+        readings.push_back(
+            {tr("Memory"), percent(std::clamp(DiagnosisEngine::memoryPressure(snapshot.memory), 0.0, 1.0) * 100)});
+    for (const auto& [waitedFor, share, isFelt] : DiagnosisEngine::stallsOf(snapshot.stalls))
+        if (isFelt || isOfWork)
+            readings.push_back({tr("Waiting for %1").arg(tr(std::string(waitedFor).c_str())), percent(share)});
     const double watts = snapshot.power.systemWatts;
-    readings.push_back({tr("Power"), watts > 0 ? tr("%1 W").arg(std::round(watts)) : noReading()});
+    if (watts > 0 || !isOfWork)
+        readings.push_back({tr("Power"), watts > 0 ? tr("%1 W").arg(std::round(watts)) : noReading()});
+    if (isOfWork)
+        return readings;
     readings.push_back({tr("Thermal pressure"), toQString(DiagnosisEngine::title(snapshot.thermalPressure))});
     return readings;
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vantoro {
 
@@ -14,25 +15,68 @@ constexpr double coolestShown = 30;
 constexpr double hottestShown = 100;
 
 std::vector<ChartKind> chartsOf(Cooling cooling) {
-    if (cooling == Cooling::passive)
+    if (isJudgedByHeat(cooling))
         return {ChartKind::heat, ChartKind::processor, ChartKind::power};
+    if (cooling == Cooling::load)
+        return {ChartKind::busy, ChartKind::memory, ChartKind::waiting, ChartKind::power};
     return {ChartKind::fans, ChartKind::temperature, ChartKind::processor, ChartKind::power};
 }
 
 /// Whether there is a sensor for it: one that was never seen is taken not to exist.
-bool hasSensor(ChartKind kind, const Extremes& extremes) {
+bool hasSensor(ChartKind kind, const SensorHub& hub) {
     switch (kind) {
     case ChartKind::fans:
-        return !extremes.fans.empty();
+        return !hub.extremes().fans.empty();
     case ChartKind::temperature:
     case ChartKind::heat:
-        return extremes.has(SensorFamily::chip);
+        return hub.extremes().has(SensorFamily::chip);
+    case ChartKind::memory:
+        return hub.snapshot().memory.totalBytes > 0;
+    case ChartKind::waiting:
+        return hub.snapshot().stalls != StallShares();
+    case ChartKind::busy:
     case ChartKind::processor:
         return true;
     case ChartKind::power:
         break;
     }
-    return extremes.systemWatts.has_value();
+    return hub.extremes().systemWatts.has_value();
+}
+
+double pressurePercent(const MemoryLoad& memory) {
+    return std::clamp(DiagnosisEngine::memoryPressure(memory), 0.0, 1.0) * 100;
+}
+
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+/// The points of a figure that may be 0 and still be known; `unknown` stands for those that are not.
+template <class Figure>
+std::vector<TimePoint> knownPoints(const History& history, Figure figure) {
+    std::vector<TimePoint> points = thinnedSeries(history, figure);
+    std::erase_if(points, [](const TimePoint& point) { return std::isnan(point.value); });
+    return points;
+}
+
+std::vector<TimePoint> memoryPoints(const History& history) {
+    return knownPoints(history, [](const Snapshot& snapshot) {
+        return snapshot.memory.totalBytes > 0 ? pressurePercent(snapshot.memory) : unknown;
+    });
+}
+
+/// Of what work waited for, the greatest share of the time.
+std::vector<TimePoint> waitingPoints(const History& history) {
+    return knownPoints(history, [](const Snapshot& snapshot) {
+        const auto stalls = DiagnosisEngine::stallsOf(snapshot.stalls);
+        return stalls.empty() ? unknown : stalls.front().percent;
+    });
+}
+
+/// In steps of 10 per cent; what is not felt stays low.
+double waitingCeiling(const std::vector<TimePoint>& waiting) {
+    double peak = 40;
+    for (const TimePoint& point : waiting)
+        peak = std::max(peak, std::min(point.value, 100.0));
+    return std::ceil(peak / 10) * 10;
 }
 
 /// Without limits nobody can tell how hard a fan works.
@@ -44,7 +88,7 @@ QString emptyTextOf(const ChartModel& chart, const Snapshot& now) {
     const auto isEmpty = [](const ChartLine& line) { return line.points.empty(); };
     if (!std::ranges::all_of(chart.lines, isEmpty))
         return {};
-    if (chart.kind == ChartKind::processor)
+    if (chart.kind == ChartKind::processor || chart.kind == ChartKind::busy)
         return tr("Idle all this time.");
     if (chart.kind != ChartKind::fans || now.fans.empty())
         return tr("Nothing was reported in this time.");
@@ -86,14 +130,42 @@ std::vector<ChartLine> temperatureLines(const ChartSeries& series, bool fillsAre
             {.points = measured(series.chip), .fillsArea = fillsArea}};
 }
 
-ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& format, bool isPassive) {
+ChartModel chartOf(ChartKind kind, const SensorHub& hub) {
+    /// The shares at which the load passes from one band to the next.
+    static const std::vector<double> bands{6, 22, 48, 78};
+    const ChartSeries& series = hub.series();
+    const Format& format = hub.format();
+    const int lower = hub.cooling() == Cooling::fans ? 162 : 200;
     switch (kind) {
     case ChartKind::fans:
         return {.kind = kind,
                 .title = tr("Fans"),
                 .height = 190,
                 .scale = percentScale(),
-                .lines = {{.points = measured(series.fan), .bands = {6, 22, 48, 78}, .fillsArea = true}}};
+                .lines = {{.points = measured(series.fan), .bands = bands, .fillsArea = true}}};
+    case ChartKind::busy:
+        return {.kind = kind,
+                .title = tr("Busy"),
+                .height = 300,
+                .scale = percentScale(),
+                .lines = {{.points = measured(series.cpu), .bands = bands, .fillsArea = true}}};
+    case ChartKind::memory:
+        return {.kind = kind,
+                .title = tr("Memory"),
+                .height = lower,
+                .scale = percentScale(),
+                .lines = {{.points = memoryPoints(hub.history()), .fillsArea = true}}};
+    case ChartKind::waiting: {
+        std::vector<TimePoint> points = waitingPoints(hub.history());
+        const double ceiling = waitingCeiling(points);
+        return {.kind = kind,
+                .title = tr("Waiting"),
+                .caption = tr("share of the time"),
+                .height = lower,
+                .most = ceiling,
+                .scale = {{ceiling, tr("%1%").arg(ceiling)}, {ceiling / 2, QString::number(ceiling / 2)}, {0, "0"}},
+                .lines = {{.points = std::move(points), .fillsArea = true}}};
+    }
     case ChartKind::temperature:
         return {.kind = kind,
                 .title = tr("Temperature"),
@@ -115,7 +187,7 @@ ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& form
     case ChartKind::processor:
         return {.kind = kind,
                 .title = tr("Processor"),
-                .height = isPassive ? 200 : 162,
+                .height = lower,
                 .scale = percentScale(),
                 .lines = {{.points = measured(series.cpu), .fillsArea = true}}};
     case ChartKind::power:
@@ -124,7 +196,7 @@ ChartModel chartOf(ChartKind kind, const ChartSeries& series, const Format& form
     const double ceiling = powerCeiling(series.power);
     return {.kind = kind,
             .title = tr("Power"),
-            .height = isPassive ? 200 : 162,
+            .height = lower,
             .most = ceiling,
             .scale = powerScale(ceiling),
             .lines = {{.points = measured(series.power), .fillsArea = true}}};
@@ -136,8 +208,10 @@ std::optional<RampMark> rampMark(const SensorHub& hub, const TimeSpan& shown) {
     if (!(sustained > 0) || !shown.holds(began))
         return std::nullopt;
     const QString time = toQString(hub.format().timeOfDay(began));
-    return RampMark{began, hub.cooling() == Cooling::passive ? tr("chip began heating up %1").arg(time)
-                                                             : tr("fans began climbing %1").arg(time)};
+    const QString what = hub.cooling() == Cooling::fans   ? tr("fans began climbing %1")
+                         : hub.cooling() == Cooling::load ? tr("load rose %1")
+                                                          : tr("chip began heating up %1");
+    return RampMark{began, what.arg(time)};
 }
 
 /// Times at multiples of so many whole minutes, about a fifth of the span, and "now" at the end: as time goes on they
@@ -175,6 +249,23 @@ ChartReading readingOf(ChartKind kind, const Snapshot& snapshot, const Format& f
         return {.value = tr("%1 · %2").arg(chip, hottest),
                 .spokenValue = tr("whole chip %1, hottest core %2").arg(chip, hottest)};
     }
+    case ChartKind::memory: {
+        if (snapshot.memory.totalBytes == 0)
+            return plain(QStringLiteral("—"));
+        const QString amount = toQString(DiagnosisEngine::memoryText(snapshot.memory));
+        const QString share = percent(pressurePercent(snapshot.memory));
+        return plain(amount.isEmpty() ? share : share + tr(" · ") + amount);
+    }
+    case ChartKind::waiting: {
+        const auto stalls = DiagnosisEngine::stallsOf(snapshot.stalls);
+        if (stalls.empty())
+            return plain(QStringLiteral("—"));
+        const QString share = percent(stalls.front().percent);
+        return plain(stalls.front().percent < 0.5
+                         ? share
+                         : tr("%1 · for %2").arg(share, tr(std::string(stalls.front().waitedFor).c_str())));
+    }
+    case ChartKind::busy:
     case ChartKind::processor:
         return plain(percent(std::clamp(DiagnosisEngine::busyPercent(snapshot.cpu), 0.0, 100.0)));
     case ChartKind::power:
@@ -183,7 +274,7 @@ ChartReading readingOf(ChartKind kind, const Snapshot& snapshot, const Format& f
     return plain(watts(snapshot.power.systemWatts));
 }
 
-/// What the snapshot holds for each line of the chart, in their order.
+/// What the snapshot holds for each line of the chart, in their order; above 0 where it was measured.
 std::vector<double> valuesOfLines(ChartKind kind, const Snapshot& snapshot) {
     switch (kind) {
     case ChartKind::fans:
@@ -191,12 +282,31 @@ std::vector<double> valuesOfLines(ChartKind kind, const Snapshot& snapshot) {
     case ChartKind::temperature:
     case ChartKind::heat:
         return {snapshot.temps.soc, snapshot.temps.socMean};
+    case ChartKind::memory:
+        return {static_cast<double>(snapshot.memory.totalBytes)};
+    case ChartKind::waiting:
+        return {snapshot.stalls != StallShares() ? 1.0 : 0.0};
+    case ChartKind::busy:
     case ChartKind::processor:
         return {DiagnosisEngine::busyPercent(snapshot.cpu)};
     case ChartKind::power:
         break;
     }
     return {snapshot.power.systemWatts};
+}
+
+/// Those that are left take the room of those without a sensor.
+void fillHeight(std::vector<ChartModel>& charts) {
+    constexpr int wanted = 700;
+    int all = 0;
+    for (const ChartModel& chart : charts)
+        all += chart.height;
+    if (all >= wanted)
+        return;
+    int left = wanted;
+    for (ChartModel& chart : charts)
+        left -= chart.height = chart.height * wanted / all;
+    charts.front().height += left;
 }
 
 } // namespace
@@ -278,9 +388,9 @@ TimelineModel timelineModel(const SensorHub& hub, bool isPinned) {
     TimelineModel model{.span = shown, .times = timeMarks(*shown, hub.format())};
     const std::optional<RampMark> ramp = rampMark(hub, *shown);
     for (const ChartKind kind : chartsOf(hub.cooling())) {
-        if (!hasSensor(kind, hub.extremes()))
+        if (!hasSensor(kind, hub))
             continue;
-        ChartModel chart = chartOf(kind, series, hub.format(), hub.cooling() == Cooling::passive);
+        ChartModel chart = chartOf(kind, hub);
         chart.emptyText = emptyTextOf(chart, hub.snapshot());
         if (model.charts.empty())
             chart.caption = withHint(chart.caption, isPinned);
@@ -291,6 +401,7 @@ TimelineModel timelineModel(const SensorHub& hub, bool isPinned) {
         }
         model.charts.push_back(std::move(chart));
     }
+    fillHeight(model.charts);
     return model;
 }
 

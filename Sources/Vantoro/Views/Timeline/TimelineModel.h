@@ -49,14 +49,14 @@ struct TimeMark {
     bool operator==(const TimeMark&) const = default;
 };
 
-enum class ChartKind : std::uint8_t { fans, temperature, heat, processor, power };
+enum class ChartKind : std::uint8_t { fans, temperature, heat, busy, memory, waiting, processor, power };
 
 /// The part of a chart that changes only as the hub publishes.
 struct ChartModel {
     ChartKind kind = ChartKind::processor;
     QString title;
     QString caption;
-    /// In points at the design's window height, with the title row.
+    /// In points at the design's window height, with the title row; those of all charts fill it.
     int height = 162;
     double least = 0;
     double most = 100;

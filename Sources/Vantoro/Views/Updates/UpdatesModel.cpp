@@ -76,7 +76,8 @@ QString phaseText(const UpdateState& state) {
     case Kind::available:
         return tr("Vantoro %1 is available").arg(version);
     case Kind::needsNewerSystem:
-        return tr("Vantoro %1 needs a newer macOS").arg(version);
+        return state.system == SystemKind::macos ? tr("Vantoro %1 needs a newer macOS").arg(version)
+                                                 : tr("Vantoro %1 needs a newer system").arg(version);
     case Kind::downloading:
         return tr("Downloading %1 · %2%").arg(version, QString::number(std::lround(state.progress * 100)));
     case Kind::installing:
@@ -125,7 +126,8 @@ UpdateState updateState(const Updates& updates) {
             .checksAutomatically = updates.automaticallyChecksForUpdates(),
             .lastCheck = updates.lastUpdateCheckDate(),
             .now = updates.now(),
-            .currentVersion = toQString(updates.currentVersion())};
+            .currentVersion = toQString(updates.currentVersion()),
+            .system = updates.system()};
 }
 
 QString updateWord(UpdateCommand command) {
@@ -184,8 +186,8 @@ UpdateLine updateRow(const UpdateState& state) {
 UpdatesGroupModel updatesGroup(const UpdateState& state) {
     const Kind kind = state.phase.kind;
     const QString asked = tr("Vantoro asks %1 whether there's a newer version. That's the only request it makes: "
-                             "nothing about this Mac goes with it, and nothing is downloaded until you click Install.")
-                              .arg(toQString(Updates::host));
+                             "nothing about %2 goes with it, and nothing is downloaded until you click Install.")
+                              .arg(toQString(Updates::host), toQString(systemWords(state.system).thisMachine));
     const QString about = more(state.phase);
     return {.checksAutomatically = state.checksAutomatically,
             .switchNote = state.checksAutomatically ? tr("once a day, and whenever you click Check Now")
@@ -198,10 +200,11 @@ UpdatesGroupModel updatesGroup(const UpdateState& state) {
             .note = about.isEmpty() ? asked : about + "\n\n" + asked};
 }
 
-QString privacyNote(bool asksForUpdates) {
-    return asksForUpdates
-               ? tr("Everything Vantoro measures stays on this Mac. Its only request is the update check above.")
-               : tr("Everything Vantoro measures stays on this Mac. It makes no network requests.");
+QString privacyNote(bool asksForUpdates, const SystemWords& words) {
+    const QString stays =
+        asksForUpdates ? tr("Everything Vantoro measures stays on %1. Its only request is the update check above.")
+                       : tr("Everything Vantoro measures stays on %1. It makes no network requests.");
+    return stays.arg(toQString(words.thisMachine));
 }
 
 } // namespace vantoro

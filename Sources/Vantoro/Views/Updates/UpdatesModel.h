@@ -1,6 +1,7 @@
 // What the update parts of the interface say: the control bar's chip, the menu-bar panel's row, the settings' group.
 #pragma once
 
+#include "Model/Records/SystemWords.h"
 #include "Model/Text/Release.h"
 
 #include <QString>
@@ -25,6 +26,8 @@ struct UpdateState {
     std::optional<double> lastCheck;
     double now = 0;
     QString currentVersion;
+    /// Whose words are spoken.
+    SystemKind system = SystemKind::macos;
 };
 
 /// Idle where there is no updater: what could not be acted on is not offered.
@@ -80,6 +83,6 @@ struct UpdatesGroupModel {
 UpdatesGroupModel updatesGroup(const UpdateState& state);
 
 /// What leaves this machine: the last word of the settings.
-QString privacyNote(bool asksForUpdates);
+QString privacyNote(bool asksForUpdates, const SystemWords& words);
 
 } // namespace vantoro
