@@ -287,10 +287,8 @@ std::optional<double> HwmonFan::target() {
 bool isFanless(const FanEvidence& evidence) {
     constexpr std::int64_t handheld = 11;
     constexpr std::int64_t tablet = 30;
-    constexpr std::int64_t tabletWithKeyboard = 32;
-    const auto& chassis = evidence.chassisType;
     return evidence.tachometers == 0 && !evidence.hasDriver &&
-           (evidence.isBuiltWithout || chassis == handheld || chassis == tablet || chassis == tabletWithKeyboard);
+           (evidence.isBuiltWithout || evidence.chassisType == handheld || evidence.chassisType == tablet);
 }
 
 FanEvidence readFanEvidence(const std::string& root, const std::vector<HwmonSensor>& sensors) {

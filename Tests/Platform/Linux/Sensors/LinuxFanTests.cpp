@@ -255,6 +255,7 @@ TEST(LinuxFans, OnlyWhatIsBuiltWithoutThemHasNone) {
         {"server", {{chassis, "23\n"}}, false},
         {"mini", {{chassis, "35\n"}}, false},
         {"tablet", {{chassis, "30\n"}}, true},
+        {"tablet with a keyboard", {{chassis, "32\n"}}, false},
         {"handheld", {{chassis, "11\n"}}, true},
         {"tablet that drives one", {{chassis, "30\n"}, {"sys/class/hwmon/hwmon0/pwm1", "60\n"}}, false},
         {"tablet whose firmware has one", {{chassis, "30\n"}, {"sys/bus/acpi/devices/PNP0C0B:00/path", "x\n"}}, false},
