@@ -134,8 +134,9 @@ void takePanel(Album& album, const QString& name, const std::string& recording, 
     album.keep(name, panel.grab());
 }
 
-void takeSettings(Album& album, const QString& name, const std::string& recording, Appearance appearance) {
-    UpdatingStage stage(appearance);
+void takeSettings(Album& album, const QString& name, const std::string& recording, Appearance appearance,
+                  SystemKind system = SystemKind::macos) {
+    UpdatingStage stage(appearance, true, system);
     play(stage, recording);
     SettingsView settings(stage.context, stage.context.sources);
     settings.resize(600, 1440);
@@ -233,6 +234,6 @@ int main(int argumentCount, char** arguments) {
     takeUpdates(album, "settings-updates-available-dark", Appearance::dark, Scene::available);
     takeSettings(album, "settings-light", fans, Appearance::light);
     takeSettings(album, "settings-dark", fans, Appearance::dark);
-    takeSettings(album, "settings-busy-light", busy, Appearance::light);
+    takeSettings(album, "settings-busy-light", busy, Appearance::light, SystemKind::gnuLinux);
     return album.isComplete() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -7,6 +7,7 @@
 #include "Support/ScriptedProcesses.h"
 #include "Views/Shared/View.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <QApplication>
 #include <QImage>
@@ -23,7 +24,7 @@ public:
     bool isOpen() const override { return openable; }
     Cooling cooling() const override { return cools; }
     int fanCount() const override { return fans; }
-    int sensorCount() const override { return 148; }
+    int sensorCount() const override { return sensors; }
     bool hasGPUSensors() const override { return hasGPU; }
     double maxPerformanceMHz() const override { return performanceMHz; }
     double maxEfficiencyMHz() const override { return efficiencyMHz; }
@@ -39,6 +40,7 @@ public:
     bool openable = true;
     Cooling cools;
     int fans = 2;
+    int sensors = 148;
     std::vector<FanReading> fanList;
     Temperatures temperatures;
     std::vector<double> dieSensors;
@@ -86,8 +88,16 @@ struct Stage {
                                .reports = "cpufreq",
                                .costsAreStated = false};
         }
-        while (std::optional<Snapshot> snapshot = reader.next())
+        while (std::optional<Snapshot> snapshot = reader.next()) {
+            if (hub.words().kind == SystemKind::gnuLinux) {
+                sensors->fans = static_cast<int>(snapshot->fans.size());
+                sensors->sensors =
+                    static_cast<int>(std::ranges::count_if(temperatureFigures, [&](const TemperatureFigure& figure) {
+                        return snapshot->temps.*figure.celsius > 0;
+                    }));
+            }
             hub.accept(std::move(*snapshot));
+        }
         ASSERT_FALSE(reader.error().has_value()) << reader.error()->reason;
     }
 

@@ -187,6 +187,13 @@ TEST(PaneWords, WhatAComputerNeverToldHasNoRow) {
         if (panel->isVisible())
             titles.append(panel->title());
     EXPECT_EQ(titles, (QStringList{"Processor", "Memory"}));
+    const auto left = [&view](const char* title) {
+        for (const Panel* const panel : view.findChildren<Panel*>())
+            if (panel->title() == title)
+                return panel->mapTo(&view, QPoint()).x();
+        return -1;
+    };
+    EXPECT_LT(left("Processor"), left("Memory")) << "no empty column";
 
     Stage mac;
     feed(mac, SystemKind::macos, Cooling::passive, false);

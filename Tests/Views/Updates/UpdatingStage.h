@@ -12,8 +12,9 @@ struct UpdatingStage : Stage {
     /// 12:00 UTC, and what the controller's clock stands at.
     static constexpr double noon = 1772366400;
 
-    explicit UpdatingStage(Theme::Appearance appearance = Theme::Appearance::dark, bool hasFeed = true)
-        : Stage(appearance) {
+    explicit UpdatingStage(Theme::Appearance appearance = Theme::Appearance::dark, bool hasFeed = true,
+                           SystemKind ofSystem = SystemKind::macos)
+        : Stage(appearance), system(ofSystem) {
         if (!hasFeed)
             engine->feed.reset();
         context.updates = &updates;
@@ -35,11 +36,13 @@ struct UpdatingStage : Stage {
                       .contentLength = 10'000'000});
     }
 
+    SystemKind system;
     std::vector<std::function<void()>> later;
     std::shared_ptr<ScriptedUpdateEngine> engine = std::make_shared<ScriptedUpdateEngine>();
     Updates updates{engine,
                     settings,
-                    {.now = [] { return noon; },
+                    {.system = system,
+                     .now = [] { return noon; },
                      .after = [this](double, std::function<void()> action) { later.push_back(std::move(action)); }}};
 };
 

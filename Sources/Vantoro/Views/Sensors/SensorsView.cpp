@@ -212,8 +212,8 @@ void SensorsView::build() {
     complaint_->setWraps(true);
     columns_ = new QBoxLayout(QBoxLayout::LeftToRight);
     columns_->setSpacing(Space::panelGap);
-    auto* const left = new QVBoxLayout;
-    auto* const right = new QVBoxLayout;
+    QVBoxLayout* const left = left_ = new QVBoxLayout;
+    QVBoxLayout* const right = right_ = new QVBoxLayout;
     for (QVBoxLayout* column : {left, right}) {
         column->setSpacing(Space::panelGap);
         columns_->addLayout(column, 1);
@@ -350,6 +350,17 @@ void SensorsView::showFans(const SensorsModel& model) {
         fanRows_[i]->show((*model.fans)[i], look().update());
 }
 
+/// Where the left column has nothing of its own, it takes what comes next.
+void SensorsView::balanceColumns(const SensorsModel& model) {
+    const bool isLeftEmpty = !model.fans && !model.pressure && !SensorsModel::anyShown(model.temperatures);
+    if (isLeftEmpty == (left_->indexOf(processorPanel_) >= 0))
+        return;
+    if (isLeftEmpty)
+        left_->insertWidget(0, processorPanel_);
+    else
+        right_->insertWidget(right_->indexOf(memoryPanel_), processorPanel_);
+}
+
 void SensorsView::refresh() {
     SensorsModel model = sensorsModel(hub(), context().sources, unfolded_);
     if (model == model_)
@@ -359,6 +370,7 @@ void SensorsView::refresh() {
     complaint_->setVisible(!model.complaint.isEmpty());
     complaintRow_->setContentsMargins(textInset, 0, textInset, model.complaint.isEmpty() ? 0 : complaintGap);
     showFans(model);
+    balanceColumns(model);
     showRows(*temperatures_, temperatureRows_, model.temperatures, model.pressure.has_value());
     pressure_->setVisible(model.pressure.has_value());
     if (model.pressure)

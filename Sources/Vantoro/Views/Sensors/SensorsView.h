@@ -46,6 +46,7 @@ private:
     Panel* addRows(QVBoxLayout* column, const QString& title, const QString& icon, std::size_t count,
                    std::vector<SensorRow*>& rows);
     void showFans(const SensorsModel& model);
+    void balanceColumns(const SensorsModel& model);
     static void showRows(Panel& panel, const std::vector<SensorRow*>& rows, const std::vector<SensorRowModel>& models,
                          bool hasMore);
     void unfold(std::size_t row, bool unfolded);
@@ -60,6 +61,8 @@ private:
     TextLabel* complaint_ = nullptr;
     QHBoxLayout* complaintRow_;
     QBoxLayout* columns_ = nullptr;
+    QVBoxLayout* left_ = nullptr;
+    QVBoxLayout* right_ = nullptr;
     Panel* fans_ = nullptr;
     std::vector<FanRow*> fanRows_;
     Panel* temperatures_ = nullptr;

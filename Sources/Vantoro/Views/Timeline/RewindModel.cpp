@@ -55,7 +55,7 @@ std::vector<RewindModel::Reading> readingsOf(const Snapshot& snapshot, const For
         if (isFelt || isOfWork)
             readings.push_back({tr("Waiting for %1").arg(tr(std::string(waitedFor).c_str())), percent(share)});
     const double watts = snapshot.power.systemWatts;
-    if (watts > 0 || !isOfWork)
+    if (watts > 0 || !(isOfWork || snapshot.cooling == Cooling::heat))
         readings.push_back({tr("Power"), watts > 0 ? tr("%1 W").arg(std::round(watts)) : noReading()});
     if (isOfWork)
         return readings;
