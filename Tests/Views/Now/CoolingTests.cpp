@@ -94,7 +94,7 @@ TEST(BusyDialTests, ALabelThatSpeaksOfWorkHasItsPipsAndItsSuspects) {
     const EyebrowModel eyebrow = heroModel(stage.hub, stage.settings).eyebrow;
     EXPECT_EQ(eyebrow.spokenValue, "Flat out, 5 of 5");
     EXPECT_EQ(suspectsModel(stage.hub).title, "Suspects");
-    EXPECT_EQ(dialsModel(stage.hub).rotors[0].heatStop, 0) << "the fan itself is at rest";
+    EXPECT_EQ(dialsModel(stage.hub).rotors[0].heatStop, 1) << "the fan itself hardly works";
     EXPECT_EQ(dialsModel(stage.hub).rotors[0].spokenName, "CPU fan");
 }
 

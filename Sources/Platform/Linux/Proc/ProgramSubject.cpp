@@ -162,11 +162,12 @@ std::string_view machineName(const Arguments& arguments) {
 std::string_view windowsProgram(const Arguments& arguments) {
     constexpr std::string_view ending = ".exe";
     for (const std::string_view argument : arguments) {
-        const auto found = std::ranges::search(argument, ending, [](char left, char right) {
+        const auto isSame = [](char left, char right) {
             return (left >= 'A' && left <= 'Z' ? static_cast<char>(left - 'A' + 'a') : left) == right;
-        });
-        if (!found.empty())
-            return argument.substr(0, static_cast<std::size_t>(found.end() - argument.begin()));
+        };
+        const auto* const found = std::search(argument.begin(), argument.end(), ending.begin(), ending.end(), isSame);
+        if (found != argument.end())
+            return argument.substr(0, static_cast<std::size_t>(found - argument.begin()) + ending.size());
     }
     return {};
 }

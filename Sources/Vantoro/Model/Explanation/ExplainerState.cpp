@@ -53,12 +53,12 @@ const char* temperatureBand(double celsius) {
 /// Unknown is told as unknown; only a Mac whose adapter gives nothing is known to run on its battery.
 Explanation::Row powerRow(const PowerReading& power, const SystemWords& words) {
     Explanation::Row row{.label = "System power", .value = fmt::format("{:.0f} W", power.systemWatts)};
+    const bool isFedByBattery =
+        power.systemWatts > 0 && std::abs(power.systemWatts - power.batteryWatts) < 0.01 * power.systemWatts;
     if (power.adapterWatts > 5)
         row.detail = fmt::format("{} W from the charger", truncated(power.adapterWatts));
-    else if (words.isMac())
+    else if (words.isMac() || isFedByBattery)
         row.detail = "on battery";
-    else if (power.systemWatts > 0 && std::abs(power.systemWatts - power.batteryWatts) < 0.01 * power.systemWatts)
-        row.detail = "on battery"; // nothing else feeds it
     if (words.isMac() || power.systemWatts > 0.5)
         return row;
     row.value = "—";
