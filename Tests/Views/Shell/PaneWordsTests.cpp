@@ -229,6 +229,10 @@ TEST(PaneWords, SensorsSayWhatWaitsWhatSlowsAndWhatFansCannotTell) {
     EXPECT_EQ(model.fansNote, "limits learned by watching");
     EXPECT_TRUE(model.fans->front().showsGauge && !model.fans->back().showsGauge);
     EXPECT_TRUE(model.processor.spokenValue.endsWith("Slowed down by nothing"));
+    now.timestamp += 2;
+    now.fans.front() = {.index = 0, .rpm = 900, .name = "Rear fan", .learnsLimits = true};
+    stage.hub.accept(now);
+    EXPECT_EQ(sensorsModel(stage.hub, {}, {}).fansNote, "limits are learned within a day");
     SensorsView view(stage.context);
     stage.picture(view, {1040, 778});
     for (const SensorRow* const row : view.findChildren<SensorRow*>())
