@@ -321,8 +321,9 @@ const ProcessOrigin& ProcScan::origin(ScannedProcess& process) {
         told.origin.path = "[" + process.name + "]";
         return told.origin;
     }
-    const std::string& executable = path(process);
-    told.origin.path = executable.empty() ? "(" + process.name + ")" : executable;
+    told.origin.path = path(process);
+    if (told.origin.path.empty())
+        told.origin.path.append("(").append(process.name).append(")");
     told.origin.subject = readSubject(process);
     controlGroup(process);
     askAncestors(process);
