@@ -33,6 +33,8 @@ struct ProcessAggregate {
     /// Busy samples as a share of all snapshots of the window, 0 to 1.
     double sustained = 0;
     double stressScore = 0;
+    /// Share of the graphics processor, 0 to 100: the mean over all snapshots of the window; none where none tells.
+    std::optional<double> gpuPercent = {};
 
     bool operator==(const ProcessAggregate&) const = default;
 };
@@ -50,6 +52,8 @@ struct ProcessGroup {
     std::uint64_t totalMemory = 0;
     double sustained = 0;
     double stressScore = 0;
+    /// The sum of its members' shares of the graphics processor; none where none of them tells.
+    std::optional<double> gpuPercent = {};
 
     bool operator==(const ProcessGroup&) const = default;
 };

@@ -65,6 +65,8 @@ struct Verdict {
     double sustainedFor = 0;
     /// A short cause phrase for compact views.
     std::string cause;
+    /// The graphics processor's work is what the suspects are ranked by.
+    bool isOfGraphics = false;
 
     /// Whether it speaks of how busy the processors are: nothing else is known, or they are hard at work though neither
     /// fan nor chip shows it yet. A Mac's never does the latter.
