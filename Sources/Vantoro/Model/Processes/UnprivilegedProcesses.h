@@ -30,8 +30,9 @@ public:
 
     UnprivilegedProcesses(std::shared_ptr<ProcessTable> table, std::shared_ptr<SystemStatistics> statistics);
 
-    /// One reading; CPU shares cover the time since the one before (the first has none). `nowSeconds` comes from a
-    /// clock that never steps.
+    /// One reading; CPU shares cover the time since the one before (the first has none), the work of children that
+    /// ended included where the table tells it: then a process may have a row that has ended itself. `nowSeconds` comes
+    /// from a clock that never steps.
     Sample sample(double nowSeconds);
 
     /// Lets the table close what it keeps open; the next sample is a first one.
@@ -50,6 +51,7 @@ private:
     };
 
     std::optional<ProcessSample> sampleProcess(std::int32_t pid, double nowSeconds);
+    void addUnseenWork(std::vector<ProcessSample>& processes, double elapsedSeconds);
     const std::string& userName(std::uint32_t uid);
     SystemLine systemLine();
 
@@ -57,6 +59,7 @@ private:
     std::shared_ptr<SystemStatistics> statistics_;
     int unreadableCount_ = 0;
     std::uint64_t sampleNumber_ = 0;
+    std::optional<double> previousSeconds_;
     std::unordered_map<std::int32_t, Previous> previousCPU_;
     std::optional<HostTicks> previousTicks_;
     std::unordered_map<std::uint32_t, std::string> userNames_;
