@@ -111,6 +111,7 @@ constexpr int writeFault = 1;
 
 int explainThisMachine(const CommandLine& line, SensorHub& hub) {
     const double seconds = line.seconds.value_or(defaultSeconds);
+    hub.seeProgramsAlways();
     {
         const Progress progress(seconds);
         bool isInterrupted = false;
@@ -151,6 +152,7 @@ int explainRecording(const CommandLine& line, const Format& format) {
 int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
     // From before the file is there: what was begun is finished.
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+    hub.seeProgramsAlways();
     RecordingWriter writer;
     Outcome<> outcome = writer.open(line.recordFile, hub.recordingHeader(unixSeconds()));
     const auto takeOne = [&] {
