@@ -104,7 +104,7 @@ void memoryThrash(Scene& scene) {
 
 /// The system holds processors idle so that they cool down.
 void idleInjection(Scene& scene) {
-    scene.world.surroundings().slowsAt = scene.uniform(68, 80);
+    scene.world.surroundings().slowsAt = scene.uniform(72, 88);
     scene.hog(scene.uniform(0.35, 0.6), scene.begins, 1e9, true);
     const double from = scene.begins + scene.uniform(15, 30);
     const double each = scene.uniform(0.25, 0.5);
@@ -220,7 +220,10 @@ std::span<const Family> otherFamilies() {
         {"hidden", "the work of programs that no list may show", hidden},
         {"video", "a player that decodes with the processors and the video engine", video},
         {"video beside work", "the video engine is busy and draws little beside a working program", videoBesideWork},
-        {"memory thrash", "one program holds too much memory; the kernel works for it", memoryThrash},
+        {"memory thrash", "one program holds too much memory; the kernel works for it", memoryThrash, 7, nullptr,
+         Lists::gnuLinux},
+        {"memory thrash on a Mac", "the same where the kernel's work is one row", memoryThrash, withSensors, nullptr,
+         Lists::mac},
         {"idle injection", "the system holds processors idle while a program works", idleInjection, withSensors},
         {"core kinds", "less processor time on performance cores beside more on efficiency cores", coreKinds,
          withSensors, "an hour of an efficiency core is counted like one of a performance core"},
