@@ -217,6 +217,7 @@ void MenuBarPanel::toggle(const QRect& item, const std::optional<QPoint>& pointe
 }
 
 void MenuBarPanel::refresh() {
+    context().actions.seePrograms();
     showModel(menuBarPanelModel(hub(), context().settings));
 }
 

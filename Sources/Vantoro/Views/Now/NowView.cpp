@@ -147,6 +147,7 @@ void NowView::showHero() {
 }
 
 void NowView::showSuspects() {
+    context().actions.seePrograms();
     content_->suspects()->show(suspectsModel(hub(), context().sources));
     content_->orderStops();
 }
