@@ -79,8 +79,14 @@ std::string ownerOf(const ProcessOrigin& origin, std::optional<ProcessKind> kind
     const bool isStarter = unit == "cron" || unit == "crond" || unit == "cronie" || unit == "atd" || unit == "anacron";
     if (!origin.job.empty() && (isStarter || unit.starts_with("run-")))
         return origin.job;
-    // The bus names what it starts for itself.
-    return unit.starts_with("dbus-") || unit.starts_with("run-") ? std::string() : shown(unescaped(unit));
+    constexpr std::string_view displayManagers[] = {"display-manager", "gdm",  "gdm3", "greetd",
+                                                    "lightdm",         "lxdm", "sddm", "xdm"};
+    // The bus names what it starts for itself, and so does a desktop ("org.gnome.Shell@wayland"); a display manager's
+    // unit holds the display server and more.
+    const bool isTelling = !unit.starts_with("dbus-") && !unit.starts_with("run-") &&
+                           std::ranges::count(unit, '.') < 2 &&
+                           std::ranges::find(displayManagers, unit) == std::end(displayManagers);
+    return isTelling ? shown(unescaped(unit)) : std::string();
 }
 
 } // namespace

@@ -68,6 +68,10 @@ const std::string& ProcJobs::controlGroup(ScannedProcess& process) {
         // One that has ended keeps the group that it was last seen in.
         if (const auto text = scan_.readFile(process, "cgroup", mostBytes))
             told.origin.controlGroup = parseControlGroup(*text);
+        else if (ScannedProcess* const parent = told.origin.controlGroup.empty() ? scan_.parentOf(process) : nullptr)
+            // One that ended before it was asked was most likely where its parent is.
+            if (const auto parents = scan_.readFile(*parent, "cgroup", mostBytes))
+                told.origin.controlGroup = parseControlGroup(*parents);
     }
     return told.origin.controlGroup;
 }

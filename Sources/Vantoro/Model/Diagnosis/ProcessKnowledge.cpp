@@ -173,8 +173,16 @@ std::optional<ProcessNote> ProcessKnowledge::note(std::string_view processName, 
     return known != nullptr ? std::optional(*known) : std::nullopt;
 }
 
+std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) {
+    auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
+    if (system == SystemKind::gnuLinux && group.kind == ProcessKind::systemDaemon)
+        for (auto member = group.members.begin(); !note && member != group.members.end(); ++member)
+            note = ProcessKnowledge::note(member->displayName, member->kind, system);
+    return note;
+}
+
 std::string friendlyName(const ProcessGroup& group, SystemKind system) {
-    const auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
+    const auto note = noteOn(group, system);
     return note ? note->friendly : group.displayName;
 }
 
