@@ -162,6 +162,8 @@ void World::share(double now) {
             begin(running, i);
         const double mood = std::exp(work.wander * running.wander);
         wanted[i] = std::max(0.0, at(work.cores, now) * mood);
+        if (work.isPause)
+            wanted[i] *= std::clamp((die_ - surroundings_.slowsAt) / 4 + 1, 0.0, 1.0);
         if (work.isOnEfficiencyCores)
             wanted[i] = std::min(wanted[i], static_cast<double>(machine_.efficiencyCores));
         if (work.spawning)
