@@ -41,22 +41,6 @@ std::string gameOf(std::string path) {
     return name.starts_with("Proton") || name.starts_with("SteamLinuxRuntime") ? std::string() : shown(name);
 }
 
-/// What a process is called where its path does not say it best.
-std::optional<std::string> nameOf(const ProcessOrigin& origin) {
-    const std::string_view program = baseName(origin.path);
-    if (!origin.subject.empty() && program != "conmon") {
-        if (isVirtualMachine(program))
-            return "virtual machine " + shown(origin.subject);
-        return shown(isWine(program) ? std::string_view(origin.subject).substr(origin.subject.find_last_of("\\/") + 1)
-                                     : std::string_view(origin.subject));
-    }
-    // Nix lays a script of the program's name over it.
-    constexpr std::string_view wrapped = "-wrapped";
-    if (program.starts_with('.') && program.ends_with(wrapped) && program.size() > wrapped.size() + 1)
-        return std::string(program.substr(1, program.size() - 1 - wrapped.size()));
-    return std::nullopt;
-}
-
 /// The kind of what belongs to no application.
 std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
     const std::string_view unit = unitOf(origin.controlGroup);
@@ -68,7 +52,7 @@ std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
     const bool isUsers = origin.controlGroup.find("user.slice/") != std::string::npos;
     // Without a session manager, whoever logs in stays in the service that let them in.
     const bool isDoor = unit.starts_with("ssh") || unit.find("getty@") != std::string_view::npos;
-    if (isDoor && hasShell)
+    if (isDoor && (hasShell || !origin.job.empty()))
         return ProcessKind::commandLine;
     if (unit.ends_with(".service"))
         return isUsers && unit.starts_with("run-") ? ProcessKind::commandLine : ProcessKind::systemDaemon;
@@ -80,6 +64,23 @@ std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
         return ProcessKind::userApp;
     const bool isDesktops = unit.starts_with("session-") && (origin.path.starts_with("/usr/lib"));
     return isOwn && !isDesktops ? ProcessKind::commandLine : ProcessKind::systemDaemon;
+}
+
+/// Whose work it is that is no application's: the job's, or the service's; empty for its own.
+std::string ownerOf(const ProcessOrigin& origin, std::optional<ProcessKind> kind) {
+    std::string_view unit = unitOf(origin.controlGroup);
+    if (kind == ProcessKind::commandLine || (!kind && unit.empty()))
+        return origin.job;
+    constexpr std::string_view ending = ".service";
+    if (kind != ProcessKind::systemDaemon || !unit.ends_with(ending))
+        return {};
+    unit.remove_suffix(ending.size());
+    // What is started by the clock, or for once, says more than what starts it.
+    const bool isStarter = unit == "cron" || unit == "crond" || unit == "cronie" || unit == "atd" || unit == "anacron";
+    if (!origin.job.empty() && (isStarter || unit.starts_with("run-")))
+        return origin.job;
+    // The bus names what it starts for itself.
+    return unit.starts_with("dbus-") || unit.starts_with("run-") ? std::string() : shown(unescaped(unit));
 }
 
 } // namespace
@@ -107,7 +108,7 @@ AppMembership LinuxAppIdentity::membership(std::int32_t pid, const ProcessOrigin
 }
 
 AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
-    AppMembership membership{.displayName = nameOf(origin)};
+    AppMembership membership{.displayName = nameOfWork(origin.path, origin.subject)};
     const auto belongTo = [&membership](ProcessKind kind, std::string name) {
         membership.kind = kind;
         membership.owningAppName = std::move(name);
@@ -124,8 +125,12 @@ AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
     const InstalledEntry* application = entryOf(origin.controlGroup);
     if (application != nullptr) {
         using enum ProcessOrigin::Shell;
-        if (origin.shell == inner || (origin.shell == first && !isShell(application->programName))) {
+        const bool isOpener =
+            origin.shell == first && !isShell(application->programName) && origin.job != application->programName;
+        if (origin.shell == inner || isOpener) {
             membership.kind = ProcessKind::commandLine;
+            if (!origin.job.empty())
+                membership.owningAppName = origin.job;
             return membership;
         }
         membership.owningAppPath = application->file;
@@ -137,6 +142,8 @@ AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
         return belongTo(ProcessKind::userApp, named->entry.name);
     }
     membership.kind = isWindows && isOwn ? ProcessKind::userApp : kindOf(origin, isOwn);
+    if (std::string owner = ownerOf(origin, membership.kind); !owner.empty())
+        membership.owningAppName = std::move(owner);
     return membership;
 }
 

@@ -142,6 +142,8 @@ int explainRecording(const CommandLine& line, const Format& format) {
         return recordingFault;
     }
     history.setSystem(result.header.system.value_or(SystemKind::macos));
+    if (const auto& counted = result.header.processors; counted && !history.processorCount())
+        history.setProcessorCount(counted->count());
     if (result.warning)
         complain(result.warning->text(*line.replayFile));
     return print(line, history, conclude(history, format));

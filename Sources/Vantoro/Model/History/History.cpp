@@ -2,31 +2,32 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace vantoro {
 
 namespace {
 
-constexpr double busyProcessPercent = 25;
-constexpr double sustainedWeight = 45;
-constexpr double peakWeight = 0.05;
-constexpr double energyWeight = 0.35;
+/// From this share of the graphics processor on a row keeps its place whatever its processor time.
+constexpr double leastGraphicsPercent = 1;
 
 bool isBusier(const ProcessSample& a, const ProcessSample& b) {
     return a.cpuPercent > b.cpuPercent;
+}
+
+/// Those of a recording that was begun so long ago; the figures of memory and processors come with the rows.
+bool isBeforeTheFirstList(const Snapshot& snapshot, double seconds) {
+    constexpr double longestWait = 10;
+    return seconds <= longestWait && snapshot.processes.empty() && snapshot.memory.totalBytes == 0 &&
+           snapshot.cpu == CPULoad();
 }
 
 double rampThreshold(Cooling cooling) {
     return cooling == Cooling::fans ? 0.18 : 0.22;
 }
 
-double busyPercent(const Snapshot& snapshot) {
-    const double percent = 100 - snapshot.cpu.idlePercent;
-    return percent > 0 ? std::min(percent, 100.0) : 0; // not a number is nothing
+bool isAtGraphicsWork(const ProcessSample& row) {
+    return row.gpuPercent.value_or(0) >= leastGraphicsPercent;
 }
 
 } // namespace
@@ -34,19 +35,36 @@ double busyPercent(const Snapshot& snapshot) {
 void History::keepBusiest(std::vector<ProcessSample>& processes) {
     if (!std::ranges::is_sorted(processes, isBusier))
         std::ranges::stable_sort(processes, isBusier);
-    if (processes.size() > processesPerSample)
-        processes.resize(processesPerSample);
+    if (processes.size() <= processesPerSample)
+        return;
+    // What renders hardly computes: it takes the place of the least busy that does not render.
+    std::size_t last = processesPerSample;
+    for (std::size_t place = processesPerSample; place < processes.size() && last > 0; ++place) {
+        if (!isAtGraphicsWork(processes[place]))
+            continue;
+        while (last > 0 && isAtGraphicsWork(processes[last - 1]))
+            --last;
+        if (last > 0)
+            std::swap(processes[--last], processes[place]);
+    }
+    processes.resize(processesPerSample);
+    if (last < processesPerSample)
+        std::ranges::stable_sort(processes, isBusier);
 }
 
 void History::append(Snapshot snapshot, bool hasLoad) {
     keepBusiest(snapshot.processes);
     snapshot.processes.shrink_to_fit();
     snapshot.fans.shrink_to_fit();
+    if (snapshot.cores && !snapshot.cores->empty())
+        processorCount_ = static_cast<int>(snapshot.cores->size());
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
-    if (!hasLoad)
+    if (!hasLoad ||
+        (withoutLoad_ + 1 == snapshots_.size() &&
+         isBeforeTheFirstList(snapshots_.back(), snapshots_.back().timestamp - snapshots_.front().timestamp)))
         withoutLoad_ = snapshots_.size();
-    busyShares_.push_back(newestBusyShare());
+    workShares_.push_back(newestWorkShares());
     const Cooling cooling = snapshots_.back().cooling;
     const double threshold = rampThreshold(cooling);
     if (threshold != std::exchange(rampThreshold_, threshold))
@@ -66,7 +84,7 @@ void History::setRetention(double seconds) {
 void History::dropBefore(UnixSeconds cutoff) {
     while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff) {
         snapshots_.pop_front();
-        busyShares_.pop_front();
+        workShares_.pop_front();
         withoutLoad_ -= withoutLoad_ > 0 ? 1 : 0;
     }
     rampLength_ = std::min(rampLength_, snapshots_.size());
@@ -79,15 +97,23 @@ std::size_t History::countAbove(double threshold) const {
     return snapshots_.size() - index;
 }
 
-double History::newestBusyShare() const {
+History::WorkShares History::newestWorkShares() const {
     constexpr double seconds = 10;
     const UnixSeconds now = snapshots_.back().timestamp;
-    double percent = 0;
-    std::size_t index = snapshots_.size();
-    while (index > withoutLoad_ && std::abs(now - snapshots_[index - 1].timestamp) <= seconds)
-        percent += busyPercent(snapshots_[--index]);
-    const std::size_t count = snapshots_.size() - index;
-    return count > 0 ? percent / 100 / static_cast<double>(count) : 0;
+    const auto isCounted = [&](std::size_t place) { return std::abs(now - snapshots_[place].timestamp) <= seconds; };
+    const auto mean = [](double percent, int count) { return count > 0 ? percent / 100 / count : 0; };
+    double processors = 0;
+    double graphics = 0;
+    int count = 0;
+    int graphicsCount = 0;
+    for (std::size_t end = snapshots_.size(); end > withoutLoad_ && isCounted(end - 1); --end) {
+        const Snapshot& snapshot = snapshots_[end - 1];
+        processors += snapshot.cpu.busyPercent();
+        graphics += snapshot.gpuPercent.value_or(0);
+        ++count;
+        graphicsCount += snapshot.gpuPercent ? 1 : 0;
+    }
+    return {mean(processors, count), std::clamp(mean(graphics, graphicsCount), 0.0, 1.0)};
 }
 
 double History::load(std::size_t index, Cooling cooling) const {
@@ -100,7 +126,7 @@ double History::load(std::size_t index, Cooling cooling) const {
     case Cooling::load:
         break;
     }
-    return busyShares_[index];
+    return std::max(workShares_[index].processors, workShares_[index].graphics);
 }
 
 std::size_t History::firstIndex(UnixSeconds atOrAfter) const {
@@ -140,103 +166,6 @@ std::optional<UnixSeconds> History::lastRampStart(std::optional<double> threshol
     return length > 0 ? std::optional(snapshots_[snapshots_.size() - length].timestamp) : std::nullopt;
 }
 
-std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
-    std::vector<ProcessAggregate> aggregates;
-    std::vector<const ProcessIdentity*> lastIdentities;
-    std::unordered_map<std::int32_t, std::size_t> indexOfPid;
-    for (const Snapshot& snapshot : window) {
-        for (const ProcessSample& sample : snapshot.processes) {
-            const ProcessIdentity& identity = *sample.identity;
-            if (identity.isCoolingPause())
-                continue;
-            const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
-            if (isNew) {
-                aggregates.push_back({.pid = identity.pid,
-                                      .displayName = identity.displayName,
-                                      .owningAppName = identity.owningAppName,
-                                      .owningAppPath = identity.owningAppPath,
-                                      .executablePath = identity.executablePath,
-                                      .kind = identity.kind,
-                                      .user = identity.user,
-                                      .firstSeen = snapshot.timestamp});
-                lastIdentities.push_back(&identity);
-            }
-            ProcessAggregate& entry = aggregates[found->second];
-            entry.totalCPU += sample.cpuPercent;
-            entry.peakCPU = std::max(entry.peakCPU, sample.cpuPercent);
-            entry.totalEnergy += sample.energyImpact;
-            entry.peakMemory = std::max(entry.peakMemory, sample.memoryBytes);
-            entry.samples += 1;
-            if (sample.cpuPercent >= busyProcessPercent)
-                entry.busySamples += 1;
-            entry.lastSeen = snapshot.timestamp;
-            // Nearly every sample shares its identity with the one before: only a change is worth copying texts for.
-            if (std::exchange(lastIdentities[found->second], &identity) == &identity)
-                continue;
-            if (!identity.displayName.empty())
-                entry.displayName = identity.displayName;
-            if (identity.owningAppName)
-                entry.owningAppName = identity.owningAppName;
-            if (identity.owningAppPath)
-                entry.owningAppPath = identity.owningAppPath;
-            entry.kind = identity.kind;
-        }
-    }
-    const double windowLength = static_cast<double>(std::max<std::size_t>(1, window.size()));
-    for (ProcessAggregate& entry : aggregates) {
-        entry.averageCPU = entry.totalCPU / entry.samples;
-        entry.averageEnergy = entry.totalEnergy / entry.samples;
-        entry.sustained = entry.busySamples / windowLength;
-        entry.stressScore = entry.averageCPU + energyWeight * entry.averageEnergy + sustainedWeight * entry.sustained +
-                            peakWeight * entry.peakCPU;
-    }
-    std::ranges::stable_sort(aggregates, std::greater{}, &ProcessAggregate::stressScore);
-    return aggregates;
-}
-
-std::vector<ProcessGroup> History::group(const std::vector<ProcessAggregate>& aggregates) {
-    std::vector<ProcessGroup> groups;
-    std::unordered_map<std::string_view, std::size_t> indexOfKey;
-    for (const ProcessAggregate& aggregate : aggregates) {
-        const std::string& key = aggregate.owningAppName ? *aggregate.owningAppName : aggregate.displayName;
-        const auto [found, isNew] = indexOfKey.try_emplace(key, groups.size());
-        if (isNew)
-            groups.push_back({.key = key,
-                              .displayName = key,
-                              .owningAppPath = aggregate.owningAppPath,
-                              .kind = aggregate.kind,
-                              .user = aggregate.user});
-        ProcessGroup& group = groups[found->second];
-        group.members.push_back(aggregate);
-        group.totalCPU += aggregate.averageCPU;
-        group.peakCPU = std::max(group.peakCPU, aggregate.peakCPU);
-        group.totalMemory += aggregate.peakMemory;
-        group.sustained = std::max(group.sustained, aggregate.sustained);
-        if (!group.owningAppPath)
-            group.owningAppPath = aggregate.owningAppPath;
-        if (aggregate.kind == ProcessKind::userApp)
-            group.kind = ProcessKind::userApp;
-    }
-    for (ProcessGroup& group : groups) {
-        group.stressScore = group.totalCPU + sustainedWeight * group.sustained + peakWeight * group.peakCPU;
-        std::ranges::stable_sort(group.members, std::greater{}, &ProcessAggregate::averageCPU);
-    }
-    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::stressScore);
-    return groups;
-}
-
-std::vector<ProcessGroup> rankedSuspects(const History& history) {
-    constexpr double windowSeconds = 20;
-    constexpr double leastPercent = 0.6;
-    std::vector<ProcessGroup> groups = History::group(History::aggregate(history.recent(windowSeconds)));
-    // NaN counts as idle.
-    std::erase_if(groups, [](const ProcessGroup& group) { return !(group.totalCPU >= leastPercent); });
-    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::totalCPU);
-    for (ProcessGroup& group : groups)
-        group.stressScore = std::round(group.totalCPU);
-    return groups;
-}
-
 ChartSeries chartSeries(const History& history) {
     constexpr double shownSeconds = 900;
     constexpr std::size_t longestUnthinned = 239;
@@ -250,7 +179,7 @@ ChartSeries chartSeries(const History& history) {
         const Snapshot& snapshot = run[i];
         const UnixSeconds time = snapshot.timestamp;
         series.fan.push_back({time, snapshot.fanLoad() * 100});
-        series.cpu.push_back({time, busyPercent(snapshot)});
+        series.cpu.push_back({time, snapshot.cpu.busyPercent()});
         series.temp.push_back({time, snapshot.temps.soc});
         series.chip.push_back({time, snapshot.temps.socMean});
         series.power.push_back({time, snapshot.power.systemWatts});

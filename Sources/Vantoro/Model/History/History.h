@@ -46,9 +46,14 @@ public:
     SystemKind system() const { return system_; }
     void setSystem(SystemKind system) { system_ = system; }
 
+    /// How many logical processors the machine has; none while nobody told. A snapshot that holds its cores tells, too.
+    std::optional<int> processorCount() const { return processorCount_; }
+    void setProcessorCount(std::optional<int> count) { processorCount_ = count; }
+
     /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
-    /// is older than the retention.
-    /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it.
+    /// is older than the retention. Rows that render keep their place before those that merely compute more.
+    /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it; nor do a
+    /// recording's first, while they hold neither rows nor any figure that comes with them.
     void append(Snapshot snapshot, bool hasLoad = true);
 
     /// What append keeps of a tick's rows, in its order.
@@ -69,9 +74,13 @@ public:
 
     /// The share of the processors' time that was not idle, 0 to 1: the mean of the snapshots of the ten seconds up to
     /// the one at this place.
-    double busyShare(std::size_t index) const { return busyShares_[index]; }
+    double busyShare(std::size_t index) const { return workShares_[index].processors; }
+    /// The same of the graphics processor; 0 where none of them tells.
+    double graphicsShare(std::size_t index) const { return workShares_[index].graphics; }
+    /// Whether the snapshot at this place says how busy the processors are.
+    bool tellsLoad(std::size_t index) const { return index >= withoutLoad_; }
     /// How hard a machine cooled this way worked at the snapshot at this place, 0 to 1: its fan load, the heat load of
-    /// its smoothed chip temperature, or its busy share.
+    /// its smoothed chip temperature, or the larger of the shares above.
     double load(std::size_t index, Cooling cooling) const;
 
     /// When the unbroken run of snapshots above the threshold that reaches up to now began; none when the newest is not
@@ -82,22 +91,32 @@ public:
     /// Per process over the window, highest stress score first.
     static std::vector<ProcessAggregate> aggregate(const SnapshotRun& window);
 
-    /// Per application (or lone process), highest stress score first; each group's members busiest first.
-    static std::vector<ProcessGroup> group(const std::vector<ProcessAggregate>& aggregates);
+    /// Per application (or lone process), highest stress score first; each group's members busiest first. `window` is
+    /// what was aggregated: its processes' averages add up to their group's share unless they never used as much at
+    /// once, as of jobs that follow each other; then that share is the mean of what they used together in each
+    /// snapshot. Nor do they hold more memory than they ever held at once.
+    static std::vector<ProcessGroup> group(std::vector<ProcessAggregate> aggregates, const SnapshotRun& window);
+    /// Both in one.
+    static std::vector<ProcessGroup> groups(const SnapshotRun& window) { return group(aggregate(window), window); }
 
 private:
     std::size_t firstIndex(UnixSeconds atOrAfter) const;
     void dropBefore(UnixSeconds cutoff);
     SnapshotRun run(std::size_t from, std::size_t to) const;
     std::size_t countAbove(double threshold) const;
-    double newestBusyShare() const;
+    struct WorkShares {
+        double processors = 0;
+        double graphics = 0;
+    };
+    WorkShares newestWorkShares() const;
 
     std::deque<Snapshot> snapshots_;
     /// One for each of them.
-    std::deque<double> busyShares_;
+    std::deque<WorkShares> workShares_;
     /// How many of the oldest say nothing of the load.
     std::size_t withoutLoad_ = 0;
     SystemKind system_ = SystemKind::macos;
+    std::optional<int> processorCount_;
     double retentionSeconds_ = defaultRetentionSeconds;
     /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,
     /// since every evaluation asks and a machine that stays warm would have all of the history walked through each
@@ -106,8 +125,25 @@ private:
     double rampThreshold_ = 0;
 };
 
-/// The applications of the last 20 seconds that use at least 0.6 % of a core, busiest first. Their stress score is
-/// their processor use as a whole number, so that the order of business changes only when a shown figure does.
+/// Whether the graphics processor is what the power of this window went to: it draws 8 W at least and half of what it
+/// and the processors draw; where theirs is not told, half of the system's power less 5 W; without either it leads
+/// while the processors are under 30 % busy. Where its own power is not told it leads while it is at least half busy
+/// and they are under 30 %. Never where nothing is told of graphics work, as in the first recordings.
+bool graphicsLead(const SnapshotRun& window);
+
+/// What groups of this window use together, in per cent of one core: the sum of their shares, held to what they ever
+/// used at once as a group's own share is.
+double togetherCPU(const std::vector<ProcessGroup>& groups, const SnapshotRun& window);
+
+/// What the processors did beside all that the rows tell of, in per cent of one core as those: interrupts, programs
+/// that may not be read, a host's work. The mean over the snapshots that have rows; none unless it exceeds a tenth of
+/// the machine, nor where the number of processors is not known. A list that was cut to its length leaves out what is
+/// no busier than its last row: what a hundred such could have done is not held to be unaccounted for.
+std::optional<double> unaccountedCPU(const SnapshotRun& window, std::optional<int> processorCount);
+
+/// The applications of the last 20 seconds that use at least 0.6 % of a core or 1 % of the graphics processor, busiest
+/// first; where graphics lead, what uses most of those. Their stress score is their processor use as a whole number, so
+/// that the order of business changes only when a shown figure does.
 std::vector<ProcessGroup> rankedSuspects(const History& history);
 
 /// One chart point.

@@ -309,6 +309,7 @@ void SensorHub::countSample() {
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     const Transaction transaction(*this);
     history_.append(snapshot, processesReady_);
+    history_.setProcessorCount(processorCount());
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     countSample();

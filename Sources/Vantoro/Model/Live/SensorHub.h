@@ -227,6 +227,7 @@ private:
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
     void sampleCores(bool withClocks);
+    std::optional<int> processorCount() const;
     void lookAtSingleSensors();
     void assignProcessesReady();
     void assignSensorsAvailable(bool available);
