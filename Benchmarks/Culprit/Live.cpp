@@ -1,6 +1,6 @@
 // Each load is started as a user would: typed into an interactive shell on a terminal of its own. The truth is the
 // kernel's account of that session, living and reaped, read four times a second, and wait4's for the whole of it.
-#include "Live.h"
+#include "Tables.h"
 
 #include <array>
 #include <atomic>

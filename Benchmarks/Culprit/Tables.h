@@ -10,7 +10,7 @@ struct Options {
     /// Recordings of each family, spread over its machines.
     int seeds = 40;
     unsigned firstSeed = 1;
-    /// Only families or loads whose name holds this.
+    /// Only families, or loads, whose name holds this.
     std::string family;
     bool showsMisses = false;
     /// Where the recordings are kept; empty: nowhere.
@@ -29,5 +29,9 @@ Interval wilson(int hits, int of);
 
 /// Prints the tables of the made machines.
 int made(const Options& options);
+
+/// Real loads on this machine, one after the other, beside `vantoro --explain`. Prints the table; 1 when a load was not
+/// named or its share was off by more than 5 points of the machine.
+int live(const Options& options);
 
 } // namespace culprit
