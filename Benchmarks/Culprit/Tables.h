@@ -17,6 +17,8 @@ struct Options {
     std::string keepFolder;
     /// The program that is tried live.
     std::string program = "vantoro";
+    /// How many times at once each load does its work; 0: half as many as there are processors.
+    int parts = 0;
 };
 
 struct Interval {

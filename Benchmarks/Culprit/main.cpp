@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* usage =
     "usage: vantoro_culprit [--tier 1|2] [--seeds N] [--first-seed N] [--family WORD] [--misses] [--keep FOLDER]\n"
-    "                       [--vantoro PROGRAM]\n";
+    "                       [--vantoro PROGRAM] [--parts N]\n";
 
 } // namespace
 
@@ -33,6 +33,8 @@ int main(int argc, char** argv) {
             options.family = value;
         else if (value != nullptr && name == "--keep")
             options.keepFolder = value;
+        else if (value != nullptr && name == "--parts")
+            options.parts = std::atoi(value);
         else if (value != nullptr && name == "--vantoro")
             options.program = value;
         else {
