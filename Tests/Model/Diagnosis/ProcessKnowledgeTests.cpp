@@ -1,11 +1,7 @@
 #include "Model/Diagnosis/ProcessKnowledge.h"
 
 #include "Model/Diagnosis/LinuxNotes.h"
-
-#include <gtest/gtest.h>
-#include <map>
-#include <set>
-#include <sstream>
+#include "Support/Testing.h"
 
 namespace vantoro {
 
@@ -74,12 +70,7 @@ TEST(ProcessKnowledge, EveryLinuxNoteReadsOnInASentenceAndNamesNobodyTwice) {
 
 TEST(ProcessKnowledge, TellsWhoIsBusyOnLinux) {
     using enum ProcessKind;
-    struct Case {
-        const char* name;
-        ProcessKind kind;
-        const char* friendly;
-        bool selfResolving, quittable;
-    };
+    using Case = std::tuple<const char*, ProcessKind, const char*, bool, bool>;
     for (const auto& [name, kind, friendly, selfResolving, quittable] :
          {Case{"tracker-miner-fs-3", systemDaemon, "File indexing", true, false},
           Case{"localsearch-extractor-3", systemDaemon, "File indexing", true, false},
