@@ -2,8 +2,7 @@
 #include "Figures.h"
 
 #include "Model/Recording/Recording.h"
-
-#include <gtest/gtest.h>
+#include "Support/Testing.h"
 
 namespace culprit {
 namespace {
@@ -80,10 +79,7 @@ TEST(MadeMachines, figuresThatCouldNotExistAreFound) {
             {"explanation",
              {{"sections", {{{"title", "What's drawing the power"}, {"body", body}, {"rows", Json::array()}}}}}}};
     };
-    const struct {
-        Json report;
-        std::size_t impossible;
-    } cases[] = {
+    const std::tuple<Json, std::size_t> cases[] = {
         {report(170, 2e8, "C++ compiler averaged 170% CPU over", "add up to about 170% CPU"), 0},
         {report(171, 2e8, "", ""), 1},
         {report(170, 9e9, "", ""), 1},
@@ -92,8 +88,8 @@ TEST(MadeMachines, figuresThatCouldNotExistAreFound) {
         {report(170, 2e8, "It draws 41 W at 71 °C.", ""), 2},
         {report(170, 2e8, "The processors are 4563% busy.", ""), 1},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(impossibleFigures(each.report, seen, 4).size(), each.impossible) << each.report.dump();
+    for (const auto& [made, impossible] : cases)
+        EXPECT_EQ(impossibleFigures(made, seen, 4).size(), impossible) << made.dump();
 }
 
 } // namespace

@@ -2,9 +2,6 @@
 
 #include "Support/ScriptedSensors.h"
 
-#include <gtest/gtest.h>
-#include <limits>
-
 namespace vantoro {
 namespace {
 
@@ -68,81 +65,45 @@ TEST_F(CPUFreq, EachGenerationOfChipsHasItsOwnTablesAndChannels) {
     const std::vector<std::uint32_t> middle{1'000'000, 4'300'000};
     const std::vector<std::uint32_t> fast{1'308'000, 4'600'000};
     const std::vector<std::uint32_t> graphics{338'000, 1'578'000};
-    const struct {
-        const char* chip;
-        bool middleTier;
-        ScriptedTables::Properties tables;
-        std::vector<std::string> channels;
-        double slowest, fastest;
-        std::vector<Result> expected;
-    } cases[] = {
-        {"one die",
-         false,
-         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states9-sram", graphics}},
-         {"ECPU000", "PCPU000", "PCPU010"},
-         2748,
-         4600,
-         {{912, true}, {1308, false}, {1308, false}}},
-        {"two dies",
-         false,
-         {{efficiencyProperty, slow}, {performanceProperty, fast}},
-         {"ECPU0_DIE_0", "PCPU1_CPU0_DIE_0", "ECPU0_DIE_1", "PCPU1_CPU0_DIE_1"},
-         2748,
-         4600,
-         {{912, true}, {1308, false}, {912, true}, {1308, false}}},
-        {"a second kind of performance cluster beside efficiency cores, of the same position",
-         false,
-         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states22-sram", middle}},
-         {"ECPU0_CPU0", "MCPU0_CPU0", "PCPU0_CPU0"},
-         2748,
-         4600,
-         {{912, true}, {1308, false}, {1308, false}}},
-        {"a middle tier, in the table that the clusters name",
-         true,
-         {{efficiencyProperty, slow},
-          {performanceProperty, fast},
-          {"voltage-states9-sram", graphics},
-          {"voltage-states14-sram", middle},
-          {"voltage-states22-sram", slow},
-          {"acc-clusters", {5, 0x10000, 9, 30, 14}}},
-         {"MCPU0_CPU0", "PCPU0_CPU0", "MCPU1_CPU0"},
-         4300,
-         4600,
-         {{1000, true}, {1308, false}, {1000, true}}},
-        {"a middle tier, in the first of its usual tables",
-         true,
-         {{performanceProperty, fast}, {"voltage-states22-sram", middle}, {"voltage-states23-sram", slow}},
-         {"MCPU0_CPU0", "PCPU0_CPU0"},
-         4300,
-         4600,
-         {{1000, true}, {1308, false}}},
-        {"a middle tier, in the second of its usual tables",
-         true,
-         {{performanceProperty, fast}, {"voltage-states23-sram", middle}, {"acc-clusters", {0, 1, 2}}},
-         {"MCPU0_CPU0", "PCPU0_CPU0"},
-         4300,
-         4600,
-         {{1000, true}, {1308, false}}},
-        {"a middle tier whose table is nowhere: nothing is claimed of it",
-         true,
-         {{efficiencyProperty, slow}, {performanceProperty, fast}, {"voltage-states22-sram", graphics}},
-         {"MCPU0_CPU0", "PCPU0_CPU0"},
-         0,
-         4600,
-         {{0, true}, {1308, false}}},
-    };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.chip);
-        tables->atPath = each.tables;
-        tables->middleTier = each.middleTier;
+    const auto table = [](int number) { return "voltage-states" + std::to_string(number) + "-sram"; };
+    const std::string one = table(1), five = table(5), nine = table(9);
+    const Result e{912, true}, m{1000, true}, p{1308, false};
+    using Channels = std::vector<std::pair<const char*, Result>>;
+    const auto expect = [&](const char* chip, bool middleTier, const ScriptedTables::Properties& found, double slowest,
+                            const Channels& channels) {
+        SCOPED_TRACE(chip);
+        tables->atPath = found;
+        tables->middleTier = middleTier;
         states->channels.clear();
-        for (const std::string& channel : each.channels)
+        std::vector<Result> expected;
+        for (const auto& [channel, result] : channels) {
             states->channels.push_back({channel, {{"V0", 0}}});
+            expected.push_back(result);
+        }
         cpufreq_use(tables, states);
-        EXPECT_EQ(sample(), each.expected);
-        EXPECT_EQ(cpufreq_max_efficiency(), each.slowest);
-        EXPECT_EQ(cpufreq_max_performance(), each.fastest);
-    }
+        EXPECT_EQ(sample(), expected);
+        EXPECT_EQ(cpufreq_max_efficiency(), slowest);
+        EXPECT_EQ(cpufreq_max_performance(), 4600);
+    };
+    expect("one die", false, {{one, slow}, {five, fast}, {nine, graphics}}, 2748,
+           {{"ECPU000", e}, {"PCPU000", p}, {"PCPU010", p}});
+    expect("two dies", false, {{one, slow}, {five, fast}}, 2748,
+           {{"ECPU0_DIE_0", e}, {"PCPU1_CPU0_DIE_0", p}, {"ECPU0_DIE_1", e}, {"PCPU1_CPU0_DIE_1", p}});
+    expect("a second kind of performance cluster beside efficiency cores, of the same position", false,
+           {{one, slow}, {five, fast}, {table(22), middle}}, 2748,
+           {{"ECPU0_CPU0", e}, {"MCPU0_CPU0", p}, {"PCPU0_CPU0", p}});
+    ScriptedTables::Properties named{
+        {one, slow}, {five, fast}, {nine, graphics}, {table(14), middle}, {table(22), slow}};
+    named["acc-clusters"] = {5, 0x10000, 9, 30, 14};
+    expect("a middle tier, in the table that the clusters name", true, named, 4300,
+           {{"MCPU0_CPU0", m}, {"PCPU0_CPU0", p}, {"MCPU1_CPU0", m}});
+    expect("a middle tier, in the first of its usual tables", true,
+           {{five, fast}, {table(22), middle}, {table(23), slow}}, 4300, {{"MCPU0_CPU0", m}, {"PCPU0_CPU0", p}});
+    expect("a middle tier, in the second of its usual tables", true,
+           {{five, fast}, {table(23), middle}, {"acc-clusters", {0, 1, 2}}}, 4300,
+           {{"MCPU0_CPU0", m}, {"PCPU0_CPU0", p}});
+    expect("a middle tier whose table is nowhere: nothing is claimed of it", true,
+           {{one, slow}, {five, fast}, {table(22), graphics}}, 0, {{"MCPU0_CPU0", {0, true}}, {"PCPU0_CPU0", p}});
 }
 
 TEST_F(CPUFreq, EachThingThatIsMissingFailsAndMayComeLater) {
@@ -174,7 +135,7 @@ TEST_F(CPUFreq, WeighsFrequenciesByTheTimeSpentAtEach) {
 
 TEST_F(CPUFreq, BadStatesCountForNothing) {
     const std::vector<std::optional<std::string>> badNames{"V4", "V9", "V", "V-1", "W1", "v1", "", "V99999999999", {}};
-    ScriptedStates::Channel channel{.name = "ECPU0", .states = {{"V1", 0}}};
+    testing::StateChannel channel{.name = "ECPU0", .states = {{"V1", 0}}};
     for (const auto& name : badNames)
         channel.states.emplace_back(name, 0);
     states->channels = {channel};

@@ -3,8 +3,6 @@
 #include "Model/Readers/GPUPowerSampler.h"
 #include "Support/ScriptedSensors.h"
 
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 
@@ -27,10 +25,7 @@ protected:
 };
 
 TEST_F(IOReport, TheWholeIsNotCountedAgainWithItsParts) {
-    const struct {
-        std::vector<ScriptedEnergy::Channel> channels;
-        std::optional<double> expected;
-    } cases[] = {
+    const std::tuple<std::vector<testing::EnergyChannel>, std::optional<double>> cases[] = {
         {{{"GPU SRAM", "mJ", 500}, {"GPU Energy", "mJ", 1000}, {"GPU0_0", "mJ", 500}}, 1},
         {{{"GPU SRAM", "mJ", 500}, {"GPU Energy", "kJ", 1000}, {"GPU0_0", "mJ", 700}}, 1.2},
         {{{"GPU Energy", "mJ", 0}, {"GPU0_0", "mJ", 500}}, 0},

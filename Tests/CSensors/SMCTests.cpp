@@ -2,9 +2,6 @@
 
 #include "Support/ScriptedSensors.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 
@@ -30,11 +27,7 @@ protected:
 };
 
 TEST_F(SMC, DecodesEachType) {
-    const struct {
-        const char* type;
-        std::vector<std::uint8_t> bytes;
-        std::optional<double> expected;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<std::uint8_t>, std::optional<double>> cases[] = {
         {"flt ", {0x00, 0x00, 0xC0, 0x3F}, 1.5},
         {"flt ", {0x00, 0x00}, {}},
         {"flt ", {0x00, 0x00, 0xC0, 0x3F, 0x00}, {}},

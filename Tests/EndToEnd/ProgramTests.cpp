@@ -2,10 +2,7 @@
 // recordings anew.
 #include "Support/ChildProgram.h"
 
-#include <algorithm>
 #include <cctype>
-#include <fstream>
-#include <gtest/gtest.h>
 
 namespace vantoro {
 namespace {

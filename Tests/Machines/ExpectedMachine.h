@@ -3,18 +3,9 @@
 
 #include "Model/Recording/Recording.h"
 
-#include <algorithm>
-#include <array>
+#include "Support/Testing.h"
+
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <map>
-#include <optional>
-#include <sstream>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace vantoro::testing {
 

@@ -5,16 +5,8 @@
 #include "Model/Recording/RecordingFile.h"
 #include "Support/ChildProgram.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <fmt/format.h>
-#include <functional>
-#include <gtest/gtest.h>
 #include <iostream>
-#include <memory>
-#include <set>
-#include <sstream>
 #include <sys/inotify.h>
 
 namespace vantoro::testing {
@@ -151,74 +143,56 @@ private:
     bool isBusy_;
 };
 
-/// What was said wrongly, with whom it was said of.
-class Faults {
-public:
-    void speakOf(const std::string& machine, const std::string& when) { about_ = machine + ", " + when + ": "; }
+void expectWithin(std::string_view what, Range range, double got) {
+    constexpr double tolerance = 0.01;
+    EXPECT_TRUE(got >= range.least - tolerance && got <= range.most + tolerance)
+        << fmt::format("{} is {:.4g}, not {:.4g} to {:.4g}", what, got, range.least, range.most);
+}
 
-    void expect(bool isTrue, const std::string& otherwise) {
-        if (!isTrue)
-            list_ += "  " + about_ + otherwise + "\n";
-    }
+void expectNowhere(std::string_view texts, const Words& words) {
+    for (const std::string& word : words)
+        if (const std::size_t at = texts.find(word); at != std::string_view::npos) {
+            const std::size_t start = at == 0 ? 0 : texts.rfind('\n', at - 1) + 1;
+            ADD_FAILURE() << "says \""
+                          << texts.substr(start, std::min<std::size_t>(200, texts.find('\n', at + word.size()) - start))
+                          << '"';
+        }
+}
 
-    void expectWithin(std::string_view what, Range range, double got) {
-        constexpr double tolerance = 0.01;
-        expect(got >= range.least - tolerance && got <= range.most + tolerance,
-               fmt::format("{} is {:.4g}, not {:.4g} to {:.4g}", what, got, range.least, range.most));
-    }
-
-    void expectNowhere(std::string_view texts, const Words& words) {
-        for (const std::string& word : words)
-            if (const std::size_t at = texts.find(word); at != std::string_view::npos) {
-                const std::size_t start = at == 0 ? 0 : texts.rfind('\n', at - 1) + 1;
-                std::string line(texts.substr(start, texts.find('\n', at + word.size()) - start));
-                std::ranges::replace(line, '\n', ' ');
-                expect(false, "says \"" + line.substr(0, 200) + "\"");
-            }
-    }
-
-    const std::string& list() const { return list_; }
-
-private:
-    std::string about_;
-    std::string list_;
-};
-
-std::string finished(const std::unique_ptr<ChildProgram>& program, Faults& faults) {
+std::string finished(const std::unique_ptr<ChildProgram>& program) {
     const int status = program->wait();
-    faults.expect(status == 0 && program->errors().empty(),
-                  fmt::format("ends with {} and {}", status, program->errors()));
+    EXPECT_TRUE(status == 0 && program->errors().empty())
+        << fmt::format("ends with {} and {}", status, program->errors());
     return program->output();
 }
 
-void expectFans(const ExpectedMachine& machine, const Snapshot& snapshot, bool isBusy, Faults& faults) {
+void expectFans(const ExpectedMachine& machine, const Snapshot& snapshot, bool isBusy) {
     const auto isLike = [](const ExpectedFan& expected, const FanReading& fan) {
         return std::abs(fan.rpm - expected.rpm) < 1 && std::abs(fan.minRPM - expected.minRPM) < 1 &&
                std::abs(fan.maxRPM - expected.maxRPM) < 1;
     };
     std::string all;
     for (const FanReading& fan : snapshot.fans) {
-        faults.expect((fan.maxRPM == 0 || snapshot.cooling == Cooling::fans) && fan.rpm < 30000,
-                      fmt::format("a fan at {} rpm reaches {}", fan.rpm, fan.maxRPM));
+        EXPECT_TRUE((fan.maxRPM == 0 || snapshot.cooling == Cooling::fans) && fan.rpm < 30000)
+            << fmt::format("a fan at {} rpm reaches {}", fan.rpm, fan.maxRPM);
         all += fmt::format(" {}/{}-{}", fan.rpm, fan.minRPM, fan.maxRPM);
     }
     for (const ExpectedFan& expected : isBusy ? std::vector<ExpectedFan>() : machine.fans)
-        faults.expect(std::ranges::any_of(snapshot.fans, [&](const FanReading& fan) { return isLike(expected, fan); }),
-                      fmt::format("no fan at {}/{}-{} rpm but{}", expected.rpm, expected.minRPM, expected.maxRPM, all));
+        EXPECT_TRUE(std::ranges::any_of(snapshot.fans, [&](const FanReading& fan) { return isLike(expected, fan); }))
+            << fmt::format("no fan at {}/{}-{} rpm but{}", expected.rpm, expected.minRPM, expected.maxRPM, all);
 }
 
-void expectFigures(const ExpectedMachine& machine, const std::string& recording, bool isBusy, Faults& faults) {
+void expectFigures(const ExpectedMachine& machine, const std::string& recording, bool isBusy) {
     std::optional<Snapshot> last;
     const RecordingResult result = readRecording(recording, [&last](Snapshot&& each) { last = std::move(each); });
-    if (result.error || !last)
-        return faults.expect(false, "a recording that is none");
-    faults.expect(machine.called.empty() || result.header.machine == machine.called,
-                  "it is called " + result.header.machine);
+    ASSERT_TRUE(!result.error && last) << "a recording that is none";
+    EXPECT_TRUE(machine.called.empty() || result.header.machine == machine.called)
+        << "it is called " + result.header.machine;
     const RecordedProcessors processors = result.header.processors.value_or(RecordedProcessors());
-    faults.expect(processors == machine.processors,
-                  fmt::format("{} large and {} small processors", processors.performance, processors.efficiency));
-    faults.expect(machine.hasCooling(last->cooling),
-                  fmt::format("cooling is {}", ExpectedMachine::coolings.at(static_cast<std::size_t>(last->cooling))));
+    EXPECT_TRUE(processors == machine.processors)
+        << fmt::format("{} large and {} small processors", processors.performance, processors.efficiency);
+    EXPECT_TRUE(machine.hasCooling(last->cooling))
+        << fmt::format("cooling is {}", ExpectedMachine::coolings.at(static_cast<std::size_t>(last->cooling)));
     const std::pair<const char*, double> figures[] = {{isBusy ? "busy-chip" : "chip", last->temps.soc},
                                                       {"enclosure", last->temps.enclosure},
                                                       {isBusy ? "" : "graphics", last->temps.gpu},
@@ -228,36 +202,36 @@ void expectFigures(const ExpectedMachine& machine, const std::string& recording,
                                                       {"processor-watts", last->power.cpuWatts.value_or(0)}};
     for (const auto& [name, figure] : figures)
         if (const std::optional<Range> range = machine.figure(name))
-            faults.expectWithin(name, *range, figure);
-    expectFans(machine, *last, isBusy, faults);
+            expectWithin(name, *range, figure);
+    expectFans(machine, *last, isBusy);
     const std::vector<CoreReading> cores = last->cores.value_or(std::vector<CoreReading>());
     const auto differs = [](int expected, const CoreReading& core) { return std::abs(core.megahertz - expected) > 1; };
     const auto [clock, core] = std::ranges::mismatch(machine.megahertz, cores, std::not_fn(differs));
     if (clock != machine.megahertz.end())
-        faults.expect(false, fmt::format("core {} of {} runs at {} MHz, not {}", clock - machine.megahertz.begin(),
-                                         cores.size(), core == cores.end() ? 0 : core->megahertz, *clock));
+        ADD_FAILURE() << fmt::format("core {} of {} runs at {} MHz, not {}", clock - machine.megahertz.begin(),
+                                     cores.size(), core == cores.end() ? 0 : core->megahertz, *clock);
 }
 
-void expectVerdict(const std::string& json, bool isBusy, Faults& faults) {
+void expectVerdict(const std::string& json, bool isBusy) {
     const std::string state = fieldOf(json, "state");
     const std::string texts = textsOf(json);
     if (isBusy) {
-        faults.expect(state != "idle", "is told to be at rest: " + fieldOf(json, "headline"));
-        faults.expect(contains(texts, "burner"), "nobody is named");
-        faults.expectNowhere(
-            texts, {"All quiet", "is idling", "is idle", "Nothing needs doing", "machine is cool", "\nSilent\n"});
+        EXPECT_TRUE(state != "idle") << "is told to be at rest: " + fieldOf(json, "headline");
+        EXPECT_TRUE(contains(texts, "burner")) << "nobody is named";
+        expectNowhere(texts,
+                      {"All quiet", "is idling", "is idle", "Nothing needs doing", "machine is cool", "\nSilent\n"});
     } else {
-        faults.expect(state == "idle" || state == "light", "is told to be at work: " + fieldOf(json, "headline"));
-        faults.expectNowhere(texts, {"oaring", "lat out", "because of", "\nHot\n"});
+        EXPECT_TRUE(state == "idle" || state == "light") << "is told to be at work: " + fieldOf(json, "headline");
+        expectNowhere(texts, {"oaring", "lat out", "because of", "\nHot\n"});
     }
     const std::string cooling = fieldOf(json, "cooling");
     if (cooling != "passive")
-        faults.expectNowhere(texts, {"no fans", "No fans", "anless", "without fans"});
+        expectNowhere(texts, {"no fans", "No fans", "anless", "without fans"});
     if (cooling == "load")
-        faults.expectNowhere(texts, {"heat", " fan", "Fan", "airflow", "floor", " vent", "warm", "hot ", "cool"});
+        expectNowhere(texts, {"heat", " fan", "Fan", "airflow", "floor", " vent", "warm", "hot ", "cool"});
     if (cooling == "heat")
-        faults.expectNowhere(texts, {"ceiling", "floor", "of its range"});
-    faults.expectNowhere(texts, {"\n0 W\n"});
+        expectNowhere(texts, {"ceiling", "floor", "of its range"});
+    expectNowhere(texts, {"\n0 W\n"});
 }
 
 struct Machine {
@@ -276,7 +250,7 @@ struct Machine {
 };
 
 /// What a handful of machines is said to be, beside the faults that are found at once.
-std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine>>& runs, Faults& faults) {
+std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine>>& runs) {
     std::vector<std::vector<std::unique_ptr<ChildProgram>>> programs(runs.size());
     for (std::size_t at = 0; at < runs.size(); ++at) {
         programs[at].push_back(runs[at]->idle.start({"--dump"}));
@@ -288,14 +262,14 @@ std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine
     std::vector<std::string> said;
     for (std::size_t at = 0; at < runs.size(); ++at) {
         const ExpectedMachine& machine = runs[at]->expected;
-        faults.speakOf(machine.name, "dumped");
-        said.push_back(finished(programs[at][0], faults));
+        SCOPED_TRACE(machine.name);
+        said.push_back(finished(programs[at][0]));
         for (const bool isBusy : {false, true}) {
-            faults.speakOf(machine.name, isBusy ? "busy" : "idle");
-            const std::string json = finished(programs[at][isBusy ? 3 : 1], faults);
-            finished(programs[at][isBusy ? 4 : 2], faults);
-            expectVerdict(json, isBusy, faults);
-            expectFigures(machine, (isBusy ? runs[at]->busy : runs[at]->idle).recording(), isBusy, faults);
+            SCOPED_TRACE(isBusy ? "busy" : "idle");
+            const std::string json = finished(programs[at][isBusy ? 3 : 1]);
+            finished(programs[at][isBusy ? 4 : 2]);
+            expectVerdict(json, isBusy);
+            expectFigures(machine, (isBusy ? runs[at]->busy : runs[at]->idle).recording(), isBusy);
             said.back() += textsOf(json);
         }
     }
@@ -306,7 +280,6 @@ TEST(Machines, AreToldTruly) {
     const char* const only = std::getenv("VANTORO_MACHINE");
     // The check takes its seconds, most of them asleep: some at once, and the others meanwhile in handfuls.
     constexpr std::size_t handful = 4;
-    Faults faults;
     std::vector<std::vector<std::unique_ptr<Machine>>> handfuls;
     std::set<std::filesystem::path> fixtures;
     for (const auto& entry : std::filesystem::directory_iterator(VANTORO_FIXTURES "/linux-machines"))
@@ -319,31 +292,29 @@ TEST(Machines, AreToldTruly) {
         handfuls.back().push_back(std::make_unique<Machine>(ExpectedMachine(fixture)));
     }
     for (const auto& runs : handfuls) {
-        const std::vector<std::string> said = runAndExplain(runs, faults);
+        const std::vector<std::string> said = runAndExplain(runs);
         for (std::size_t at = 0; at < runs.size(); ++at) {
             const ExpectedMachine& machine = runs[at]->expected;
-            faults.speakOf(machine.name, "anywhere");
-            const std::string texts = said[at] + withoutBusiest(finished(runs[at]->check, faults));
+            SCOPED_TRACE(machine.name);
+            const std::string texts = said[at] + withoutBusiest(finished(runs[at]->check));
             if (only != nullptr)
                 std::cout << texts;
             const std::string woken = runs[at]->watch ? runs[at]->watch->read() : "";
-            faults.expect(woken.empty(), "is woken to read" + woken);
+            EXPECT_TRUE(woken.empty()) << "is woken to read" + woken;
             for (const std::string& choices : machine.says)
-                faults.expect(
-                    std::ranges::any_of(split(choices), [&](const auto& one) { return contains(texts, one); }),
-                    "does not say \"" + choices + "\"");
-            faults.expectNowhere(texts, machine.never);
-            faults.expectNowhere(texts, split("This Mac|this Mac|Your Mac|your Mac|macOS|Apple silicon|Apple Silicon|"
-                                              "AppleSMC|IOReport|setuid|host_processor_info|charger brick| nan|-nan|"
-                                              " inf|eft fan|Left\n|ight fan|Right\n| 0E | 0 efficiency|-0 |"
-                                              "\x1b|\x9b|\xff|\x07"));
+                EXPECT_TRUE(std::ranges::any_of(split(choices), [&](const auto& one) { return contains(texts, one); }))
+                    << "does not say \"" + choices + "\"";
+            expectNowhere(texts, machine.never);
+            expectNowhere(texts, split("This Mac|this Mac|Your Mac|your Mac|macOS|Apple silicon|Apple Silicon|"
+                                       "AppleSMC|IOReport|setuid|host_processor_info|charger brick| nan|-nan|"
+                                       " inf|eft fan|Left\n|ight fan|Right\n| 0E | 0 efficiency|-0 |"
+                                       "\x1b|\x9b|\xff|\x07"));
             if (!machine.onBattery)
-                faults.expectNowhere(texts, {"on battery"});
+                expectNowhere(texts, {"on battery"});
             if (!machine.isBuiltWithoutFans && !machine.hasCooling(Cooling::passive))
-                faults.expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
+                expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
         }
     }
-    EXPECT_TRUE(faults.list().empty()) << faults.list();
 }
 
 } // namespace

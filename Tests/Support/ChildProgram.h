@@ -4,15 +4,12 @@
 #include "Support/Folders.h"
 #include "Support/Golden.h"
 
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
-#include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace vantoro::testing {
 

@@ -1,7 +1,8 @@
 // Waiting for things to happen, never for time to pass.
 #pragma once
 
-#include <chrono>
+#include "Support/Testing.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>

@@ -3,11 +3,7 @@
 
 #include "Model/Text/Format.h"
 
-#include <functional>
-#include <map>
-#include <optional>
-#include <string>
-#include <string_view>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

@@ -1,13 +1,7 @@
 // Folders that the platform tests read: recorded machines, and machines made up in passing.
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <string>
-#include <string_view>
-#include <system_error>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

@@ -2,11 +2,7 @@
 // VANTORO_WRITE_GOLDEN=1 and read what `git diff` says.
 #pragma once
 
-#include <cstdlib>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <sstream>
-#include <string>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

@@ -3,11 +3,7 @@
 
 #include "Model/History/History.h"
 
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

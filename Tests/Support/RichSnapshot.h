@@ -3,9 +3,7 @@
 
 #include "Model/Records/Telemetry.h"
 
-#include <cstdint>
-#include <limits>
-#include <string>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

@@ -3,9 +3,7 @@
 
 #include "Platform/ProcessControl.h"
 
-#include <algorithm>
-#include <map>
-#include <utility>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

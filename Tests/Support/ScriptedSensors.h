@@ -6,17 +6,10 @@
 #include "Platform/Processors.h"
 #include "Platform/SMCService.h"
 #include "Platform/StateReport.h"
+#include "Support/Testing.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cstring>
-#include <map>
-#include <optional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace vantoro::testing {
 
@@ -118,13 +111,10 @@ private:
     Key count_;
 };
 
-/// The cores' residencies; each sample shows what `channels` holds at that moment.
-class ScriptedStates : public StateReport {
+/// A report whose samples show what `channels` holds at that moment.
+template <class Report, class Sample, class Channel>
+class ScriptedReport : public Report {
 public:
-    struct Channel {
-        std::optional<std::string> name;
-        std::vector<std::pair<std::optional<std::string>, std::uint64_t>> states;
-    };
     std::vector<Channel> channels;
     bool loads = true;
     bool subscribes = true;
@@ -132,27 +122,68 @@ public:
 
     bool load() override { return loads; }
     bool subscribe() override { return subscribes; }
-    std::unique_ptr<StateSample> sample() override { return samples ? std::make_unique<Sample>(channels) : nullptr; }
+    std::unique_ptr<Sample> sample() override { return samples ? take(channels) : nullptr; }
 
-private:
-    class Sample : public StateSample {
+protected:
+    virtual std::unique_ptr<Sample> take(const std::vector<Channel>& now) = 0;
+
+    class Channels : public Sample {
     public:
-        explicit Sample(std::vector<Channel> channels) : channels_(std::move(channels)) {}
+        explicit Channels(std::vector<Channel> channels) : channels_(std::move(channels)) {}
         int channelCount() const override { return static_cast<int>(channels_.size()); }
         std::optional<std::string_view> channelName(int channel) const override { return at(channel).name; }
+
+    protected:
+        const Channel& at(int channel) const { return channels_.at(static_cast<std::size_t>(channel)); }
+
+    private:
+        std::vector<Channel> channels_;
+    };
+};
+
+struct StateChannel {
+    std::optional<std::string> name;
+    std::vector<std::pair<std::optional<std::string>, std::uint64_t>> states;
+};
+
+/// The cores' residencies.
+class ScriptedStates : public ScriptedReport<StateReport, StateSample, StateChannel> {
+    class Now : public Channels {
+    public:
+        using Channels::Channels;
         int stateCount(int channel) const override { return static_cast<int>(at(channel).states.size()); }
-        std::uint64_t residency(int channel, int state) const override { return state_(channel, state).second; }
+        std::uint64_t residency(int channel, int state) const override { return of(channel, state).second; }
         std::optional<std::string_view> stateName(int channel, int state) const override {
-            return state_(channel, state).first;
+            return of(channel, state).first;
         }
 
     private:
-        const Channel& at(int channel) const { return channels_.at(static_cast<std::size_t>(channel)); }
-        const std::pair<std::optional<std::string>, std::uint64_t>& state_(int channel, int state) const {
+        const std::pair<std::optional<std::string>, std::uint64_t>& of(int channel, int state) const {
             return at(channel).states.at(static_cast<std::size_t>(state));
         }
-        std::vector<Channel> channels_;
     };
+    std::unique_ptr<StateSample> take(const std::vector<StateChannel>& now) override {
+        return std::make_unique<Now>(now);
+    }
+};
+
+struct EnergyChannel {
+    std::optional<std::string> name;
+    std::optional<std::string> unit;
+    std::int64_t value = 0;
+};
+
+/// The energy counters.
+class ScriptedEnergy : public ScriptedReport<EnergyReport, EnergySample, EnergyChannel> {
+    class Now : public Channels {
+    public:
+        using Channels::Channels;
+        std::optional<std::string_view> unitLabel(int channel) const override { return at(channel).unit; }
+        std::int64_t value(int channel) const override { return at(channel).value; }
+    };
+    std::unique_ptr<EnergySample> take(const std::vector<EnergyChannel>& now) override {
+        return std::make_unique<Now>(now);
+    }
 };
 
 /// The voltage-state tables: kilohertz per entry.
@@ -196,38 +227,6 @@ public:
 
     private:
         Properties properties_;
-    };
-};
-
-/// The energy counters; each sample shows what `channels` holds at that moment.
-class ScriptedEnergy : public EnergyReport {
-public:
-    struct Channel {
-        std::optional<std::string> name;
-        std::optional<std::string> unit;
-        std::int64_t value = 0;
-    };
-    std::vector<Channel> channels;
-    bool loads = true;
-    bool subscribes = true;
-    bool samples = true;
-
-    bool load() override { return loads; }
-    bool subscribe() override { return subscribes; }
-    std::unique_ptr<EnergySample> sample() override { return samples ? std::make_unique<Sample>(channels) : nullptr; }
-
-private:
-    class Sample : public EnergySample {
-    public:
-        explicit Sample(std::vector<Channel> channels) : channels_(std::move(channels)) {}
-        int channelCount() const override { return static_cast<int>(channels_.size()); }
-        std::optional<std::string_view> channelName(int channel) const override { return at(channel).name; }
-        std::optional<std::string_view> unitLabel(int channel) const override { return at(channel).unit; }
-        std::int64_t value(int channel) const override { return at(channel).value; }
-
-    private:
-        const Channel& at(int channel) const { return channels_.at(static_cast<std::size_t>(channel)); }
-        std::vector<Channel> channels_;
     };
 };
 

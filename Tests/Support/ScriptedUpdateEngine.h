@@ -3,8 +3,7 @@
 
 #include "Model/Text/Release.h"
 #include "Platform/UpdateEngine.h"
-
-#include <vector>
+#include "Support/Testing.h"
 
 namespace vantoro::testing {
 

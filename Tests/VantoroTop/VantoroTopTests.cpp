@@ -6,12 +6,6 @@
 #include "Model/Text/Utf8.h"
 #include "Support/ChildProgram.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace vantoro::top {
 namespace {
 
@@ -35,10 +29,7 @@ TEST(VantoroTop, RefusesOtherArguments) {
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_TRUE(std::holds_alternative<BadRequest>(
             parse({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)})));
-    struct Case {
-        std::size_t place;
-        const char* value;
-    };
+    using Case = std::tuple<std::size_t, const char*>;
     for (const auto& [place, value] :
          {Case{1, "-1"}, Case{1, "1x"}, Case{1, ""}, Case{3, "0"}, Case{3, "2.5"}, Case{5, "99999999999"},
           Case{7, "mem"}, Case{9, "pid"}, Case{9, "pid,command,cpu,mem,power,user,"}, Case{0, "-L"}, Case{11, "0"}}) {

@@ -5,52 +5,15 @@
 #include "Design/Controls/SegmentedControl.h"
 #include "Model/Recording/RecordingFile.h"
 #include "Support/ScriptedProcesses.h"
+#include "Support/ScriptedReaders.h"
 #include "Views/Shared/View.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <QApplication>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace vantoro::testing {
-
-/// Sensors and cores as a test sets them.
-class StageSensors : public SensorReader, public CoreSource {
-public:
-    explicit StageSensors(Cooling cooling = Cooling::fans) : cools(cooling) {}
-
-    bool isOpen() const override { return openable; }
-    Cooling cooling() const override { return cools; }
-    int fanCount() const override { return fans; }
-    int sensorCount() const override { return sensors; }
-    bool hasGPUSensors() const override { return hasGPU; }
-    double maxPerformanceMHz() const override { return performanceMHz; }
-    double maxEfficiencyMHz() const override { return efficiencyMHz; }
-    std::vector<FanReading> readFans() override { return fanList; }
-    Temperatures readTemperatures() override { return temperatures; }
-    PowerReading readPower() override { return {}; }
-    std::optional<std::size_t> dieSensorCount() const override { return dieCount; }
-    std::vector<double> readDieSensors() override { return dieSensors; }
-    std::vector<double> readGPUSensors() override { return gpuSensors; }
-    void sample() override {}
-    const std::vector<Core>& cores() const override { return coreList; }
-
-    bool openable = true;
-    Cooling cools;
-    int fans = 2;
-    int sensors = 148;
-    std::vector<FanReading> fanList;
-    Temperatures temperatures;
-    std::vector<double> dieSensors;
-    std::vector<double> gpuSensors;
-    std::vector<Core> coreList;
-    bool hasGPU = true;
-    std::optional<std::size_t> dieCount;
-    double performanceMHz = 4056;
-    double efficiencyMHz = 2748;
-};
 
 class StageMachine : public Machine {
 public:
@@ -72,7 +35,7 @@ inline void clickSegment(QWidget& parent, qsizetype index) {
 
 struct Stage {
     explicit Stage(Theme::Appearance appearance = Theme::Appearance::dark, Cooling cooling = Cooling::fans)
-        : theme(appearance), sensors(std::make_shared<StageSensors>(cooling)) {}
+        : theme(appearance), sensors(std::make_shared<ScriptedReaders>(cooling)) {}
 
     /// Feeds a recording from Fixtures/recordings, whole.
     void play(const std::string& name) {
@@ -141,7 +104,7 @@ struct Stage {
     AnimationClock clock{[this] { return seconds; }};
     Look look{theme, icons, clock, motion};
     double wallSeconds = 1772357000;
-    std::shared_ptr<StageSensors> sensors;
+    std::shared_ptr<ScriptedReaders> sensors;
     std::shared_ptr<ScriptedProcesses> processes = std::make_shared<ScriptedProcesses>();
     std::shared_ptr<StageMachine> machine = std::make_shared<StageMachine>();
     SensorHub hub{Platform{.processControl = processes, .machine = machine}, SensorSources{sensors, sensors, nullptr},

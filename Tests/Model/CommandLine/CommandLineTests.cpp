@@ -3,10 +3,7 @@
 #include "Model/Explanation/Reports.h"
 #include "Model/Records/SystemWords.h"
 #include "Model/Text/TerminalText.h"
-
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -51,32 +48,20 @@ TEST(CommandLine, NoSwitchOfTheTableIsPassedOver) {
 }
 
 TEST(CommandLine, EachFaultHasOneLine) {
-    const std::string long_(5000, 'x');
-    for (const Arguments& arguments : std::vector<Arguments>{{"--nonsense"},
-                                                             {"file"},
-                                                             {""},
-                                                             {"--explain", "--seconds"},
-                                                             {"--explain=yes"},
-                                                             {"--explain", "--seconds", "0"},
-                                                             {"--seconds", "-1"},
-                                                             {"--explain", "--seconds", "1e400"},
-                                                             {"--explain", "--seconds", "nan"},
-                                                             {"--explain", "--seconds", "2x"},
-                                                             {"--json"},
-                                                             {"--record"},
-                                                             {"--record="},
-                                                             {"--record", "--explain"},
-                                                             {"--record=--explain"},
-                                                             {"--explain", "--replay", "--json"},
-                                                             {"--explain", "--seconds", "--json"},
-                                                             {"--record", "f", "--explain"},
-                                                             {"--record", "f", "--replay", "g"},
-                                                             {"--explain", "--replay", "g", "--seconds", "2"},
-                                                             {"--seconds", "3"},
-                                                             {"--dump=yes"},
-                                                             {"--explain", "--simulate", "--replay", "g"},
-                                                             {"bad\nname\x1b[31m\u009b\u202E\xFF"},
-                                                             {long_}}) {
+    std::vector<std::string> lines{"bad\nname\x1b[31m\u009b\u202E\xFF", std::string(5000, 'x'), ""};
+    std::istringstream rest("--nonsense|file|--explain --seconds|--explain=yes|--explain --seconds 0|--seconds -1|"
+                            "--explain --seconds 1e400|--explain --seconds nan|--explain --seconds 2x|--json|--record|"
+                            "--record=|--record --explain|--record=--explain|--explain --replay --json|"
+                            "--explain --seconds --json|--record f --explain|--record f --replay g|"
+                            "--explain --replay g --seconds 2|--seconds 3|--dump=yes|--explain --simulate --replay g");
+    for (std::string line; std::getline(rest, line, '|');)
+        lines.push_back(line);
+    for (const std::string_view line : lines) {
+        Arguments arguments;
+        for (std::size_t at = 0, end = 0; end < line.size() || arguments.empty(); at = end + 1) {
+            end = std::min(line.find(' ', at), line.size());
+            arguments.push_back(line.substr(at, end - at));
+        }
         const auto parsed = parseCommandLine(arguments);
         ASSERT_TRUE(std::holds_alternative<CommandLineError>(parsed)) << arguments[0];
         const std::string& reason = std::get<CommandLineError>(parsed).reason;

@@ -2,9 +2,6 @@
 #include "Model/Explanation/Reports.h"
 #include "Support/HistoryBuilder.h"
 
-#include <functional>
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 

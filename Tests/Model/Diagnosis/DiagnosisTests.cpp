@@ -2,18 +2,13 @@
 
 #include "Support/HistoryBuilder.h"
 
-#include <gtest/gtest.h>
-
 namespace vantoro {
 
 using namespace vantoro::testing;
 
 TEST(Diagnosis, BandsTheLoad) {
     using enum StressLevel;
-    struct Case {
-        double load;
-        StressLevel state;
-    };
+    using Case = std::tuple<double, StressLevel>;
     for (const auto& [load, state] :
          {Case{0.0, idle}, Case{0.0599, idle}, Case{0.06, light}, Case{0.2199, light}, Case{0.22, moderate},
           Case{0.4799, moderate}, Case{0.48, heavy}, Case{0.7799, heavy}, Case{0.78, extreme}, Case{1, extreme}})
@@ -55,12 +50,7 @@ TEST(Diagnosis, TheLargestWaitIsToldAndOnlyWhatIsFelt) {
 }
 
 TEST(Diagnosis, SeverityFollowsTheStateUnlessHeatPresses) {
-    struct Case {
-        double load;
-        ThermalPressure pressure;
-        double idlePercent;
-        Severity severity;
-    };
+    using Case = std::tuple<double, ThermalPressure, double, Severity>;
     using enum ThermalPressure;
     for (const auto& [load, pressure, idlePercent, severity] :
          {Case{0, nominal, 100, Severity::calm}, Case{0.1, nominal, 40, Severity::calm},
@@ -77,10 +67,7 @@ TEST(Diagnosis, SeverityFollowsTheStateUnlessHeatPresses) {
 }
 
 TEST(Diagnosis, WordsDurations) {
-    struct Case {
-        double seconds;
-        const char* text;
-    };
+    using Case = std::tuple<double, const char*>;
     for (const auto& [seconds, text] :
          {Case{0.0, "0 seconds"}, Case{46.9, "46 seconds"}, Case{89.9, "89 seconds"}, Case{90, "2 minutes"},
           Case{149, "2 minutes"}, Case{150, "3 minutes"}, Case{3569, "59 minutes"}, Case{3570, "an hour"},

@@ -1,11 +1,7 @@
 #include "Model/Diagnosis/ProcessKnowledge.h"
 
 #include "Model/Diagnosis/LinuxNotes.h"
-
-#include <gtest/gtest.h>
-#include <map>
-#include <set>
-#include <sstream>
+#include "Support/Testing.h"
 
 namespace vantoro {
 
@@ -50,8 +46,9 @@ TEST(ProcessKnowledge, EverySystemHasItsOwnTable) {
 
 TEST(ProcessKnowledge, AServiceIsKnownByItsPrograms) {
     ProcessGroup group{.displayName = "ssh", .kind = ProcessKind::systemDaemon};
-    for (const char* name : {"unheard-of", "sshd"})
-        group.members.push_back({.displayName = name, .kind = ProcessKind::systemDaemon});
+    for (const char* name : {"sshd", "unheard-of"})
+        group.members.push_back(
+            {.displayName = name, .kind = ProcessKind::systemDaemon, .averageCPU = name[0] == 's' ? 30.0 : 10.0});
     EXPECT_NE(friendlyName(group, SystemKind::gnuLinux), "ssh");
     EXPECT_EQ(friendlyName(group, SystemKind::macos), "ssh");
     group.kind = ProcessKind::commandLine;
@@ -84,12 +81,7 @@ TEST(ProcessKnowledge, EveryLinuxNoteReadsOnInASentenceAndNamesNobodyTwice) {
 
 TEST(ProcessKnowledge, TellsWhoIsBusyOnLinux) {
     using enum ProcessKind;
-    struct Case {
-        const char* name;
-        ProcessKind kind;
-        const char* friendly;
-        bool selfResolving, quittable;
-    };
+    using Case = std::tuple<const char*, ProcessKind, const char*, bool, bool>;
     for (const auto& [name, kind, friendly, selfResolving, quittable] :
          {Case{"tracker-miner-fs-3", systemDaemon, "File indexing", true, false},
           Case{"localsearch-extractor-3", systemDaemon, "File indexing", true, false},

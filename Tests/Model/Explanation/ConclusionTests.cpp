@@ -7,10 +7,7 @@
 #include "Support/Golden.h"
 #include "Support/HistoryBuilder.h"
 
-#include <cmath>
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <limits>
 
 namespace vantoro {
 namespace {

@@ -3,10 +3,7 @@
 #include "Support/Golden.h"
 #include "Support/RichSnapshot.h"
 
-#include <gtest/gtest.h>
-#include <limits>
 #include <nlohmann/json.hpp>
-#include <string>
 
 namespace vantoro {
 namespace {

@@ -2,8 +2,6 @@
 
 #include "Support/HistoryBuilder.h"
 
-#include <gtest/gtest.h>
-
 namespace vantoro {
 
 using namespace vantoro::testing;
@@ -20,11 +18,7 @@ History historyOf(int count, double interval = 1) {
 } // namespace
 
 TEST(ChartSeries, ThinsLongRunsToAbout120PointsOfTheLastQuarterOfAnHour) {
-    struct Case {
-        int snapshots;
-        std::size_t points;
-        double last;
-    };
+    using Case = std::tuple<int, std::size_t, double>;
     for (const auto& [snapshots, points, last] :
          {Case{1, 1, 0}, Case{239, 239, 238}, Case{240, 120, 238}, Case{359, 180, 358}, Case{361, 121, 360}}) {
         const ChartSeries series = chartSeries(historyOf(snapshots));

@@ -2,9 +2,6 @@
 
 #include "Support/HistoryBuilder.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <map>
 #include <numeric>
 #include <random>
 
@@ -105,11 +102,7 @@ TEST(History, DropsWhatIsOlderThanTheRetention) {
 
 TEST(History, WindowsAreHalfOpenAndAlwaysInRange) {
     const History history = everyTwoSeconds(10); // 0, 2 … 18
-    struct Case {
-        double from;
-        double to;
-        std::size_t count;
-    };
+    using Case = std::tuple<double, double, std::size_t>;
     for (const auto& [from, to, count] : {Case{4, 8, 2}, Case{3, 9, 3}, Case{4, 4, 0}, Case{8, 4, 0}, Case{-9, 99, 10},
                                           Case{18, 99, 1}, Case{19, 99, 0}, Case{-9, 0, 0}})
         EXPECT_EQ(history.slice(from, to).size(), count) << from << " to " << to;
@@ -122,13 +115,7 @@ TEST(History, WindowsAreHalfOpenAndAlwaysInRange) {
 }
 
 TEST(History, LooksForTheCauseBeforeTheEffectWhenItCan) {
-    struct Case {
-        int seconds;
-        int firstAgeWithRows;
-        int lastAgeWithRows;
-        double oldestAge;
-        double newestAge;
-    };
+    using Case = std::tuple<int, int, int, double, double>;
     for (const auto& [seconds, first, last, oldestAge, newestAge] :
          {Case{200, 200, 0, 75, 16}, Case{200, 40, 40, 75, 16}, Case{10, 10, 0, 10, 0}, // too short for the window
           Case{200, 15, 0, 75, 0},                                                      // no row in the window
@@ -366,13 +353,7 @@ TEST(ProcessAggregation, GraphicsWorkIsTheMeanOverAllOfTheWindow) {
 }
 
 TEST(ProcessAggregation, TellsWhatNoRowAccountsFor) {
-    struct Case {
-        const char* what;
-        double busyPercent;
-        std::vector<ProcessSample> rows;
-        std::optional<int> processors;
-        std::optional<double> rest;
-    };
+    using Case = std::tuple<const char*, double, std::vector<ProcessSample>, std::optional<int>, std::optional<double>>;
     std::vector<ProcessSample> crowd;
     for (int pid = 0; pid < 30; ++pid)
         crowd.push_back(process(pid, "p", 20 - 0.5 * pid));

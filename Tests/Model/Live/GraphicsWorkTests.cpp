@@ -3,11 +3,6 @@
 
 #include "Support/HistoryBuilder.h"
 
-#include <gtest/gtest.h>
-#include <memory>
-#include <optional>
-#include <vector>
-
 namespace vantoro {
 namespace {
 

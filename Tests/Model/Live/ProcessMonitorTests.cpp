@@ -3,18 +3,14 @@
 
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Support/EventLoop.h"
+#include "Support/Testing.h"
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
 #include <QTemporaryDir>
-#include <string>
 #include <sys/wait.h>
 #include <thread>
-#include <vector>
 
 namespace vantoro {
 namespace {

@@ -3,9 +3,8 @@
 
 #include "Support/EventLoop.h"
 #include "Support/ScriptedProcesses.h"
+#include "Support/Testing.h"
 
-#include <fstream>
-#include <gtest/gtest.h>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -59,26 +58,6 @@ TEST_F(ReplayTest, KeepsTheRecordedPaceAndTheHubStaysOutOfIt) {
     EXPECT_FALSE(hub.quits().question({.members = {{.pid = 12345}}}).has_value());
     hub.quits().begin({.key = "App", .processes = {{.pid = 12345, .birth = 1}}});
     EXPECT_TRUE(processes->sent.empty()) << "the recorded number is another process's by now";
-}
-
-TEST_F(ReplayTest, CoresAndSingleSensorsAreThoseOfTheRecording) {
-    hub.beginReplay("Another Mac", RecordedProcessors{.performance = 6, .efficiency = 2});
-    hub.accept({.timestamp = 1});
-    EXPECT_TRUE(hub.lacksSingleSensors());
-    EXPECT_FALSE(hub.coresAreMeasured());
-    EXPECT_EQ(hub.processors(), (RecordedProcessors{.performance = 6, .efficiency = 2}));
-    Snapshot snapshot{.timestamp = 2};
-    snapshot.cores = {{{false, 10, 900}, {true, 50, 3000}, {true, 60, 0}}};
-    snapshot.dieSensors = {{70, 50}};
-    snapshot.gpuSensors.emplace();
-    hub.accept(snapshot);
-    EXPECT_EQ(hub.cores(), (std::vector<Core>{{0, false, 0.1, 900, 0}, {1, true, 0.5, 3000, 0}, {2, true, 0.6, 0, 1}}));
-    EXPECT_EQ(hub.dieSensors(), (std::vector<double>{50, 70}));
-    EXPECT_TRUE(hub.hasDieSensors() && !hub.hasGPUSensors() && !hub.lacksSingleSensors());
-    EXPECT_FALSE(hub.history().snapshots().back().cores) << "they are of the moment";
-    EXPECT_EQ(hub.processors(), (RecordedProcessors{.performance = 2, .efficiency = 1}));
-    hub.accept({.timestamp = 3});
-    EXPECT_TRUE(hub.cores().empty() && hub.dieSensors().empty());
 }
 
 TEST_F(ReplayTest, RefusesTheWholeOfABadRecordingBeforeItBegins) {

@@ -3,10 +3,9 @@
 #include "Platform/System.h"
 
 #include "Support/EventLoop.h"
+#include "Support/ScriptedReaders.h"
+#include "Support/Testing.h"
 
-#include <fstream>
-#include <gtest/gtest.h>
-#include <map>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -15,43 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::waitUntil;
-
-class FakeSensors : public SensorReader, public CoreSource, public GPUPowerSource {
-public:
-    bool isOpen() const override { return open; }
-    Cooling cooling() const override { return cools; }
-    int fanCount() const override { return 2; }
-    int sensorCount() const override { return 41; }
-    std::vector<FanReading> readFans() override { return fans; }
-    Temperatures readTemperatures() override { return {.soc = soc}; }
-    PowerReading readPower() override { return {.systemWatts = 20, .gpuWatts = 99}; }
-    std::vector<double> readDieSensors() override {
-        ++dieReads;
-        return dies;
-    }
-    std::vector<double> latestDieSensors() const override { return dies; }
-    std::optional<std::size_t> dieSensorCount() const override { return dieCount; }
-    double maxPerformanceMHz() const override { return announcedMHz; }
-    std::vector<double> readGPUSensors() override { return gpus; }
-    void sample() override {}
-    void setReadsClocks(bool reads) override { readsClocks = reads; }
-    const std::vector<Core>& cores() const override { return coreList; }
-    double sampleWatts() override { return ++gpuLooks, gpuWatts; }
-
-    bool open = true;
-    Cooling cools = Cooling::fans;
-    double soc = 50;
-    double gpuWatts = 3.5;
-    int gpuLooks = 0;
-    std::vector<FanReading> fans{{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
-    std::vector<double> dies;
-    std::optional<std::size_t> dieCount;
-    int dieReads = 0;
-    bool readsClocks = true;
-    double announcedMHz = 4000;
-    std::vector<double> gpus;
-    std::vector<Core> coreList{{.index = 0}};
-};
 
 class FixedThermalState : public ThermalState {
 public:
@@ -76,6 +38,12 @@ protected:
         environment.processTiming.firstFallbackSample = 1ms;
         environment.processMode = "unprivileged";
         platform.thermalState = thermal;
+        sensors->temperatures.soc = 50;
+        sensors->power = {.systemWatts = 20, .gpuWatts = 99};
+        sensors->fanList = {{.index = 0, .rpm = 1500, .minRPM = 1000, .maxRPM = 3000}};
+        sensors->coreList = {{.index = 0}};
+        sensors->performanceMHz = 4000;
+        sensors->sensors = 41;
     }
 
     SensorHub& makeHub() {
@@ -87,7 +55,7 @@ protected:
     Settings settings;
     HubEnvironment environment{};
     UnixSeconds now = 1000;
-    std::shared_ptr<FakeSensors> sensors = std::make_shared<FakeSensors>();
+    std::shared_ptr<testing::ScriptedReaders> sensors = std::make_shared<testing::ScriptedReaders>();
     std::shared_ptr<FixedThermalState> thermal = std::make_shared<FixedThermalState>();
     Platform platform;
     std::unique_ptr<SensorHub> hub;
@@ -165,10 +133,10 @@ TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
     EXPECT_EQ(series.count(), 4) << "once each tick";
     EXPECT_EQ(verdicts.count(), 8) << "published, then concluded again";
     EXPECT_EQ(transactions.count(), 4) << "a tick is shown as one";
-    sensors->soc = 50.3;
+    sensors->temperatures.soc = 50.3;
     subject.tick();
     EXPECT_EQ(vitals.count(), 0) << "less than a shown step";
-    sensors->soc = 90;
+    sensors->temperatures.soc = 90;
     subject.tick();
     EXPECT_EQ(vitals.count(), 1);
 }
@@ -176,8 +144,8 @@ TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
 TEST_F(SensorHubTest, SingleSensorsAreReadForThePaneOnlyAndAPartialReadingKeepsTheLast) {
     SensorHub& subject = makeHub();
     const auto readWith = [&](std::vector<double> dies, std::vector<double> gpus) {
-        sensors->dies = std::move(dies);
-        sensors->gpus = std::move(gpus);
+        sensors->dieSensors = std::move(dies);
+        sensors->gpuSensors = std::move(gpus);
         subject.tick();
         return std::pair(subject.dieSensors(), subject.gpuSensors());
     };
@@ -196,7 +164,7 @@ TEST_F(SensorHubTest, AFewSensorsAreShownWhereThereAreNoMore) {
     subject.setCoresPaneVisible(true);
     const auto shownOf = [&](std::size_t known, std::vector<double> dies) {
         sensors->dieCount = known;
-        sensors->dies = std::move(dies);
+        sensors->dieSensors = std::move(dies);
         subject.tick();
         return subject.dieSensors();
     };
@@ -225,14 +193,14 @@ TEST_F(SensorHubTest, ABoostBeyondWhatIsAnnouncedIsTheNewCeiling) {
     sensors->coreList[0].megahertz = 1000;
     subject.tick();
     EXPECT_EQ(subject.coreCeilingMHz(true), 4250);
-    sensors->announcedMHz = 0;
+    sensors->performanceMHz = 0;
     EXPECT_EQ(subject.coreCeilingMHz(true), 0) << "what was seen is no limit where none is announced";
 }
 
 TEST_F(SensorHubTest, ARecordingHoldsCoresAndSingleSensorsWithoutReadingThemTwice) {
     platform.system = SystemKind::gnuLinux;
     SensorHub& subject = makeHub();
-    sensors->dies = {50, 61};
+    sensors->dieSensors = {50, 61};
     sensors->coreList = {{.isPerformance = true, .busy = 0.25, .megahertz = 3000}, {.index = 1}};
     EXPECT_EQ(subject.recordingHeader(0).processors, (RecordedProcessors{.performance = 1, .efficiency = 1}));
     EXPECT_EQ(subject.recordingHeader(0).system, SystemKind::gnuLinux);
@@ -242,12 +210,12 @@ TEST_F(SensorHubTest, ARecordingHoldsCoresAndSingleSensorsWithoutReadingThemTwic
     Snapshot second = subject.measure(2);
     subject.addSingleReadings(second);
     EXPECT_EQ(second.cores, (std::vector<CoreReading>{{true, 25, 3000}, {}}));
-    EXPECT_EQ(second.dieSensors, sensors->dies);
+    EXPECT_EQ(second.dieSensors, sensors->dieSensors);
     EXPECT_EQ(sensors->dieReads, 0);
 }
 
 TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) {
-    sensors->open = false;
+    sensors->openable = false;
     sensors->cools = Cooling::passive;
     SensorHub& closed = makeHub();
     closed.start();
@@ -259,11 +227,11 @@ TEST_F(SensorHubTest, AMachineWhoseSensorsCannotBeReadIsNotTakenForAFanlessOne) 
     EXPECT_EQ(makeHub().cooling(), Cooling::load) << "a Mac without sensors is broken, other machines may have none";
     platform.system = SystemKind::macos;
 
-    sensors->open = true;
-    sensors->soc = 0;
+    sensors->openable = true;
+    sensors->temperatures.soc = 0;
     EXPECT_EQ(makeHub().verdict().headline, "Waiting for the chip");
     EXPECT_EQ(makeHub().verdict().stateLabel(), "Measuring");
-    sensors->soc = 40;
+    sensors->temperatures.soc = 40;
     EXPECT_EQ(makeHub().verdict().headline, "All cool");
     EXPECT_EQ(makeHub().sensorSummary(), "No fans · 41 sensors");
 }
@@ -303,10 +271,15 @@ TEST_F(SensorHubTest, GoesByASettingAsSoonAsItIsStored) {
     settings.store(Setting::sampleInterval, 0.5);
     QCoreApplication::processEvents();
     EXPECT_EQ(subject.processSource().kind, ProcessMonitor::Source::Kind::starting) << "nothing runs before it starts";
+    for (const double second : {5000, 6000})
+        subject.accept({.timestamp = second});
     settings.store(Setting::historyMinutes, 15);
-    EXPECT_EQ(subject.history().retentionSeconds(), 900);
+    EXPECT_EQ(subject.history().snapshots().size(), 1U) << "at once";
     settings.store(Setting::historyMinutes, -1);
-    EXPECT_EQ(subject.history().retentionSeconds(), 1800) << "the default";
+    subject.accept({.timestamp = 7700});
+    EXPECT_EQ(subject.history().snapshots().size(), 2U) << "the default";
+    subject.accept({.timestamp = 7801});
+    EXPECT_EQ(subject.history().snapshots().size(), 2U);
     EXPECT_EQ(written.count(), 0);
     settings.store(Setting::temperatureUnit, "F");
     EXPECT_EQ(written.count(), 1);
@@ -404,17 +377,6 @@ TEST_F(SensorHubTest, NeverSamplesTwiceInAMomentNorTakesGraphicsPowerOverNextToN
     EXPECT_EQ(subject.snapshot().power.gpuWatts, 0);
 }
 
-TEST(SensorHubIntervals, SettingAndEnvironment) {
-    EXPECT_EQ(timerInterval({}, 0.4), 400ms);
-    EXPECT_EQ(timerInterval("0.5", 2), 500ms);
-    for (const char* const bad : {" 0.5", "fast", "", "0", "-3", "nan", "1e999"})
-        EXPECT_EQ(timerInterval(bad, 2), 2000ms) << bad;
-    EXPECT_EQ(timerInterval("1e300", 2), 24h);
-    EXPECT_EQ(processInterval(0.4), 1);
-    EXPECT_EQ(processInterval(2.5), 3);
-    EXPECT_EQ(processInterval(1e300), 86400);
-}
-
 TEST(HeatSmoothing, WeighsByElapsedTime) {
     HeatSmoothing heat;
     EXPECT_EQ(heat.smoothed(0, 0), 0);
@@ -423,74 +385,6 @@ TEST(HeatSmoothing, WeighsByElapsedTime) {
     EXPECT_NEAR(heat.smoothed(18, 140), 40 + 63.21, 0.01);
     const double before = heat.smoothed(18, 140);
     EXPECT_EQ(heat.smoothed(5, 0.5), before) << "a clock that stepped back";
-}
-
-TEST(Settings, DefaultsAndMalformedValues) {
-    const QTemporaryDir folder;
-    const std::string file = folder.filePath("settings.ini").toStdString();
-    const std::string broken = folder.filePath("broken.ini").toStdString();
-    std::ofstream(broken) << "\xFF\xFE\n[General]\nsampleInterval=nan\nhistoryMinutes=-1e999\nsmoothUpdates=perhaps\n"
-                          << std::string(1 << 20, 'x');
-    for (const std::string& name : {file, broken}) {
-        const Settings settings(name);
-        EXPECT_EQ(settings.value(Setting::sampleInterval), 2);
-        EXPECT_TRUE(settings.value(Setting::smoothUpdates) && settings.value(Setting::spinRotors));
-        EXPECT_FALSE(settings.value(Setting::menuBarShowsRPM));
-        EXPECT_EQ(settings.value(Setting::temperatureUnit), "C");
-        EXPECT_EQ(settings.value(Setting::historyMinutes), 30);
-        EXPECT_EQ(settings.value(Setting::processMonitorMode), "auto");
-        EXPECT_EQ(settings.value(Setting::appearance), "system");
-    }
-    {
-        Settings settings(file);
-        settings.store(Setting::sampleInterval, 0.25);
-        settings.store(Setting::smoothUpdates, false);
-        settings.store(Setting::temperatureUnit, "F");
-    }
-    const Settings again(file);
-    EXPECT_EQ(again.value(Setting::sampleInterval), 0.25);
-    EXPECT_FALSE(again.value(Setting::smoothUpdates));
-    EXPECT_EQ(SettingsFormatContext(again).text("temperatureUnit"), "F");
-}
-
-/// A store as "defaults" fills it: keys as they are, values of several kinds.
-class KeptStore : public SettingsStore {
-public:
-    explicit KeptStore(std::map<std::string, Value>& values) : values_(values) {}
-    std::optional<Value> value(const std::string& key) const override {
-        const auto found = values_.find(key);
-        return found == values_.end() ? std::nullopt : std::optional(found->second);
-    }
-    void store(const std::string& key, const Value& value) override { values_[key] = value; }
-    void forget(const std::string& key) override { values_.erase(key); }
-    void sync() override {}
-
-private:
-    std::map<std::string, Value>& values_;
-};
-
-TEST(Settings, TheSystemsOwnStoreHoldsKeysAndKindsAsTheyAre) {
-    std::map<std::string, SettingsStore::Value> values{{"sampleInterval", std::string("0.5")},
-                                                       {"spinRotors", 0.0},
-                                                       {"smoothUpdates", false},
-                                                       {"historyMinutes", 15.5}};
-    Settings settings(std::make_unique<KeptStore>(values));
-    EXPECT_EQ(settings.value(Setting::sampleInterval), 0.5);
-    EXPECT_FALSE(settings.value(Setting::spinRotors));
-    EXPECT_FALSE(settings.value(Setting::smoothUpdates));
-    EXPECT_EQ(settings.value(Setting::historyMinutes), 15.5);
-    settings.store(Setting::menuBarShowsRPM, true);
-    settings.store(Setting::sampleInterval, 2);
-    settings.store(Setting::appearance, "dark");
-    settings.storeText("vantoro.updates.available", "{}");
-    settings.forget("spinRotors");
-    const std::map<std::string, SettingsStore::Value> expected{{"sampleInterval", 2.0},
-                                                               {"smoothUpdates", false},
-                                                               {"historyMinutes", 15.5},
-                                                               {"menuBarShowsRPM", true},
-                                                               {"appearance", std::string("dark")},
-                                                               {"vantoro.updates.available", std::string("{}")}};
-    EXPECT_EQ(values, expected);
 }
 
 } // namespace

@@ -2,8 +2,7 @@
 #include "Model/Processes/Quitting.h"
 
 #include "Support/ScriptedProcesses.h"
-
-#include <gtest/gtest.h>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -63,19 +62,6 @@ TEST(QuittingTests, AsksFirstAndForcesOnlyWhatIgnoresIt) {
     EXPECT_TRUE(machine.processes.alive.contains(500));
 }
 
-TEST(QuittingTests, WhatEndedMeanwhileIsNotItsSuccessor) {
-    Machine machine;
-    machine.processes.start(100);
-    machine.processes.start(101);
-    Quitting quitting = machine.quitting({100, 101});
-    machine.processes.alive.erase(101);
-    machine.processes.start(100, 1, 2);
-    quitting.ask(machine.processes, 0);
-    EXPECT_TRUE(machine.processes.alive.contains(100)) << "the number is another's now";
-    EXPECT_EQ(quitting.stage(), Quitting::Stage::over);
-    EXPECT_TRUE(quitting.hadEnded());
-}
-
 TEST(QuittingTests, WhatTheyStartedSinceIsAskedTooAndNothingElse) {
     Machine machine;
     machine.processes.start(100).is.groupPid = 100; // a job of its own, which ignores being asked
@@ -112,17 +98,6 @@ TEST(QuittingTests, AnEndedParentsNumberMakesNobodyAChild) {
     quitting.look(machine.processes, 1);
     EXPECT_EQ(quitting.all(), 2);
     EXPECT_TRUE(machine.processes.alive.contains(300));
-}
-
-TEST(QuittingTests, WhatIsRefusedIsNotWaitedFor) {
-    Machine machine;
-    machine.processes.start(100);
-    machine.processes.start(101).isRefused = true;
-    Quitting quitting = machine.quitting({100, 101});
-    quitting.ask(machine.processes, 0);
-    quitting.look(machine.processes, 0.2);
-    EXPECT_EQ(quitting.stage(), Quitting::Stage::over);
-    EXPECT_EQ(quitting.refused(), 1);
 }
 
 } // namespace

@@ -3,11 +3,7 @@
 #include "Model/Processes/IdentityResolver.h"
 #include "Model/Text/Numbers.h"
 #include "Model/Text/Utf8.h"
-
-#include <cstdint>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -55,11 +51,7 @@ TEST(TopStream, ReadsABlock) {
 
 // As the Mac's own `top` fills its columns: by bytes, in a command column of 16 and a blank.
 TEST(TopStream, MarkedPidsAndNamesOfManyBytesKeepTheirRows) {
-    struct Case {
-        const char* pid;
-        const char* command;
-        std::optional<TopRow> row;
-    };
+    using Case = std::tuple<const char*, const char*, std::optional<TopRow>>;
     const auto row = [](std::int32_t pid, const char* command) {
         return TopRow{pid, command, 12.5, 4096, 1.5, "anna"};
     };
@@ -123,10 +115,7 @@ TEST(TopStream, AColumnThatIsMissingCostsItselfOnly) {
 }
 
 TEST(TopStream, SizesAndPathLists) {
-    struct Case {
-        const char* text;
-        std::uint64_t bytes;
-    };
+    using Case = std::tuple<const char*, std::uint64_t>;
     for (const auto& [text, bytes] :
          {Case{"1234K", 1263616}, Case{"56M+", 58720256}, Case{"2G-", 2147483648}, Case{"1.5K", 1536},
           Case{"4096", 4096}, Case{"3T", 3ULL << 40}, Case{"512B", 0}, Case{"", 0}, Case{"+-", 0}, Case{"K", 0},
@@ -143,10 +132,7 @@ TEST(TopStream, SizesAndPathLists) {
 }
 
 TEST(Numbers, ReadAsOtherProgramsPrintThem) {
-    struct Case {
-        const char* text;
-        double value;
-    };
+    using Case = std::tuple<const char*, double>;
     for (const auto& [text, value] :
          {Case{"5.12", 5.12}, Case{"-0.5", -0.5}, Case{"+7", 7}, Case{".5", 0.5}, Case{"5.", 5}, Case{"1e3", 1000},
           Case{"1e-3", 0.001}, Case{"1772356440.25", 1772356440.25},
@@ -176,14 +162,7 @@ TEST(Utf8, TellsBrokenFromIncomplete) {
 
 TEST(ProcessNaming, PathsTellNameOwnerAndKind) {
     using enum ProcessKind;
-    struct Case {
-        const char* path;
-        const char* user;
-        const char* displayName;
-        const char* owner;
-        const char* ownerPath;
-        ProcessKind kind;
-    };
+    using Case = std::tuple<const char*, const char*, const char*, const char*, const char*, ProcessKind>;
     for (const auto& [path, user, displayName, owner, ownerPath, kind] :
          {Case{"/Applications/Editor.app/Contents/Frameworks/Helper.app/Contents/MacOS/Helper", "anna", "Helper",
                "Editor", "/Applications/Editor.app", helper},

@@ -1,9 +1,7 @@
 #include "Model/Processes/UnprivilegedProcesses.h"
 
 #include "Model/Processes/IdentityResolver.h"
-
-#include <gtest/gtest.h>
-#include <map>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -64,12 +62,7 @@ protected:
 };
 
 TEST_F(UnprivilegedProcessesTest, SharesComeFromTheTimeBetweenTwoReadings) {
-    struct Case {
-        double at;
-        double cpuSeconds;
-        std::uint64_t startTime;
-        double percent;
-    };
+    using Case = std::tuple<double, double, std::uint64_t, double>;
     for (const auto& [at, cpuSeconds, startTime, percent] :
          {Case{10, 7, 1, 0},                                            // nothing to compare with yet
           Case{12, 7.5, 1, 25}, Case{14, 7.5, 1, 0}, Case{14, 9, 1, 0}, // no time passed

@@ -1,8 +1,6 @@
 #include "Model/Readers/FamilyReading.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -19,12 +17,8 @@ std::vector<double> ladder(int count, double from) {
 }
 
 TEST(FamilyReading, PlausibilityAtTheBoundsOfEachRow) {
-    const struct {
-        int keys;
-        int leastReadable;
-        int leastDistinct;
-    } rows[] = {{1, 3, 3},  {4, 3, 3},  {5, 3, 3},  {8, 5, 3},   {9, 6, 3},
-                {11, 7, 3}, {12, 8, 4}, {29, 8, 9}, {30, 8, 10}, {128, 8, 10}};
+    const std::tuple<int, int, int> rows[] = {{1, 3, 3},  {4, 3, 3},  {5, 3, 3},  {8, 5, 3},   {9, 6, 3},
+                                              {11, 7, 3}, {12, 8, 4}, {29, 8, 9}, {30, 8, 10}, {128, 8, 10}};
     for (const auto& [keys, readable, distinct] : rows) {
         const auto plausible = [keys = keys](int r, int d, double hottest = 50) {
             return FamilyReading{.hottest = hottest, .readable = r, .distinct = d, .keyCount = keys}.isPlausible();
@@ -53,10 +47,7 @@ TEST(FamilyReading, TakesWhatLiesInTheBand) {
 }
 
 TEST(FamilyReading, DropsFiguresThatTooManySensorsShare) {
-    const struct {
-        int keys;
-        int threshold;
-    } rows[] = {{10, 3}, {31, 3}, {32, 4}, {63, 7}, {64, 8}, {128, 8}};
+    const std::tuple<int, int> rows[] = {{10, 3}, {31, 3}, {32, 4}, {63, 7}, {64, 8}, {128, 8}};
     for (const auto& [keys, threshold] : rows) {
         std::vector<double> readings = ladder(8, 50);
         readings.insert(readings.end(), static_cast<std::size_t>(threshold - 1), 90.25);

@@ -1,7 +1,7 @@
 // What the program says of its own cost.
 #include "Model/Readers/OwnCostMeter.h"
 
-#include <gtest/gtest.h>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -46,15 +46,9 @@ TEST(OwnCostMeterTests, TellsTheLastMinuteAndReadsSeldom) {
 
 TEST(OwnCostMeterTests, ClaimsNothingItCannotKnow) {
     EXPECT_FALSE(OwnCostMeter(nullptr).figure(1).has_value());
-    struct Case {
-        const char* what;
-        double gap;
-        std::optional<OwnCost::ProcessorTime> then;
-        bool hasFigure;
-        bool hasPercent;
-    };
+    using Case = std::tuple<const char*, double, std::optional<OwnCost::ProcessorTime>, bool, bool>;
     using Time = OwnCost::ProcessorTime;
-    for (const Case& one :
+    for (const auto& [what, gap, then, hasFigure, hasPercent] :
          {Case{"a minute", 60, Time{2, true}, true, true}, Case{"slept", 3600, Time{2, true}, true, false},
           Case{"the clock was set back", -500, Time{2, true}, true, false},
           Case{"its programs became visible", 60, Time{2, false}, true, false},
@@ -65,13 +59,13 @@ TEST(OwnCostMeterTests, ClaimsNothingItCannotKnow) {
         account->bytes = std::nullopt;
         OwnCostMeter meter(account);
         meter.note(1000);
-        account->used = one.then;
-        const auto figure = meter.figure(1000 + one.gap);
-        ASSERT_EQ(figure.has_value(), one.hasFigure) << one.what;
+        account->used = then;
+        const auto figure = meter.figure(1000 + gap);
+        ASSERT_EQ(figure.has_value(), hasFigure) << what;
         if (!figure)
             continue;
-        EXPECT_EQ(figure->percentOfCore.has_value(), one.hasPercent) << one.what;
-        EXPECT_GE(figure->percentOfCore.value_or(0), 0) << one.what;
+        EXPECT_EQ(figure->percentOfCore.has_value(), hasPercent) << what;
+        EXPECT_GE(figure->percentOfCore.value_or(0), 0) << what;
         EXPECT_EQ(figure->memoryBytes, std::nullopt);
     }
 }

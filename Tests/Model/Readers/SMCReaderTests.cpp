@@ -2,10 +2,6 @@
 
 #include "Support/ScriptedSensors.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-
 namespace vantoro {
 namespace {
 
@@ -52,11 +48,8 @@ TEST_F(SMCReaderTest, SortsKeysIntoFamiliesInTheirOrder) {
 }
 
 TEST_F(SMCReaderTest, FamiliesAreCappedAndTheReserveStandsInForAShortDie) {
-    const struct {
-        int die, reserve;
-        std::size_t expected;
-        char kind;
-    } cases[] = {{3, 4, 4, 'e'}, {3, 3, 3, 'p'}, {4, 9, 4, 'p'}, {0, 200, 128, 'e'}, {200, 0, 128, 'p'}};
+    const std::tuple<int, int, std::size_t, char> cases[] = {
+        {3, 4, 4, 'e'}, {3, 3, 3, 'p'}, {4, 9, 4, 'p'}, {0, 200, 128, 'e'}, {200, 0, 128, 'p'}};
     for (const auto& [die, reserve, expected, kind] : cases) {
         smc->keys.clear();
         addKeys("Tp", die);

@@ -2,9 +2,6 @@
 
 #include "Support/ScriptedSensors.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 

@@ -5,10 +5,7 @@
 #include "Support/RichSnapshot.h"
 
 #include <csignal>
-#include <gtest/gtest.h>
-#include <string>
 #include <sys/resource.h>
-#include <vector>
 #include <zlib.h>
 
 namespace vantoro {

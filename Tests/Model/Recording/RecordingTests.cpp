@@ -3,12 +3,6 @@
 #include "Support/Golden.h"
 #include "Support/RichSnapshot.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-#include <sstream>
-#include <string>
-
 namespace vantoro {
 namespace {
 

@@ -2,24 +2,17 @@
 
 #include "Support/HistoryBuilder.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-
 namespace vantoro {
 
 using namespace vantoro::testing;
 
 TEST(Telemetry, FanLoadIsThatOfTheHardestWorkingFanWithinItsLimits) {
-    struct Case {
-        std::vector<FanReading> fans;
-        double load;
-    };
+    using Case = std::tuple<std::vector<FanReading>, double>;
     const auto fan = [](double rpm, double least, double most) {
         return FanReading{.rpm = rpm, .minRPM = least, .maxRPM = most};
     };
     for (const auto& [fans, load] : {
-             Case{{}, 0},
+             Case{std::vector<FanReading>(), 0},
              Case{{fan(3000, 2000, 6000)}, 0.25},
              Case{{fan(3000, 2000, 6000), fan(4000, 2000, 6000), fan(2100, 2000, 6000)}, 0.5},
              Case{{fan(1500, 2000, 6000)}, 0},
@@ -44,10 +37,7 @@ TEST(Telemetry, FanLoadIsThatOfTheHardestWorkingFanWithinItsLimits) {
 }
 
 TEST(Telemetry, HeatLoadFollowsTheCurve) {
-    struct Case {
-        double celsius;
-        double load;
-    };
+    using Case = std::tuple<double, double>;
     for (const auto& [celsius, load] :
          {Case{-20, 0}, Case{35, 0}, Case{42.5, 0.03}, Case{50, 0.06}, Case{57.5, 0.14}, Case{65, 0.22}, Case{80, 0.48},
           Case{85, 0.63}, Case{90, 0.78}, Case{100, 1}, Case{120, 1}, Case{std::nan(""), 0}})

@@ -3,10 +3,6 @@
 #include "Model/Text/Motion.h"
 #include "Support/FixedFormatContext.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-
 namespace vantoro {
 
 using namespace vantoro::testing;
@@ -35,10 +31,7 @@ TEST(Format, TemperaturesFollowTheUnitAtTheMomentOfTheCall) {
 }
 
 TEST(Format, BytesStepBy1024) {
-    struct Case {
-        std::uint64_t count;
-        const char* text;
-    };
+    using Case = std::tuple<std::uint64_t, const char*>;
     constexpr std::uint64_t gigabyte = 1ULL << 30;
     for (const auto& [count, text] :
          {Case{0, "0 B"}, Case{1023, "1023 B"}, Case{1024, "1 KB"}, Case{1536, "1 KB"}, Case{1048575, "1023 KB"},
@@ -91,10 +84,7 @@ TEST(Motion, FollowsTheSamplingInterval) {
     const Motion motion(context);
     const auto spring = [](double response) { return Animation(SpringAnimation{.responseSeconds = response}); };
     EXPECT_TRUE(motion.smooth());
-    struct Case {
-        double interval;
-        Animation animation;
-    };
+    using Case = std::tuple<double, Animation>;
     for (const auto& [interval, animation] :
          {Case{0.25, LinearAnimation{.durationSeconds = 0.25}}, Case{0.5, LinearAnimation{.durationSeconds = 0.5}},
           Case{0.6, spring(0.3)}, Case{1, spring(0.42)}, Case{10, spring(0.42)}, Case{0, spring(0.42)}}) {

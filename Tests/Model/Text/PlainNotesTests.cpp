@@ -1,7 +1,6 @@
 #include "Model/Text/Release.h"
 #include "Model/Text/Utf8.h"
-
-#include <gtest/gtest.h>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
@@ -42,23 +41,11 @@ TEST(PlainNotes, HostileNotesAreBounded) {
 
 TEST(VersionOrder, NewerAndOlder) {
     // Each is older than the next.
-    const std::vector<std::string> ascending{"",
-                                             "0.9",
-                                             "1.0a2",
-                                             "1.0b1",
-                                             "1.0b2",
-                                             "1.0-rc.1",
-                                             "1.0",
-                                             "1.0.1",
-                                             "1.0.9",
-                                             "1.0.10",
-                                             "1.2",
-                                             "1.10",
-                                             "2",
-                                             "2.0.0.1",
-                                             "120",
-                                             "99999999999999999999998",
-                                             "99999999999999999999999"};
+    std::vector<std::string> ascending{""};
+    std::istringstream rest("0.9 1.0a2 1.0b1 1.0b2 1.0-rc.1 1.0 1.0.1 1.0.9 1.0.10 1.2 1.10 2 2.0.0.1 120 "
+                            "99999999999999999999998 99999999999999999999999");
+    for (std::string version; rest >> version;)
+        ascending.push_back(version);
     for (std::size_t i = 0; i < ascending.size(); ++i)
         for (std::size_t j = 0; j < ascending.size(); ++j) {
             const int order = compareVersions(ascending[i], ascending[j]);

@@ -2,20 +2,15 @@
 
 #include "Model/Explanation/Reports.h"
 #include "Model/Text/Utf8.h"
+#include "Support/Testing.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {
 
 TEST(TerminalText, LetsNothingThroughThatSteersATerminal) {
-    struct Case {
-        std::string raw;
-        std::string safe;
-    };
+    using Case = std::tuple<std::string, std::string>;
     for (const auto& [raw, safe] :
          std::vector<Case>{{"plain ~ text", "plain ~ text"},
                            {"\x1b]0;title\x07\r\n\t\x7f", "?]0;title?????"},
@@ -36,11 +31,7 @@ TEST(TerminalText, LetsNothingThroughThatSteersATerminal) {
 }
 
 TEST(TerminalText, CountsColumnsAndCutsLongNamesInTheMiddle) {
-    struct Case {
-        std::string text;
-        std::size_t width;
-        std::string inSeven;
-    };
+    using Case = std::tuple<std::string, std::size_t, std::string>;
     for (const auto& [text, width, inSeven] : std::vector<Case>{{"", 0, ""},
                                                                 {"seven..", 7, "seven.."},
                                                                 {"abcdefgh", 8, "abc…fgh"},

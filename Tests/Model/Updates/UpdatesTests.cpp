@@ -5,9 +5,6 @@
 #include "Support/Folders.h"
 #include "Support/ScriptedUpdateEngine.h"
 
-#include <gtest/gtest.h>
-#include <map>
-
 namespace vantoro {
 namespace {
 

@@ -2,20 +2,13 @@
 #include "Platform/Darwin/Portable/DarwinProcessStream.h"
 #include "Platform/Darwin/Portable/GraphicsTimes.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <initializer_list>
-#include <vector>
+#include "Support/Testing.h"
 
 namespace vantoro {
 namespace {
 
 TEST(DarwinNames, CoreChannelsBeginWithTheirCluster) {
-    const struct {
-        const char* reported;
-        const char* expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*> cases[] = {
         {"ECPU0", "ECPU0"},
         {"PCPU1_CPU0", "PCPU1_CPU0"},
         {"DIE_0_PCPU1_CPU0", "PCPU1_CPU0_DIE_0"},
@@ -53,11 +46,7 @@ TEST(DarwinGraphicsTimes, SharesAreOfTheTimeSinceTheReadingBefore) {
 }
 
 TEST(DarwinNames, TiersAreCalledWhatTheSystemCallsThem) {
-    const struct {
-        std::optional<std::string> level0, level1;
-        ProcessorTiers expected;
-        bool hasMiddle;
-    } cases[] = {
+    const std::tuple<std::optional<std::string>, std::optional<std::string>, ProcessorTiers, bool> cases[] = {
         {"Performance", "Efficiency", {}, false},
         {{}, {}, {}, false},
         {"Performance", {}, {}, false},

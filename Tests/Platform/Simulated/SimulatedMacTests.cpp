@@ -8,9 +8,6 @@
 #include "Support/HistoryBuilder.h"
 #include "Support/ScriptedSensors.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 
@@ -25,14 +22,13 @@ public:
         ticks.system += busy - busy / 2;
         ticks.idle += all - busy;
     }
-    std::optional<HostTicks> hostTicks() override { return readable ? std::optional(ticks) : std::nullopt; }
+    std::optional<HostTicks> hostTicks() override { return ticks; }
     std::optional<VirtualMemory> virtualMemory() override { return {}; }
     std::optional<LoadAverages> loadAverages() override { return {}; }
     PhysicalMemory physicalMemory() override { return {}; }
 
     // Both wrap early.
     HostTicks ticks{.user = 0xffffff00, .idle = 0xffffff00};
-    bool readable = true;
 };
 
 /// A simulated machine with the ordinary readers upon it.
@@ -139,21 +135,6 @@ TEST(SimulatedMac, ItsSensorsPassForRealOnesAtRestAndUnderLoad) {
     }
 }
 
-TEST(SimulatedMac, RepeatsItselfForTheSameLoadAndSeed) {
-    const auto figures = [](std::uint64_t seed) {
-        SimulatedMachineUnderTest machine(false, seed);
-        machine.run(60, 0.8);
-        Snapshot last = machine.run(20, 0.3);
-        last.temps.battery += machine.reader->readDieSensors()[3];
-        return last;
-    };
-    const Snapshot first = figures(7);
-    EXPECT_EQ(figures(7), first);
-    const Snapshot other = figures(8);
-    EXPECT_NE(other, first);
-    EXPECT_NEAR(other.temps.soc, first.temps.soc, 0.6) << "the seed is noise, no more";
-}
-
 TEST(SimulatedMac, ALongCompileIsHeardAndNamed) {
     const DefaultFormatContext context;
     for (const bool fanless : {false, true}) {
@@ -170,46 +151,6 @@ TEST(SimulatedMac, ALongCompileIsHeardAndNamed) {
         EXPECT_EQ(verdict.suspect->displayName, "cc1plus");
         EXPECT_EQ(history.snapshots().back().thermalPressure >= ThermalPressure::fair, fanless);
     }
-}
-
-TEST(SimulatedMac, KeepsTheLastLoadWhileTheHostSaysNothingAndItsClockMayStumble) {
-    SimulatedMachineUnderTest machine(false);
-    const double warm = machine.run(60, 1).temps.soc;
-    machine.statistics->readable = false;
-    EXPECT_GT(machine.run(30, 0).temps.soc, warm);
-    const Snapshot before = machine.measure();
-    machine.seconds += 0.05;
-    EXPECT_EQ(machine.measure().temps, before.temps) << "one round of reading sees one moment";
-    machine.seconds -= 1000;
-    EXPECT_EQ(machine.measure().temps, before.temps);
-    machine.seconds += 1e9;
-    EXPECT_NEAR(machine.measure().temps.soc, 95, 3);
-    machine.seconds = std::nan("");
-    EXPECT_NEAR(machine.measure().temps.soc, 95, 3);
-    machine.seconds = 1;
-    machine.measure();
-    EXPECT_NEAR(machine.run(10, 0).temps.soc, 95, 3) << "and it goes on from there";
-}
-
-TEST(SimulatedMac, ItsControllerRefusesWhatItDoesNotHold) {
-    SimulatedMachineUnderTest machine(false);
-    SMCService& smc = *machine.platform.smcService;
-    EXPECT_EQ(smc.open("AppleSMCx"), 0U);
-    const std::uint32_t handle = smc.open("AppleSMC");
-    const auto ask = [&](SMCCommand command, std::uint32_t key, std::uint32_t index = 0) {
-        SMCKeyData reply;
-        EXPECT_TRUE(
-            smc.call(handle, {.key = key, .data8 = static_cast<std::uint8_t>(command), .data32 = index}, reply));
-        return reply;
-    };
-    EXPECT_NE(ask(SMCCommand::readKeyInfo, keyCode("TC0P")).result, 0);
-    EXPECT_NE(ask(SMCCommand::readBytes, keyCode("F2Ac")).result, 0);
-    const std::uint32_t count = smc_key_count();
-    EXPECT_EQ(ask(SMCCommand::getKeyAtIndex, 0, count - 1).result, 0);
-    EXPECT_NE(ask(SMCCommand::getKeyAtIndex, 0, count).result, 0);
-    SMCKeyData reply;
-    EXPECT_FALSE(smc.call(handle, {.data8 = 77}, reply) && reply.result == 0);
-    EXPECT_FALSE(smc.call(handle + 1, {.data8 = 9}, reply));
 }
 
 } // namespace vantoro

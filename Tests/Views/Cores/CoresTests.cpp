@@ -6,8 +6,6 @@
 #include "Views/Cores/CoreTiles.h"
 #include "Views/Stage.h"
 
-#include <cstdlib>
-
 namespace vantoro {
 namespace {
 
@@ -130,14 +128,8 @@ TEST(CoresViewTests, ReadsSingleSensorsOnlyWhileItIsSeen) {
     stage.play("design-fans.jsonl.gz");
     EXPECT_TRUE(stage.hub.dieSensors().empty());
     CoresView view(stage.context);
-    const QImage picture = stage.picture(view, {1040, 778});
+    stage.picture(view, {1040, 778});
     EXPECT_EQ(stage.hub.dieSensors().size(), 38U) << "at once, not with the next tick";
-    if (const char* const folder = std::getenv("VANTORO_PICTURES")) {
-        picture.save(QString("%1/cores.png").arg(folder));
-        stage.picture(view, {820, 778}).save(QString("%1/cores-narrow.png").arg(folder));
-        stage.theme.setTextScale(1.5);
-        stage.picture(view, {1040, 1200}).save(QString("%1/cores-large.png").arg(folder));
-    }
     view.hide();
     stage.sensors->dieSensors = sensorsBetween(61, 90, 40);
     stage.hub.publish(true);
@@ -162,8 +154,6 @@ TEST(CoresViewTests, LeavesPanelsOutOnlyWhereThereAreNoSuchSensors) {
     stage.sensors->dieCount = 0;
     stage.hub.publish(true);
     EXPECT_EQ(shownPanels(), 1);
-    if (const char* const folder = std::getenv("VANTORO_PICTURES"))
-        stage.picture(view, {1040, 778}).save(QString("%1/cores-none.png").arg(folder));
 }
 
 TEST(CoresViewTests, MetersGlideOnTheSameTilesAndStepWhenSampledFast) {

@@ -5,7 +5,6 @@
 #include "Views/MenuBar/MenuBarPanel.h"
 #include "Views/Stage.h"
 
-#include <QPainter>
 #include <QSignalSpy>
 
 namespace vantoro {
@@ -17,32 +16,20 @@ constexpr double start = 1772357000;
 
 /// A machine whose only fan works at this share of its range.
 Snapshot withFan(double load) {
-    Snapshot snapshot;
-    snapshot.timestamp = start;
-    snapshot.fans = {{.index = 0, .rpm = 1000 + 4000 * load, .minRPM = 1000, .maxRPM = 5000}};
-    return snapshot;
+    return {.timestamp = start, .fans = {{.index = 0, .rpm = 1000 + 4000 * load, .minRPM = 1000, .maxRPM = 5000}}};
 }
 
 Snapshot fanless(double chipHeat, double socMean) {
-    Snapshot snapshot;
-    snapshot.timestamp = start;
-    snapshot.cooling = Cooling::passive;
-    snapshot.chipHeat = chipHeat;
-    snapshot.temps.socMean = socMean;
-    snapshot.temps.soc = socMean + 12;
-    return snapshot;
+    return {.timestamp = start,
+            .temps = {.soc = socMean + 12, .socMean = socMean},
+            .cooling = Cooling::passive,
+            .chipHeat = chipHeat};
 }
 
 TEST(MenuBarModelTests, ShowsOneIconAndAFigureOnceItMatters) {
-    struct Case {
-        Snapshot snapshot;
-        bool always;
-        QString symbol;
-        std::optional<QString> figure;
-    };
-    Snapshot unreadable;
-    unreadable.timestamp = start;
-    for (const Case& one :
+    using Case = std::tuple<Snapshot, bool, QString, std::optional<QString>>;
+    const Snapshot unreadable{.timestamp = start};
+    for (const auto& [snapshot, always, symbol, figure] :
          {Case{withFan(0.0), false, "fan.fill", std::nullopt}, Case{withFan(0.1), false, "fan.fill", std::nullopt},
           Case{withFan(0.1), true, "fan.fill", "1400"}, Case{withFan(0.3675), false, "fan.fill", "2470"},
           Case{withFan(0.6), false, "fan.fill", "3400"}, Case{unreadable, true, "fan.fill", "0"},
@@ -52,26 +39,20 @@ TEST(MenuBarModelTests, ShowsOneIconAndAFigureOnceItMatters) {
           Case{fanless(85, 71), false, "thermometer.high", "71°C"},
           Case{fanless(99, 0), false, "thermometer.high", "—"}}) {
         Stage stage;
-        stage.hub.accept(one.snapshot);
-        const MenuBarModel model = menuBarModel(stage.hub, one.always, false);
-        EXPECT_EQ(model.symbol, one.symbol);
-        EXPECT_EQ(model.figure, one.figure);
+        stage.hub.accept(snapshot);
+        const MenuBarModel model = menuBarModel(stage.hub, always, false);
+        EXPECT_EQ(model.symbol, symbol);
+        EXPECT_EQ(model.figure, figure);
         EXPECT_TRUE(model.tooltip.startsWith(QString::fromStdString(stage.hub.verdict().headline)));
     }
     EXPECT_EQ(menuBarSpeed(1234.9), "1234");
 }
 
 TEST(MenuBarModelTests, TurnsInStepsOfTheLoadAndNotWhereMotionIsUnwanted) {
-    struct Case {
-        double load;
-        std::optional<double> seconds;
-    };
-    for (const Case& one : {Case{0, std::nullopt}, Case{0.25, std::nullopt}, Case{0.26, 1.775}, Case{0.3, 1.775},
-                            Case{0.375, 1.5625}, Case{0.5, 1.35}, Case{1, 0.5}}) {
-        const std::optional<double> seconds = menuBarSecondsPerTurn(one.load, false);
-        ASSERT_EQ(seconds.has_value(), one.seconds.has_value()) << one.load;
-        EXPECT_DOUBLE_EQ(seconds.value_or(0), one.seconds.value_or(0)) << one.load;
-        EXPECT_FALSE(menuBarSecondsPerTurn(one.load, true).has_value());
+    for (const auto& [load, seconds] : std::map<double, double>{
+             {0, 0}, {0.25, 0}, {0.26, 1.775}, {0.3, 1.775}, {0.375, 1.5625}, {0.5, 1.35}, {1, 0.5}}) {
+        EXPECT_DOUBLE_EQ(menuBarSecondsPerTurn(load, false).value_or(0), seconds) << load;
+        EXPECT_FALSE(menuBarSecondsPerTurn(load, true).has_value());
     }
 }
 
@@ -141,20 +122,16 @@ TEST(MenuBarItemTests, AppearsWithoutHoldingAnythingUpAndStandsStillOutOfSight) 
 TEST(MenuBarPanelTests, StandsAtItsItemWithinTheScreen) {
     const QSize panel(340, 344);
     const QRect screen(0, 24, 1440, 876);
-    struct Case {
-        QRect item;
-        std::optional<QPoint> pointer;
-        QRect available;
-        QPoint expected;
-    };
-    for (const Case& one :
+    using Case = std::tuple<QRect, std::optional<QPoint>, QRect, QPoint>;
+    for (const auto& [item, pointer, available, expected] :
          {Case{{1000, 0, 60, 24}, std::nullopt, screen, {860, 32}},
           Case{{1400, 0, 40, 24}, std::nullopt, screen, {1100, 32}},
           Case{{600, 860, 24, 40}, std::nullopt, {0, 0, 1440, 860}, {442, 508}},
-          Case{{}, QPoint(20, 30), screen, {0, 39}}, Case{{}, std::nullopt, {1440, 0, 1000, 800}, {1770, 228}},
+          Case{QRect(), QPoint(20, 30), screen, {0, 39}},
+          Case{QRect(), std::nullopt, {1440, 0, 1000, 800}, {1770, 228}},
           Case{{10, 0, 20, 20}, std::nullopt, {0, 20, 300, 300}, {0, 20}}}) {
-        const QRect placed = placedPanel(panel, one.item, one.pointer, one.available);
-        EXPECT_EQ(placed.topLeft(), one.expected) << one.item.x() << ' ' << one.available.width();
+        const QRect placed = placedPanel(panel, item, pointer, available);
+        EXPECT_EQ(placed.topLeft(), expected) << item.x() << ' ' << available.width();
         EXPECT_EQ(placed.size(), panel);
     }
 }
@@ -230,33 +207,6 @@ TEST(MenuBarPanelTests, IsReachedByKeyboardAndClosesOnEscape) {
     EXPECT_EQ(settings.count(), 1);
     EXPECT_EQ(opened.count(), 0);
     EXPECT_FALSE(panel.isVisible());
-}
-
-TEST(MenuBarPictures, AreSavedOnRequest) {
-    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
-    for (const char* recording : {"design-fans", "design-fanless", "design-calm"}) {
-        Stage stage;
-        stage.makeCores();
-        stage.hub.tick();
-        stage.play(std::string(recording) + ".jsonl.gz");
-        MenuBarPanel panel(stage.context);
-        panel.toggle({}, QPoint(300, 10));
-        stage.picture(panel, panel.size()).save(folder + "/panel-" + recording + ".png");
-        const MenuBarModel model = menuBarModel(stage.hub, true, false);
-        QImage strip(400, 80, QImage::Format_ARGB32_Premultiplied);
-        strip.fill(Qt::darkGray);
-        QPainter painter(&strip);
-        MenuBarImage square(MenuBarArrangement::withinSquare, stage.icons);
-        MenuBarImage side(MenuBarArrangement::sideBySide, stage.icons);
-        painter.drawPixmap(0, 0, square.picture(model, 0, Qt::white, 22, 1));
-        painter.drawPixmap(40, 0, square.picture(model, 3, Qt::white, 32, 1));
-        painter.drawPixmap(90, 0, side.picture(model, 0, Qt::white, 18, 1));
-        painter.drawPixmap(160, 0, side.picture(model, 1, Qt::white, 18, 2));
-        painter.end();
-        strip.scaled(1600, 320).save(folder + "/item-" + recording + ".png");
-    }
 }
 
 } // namespace

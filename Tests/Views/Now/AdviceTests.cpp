@@ -7,7 +7,6 @@
 #include "Support/HistoryBuilder.h"
 #include "Views/Stage.h"
 
-#include <cstdlib>
 #include <QSignalSpy>
 
 namespace vantoro {
@@ -48,14 +47,6 @@ struct BusyPane {
         stage.seconds += seconds;
         stage.clock.beat();
         stage.hub.quits().look();
-    }
-
-    void save(const char* name) {
-        if (const char* const folder = std::getenv("VANTORO_PICTURES"); folder != nullptr) {
-            stage.seconds += 0.3;
-            stage.clock.beat();
-            now.grab().save(QString(folder) + '/' + name + ".png");
-        }
     }
 
     QuitAlert* alert() {
@@ -131,7 +122,6 @@ TEST(QuitTests, WhatEndsWhenAskedIsToldAndLeavesTheList) {
         pane.stage.processes->start(pid);
     QuitAlert* const alert = pane.ask();
     ASSERT_NE(alert, nullptr);
-    pane.save("quit-asked");
     QTest::mouseClick(alert->confirm(), Qt::LeftButton);
     EXPECT_EQ(pane.stage.processes->sent.size(), 3U);
     pane.look(0.2);
@@ -142,7 +132,6 @@ TEST(QuitTests, WhatEndsWhenAskedIsToldAndLeavesTheList) {
     EXPECT_TRUE(advice.result->detail.startsWith("3 processes, at ")) << advice.result->detail.toStdString();
     EXPECT_EQ(advice.items.size(), 1U) << "in place of the button";
     EXPECT_TRUE(suspectsModel(pane.stage.hub).rows.empty());
-    pane.save("quit-ended");
     pane.look(8);
     EXPECT_FALSE(adviceModel(pane.stage.hub).result.has_value());
     EXPECT_EQ(pane.button("Quit Xcode"), nullptr) << "it is not offered again";
@@ -166,20 +155,17 @@ TEST(QuitTests, WhatIgnoresBeingAskedIsForcedOnceThatIsAskedFor) {
     EXPECT_EQ(alert->model().wait, "2 more seconds before Force Quit");
     EXPECT_FALSE(alert->confirm()->isEnabled());
     EXPECT_EQ(suspectsModel(pane.stage.hub).rows[0].quitting, "quitting…");
-    pane.save("quit-waiting");
     pane.look(2);
     EXPECT_EQ(alert->model().title, "Xcode is still running");
     EXPECT_EQ(alert->model().text, "2 of its 3 processes did not end within 5 seconds. Force Quit ends them at once; "
                                    "they cannot save anything.");
     EXPECT_TRUE(alert->confirm()->isEnabled());
     EXPECT_FALSE(adviceModel(pane.stage.hub).result.has_value()) << "the alert says it";
-    pane.save("quit-still-running");
 
     QTest::mouseClick(alert->cancel(), Qt::LeftButton);
     EXPECT_EQ(pane.alert(), nullptr);
     EXPECT_EQ(adviceModel(pane.stage.hub).result->detail, "2 processes ignore being asked");
     EXPECT_TRUE(suspectsModel(pane.stage.hub).rows[0].offersForce);
-    pane.save("quit-row-force");
     QTest::mouseClick(pane.button("Force Quit…"), Qt::LeftButton);
     alert = pane.alert();
     ASSERT_NE(alert, nullptr);

@@ -26,21 +26,17 @@ TEST(FactsModelTests, CoursesAreScaledThinnedAndMarkedWhereTheRampBegan) {
     ASSERT_EQ(model.facts.size(), 6U);
     const QRegularExpression caption("^last 15 minutes · dashed line: .*\\d:\\d\\d.*, when the fans began climbing$");
     EXPECT_TRUE(caption.match(model.caption).hasMatch()) << model.caption.toStdString();
-    struct Case {
-        const char* title;
-        double least;
-        double most;
-    };
-    for (const Case& c : {Case{"CPU", 0, 100}, Case{"GPU", 0, 10}, Case{"Chip", 30, 100}, Case{"Power", 0, 60},
-                          Case{"Memory", 0, 100}}) {
-        const FactModel* const shown = fact(model, c.title);
-        ASSERT_TRUE(shown != nullptr && shown->line) << c.title;
-        EXPECT_EQ(shown->line->least, c.least) << c.title;
-        EXPECT_EQ(shown->line->most, c.most) << c.title;
+    using Case = std::tuple<const char*, double, double>;
+    for (const auto& [title, least, most] : {Case{"CPU", 0, 100}, Case{"GPU", 0, 10}, Case{"Chip", 30, 100},
+                                             Case{"Power", 0, 60}, Case{"Memory", 0, 100}}) {
+        const FactModel* const shown = fact(model, title);
+        ASSERT_TRUE(shown != nullptr && shown->line) << title;
+        EXPECT_EQ(shown->line->least, least) << title;
+        EXPECT_EQ(shown->line->most, most) << title;
         EXPECT_EQ(shown->line->to - shown->line->from, 900);
         ASSERT_TRUE(shown->line->ramp);
-        EXPECT_EQ(shown->line->points.size(), stage.hub.series().cpu.size()) << c.title;
-        EXPECT_EQ(shown->line->points.back().time, stage.hub.series().cpu.back().time) << c.title;
+        EXPECT_EQ(shown->line->points.size(), stage.hub.series().cpu.size()) << title;
+        EXPECT_EQ(shown->line->points.back().time, stage.hub.series().cpu.back().time) << title;
     }
     EXPECT_EQ(fact(model, "Thermal")->pressure, ThermalPressure::fair);
 

@@ -7,7 +7,6 @@
 #include "Views/Now/NowView.h"
 #include "Views/Stage.h"
 
-#include <algorithm>
 #include <QPaintEvent>
 
 namespace vantoro {
@@ -88,43 +87,29 @@ Snapshot machineWithFans(int count, double rpm) {
 }
 
 TEST(DialsTests, ShowWhatTheMachineHas) {
-    struct Case {
-        Snapshot snapshot;
-        std::vector<QString> spokenNames;
-        QString firstFigure;
-        QString firstCaption;
-        QString firstSpoken;
-        QString peak;
-    };
-    Snapshot unknownLimits = machineWithFans(1, 0);
-    unknownLimits.fans[0].minRPM = unknownLimits.fans[0].maxRPM = 0;
-    for (const Case& one : {Case{machineWithFans(0, 0), {"Fan"}, "—", "", "no reading", ""},
-                            Case{unknownLimits, {"Left fan"}, "0", "Left", "0 rpm", ""},
-                            Case{machineWithFans(2, 3360),
-                                 {"Left fan", "Right fan"},
-                                 "3,360",
-                                 "Left · 59%",
-                                 "3,360 rpm, 59 percent of its range",
-                                 ""},
-                            Case{machineWithFans(3, 1480),
-                                 {"Left fan", "Right fan", "Fan 3"},
-                                 "1,480",
-                                 "Left · 12%",
-                                 "1,480 rpm, 12 percent of its range",
-                                 "1,480"}}) {
+    const auto expect = [](const Snapshot& snapshot, const std::vector<QString>& spokenNames, const QString& figure,
+                           const QString& caption, const QString& spoken, const QString& peak) {
         Stage stage;
-        stage.hub.accept(one.snapshot);
+        stage.hub.accept(snapshot);
         const DialsModel model = dialsModel(stage.hub);
         std::vector<QString> names;
         for (const FanRotorFigures& rotor : model.rotors)
             names.push_back(rotor.spokenName);
-        EXPECT_EQ(names, one.spokenNames);
-        EXPECT_EQ(model.rotors[0].figure, one.firstFigure);
-        EXPECT_EQ(model.rotors[0].caption, one.firstCaption);
-        EXPECT_EQ(model.rotors[0].spokenValue, one.firstSpoken);
-        EXPECT_EQ(model.peakFigure, one.peak);
+        EXPECT_EQ(names, spokenNames);
+        EXPECT_EQ(model.rotors[0].figure, figure);
+        EXPECT_EQ(model.rotors[0].caption, caption);
+        EXPECT_EQ(model.rotors[0].spokenValue, spoken);
+        EXPECT_EQ(model.peakFigure, peak);
         EXPECT_FALSE(model.dial.has_value());
-    }
+    };
+    Snapshot unknownLimits = machineWithFans(1, 0);
+    unknownLimits.fans[0].minRPM = unknownLimits.fans[0].maxRPM = 0;
+    expect(machineWithFans(0, 0), {"Fan"}, "—", "", "no reading", "");
+    expect(unknownLimits, {"Left fan"}, "0", "Left", "0 rpm", "");
+    expect(machineWithFans(2, 3360), {"Left fan", "Right fan"}, "3,360", "Left · 59%",
+           "3,360 rpm, 59 percent of its range", "");
+    expect(machineWithFans(3, 1480), {"Left fan", "Right fan", "Fan 3"}, "1,480", "Left · 12%",
+           "1,480 rpm, 12 percent of its range", "1,480");
     Stage stage;
     stage.play("design-fanless.jsonl.gz");
     const DialsModel fanless = dialsModel(stage.hub);
@@ -325,66 +310,6 @@ TEST(HeroTests, NothingBelowMovesWhenAFigureOrASentenceChanges) {
         EXPECT_EQ(brokenLines(sentence.arg(888).arg(18), font, width).size(),
                   brokenLines(sentence.arg(111).arg(11), font, width).size())
             << width;
-    }
-}
-
-TEST(HeroPictures, OfRareStatesAreSavedOnRequest) {
-    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
-    struct Case {
-        const char* name;
-        Snapshot snapshot;
-        double scale;
-        int width;
-    };
-    Snapshot slowed = machineWithFans(2, 4900);
-    slowed.thermalPressure = ThermalPressure::serious;
-    Snapshot parked;
-    parked.cooling = Cooling::passive;
-    for (const Case& one :
-         {Case{"none", machineWithFans(0, 0), 1, 1040}, Case{"five", machineWithFans(5, 2480), 1, 1040},
-          Case{"critical", slowed, 1, 1040}, Case{"large", slowed, 1.5, 820}, Case{"parked", parked, 1, 1040}}) {
-        Stage stage;
-        stage.theme.setTextScale(one.scale);
-        stage.hub.accept(one.snapshot);
-        QWidget window;
-        QPalette colors;
-        colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
-        window.setPalette(colors);
-        Hero hero(stage.look, &window);
-        hero.show(heroModel(stage.hub, stage.settings));
-        const int width = one.width - 48;
-        hero.setGeometry(24, 8, width, hero.heightForWidth(width));
-        stage.picture(window, {one.width, hero.height() + 16}).save(folder + "/rare-" + one.name + ".png");
-    }
-}
-
-TEST(HeroPictures, AreSavedOnRequest) {
-    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "VANTORO_PICTURES names no folder";
-    struct Case {
-        const char* name;
-        const char* recording;
-        Theme::Appearance appearance;
-        int width;
-    };
-    for (const Case& one : {Case{"hero-dark", "design-fans.jsonl.gz", Theme::Appearance::dark, 1040},
-                            Case{"hero-narrow-dark", "design-fans.jsonl.gz", Theme::Appearance::dark, 820},
-                            Case{"hero-fanless-dark", "design-fanless.jsonl.gz", Theme::Appearance::dark, 1040},
-                            Case{"hero-calm-light", "design-calm.jsonl.gz", Theme::Appearance::light, 1040}}) {
-        Stage stage(one.appearance);
-        stage.play(one.recording);
-        QWidget window;
-        QPalette colors;
-        colors.setColor(QPalette::Window, stage.theme.color(Tone::window));
-        window.setPalette(colors);
-        Hero hero(stage.look, &window);
-        hero.show(heroModel(stage.hub, stage.settings));
-        const int width = one.width - 48;
-        hero.setGeometry(24, 60, width, hero.heightForWidth(width));
-        stage.picture(window, {one.width, 360}).save(folder + '/' + one.name + ".png");
     }
 }
 

@@ -6,8 +6,6 @@
 
 #include "Design/Controls/Button.h"
 
-#include <algorithm>
-
 #include <QClipboard>
 #include <QFile>
 
@@ -34,11 +32,6 @@ struct OpenReport {
     QWidget window;
     QPointer<ReportSheet> sheet;
 };
-
-void keepPicture(QWidget& widget, const QString& name) {
-    if (const QString folder = qEnvironmentVariable("VANTORO_PICTURES"); !folder.isEmpty())
-        widget.grab().save(folder + "/" + name + ".png");
-}
 
 TEST(ReportModelTests, HoldsTheExplanationAndItsPlainText) {
     Stage stage;
@@ -128,17 +121,12 @@ TEST(ReportSheetTests, ClosesByEscapeReturnAndDone) {
 }
 
 TEST(ReportSheetTests, EveryParagraphAndRowIsReadAndInPlace) {
-    struct Case {
-        const char* name;
-        const char* recording;
-        QSize window;
-        double scale;
-    };
-    for (const Case& one : {Case{"report-wide", "design-fans.jsonl.gz", {1040, 830}, 1},
-                            Case{"report-narrow", "design-fanless.jsonl.gz", {820, 560}, 1},
-                            Case{"report-large", "design-fans.jsonl.gz", {1040, 830}, 1.5}}) {
-        OpenReport open(one.recording, one.window, one.scale);
-        keepPicture(open.window, one.name);
+    using Case = std::tuple<const char*, const char*, QSize, double>;
+    for (const auto& [name, recording, window, scale] :
+         {Case{"report-wide", "design-fans.jsonl.gz", {1040, 830}, 1},
+          Case{"report-narrow", "design-fanless.jsonl.gz", {820, 560}, 1},
+          Case{"report-large", "design-fans.jsonl.gz", {1040, 830}, 1.5}}) {
+        OpenReport open(recording, window, scale);
         ReportPage& page = open.sheet->page();
         const ReportModel model = reportModel(open.stage.hub);
         QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&page);
@@ -150,10 +138,10 @@ TEST(ReportSheetTests, EveryParagraphAndRowIsReadAndInPlace) {
             if (!spoken->child(i)->state().invisible) {
                 ++read;
             }
-        EXPECT_EQ(read, static_cast<int>(parts)) << one.name;
+        EXPECT_EQ(read, static_cast<int>(parts)) << name;
         // Nothing stands on anything else, and nothing beyond the page.
         const ReportArrangement arranged = arrangeReport(model, open.stage.theme, page.width(),
-                                                         reportTakesOneColumn(open.sheet->card()->width(), one.scale));
+                                                         reportTakesOneColumn(open.sheet->card()->width(), scale));
         for (std::size_t i = 0; i < arranged.runs.size(); ++i) {
             const QRectF box(arranged.runs[i].origin, arranged.runs[i].size);
             EXPECT_TRUE(QRectF(0, 0, page.width() + 1, arranged.height).contains(box))

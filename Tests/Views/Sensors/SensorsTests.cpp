@@ -7,8 +7,6 @@
 #include "Views/Sensors/SensorRow.h"
 #include "Views/Stage.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <QClipboard>
 
 namespace vantoro {
@@ -153,27 +151,17 @@ TEST(SensorsViewTests, UnfoldsARowIntoItsSensorsAndReadsThemOnlyThen) {
     for (int i = 0; i < 38; ++i)
         stage.sensors->dieSensors.push_back(61 + 27.0 * i / 37);
     SensorsView view(stage.context);
-    const QImage folded = stage.picture(view, {1040, 778});
+    stage.picture(view, {1040, 778});
     EXPECT_TRUE(stage.hub.dieSensors().empty());
-    const char* const folder = std::getenv("VANTORO_PICTURES");
-    if (folder != nullptr) {
-        folded.save(QString("%1/sensors.png").arg(folder));
-    }
     SensorRow* const hottest = view.findChildren<SensorRow*>().front();
     const int height = hottest->height();
     hottest->setFocus(Qt::TabFocusReason);
     QTest::keyClick(hottest, Qt::Key_Space);
     EXPECT_EQ(stage.hub.dieSensors().size(), 38U);
-    const QImage unfolded = stage.picture(view, {1040, 778});
+    stage.picture(view, {1040, 778});
     EXPECT_GT(hottest->height(), height);
     QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(hottest);
     EXPECT_TRUE(spoken->state().expanded);
-    if (folder != nullptr) {
-        unfolded.save(QString("%1/sensors-unfolded.png").arg(folder));
-        stage.picture(view, {820, 1300}).save(QString("%1/sensors-narrow.png").arg(folder));
-        stage.theme.setTextScale(1.5);
-        stage.picture(view, {1040, 1200}).save(QString("%1/sensors-large.png").arg(folder));
-    }
     view.hide();
     stage.sensors->dieSensors.push_back(90);
     stage.hub.publish(true);
@@ -189,10 +177,7 @@ TEST(SensorsViewTests, UnfoldsARowIntoItsSensorsAndReadsThemOnlyThen) {
 TEST(SensorsViewTests, SaysSoWhereNoSensorCanBeRead) {
     Stage stage;
     SensorsView view(stage.context);
-    const QImage picture = stage.picture(view, {1040, 778});
-    if (const char* const folder = std::getenv("VANTORO_PICTURES")) {
-        picture.save(QString("%1/sensors-none.png").arg(folder));
-    }
+    stage.picture(view, {1040, 778});
     const auto labels = view.findChildren<TextLabel*>();
     ASSERT_EQ(labels.size(), 1);
     EXPECT_TRUE(labels.front()->isVisible());
@@ -204,10 +189,7 @@ TEST(SensorsViewTests, CopiesTheTableAndComesToRest) {
     Stage stage;
     stage.play("design-fanless.jsonl.gz");
     SensorsView view(stage.context);
-    const QImage picture = stage.picture(view, {1040, 778});
-    if (const char* const folder = std::getenv("VANTORO_PICTURES")) {
-        picture.save(QString("%1/sensors-fanless.png").arg(folder));
-    }
+    stage.picture(view, {1040, 778});
     view.copyAll();
     stage.hub.publish(true);
     const auto buttons = view.findChildren<Button*>();

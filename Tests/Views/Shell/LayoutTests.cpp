@@ -142,6 +142,10 @@ TEST(LayoutTests, LargeTextIsNotCutInAnyScreen) {
                     if (isRow || isText) {
                         EXPECT_TRUE(part->toolTip().isEmpty()) << scale << part->toolTip().toStdString();
                     }
+                    if (isText && part->hasHeightForWidth()) {
+                        EXPECT_GE(part->height(), part->heightForWidth(part->width()))
+                            << part->metaObject()->className();
+                    }
                 }
             });
 }

@@ -8,7 +8,6 @@
 #include "Support/EventLoop.h"
 #include "Views/Stage.h"
 
-#include <map>
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>

@@ -270,15 +270,5 @@ TEST(PaneWords, ChartsTakeTheRoomOfThoseWithoutASensor) {
         }
 }
 
-TEST(PaneWords, AlikeCoresAreCountedAndNumbered) {
-    Stage stage;
-    feed(stage, SystemKind::gnuLinux, Cooling::load, true);
-    const CoresModel model = coresModel(stage.hub);
-    EXPECT_EQ(model.subtitle, "2 cores");
-    EXPECT_EQ(model.clusters[0].cores[1].label, "Core 1");
-    EXPECT_FALSE(model.die || model.gpu) << "nothing is known of heat";
-    EXPECT_EQ(coresText(std::vector<Core>(1)), "1 core");
-}
-
 } // namespace
 } // namespace vantoro

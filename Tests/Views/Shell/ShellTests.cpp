@@ -52,15 +52,12 @@ TEST(SingleInstanceTests, TheSecondLaunchRaisesTheFirst) {
 
 TEST(ScreenRoomTests, AFrameIsMovedAndOnlyThenShrunk) {
     const QRect room(0, 27, 1366, 741);
-    struct Case {
-        QRect frame;
-        QRect fitted;
-    };
-    for (const Case& one :
+    using Case = std::tuple<QRect, QRect>;
+    for (const auto& [frame, fitted] :
          {Case{{100, 100, 800, 600}, {100, 100, 800, 600}}, Case{{163, 27, 1040, 859}, {163, 27, 1040, 741}},
           Case{{1300, 700, 820, 590}, {546, 178, 820, 590}}, Case{{-500, -10, 820, 590}, {0, 27, 820, 590}},
           Case{{2000, 1500, 1900, 1300}, {0, 27, 1366, 741}}})
-        EXPECT_EQ(fittedInto(one.frame, room), one.fitted) << one.frame.x() << ' ' << one.frame.height();
+        EXPECT_EQ(fittedInto(frame, room), fitted) << frame.x() << ' ' << frame.height();
 }
 
 TEST(ScreenRoomTests, NoFirstWindowReachesBeyondASmallScreen) {

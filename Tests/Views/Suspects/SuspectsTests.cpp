@@ -5,7 +5,6 @@
 #include "Support/HistoryBuilder.h"
 #include "Views/Stage.h"
 
-#include <cstdlib>
 #include <QSignalSpy>
 
 namespace vantoro {
@@ -53,11 +52,6 @@ std::vector<SuspectRow*> shownRows(const SuspectsPanel& panel) {
             rows.push_back(row);
     std::sort(rows.begin(), rows.end(), [](const SuspectRow* a, const SuspectRow* b) { return a->y() < b->y(); });
     return rows;
-}
-
-void save(QWidget& widget, const char* name) {
-    if (const char* const folder = std::getenv("VANTORO_PICTURES"); folder != nullptr)
-        widget.grab().save(QString(folder) + '/' + name + ".png");
 }
 
 TEST(SuspectsModelTests, RowsSayWhatAnApplicationIsAndWhetherItMayBeEnded) {
@@ -175,7 +169,6 @@ TEST(SuspectsPanelTests, IsDrivenByKeyboardAndPointer) {
     EXPECT_EQ(height.count(), 1);
     EXPECT_GT(panel.heightFor(616), 296);
     panel.resize(616, panel.heightFor(616));
-    save(panel, "suspects-expanded-focus");
     QTest::mouseClick(rows[1], Qt::LeftButton);
     EXPECT_FALSE(rows[1]->isExpanded());
 
@@ -186,7 +179,6 @@ TEST(SuspectsPanelTests, IsDrivenByKeyboardAndPointer) {
         QCoreApplication::processEvents();
         EXPECT_EQ(button(hovered)->isVisible(), hovered == rows[0]);
         EXPECT_EQ(button(hovered)->text(), "Quit…");
-        save(panel, hovered == rows[0] ? "suspects-hover" : "suspects-hover-none");
     }
     EXPECT_FALSE(button(rows[0])->isVisible()) << "the pointer has gone on";
     QCursor::setPos(cursor);
@@ -295,21 +287,17 @@ TEST(SuspectsPanelTests, WaitsIsEmptyAndSaysWhereItsListComesFrom) {
     SuspectsPanel panel(stage.look);
     panel.show({.title = "Busiest right now", .caption = "first list pending", .isPending = true});
     stage.picture(panel, {296, 296});
-    save(panel, "suspects-pending");
     EXPECT_EQ(panel.heightFor(616), 296);
     panel.show({.title = "Busiest right now", .emptyText = "Nothing is working the machine hard right now."});
-    save(panel, "suspects-empty");
     SuspectsModel model = list({row("A", 300)});
     model.footer = "Syscalls — top was blocked on this Mac · 412 without figures";
     panel.show(model);
     panel.setNarrow(true);
     EXPECT_EQ(panel.heightFor(616), 296 + 12 + 14 + 12);
     panel.resize(296, panel.heightFor(296));
-    save(panel, "suspects-footer");
     stage.theme.setTextScale(1.5);
     EXPECT_EQ(shownRows(panel)[0]->height(), 27 + 21 + 12 + 14) << "two lines, and the bar below them";
     panel.resize(616, panel.heightFor(616));
-    save(panel, "suspects-large");
 }
 
 TEST(AppIconsTests, AnEntrysOwnIconIsFoundAndNothingIsMadeUp) {

@@ -11,13 +11,6 @@ namespace {
 
 using testing::Stage;
 
-/// Saves what a scene looks like where VANTORO_PICTURES names a folder.
-void keepPicture(const QImage& picture, const QString& name) {
-    const QString folder = qEnvironmentVariable("VANTORO_PICTURES");
-    if (!folder.isEmpty())
-        picture.save(folder + "/" + name + ".png");
-}
-
 constexpr UnixSeconds start = 1772374980;
 
 /// Goes on every two seconds, warm, with one process, until there are so many.
@@ -105,12 +98,7 @@ TEST(LinePlotTests, CutsALineWhereItCrossesABorder) {
 }
 
 TEST(TimelineModelTests, GathersAMinuteThenStacksTheChartsOfTheMachine) {
-    struct Case {
-        Cooling cooling;
-        std::vector<int> heights;
-        QString first;
-        QString ramp;
-    };
+    using Case = std::tuple<Cooling, std::vector<int>, QString, QString>;
     for (const auto& [cooling, heights, first, ramp] :
          {Case{Cooling::fans, {190, 190, 162, 162}, "Fans", "fans began climbing "},
           Case{Cooling::passive, {300, 200, 200}, "Heat", "chip began heating up "}}) {
@@ -133,53 +121,38 @@ TEST(TimelineModelTests, GathersAMinuteThenStacksTheChartsOfTheMachine) {
 }
 
 TEST(TimelineModelTests, AChartWithoutASensorIsLeftOutAndAnEmptyOneSaysWhy) {
-    struct Case {
-        const char* name;
-        Snapshot snapshot;
-        QStringList titles;
-        QString firstCaption;
-        QString firstEmptyText;
-        QString firstValue;
-    };
-    const FanReading still{.index = 0, .rpm = 0, .minRPM = 1000, .maxRPM = 3000};
-    const FanReading unlimited{.index = 0, .rpm = 900};
-    Snapshot warm{.temps = {.soc = 50, .socMean = 45}, .cpu = {.idlePercent = 40}};
-    Snapshot passive = warm;
-    passive.cooling = Cooling::passive;
-    const QString temperatures = "whole chip · hottest core dashed · hover to rewind, click to keep";
-    for (const Case& each :
-         {Case{"nothing known", {}, {"Processor"}, "hover to rewind, click to keep", "Idle all this time.", "0%"},
-          Case{"no fan found", warm, {"Temperature", "Processor"}, temperatures, "", "45°C · 50°C"},
-          Case{"fanless", passive, {"Heat", "Processor"}, temperatures, "", "45°C · 50°C"},
-          Case{"fans at rest",
-               {.fans = {still}, .power = {.systemWatts = 9}},
-               {"Fans", "Processor", "Power"},
-               "hover to rewind, click to keep",
-               "The fans stood still, or ran at their floor, all this time.",
-               "0%"},
-          Case{"fans without limits",
-               {.fans = {unlimited}},
-               {"Fans", "Processor"},
-               "hover to rewind, click to keep",
-               "How hard the fans work is not known: they report no limits.",
-               "—"}}) {
+    const auto expect = [](const char* name, const Snapshot& told, const QStringList& titles, const QString& caption,
+                           const QString& emptyText, const QString& value) {
+        SCOPED_TRACE(name);
         Stage stage;
         for (int i = 0; i < 40; ++i) {
-            Snapshot snapshot = each.snapshot;
+            Snapshot snapshot = told;
             snapshot.timestamp = start + 2 * i;
             stage.hub.accept(std::move(snapshot));
         }
         const TimelineModel model = timelineModel(stage.hub);
-        QStringList titles;
+        QStringList shown;
         for (const ChartModel& chart : model.charts)
-            titles.append(chart.title);
-        EXPECT_EQ(titles, each.titles) << each.name;
-        EXPECT_EQ(model.charts[0].caption, each.firstCaption) << each.name;
-        EXPECT_EQ(model.charts[0].emptyText, each.firstEmptyText) << each.name;
-        EXPECT_EQ(chartReadings(model, stage.hub.snapshot(), {}, stage.hub.format())[0].value, each.firstValue)
-            << each.name;
+            shown.append(chart.title);
+        EXPECT_EQ(shown, titles);
+        EXPECT_EQ(model.charts[0].caption, caption);
+        EXPECT_EQ(model.charts[0].emptyText, emptyText);
+        EXPECT_EQ(chartReadings(model, stage.hub.snapshot(), {}, stage.hub.format())[0].value, value);
         EXPECT_TRUE(timelineModel(stage.hub, true).charts[0].caption.endsWith("arrow keys step · Esc lets go"));
-    }
+    };
+    const FanReading still{.index = 0, .rpm = 0, .minRPM = 1000, .maxRPM = 3000};
+    const Snapshot warm{.temps = {.soc = 50, .socMean = 45}, .cpu = {.idlePercent = 40}};
+    Snapshot passive = warm;
+    passive.cooling = Cooling::passive;
+    const QString hint = "hover to rewind, click to keep";
+    const QString temperatures = "whole chip · hottest core dashed · " + hint;
+    expect("nothing known", {}, {"Processor"}, hint, "Idle all this time.", "0%");
+    expect("no fan found", warm, {"Temperature", "Processor"}, temperatures, "", "45°C · 50°C");
+    expect("fanless", passive, {"Heat", "Processor"}, temperatures, "", "45°C · 50°C");
+    expect("fans at rest", {.fans = {still}, .power = {.systemWatts = 9}}, {"Fans", "Processor", "Power"}, hint,
+           "The fans stood still, or ran at their floor, all this time.", "0%");
+    expect("fans without limits", {.fans = {{.index = 0, .rpm = 900}}}, {"Fans", "Processor"}, hint,
+           "How hard the fans work is not known: they report no limits.", "—");
 }
 
 TEST(TimelineModelTests, TimesStandAtMultiplesOfTheirStepAndMoveWithTheLines) {
@@ -235,7 +208,7 @@ TEST(TimelineViewTests, AHoverRewindsAndLeavingEndsIt) {
     EXPECT_EQ(spokenName(*charts[2]), "Processor, last 15 minutes");
     EXPECT_TRUE(spokenValue(*charts[2]).startsWith("Now: "));
     hover(*charts[0], 522);
-    keepPicture(stage.picture(view, {1040, 778}), "timeline-dark");
+    stage.picture(view, {1040, 778});
     const Snapshot* const nearest = snapshotNearest(stage.hub.history(), view.scrubDate());
     ASSERT_NE(nearest, nullptr);
     const QString title = scrubTitle(nearest, stage.hub.format());
@@ -243,7 +216,7 @@ TEST(TimelineViewTests, AHoverRewindsAndLeavingEndsIt) {
     EXPECT_EQ(spokenName(view.rewind()), title);
     EXPECT_TRUE(spokenValue(view.rewind()).contains("swift-frontend") || spokenValue(view.rewind()).contains("Xcode"));
     EXPECT_TRUE(spokenValue(*charts[3]).startsWith(title)) << "every chart speaks of the same moment";
-    keepPicture(stage.picture(view, {820, 508}), "timeline-narrow");
+    stage.picture(view, {820, 508});
     leave(*charts[0]);
     EXPECT_FALSE(view.scrubDate());
     EXPECT_EQ(spokenName(view.rewind()), "Rewind");
@@ -267,8 +240,7 @@ TEST(TimelineViewTests, AClickPinsARecordUntilItIsLetGo) {
     EXPECT_EQ(spokenName(view.rewind()), title);
     EXPECT_TRUE(spokenValue(*charts[1]).endsWith(", pinned"));
     EXPECT_TRUE(view.rewind().unpin().isVisible());
-    keepPicture(stage.picture(view, {1040, 778}), "timeline-pinned-dark");
-    keepPicture(stage.picture(view, {820, 508}), "timeline-pinned-narrow");
+    stage.picture(view, {820, 508});
 
     click(*charts[0], 420);
     EXPECT_GT(*view.scrubDate(), pinned) << "another click pins another moment";
@@ -312,7 +284,7 @@ TEST(TimelineViewTests, TheKeyboardPicksPointByPoint) {
     Stage stage(Theme::Appearance::light);
     stage.play("design-fanless.jsonl.gz");
     TimelineView view(stage.context);
-    keepPicture(stage.picture(view, {1040, 778}), "timeline-fanless-light");
+    stage.picture(view, {1040, 778});
     ASSERT_EQ(view.charts().charts().size(), 3U);
     TimelineChart& chart = *view.charts().charts().front();
     const std::vector<TimePoint>& points = stage.hub.series().cpu;

@@ -41,16 +41,9 @@ UpdateState state(Kind kind, double progress = 0) {
 }
 
 TEST(UpdatesModelTests, SaysEachPhaseInItsWords) {
-    struct Case {
-        Kind kind;
-        QString text;
-        QString icon;
-        bool hasRow;
-        bool canPress;
-        std::optional<UpdateCommand> command;
-    };
+    using Case = std::tuple<Kind, QString, QString, bool, bool, std::optional<UpdateCommand>>;
     constexpr auto none = std::nullopt;
-    for (const Case& one :
+    for (const auto& [kind, text, icon, hasRow, canPress, command] :
          {Case{Kind::idle, "", "", false, true, none},
           Case{Kind::checking, "Looking for a newer version…", "arrow.down.circle", true, false, none},
           Case{Kind::current, "This is the latest version.", "checkmark.seal", false, true, none},
@@ -61,16 +54,16 @@ TEST(UpdatesModelTests, SaysEachPhaseInItsWords) {
           Case{Kind::installing, "Installing 1.3…", "", true, false, none},
           Case{Kind::failed, "The update didn't finish.", "exclamationmark.triangle.fill", true, true,
                UpdateCommand::tryAgain}}) {
-        const UpdateState now = state(one.kind, 0.45);
+        const UpdateState now = state(kind, 0.45);
         const UpdateLine chip = updateChip(now);
-        EXPECT_EQ(chip.text, one.text);
-        EXPECT_EQ(chip.mark.icon, one.icon) << one.text.toStdString();
-        EXPECT_EQ(chip.command, one.command) << one.text.toStdString();
-        EXPECT_EQ(updateRow(now), one.hasRow ? chip : UpdateLine()) << one.text.toStdString();
+        EXPECT_EQ(chip.text, text);
+        EXPECT_EQ(chip.mark.icon, icon) << text.toStdString();
+        EXPECT_EQ(chip.command, command) << text.toStdString();
+        EXPECT_EQ(updateRow(now), hasRow ? chip : UpdateLine()) << text.toStdString();
         const UpdatesGroupModel group = updatesGroup(now);
-        EXPECT_EQ(group.status, one.text.isEmpty() ? "Checks once a day." : one.text);
-        EXPECT_EQ(group.canPress, one.canPress) << one.text.toStdString();
-        EXPECT_EQ(group.command, one.command.value_or(UpdateCommand::check));
+        EXPECT_EQ(group.status, text.isEmpty() ? "Checks once a day." : text);
+        EXPECT_EQ(group.canPress, canPress) << text.toStdString();
+        EXPECT_EQ(group.command, command.value_or(UpdateCommand::check));
     }
     EXPECT_EQ(updateChip(state(Kind::downloading, 0.45)).mark.ring, 0.45);
     EXPECT_TRUE(updateChip(state(Kind::installing)).mark.turns);
@@ -94,21 +87,17 @@ TEST(UpdatesModelTests, SaysEachPhaseInItsWords) {
 
 TEST(UpdatesModelTests, SaysWhenItChecksAndWhatItAsks) {
     qputenv("TZ", "UTC");
-    struct Case {
-        bool automatic;
-        std::optional<double> lastCheck;
-        QString status;
-    };
-    for (const Case& one :
+    using Case = std::tuple<bool, std::optional<double>, QString>;
+    for (const auto& [automatic, lastCheck, status] :
          {Case{true, std::nullopt, "Checks once a day."}, Case{false, std::nullopt, "Checks only when you ask."},
           Case{true, noon - day / 2, "Checked today."}, Case{false, noon - day / 2 - 1, "Checked yesterday."},
           Case{true, noon - 3 * day / 2, "Checked yesterday."},
           Case{true, noon - 3 * day / 2 - 1, "Checks once a day."},
           Case{false, noon + day, "Checks only when you ask."}}) {
         UpdateState now = state(Kind::idle);
-        now.checksAutomatically = one.automatic;
-        now.lastCheck = one.lastCheck;
-        EXPECT_EQ(updatesGroup(now).status, one.status) << one.lastCheck.value_or(0) - noon;
+        now.checksAutomatically = automatic;
+        now.lastCheck = lastCheck;
+        EXPECT_EQ(updatesGroup(now).status, status) << lastCheck.value_or(0) - noon;
     }
     const QString asked =
         "Vantoro asks updates.vantoro.example whether there's a newer version. That's the only request "

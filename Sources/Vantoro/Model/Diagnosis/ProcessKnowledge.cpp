@@ -177,10 +177,16 @@ std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) 
     auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
     if (note || system != SystemKind::gnuLinux || group.kind != ProcessKind::systemDaemon || group.members.empty())
         return note;
+    // The one program that does most of what the service does.
     const std::string& program = group.members.front().displayName;
-    const bool isOneProgram = std::ranges::all_of(
-        group.members, [&program](const ProcessAggregate& member) { return member.displayName == program; });
-    return isOneProgram ? ProcessKnowledge::note(program, group.kind, system) : std::nullopt;
+    double ofProgram = 0;
+    double ofAll = 0;
+    for (const ProcessAggregate& member : group.members) {
+        ofAll += member.averageCPU;
+        ofProgram += member.displayName == program ? member.averageCPU : 0;
+    }
+    return ofProgram > ofAll / 2 || group.members.size() == 1 ? ProcessKnowledge::note(program, group.kind, system)
+                                                              : std::nullopt;
 }
 
 std::string friendlyName(const ProcessGroup& group, SystemKind system) {

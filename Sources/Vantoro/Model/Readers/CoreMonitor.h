@@ -29,7 +29,6 @@ public:
     const ProcessorTiers& tiers() const { return tiers_; }
     double maxPerformanceMHz() const override { return maxPerformanceMHz_; }
     double maxEfficiencyMHz() const override { return maxEfficiencyMHz_; }
-    bool frequencyAvailable() const { return frequencyAvailable_; }
 
 private:
     void sampleFrequency();

@@ -97,8 +97,8 @@ SMCReader::SMCReader(Options options) : options_(std::move(options)) {
 }
 
 void SMCReader::discover() {
-    isAvailable_ = smc_open() != 0;
-    if (!isAvailable_)
+    isOpen_ = smc_open() != 0;
+    if (!isOpen_)
         return;
     discoverSensors();
     discoverFans();
@@ -109,7 +109,7 @@ void SMCReader::refresh() {
         return;
     generation_ = options_.standIn->generation();
     options_.trust = options_.standIn->trust();
-    if (isAvailable_)
+    if (isOpen_)
         smc_close();
     families_ = {};
     fanCount_ = 0;
@@ -121,15 +121,15 @@ void SMCReader::refresh() {
 Cooling SMCReader::cooling() const {
     if (!options_.standIn)
         return reportsNoFans_ ? Cooling::passive : Cooling::fans;
-    if (isAvailable_ && fanLimits_.isFresh())
+    if (isOpen_ && fanLimits_.isFresh())
         return Cooling::fans;
-    if (!isAvailable_ || !chip_.isFresh())
+    if (!isOpen_ || !chip_.isFresh())
         return Cooling::load;
     return reportsNoFans_ ? Cooling::passive : Cooling::heat;
 }
 
 SMCReader::~SMCReader() {
-    if (isAvailable_)
+    if (isOpen_)
         smc_close();
 }
 
@@ -216,7 +216,7 @@ FanReading SMCReader::readFan(int fan, double rpm) const {
 
 std::vector<FanReading> SMCReader::readFans() {
     std::vector<FanReading> fans;
-    for (int fan = 0; isAvailable_ && fan < fanCount_; ++fan)
+    for (int fan = 0; isOpen_ && fan < fanCount_; ++fan)
         if (const std::optional<double> rpm = readKey(fanKey(fan, "Ac")))
             fans.push_back(readFan(fan, *rpm));
     fanLimits_.note(std::ranges::any_of(fans, [](const FanReading& fan) { return fan.maxRPM > 0; }));
@@ -238,7 +238,7 @@ bool SMCReader::takeFamily(const SensorFamilyKind& kind) {
 }
 
 Temperatures SMCReader::readTemperatures() {
-    if (!isAvailable_)
+    if (!isOpen_)
         return {};
     for (const SensorFamilyKind& kind : sensorFamilies)
         if (const bool isCredible = takeFamily(kind); kind.family == SensorFamily::chip)
@@ -247,7 +247,7 @@ Temperatures SMCReader::readTemperatures() {
 }
 
 PowerReading SMCReader::readPower() {
-    if (!isAvailable_)
+    if (!isOpen_)
         return {};
     return {.systemWatts = readKey("PSTR").value_or(0),
             .adapterWatts = readKey("PDTR").value_or(0),
@@ -259,7 +259,7 @@ std::vector<double> SMCReader::latest(SensorFamily family) const {
 }
 
 std::vector<double> SMCReader::measuringSensors(const std::vector<std::string>& keys) {
-    if (!isAvailable_)
+    if (!isOpen_)
         return {};
     return measuring(readAll(keys), static_cast<int>(keys.size()), options_.trust);
 }

@@ -50,7 +50,7 @@ public:
     SMCReader(const SMCReader&) = delete;
     SMCReader& operator=(const SMCReader&) = delete;
 
-    bool isOpen() const override { return isAvailable_; }
+    bool isOpen() const override { return isOpen_; }
     /// Of a controller: `passive` exactly when it states that the machine has no fans (or that is simulated). Else by
     /// what could be read: fans whose limits are known, a chip's temperature, or neither; a few readings that fail do
     /// not change it.
@@ -62,7 +62,6 @@ public:
     std::optional<std::size_t> dieSensorCount() const override { return keys(SensorFamily::chip).size(); }
     std::optional<std::size_t> gpuSensorCount() const override { return keys(SensorFamily::graphics).size(); }
 
-    bool isAvailable() const { return isAvailable_; }
     bool reportsNoFans() const { return reportsNoFans_; }
     const std::vector<std::string>& keys(SensorFamily family) const { return families_.at(placeOf(family)).keys; }
 
@@ -102,7 +101,7 @@ private:
     void discoverFans();
 
     Options options_;
-    bool isAvailable_ = false;
+    bool isOpen_ = false;
     int fanCount_ = 0;
     bool reportsNoFans_ = false;
     std::array<Family, sensorFamilies.size()> families_;

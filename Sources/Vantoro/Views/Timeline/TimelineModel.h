@@ -1,25 +1,12 @@
-// What the Timeline pane draws: the charts of the last 15 minutes, their common time axis, and where on them a moment
-// lies.
+// What the Timeline pane draws: the charts of the last 15 minutes and their common time axis.
 #pragma once
 
 #include "Model/Live/SensorHub.h"
+#include "Views/Timeline/Moments.h"
 
-#include <optional>
 #include <QString>
-#include <vector>
 
 namespace vantoro {
-
-/// From the first instant of an axis to the last.
-struct TimeSpan {
-    UnixSeconds first = 0;
-    UnixSeconds last = 0;
-
-    double seconds() const { return last - first; }
-    bool holds(UnixSeconds time) const { return time >= first && time <= last; }
-
-    bool operator==(const TimeSpan&) const = default;
-};
 
 struct ChartLine {
     enum class Stroke : std::uint8_t { solid, dashed };
@@ -118,27 +105,7 @@ TimelineModel timelineModel(const SensorHub& hub, bool isPinned = false);
 std::vector<ChartReading> chartReadings(const TimelineModel& model, const Snapshot& snapshot,
                                         const std::optional<Scrub>& scrub, const Format& format);
 
-/// The points that were measured: a missing reading is 0.
-std::vector<TimePoint> measured(const std::vector<TimePoint>& points);
-
-/// From the first point to the last; none unless time goes by between them.
-std::optional<TimeSpan> span(const std::vector<TimePoint>& points);
-
 /// The upper end of the power scale: a fifth above the peak, in steps of 10 watts, 20 at least.
 double powerCeiling(const std::vector<TimePoint>& power);
-
-/// The line's value at a time between its points; none before the first and after the last.
-std::optional<double> valueAt(const std::vector<TimePoint>& points, UnixSeconds time);
-
-/// The snapshot closest to the scrub, the earlier of two; null without a scrub or a history.
-const Snapshot* snapshotNearest(const History& history, std::optional<UnixSeconds> scrub);
-
-/// The time of the point `steps` before (below 0) or after the one nearest to the scrub, or to the last without a
-/// scrub; held to the points there are.
-std::optional<UnixSeconds> pointBeside(const std::vector<TimePoint>& points, std::optional<UnixSeconds> scrub,
-                                       int steps);
-
-/// How many points are a tenth of them; at least 1.
-int tenthOf(const std::vector<TimePoint>& points);
 
 } // namespace vantoro

@@ -4,11 +4,7 @@
 
 #include "Support/Folders.h"
 
-#include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {

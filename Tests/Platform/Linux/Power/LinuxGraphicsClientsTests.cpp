@@ -4,16 +4,9 @@
 #include "Platform/Linux/Power/DrmClients.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
-#include <array>
-#include <cmath>
-#include <filesystem>
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <map>
 #include <sys/inotify.h>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 namespace vantoro {
 
@@ -37,86 +30,62 @@ std::map<std::string, double> sharesOf(const DrmMeter& meter) {
 }
 
 TEST(DrmClients, EveryDriversAccountIsUnderstood) {
-    struct Case {
-        const char* what;
-        std::string before;
-        /// Two seconds later.
-        std::string after;
-        std::map<std::string, double> shares;
-        bool isKnown = true;
-    };
-    const auto cycles = [](std::string_view name, long worked, long all) {
-        return fmt::format("drm-cycles-{0}:\t{1}\ndrm-total-cycles-{0}:\t{2}\n", name, worked, all);
-    };
-    const std::string xe = "drm-driver:\txe\ndrm-client-id:\t3\ndrm-pdev:\t0000:03:00.0\n";
-    const std::string i915 = "drm-driver:\ti915\ndrm-pdev:\t0000:00:02.0\ndrm-client-id:\t7\n";
-    const std::string amdgpu = "drm-driver:\tamdgpu\ndrm-pdev:\t0000:03:00.0\ndrm-client-id:\t12\npasid:\t32769\n";
-    const std::string panfrost = "drm-driver:\tpanfrost\ndrm-client-id:\t3\n";
-    const std::array<Case, 11> cases{{
-        // amdgpu_fdinfo.c names engines only once they have worked
-        {"amdgpu",
-         amdgpu + "drm-memory-vram:\t1024 KiB\ndrm-engine-gfx:\t5000000000 ns\n",
-         amdgpu + "drm-memory-vram:\t1024 KiB\ndrm-engine-gfx:\t6840000000 ns\ndrm-engine-dec:\t500000000 ns\n",
-         {{"gfx", 92}, {"dec", 25}}},
-        {"an idle client of amdgpu's", amdgpu, amdgpu, {}},
-        // i915_drm_client.c
-        {"i915",
-         i915 + "drm-engine-render:\t100 ns\ndrm-engine-video:\t0 ns\ndrm-engine-capacity-video:\t2\n",
-         i915 + "drm-engine-render:\t1000000100 ns\ndrm-engine-video:\t1000000000 ns\ndrm-engine-capacity-video:\t2\n",
-         {{"render", 50}, {"video", 25}}},
-        // xe_drm_client.c: by the device's own clock, however long it took
-        {"xe",
-         xe + cycles("rcs", 28257900, 7655183225) + cycles("ccs", 0, 7655183225) + "drm-engine-capacity-ccs:\t4\n",
-         xe + cycles("rcs", 28257900 + 300, 7655183225 + 1000) + cycles("ccs", 2000, 7655183225 + 1000) +
-             "drm-engine-capacity-ccs:\t4\n",
-         {{"rcs", 30}, {"ccs", 50}}},
-        {"xe whose clock was begun anew", xe + cycles("rcs", 5, 9000), xe + cycles("rcs", 700, 1000), {}},
-        // v3d_drv.c, etnaviv_drv.c, lima_drv.c
-        {"v3d",
-         "drm-driver:\tv3d\ndrm-client-id:\t5\ndrm-engine-bin: \t10 ns\nv3d-jobs-bin: \t1 jobs\ndrm-engine-render: \t9 "
-         "ns\n",
-         "drm-driver:\tv3d\ndrm-client-id:\t5\ndrm-engine-bin: \t20000010 ns\ndrm-engine-render: \t1200000009 ns\n",
-         {{"bin", 1}, {"render", 60}}},
-        // panfrost_drv.c: time and cycles, and neither unless it is told to measure
-        {"panfrost",
-         panfrost + "drm-engine-fragment:\t0 ns\ndrm-cycles-fragment:\t0\ndrm-maxfreq-fragment:\t799999987 Hz\n",
-         panfrost +
-             "drm-engine-fragment:\t400000000 ns\ndrm-cycles-fragment:\t9\ndrm-maxfreq-fragment:\t799999987 Hz\n",
-         {{"fragment", 20}}},
-        {"panfrost that does not measure",
-         panfrost + "drm-maxfreq-fragment:\t799999987 Hz\n",
-         panfrost + "drm-maxfreq-fragment:\t799999987 Hz\n",
-         {},
-         false},
-        {"panfrost that was told to measure just now",
-         panfrost + "drm-maxfreq-fragment:\t799999987 Hz\n",
-         panfrost + "drm-engine-fragment:\t9000000000 ns\n",
-         {}},
-        {"cycles by the highest clock",
-         "drm-driver:\tnew\ndrm-client-id:\t1\ndrm-cycles-gpu:\t0\ndrm-maxfreq-gpu:\t500 MHz\n",
-         "drm-driver:\tnew\ndrm-client-id:\t1\ndrm-cycles-gpu:\t250000000\ndrm-maxfreq-gpu:\t500 MHz\n",
-         {{"gpu", 25}}},
-        {"nouveau",
-         "drm-driver:\tnouveau\ndrm-client-id:\t1\n",
-         "drm-driver:\tnouveau\ndrm-client-id:\t1\n",
-         {},
-         false},
-    }};
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.what);
+    /// `after` is told two seconds later.
+    const auto expect = [](const char* what, const std::string& before, const std::string& after,
+                           const std::map<std::string, double>& expected, bool isKnown = true) {
+        SCOPED_TRACE(what);
         DrmMeter meter;
-        for (const auto& [text, seconds] : {std::pair(&each.before, 10.0), {&each.after, 12.0}}) {
+        for (const auto& [text, seconds] : {std::pair(&before, 10.0), {&after, 12.0}}) {
             const std::string whole = head + *text;
             const auto usage = parseDrmUsage(whole);
             ASSERT_TRUE(usage);
             meter.take(*usage, seconds);
         }
-        EXPECT_EQ(meter.isKnown(), each.isKnown);
+        EXPECT_EQ(meter.isKnown(), isKnown);
         const auto shares = sharesOf(meter);
-        ASSERT_EQ(shares.size(), each.shares.size());
-        for (const auto& [engine, percent] : each.shares)
+        ASSERT_EQ(shares.size(), expected.size());
+        for (const auto& [engine, percent] : expected)
             EXPECT_NEAR(shares.at(engine), percent, 1e-6) << engine;
-    }
+    };
+    const auto engine = [](std::string_view name, long nanoseconds) {
+        return fmt::format("drm-engine-{}:\t{} ns\n", name, nanoseconds);
+    };
+    const auto cycles = [](std::string_view name, long worked, long all) {
+        return fmt::format("drm-cycles-{0}:\t{1}\ndrm-total-cycles-{0}:\t{2}\n", name, worked, all);
+    };
+    // amdgpu_fdinfo.c names engines only once they have worked
+    const std::string amdgpu = "drm-driver:\tamdgpu\ndrm-pdev:\t0000:03:00.0\ndrm-client-id:\t12\npasid:\t32769\n";
+    const std::string memory = "drm-memory-vram:\t1024 KiB\n";
+    expect("amdgpu", amdgpu + memory + engine("gfx", 5'000'000'000),
+           amdgpu + memory + engine("gfx", 6'840'000'000) + engine("dec", 500'000'000), {{"gfx", 92}, {"dec", 25}});
+    expect("an idle client of amdgpu's", amdgpu, amdgpu, {});
+    // i915_drm_client.c
+    const std::string i915 = "drm-driver:\ti915\ndrm-pdev:\t0000:00:02.0\ndrm-client-id:\t7\n"
+                             "drm-engine-capacity-video:\t2\n";
+    expect("i915", i915 + engine("render", 100) + engine("video", 0),
+           i915 + engine("render", 1'000'000'100) + engine("video", 1'000'000'000), {{"render", 50}, {"video", 25}});
+    // xe_drm_client.c: by the device's own clock, however long it took
+    const std::string xe = "drm-driver:\txe\ndrm-client-id:\t3\ndrm-pdev:\t0000:03:00.0\n";
+    const std::string four = "drm-engine-capacity-ccs:\t4\n";
+    constexpr long clock = 7'655'183'225;
+    expect("xe", xe + cycles("rcs", 28'257'900, clock) + cycles("ccs", 0, clock) + four,
+           xe + cycles("rcs", 28'257'900 + 300, clock + 1000) + cycles("ccs", 2000, clock + 1000) + four,
+           {{"rcs", 30}, {"ccs", 50}});
+    expect("xe whose clock was begun anew", xe + cycles("rcs", 5, 9000), xe + cycles("rcs", 700, 1000), {});
+    // v3d_drv.c, etnaviv_drv.c, lima_drv.c
+    const std::string v3d = "drm-driver:\tv3d\ndrm-client-id:\t5\n";
+    expect("v3d", v3d + "drm-engine-bin: \t10 ns\nv3d-jobs-bin: \t1 jobs\ndrm-engine-render: \t9 ns\n",
+           v3d + "drm-engine-bin: \t20000010 ns\ndrm-engine-render: \t1200000009 ns\n", {{"bin", 1}, {"render", 60}});
+    // panfrost_drv.c: time and cycles, and neither unless it is told to measure
+    const std::string panfrost = "drm-driver:\tpanfrost\ndrm-client-id:\t3\ndrm-maxfreq-fragment:\t799999987 Hz\n";
+    expect("panfrost", panfrost + engine("fragment", 0) + "drm-cycles-fragment:\t0\n",
+           panfrost + engine("fragment", 400'000'000) + "drm-cycles-fragment:\t9\n", {{"fragment", 20}});
+    expect("panfrost that does not measure", panfrost, panfrost, {}, false);
+    expect("panfrost that was told to measure just now", panfrost, panfrost + engine("fragment", 9'000'000'000), {});
+    const std::string other = "drm-driver:\tnew\ndrm-client-id:\t1\ndrm-maxfreq-gpu:\t500 MHz\ndrm-cycles-gpu:\t";
+    expect("cycles by the highest clock", other + "0\n", other + "250000000\n", {{"gpu", 25}});
+    const std::string nouveau = "drm-driver:\tnouveau\ndrm-client-id:\t1\n";
+    expect("nouveau", nouveau, nouveau, {}, false);
 }
 
 TEST(DrmClients, WhatIsNoAccountOfAClientIsNone) {

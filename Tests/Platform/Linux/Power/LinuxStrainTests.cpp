@@ -5,10 +5,6 @@
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {
@@ -78,56 +74,39 @@ TEST_F(Strained, EverySourceHasItsReason) {
     const std::string cooling = "sys/class/thermal/cooling_device0/";
     const std::string i915 = card + "gt/gt0/";
     const std::string xe = card + "device/tile0/gt0/freq0/";
-    struct Expected {
-        const char* what;
-        Files files;
-        Reasons reasons;
-    };
-    const Expected table[] = {
-        {"a processor cooled by its clock",
-         {{cooling + "type", "thermal-cpufreq-0"}, {cooling + "cur_state", "3"}},
-         {{temperature}}},
-        {"injected idleness", {{cooling + "type", "intel_powerclamp"}, {cooling + "cur_state", "25"}}, {{temperature}}},
-        {"none injected",
-         {{cooling + "type", "intel_powerclamp"}, {cooling + "cur_state", "-1"}},
-         Reasons(std::in_place)},
-        {"a guest's processor has no steps",
-         {{cooling + "type", "Processor"}, {cooling + "cur_state", "0"}, {cooling + "max_state", "0"}},
-         {}},
-        {"a fan cools without slowing", {{cooling + "type", "pwm-fan"}, {cooling + "cur_state", "3"}}, {}},
-        {"limits of a package",
-         {{i915 + "throttle_reason_status", "1"},
-          {i915 + "throttle_reason_pl1", "1"},
-          {i915 + "throttle_reason_prochot", "1"},
-          {i915 + "throttle_reason_thermal", "0"}},
-         {{power, firmware}}},
-        {"limits of a part that sleeps",
-         {{i915 + "throttle_reason_status", "1"},
-          {i915 + "throttle_reason_pl1", "1"},
-          {i915 + "rps_act_freq_mhz", "0"}},
-         Reasons(std::in_place)},
-        {"limits of another driver",
-         {{xe + "throttle/status", "1"},
-          {xe + "throttle/reason_vr_tdc", "1"},
-          {xe + "throttle/reason_ratl", "1"},
-          {xe + "act_freq", "1200"}},
-         {{temperature, current}}},
-        {"a board without enough voltage",
-         {{"sys/devices/platform/soc/soc:firmware/get_throttled", "50005"}},
-         {{power}}},
-        {"a board that had none once",
-         {{"sys/devices/platform/soc/soc:firmware/get_throttled", "50000"}},
-         Reasons(std::in_place)},
-        {"a profile that saves", {{"sys/firmware/acpi/platform_profile", "low-power"}}, {{profile}}},
-        {"one that does not", {{"sys/firmware/acpi/platform_profile", "performance"}}, {}},
-    };
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.what);
-        Strained::machine.remove("sys");
+    const std::string board = "sys/devices/platform/soc/soc:firmware/get_throttled";
+    const Reasons none(std::in_place);
+    const auto expect = [&](const char* what, const Files& files, const Reasons& reasons) {
+        SCOPED_TRACE(what);
+        machine.remove("sys");
         strain.reset();
-        look(expected.files);
-        EXPECT_EQ(look().throttle, expected.reasons);
-    }
+        look(files);
+        EXPECT_EQ(look().throttle, reasons);
+    };
+    const auto cooled = [&](const char* type, const char* state) {
+        return Files{{cooling + "type", type}, {cooling + "cur_state", state}};
+    };
+    expect("a processor cooled by its clock", cooled("thermal-cpufreq-0", "3"), {{temperature}});
+    expect("injected idleness", cooled("intel_powerclamp", "25"), {{temperature}});
+    expect("none injected", cooled("intel_powerclamp", "-1"), none);
+    Files guest = cooled("Processor", "0");
+    guest[cooling + "max_state"] = "0";
+    expect("a guest's processor has no steps", guest, {});
+    expect("a fan cools without slowing", cooled("pwm-fan", "3"), {});
+    const Files limited{{i915 + "throttle_reason_status", "1"}, {i915 + "throttle_reason_pl1", "1"}};
+    Files package = limited;
+    package.insert({{i915 + "throttle_reason_prochot", "1"}, {i915 + "throttle_reason_thermal", "0"}});
+    expect("limits of a package", package, {{power, firmware}});
+    Files asleep = limited;
+    asleep[i915 + "rps_act_freq_mhz"] = "0";
+    expect("limits of a part that sleeps", asleep, none);
+    Files other{{xe + "throttle/status", "1"}, {xe + "throttle/reason_vr_tdc", "1"}};
+    other.insert({{xe + "throttle/reason_ratl", "1"}, {xe + "act_freq", "1200"}});
+    expect("limits of another driver", other, {{temperature, current}});
+    expect("a board without enough voltage", {{board, "50005"}}, {{power}});
+    expect("a board that had none once", {{board, "50000"}}, none);
+    expect("a profile that saves", {{"sys/firmware/acpi/platform_profile", "low-power"}}, {{profile}});
+    expect("one that does not", {{"sys/firmware/acpi/platform_profile", "performance"}}, {});
     EXPECT_EQ(look().profile, PowerProfile::performance);
 }
 

@@ -5,8 +5,6 @@
 
 #include "Support/ChildProgram.h"
 
-#include <gtest/gtest.h>
-
 namespace vantoro {
 namespace {
 

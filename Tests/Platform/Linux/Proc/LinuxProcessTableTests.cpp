@@ -4,12 +4,8 @@
 #include "Support/Folders.h"
 
 #include <csignal>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace vantoro {
 namespace {

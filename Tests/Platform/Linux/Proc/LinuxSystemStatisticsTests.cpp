@@ -2,9 +2,6 @@
 
 #include "Support/Folders.h"
 
-#include <gtest/gtest.h>
-#include <string>
-
 namespace vantoro {
 namespace {
 

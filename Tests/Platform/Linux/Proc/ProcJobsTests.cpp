@@ -3,11 +3,6 @@
 #include "Platform/Linux/Proc/ProgramSubject.h"
 #include "Support/Folders.h"
 
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace vantoro {
 namespace {
 
@@ -40,11 +35,7 @@ TEST_F(ProcJobsTest, AJobIsWhatWasStartedBelowAShell) {
     const std::string code = "/user.slice/user-1000.slice/user@1000.service/app.slice/app-code-9.scope";
     const std::string session = "/user.slice/user-1000.slice/session-3.scope";
     using enum ProcessOrigin::Shell;
-    struct Case {
-        Relative is;
-        std::string job;
-        ProcessOrigin::Shell shell;
-    };
+    using Case = std::tuple<Relative, std::string, ProcessOrigin::Shell>;
     const std::vector<Case> cases = {
         {{1, 0, 1, 1, "systemd", "/sbin/init"}, "", none},
         // A terminal, its shell, and a build with its recipes.
@@ -101,8 +92,8 @@ TEST_F(ProcJobsTest, AJobIsWhatWasStartedBelowAShell) {
         {{990, 991, 990, 5, "a", "/bin/a"}, "a", none},
         {{991, 990, 991, 5, "b", "/bin/b"}, "b", none},
     };
-    for (const Case& each : cases)
-        relatives.push_back(each.is);
+    for (const auto& [is, job, shell] : cases)
+        relatives.push_back(is);
     round();
     folder.remove("proc/812/cgroup"); // it ended before it was asked, and was where its parent is
     for (const auto& [is, job, shell] : cases) {

@@ -4,10 +4,6 @@
 
 #include "Support/Folders.h"
 
-#include <gtest/gtest.h>
-#include <string>
-#include <string_view>
-
 namespace vantoro {
 namespace {
 
@@ -114,11 +110,7 @@ std::string commandLine(std::string words) {
 }
 
 TEST(SubjectOf, NamesWhatAnInterpreterRunsAndNothingElseOfItsArguments) {
-    struct Case {
-        const char* program;
-        const char* arguments;
-        const char* subject;
-    };
+    using Case = std::tuple<const char*, const char*, const char*>;
     for (const auto& [program, arguments, subject] :
          {Case{"python3.11", "python3 train.py --token secret", "train.py"},
           Case{"python3.11", "/usr/bin/python3 -u -W ignore -X dev ./src/train.py", "train.py"},

@@ -1,10 +1,8 @@
 #include "Platform/Linux/Proc/ReapedWork.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <map>
+#include "Support/Testing.h"
+
 #include <random>
-#include <vector>
 
 namespace vantoro {
 namespace {

@@ -2,13 +2,10 @@
 #include "Platform/Linux/Processor/LinuxProcessors.h"
 
 #include "Model/Readers/CoreMonitor.h"
+#include "Platform/Linux/Processor/LinuxMachine.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {
@@ -36,42 +33,21 @@ std::vector<int> frequencies(const CoreMonitor& monitor) {
 }
 
 TEST(LinuxProcessors, GiveTheirFrequencies) {
-    struct Expected {
-        std::string machine;
-        std::map<std::string, std::string> later;
-        double maxEfficiency, maxPerformance;
-        std::vector<int> megahertz;
-    };
-    const Expected table[] = {
-        // Efficiency cores first.
-        {"intel-laptop", {}, 3500, 4700, {1235, 1235, 1235, 1235, 2500, 2500, 4700, 4700}},
-        // Counted: 50 at 3.7 GHz and 150 at 2.8 GHz; a core that has told nothing yet; two processors without scaling.
-        {"amd-desktop",
-         {{policies + "policy0/stats/time_in_state", "3700000 150\n2800000 200\n2200000 1000\n"}},
-         0,
-         3700,
-         {3025, 0, 0, 0}},
-        {"arm-board",
-         {{policies + "policy0/stats/time_in_state", "408000 500\n816000 120\n1416000 80\n"},
-          {policies + "policy4/stats/time_in_state", "408000 60\n1800000 80\n"}},
-         1416,
-         1800,
-         {816, 816, 816, 816, 1104, 1104}},
-        {"server", {}, 0, 0, {0, 0}}};
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.machine);
-        SensorMachine machine(expected.machine);
+    const auto expect = [](const char* name, const std::map<std::string, std::string>& later, double maxEfficiency,
+                           double maxPerformance, const std::vector<int>& megahertz) {
+        SCOPED_TRACE(name);
+        SensorMachine machine(name);
         machine.write("proc/stat", "cpu0 0 0 0 0\n");
         CoreMonitor monitor(std::make_shared<LinuxProcessors>(machine.root(), machine.lane()));
-        EXPECT_EQ(monitor.maxEfficiencyMHz(), expected.maxEfficiency);
-        EXPECT_EQ(monitor.maxPerformanceMHz(), expected.maxPerformance);
+        EXPECT_EQ(monitor.maxEfficiencyMHz(), maxEfficiency);
+        EXPECT_EQ(monitor.maxPerformanceMHz(), maxPerformance);
         monitor.sample();
         monitor.sample(); // the first to look at frequencies
-        for (const auto& [file, text] : expected.later)
+        for (const auto& [file, text] : later)
             machine.write(file, text);
         machine.pass(2);
         monitor.sample();
-        EXPECT_EQ(frequencies(monitor), expected.megahertz);
+        EXPECT_EQ(frequencies(monitor), megahertz);
         // Nobody looks: nothing is read, and nothing stays that was true once.
         monitor.setReadsClocks(false);
         monitor.sample();
@@ -79,9 +55,19 @@ TEST(LinuxProcessors, GiveTheirFrequencies) {
         monitor.setReadsClocks(true);
         machine.pass(100);
         monitor.sample();
-        const bool isCounted = !expected.later.empty();
-        EXPECT_EQ(frequencies(monitor), isCounted ? std::vector<int>(expected.megahertz.size()) : expected.megahertz);
-    }
+        const bool isCounted = !later.empty();
+        EXPECT_EQ(frequencies(monitor), isCounted ? std::vector<int>(megahertz.size()) : megahertz);
+    };
+    const std::string first = policies + "policy0/stats/time_in_state";
+    // Efficiency cores first.
+    expect("intel-laptop", {}, 3500, 4700, {1235, 1235, 1235, 1235, 2500, 2500, 4700, 4700});
+    // Counted: 50 at 3.7 GHz and 150 at 2.8 GHz; a core that has told nothing yet; two processors without scaling.
+    expect("amd-desktop", {{first, "3700000 150\n2800000 200\n2200000 1000\n"}}, 0, 3700, {3025, 0, 0, 0});
+    expect("arm-board",
+           {{first, "408000 500\n816000 120\n1416000 80\n"},
+            {policies + "policy4/stats/time_in_state", "408000 60\n1800000 80\n"}},
+           1416, 1800, {816, 816, 816, 816, 1104, 1104});
+    expect("server", {}, 0, 0, {0, 0});
 }
 
 // Only 32 were read; those behind one without a policy had their neighbour's frequency; boost was cut off.
@@ -150,42 +136,43 @@ TEST(LinuxProcessors, KeepTheirPlacesEfficientOnesFirst) {
 }
 
 TEST(LinuxProcessors, FallIntoTheirKinds) {
-    struct Expected {
-        const char* what;
-        std::map<std::string, std::string> files;
-        std::vector<int> efficiency;
+    const auto expect = [](const char* what, const std::map<std::string, std::string>& files,
+                           const std::vector<int>& efficiency) {
+        SCOPED_TRACE(what);
+        const SensorMachine machine;
+        machine.write(cpus + "online", "0-5\n");
+        for (const auto& [file, text] : files)
+            machine.write(file, text + "\n");
+        const CpuTopology found = readCpuTopology(machine.root());
+        EXPECT_EQ(found.efficiency, efficiency);
+        EXPECT_EQ(found.performance.size(), 6 - efficiency.size());
     };
     const std::string core = "sys/devices/cpu_core/cpus";
     const std::string atom = "sys/devices/cpu_atom/cpus";
     const std::string low = "sys/devices/cpu_lowpower/cpus";
-    const auto capacity = [](int number) { return cpus + "cpu" + std::to_string(number) + "/cpu_capacity"; };
-    const Expected table[] = {
-        {"three kinds", {{core, "0-2"}, {atom, "3-4"}, {low, "5"}}, {3, 4, 5}},
-        {"the low-power ones alone beside the performance ones", {{core, "0-3"}, {low, "4-5"}}, {4, 5}},
-        {"lists that leave some out", {{core, "0-1"}, {atom, "2-3"}}, {}},
-        {"one list", {{core, "0-5"}, {atom, ""}}, {}},
-        {"lists that overlap", {{core, "0-5"}, {atom, "4-5"}}, {}},
-        {"a favoured core", {{capacity(0), "1024"}, {capacity(1), "1000"}}, {}},
-        {"three capacities part at the widest gap",
-         {{capacity(0), "250"},
-          {capacity(1), "250"},
-          {capacity(2), "870"},
-          {capacity(3), "870"},
-          {capacity(4), "1024"},
-          {capacity(5), "1024"}},
-         {0, 1}},
+    const auto capacities = [](const std::vector<int>& all) {
+        std::map<std::string, std::string> files;
+        for (std::size_t number = 0; number < all.size(); ++number)
+            files[cpus + "cpu" + std::to_string(number) + "/cpu_capacity"] = std::to_string(all[number]);
+        return files;
     };
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.what);
-        const SensorMachine machine;
-        machine.write(cpus + "online", "0-5\n");
-        for (const auto& [file, text] : expected.files)
-            machine.write(file, text + "\n");
-        const CpuTopology found = readCpuTopology(machine.root());
-        EXPECT_EQ(found.efficiency, expected.efficiency);
-        EXPECT_EQ(found.performance.size(), 6 - expected.efficiency.size());
-    }
+    expect("three kinds", {{core, "0-2"}, {atom, "3-4"}, {low, "5"}}, {3, 4, 5});
+    expect("the low-power ones alone beside the performance ones", {{core, "0-3"}, {low, "4-5"}}, {4, 5});
+    expect("lists that leave some out", {{core, "0-1"}, {atom, "2-3"}}, {});
+    expect("one list", {{core, "0-5"}, {atom, ""}}, {});
+    expect("lists that overlap", {{core, "0-5"}, {atom, "4-5"}}, {});
+    expect("a favoured core", capacities({1024, 1000}), {});
+    expect("three capacities part at the widest gap", capacities({250, 250, 870, 870, 1024, 1024}), {0, 1});
     EXPECT_THAT(splitByCapacity({{0, 1000}, {1, 1024}}).efficiency, IsEmpty());
+}
+
+TEST(LinuxMachine, TidiesTexts) {
+    EXPECT_EQ(tidyFirmwareText("  A\x01\tB\n"), "AB");
+    for (const char* filler : {"", " \n", "default string", "System Product Name\n", "To be filled by O.E.M."})
+        EXPECT_FALSE(tidyFirmwareText(filler)) << filler;
+    EXPECT_EQ(tidyProcessorBrand("Genuine(R)  Intel(TM)   CPU  @ 2.40GHz"), "Genuine Intel");
+    EXPECT_EQ(tidyProcessorBrand("(R)(TM)"), "");
+    EXPECT_FALSE(parseCpuInfo("model name\t:\nmodel names : x\n", "model name"));
 }
 
 } // namespace

@@ -3,14 +3,8 @@
 #include "Platform/Linux/Hwmon/HwmonFan.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
-#include <filesystem>
-#include <functional>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace vantoro {
 namespace {
@@ -206,13 +200,7 @@ TEST(LinuxFans, AStoppedFanIsOneAtRestAndAFaultyOneIsNone) {
 }
 
 TEST(LinuxFans, AreNamedByTheirDriversAndKnownByWhoseTheyAre) {
-    struct Case {
-        const char* driver;
-        const char* label;
-        int number;
-        FanKind kind;
-        const char* name;
-    };
+    using Case = std::tuple<const char*, const char*, int, FanKind, const char*>;
     std::vector<std::string> taken;
     for (const auto& [driver, label, number, kind, name] :
          {Case{"nct6799", "", 2, FanKind::machine, "Fan 2"}, Case{"it8686", "", 2, FanKind::machine, "Fan 3"},

@@ -7,16 +7,10 @@
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
-#include <chrono>
-#include <filesystem>
 #include <future>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <optional>
-#include <string>
 #include <sys/stat.h>
 #include <thread>
-#include <vector>
 
 namespace vantoro {
 namespace {

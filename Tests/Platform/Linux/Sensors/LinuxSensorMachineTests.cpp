@@ -11,13 +11,8 @@
 #include "Platform/Linux/Sensors/SensorMachine.h"
 #include "Support/Golden.h"
 
-#include <array>
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {
@@ -76,42 +71,6 @@ TEST(LinuxSensorMachines, GiveTheirTemperaturesAndFans) {
                            reading.trust() == SensorTrust::fewAndHonest ? "honest" : "noisy");
     }
     testing::expectGolden("linux-sensors/readings.golden", all);
-}
-
-TEST(LinuxSensorMachines, GiveTheirPower) {
-    struct Expected {
-        std::string machine;
-        /// What the counters gain in two seconds.
-        std::map<std::string, std::string> twoSecondsLater;
-        double system, adapter, battery;
-    };
-    const std::string zone = "sys/class/powercap/intel-rapl:";
-    const Expected table[] = {{"intel-laptop", {}, 13.86, 0, 13.86},
-                              // Plugged in: the platform's counter, which wraps, and what charges the battery.
-                              {"intel-laptop",
-                               {{"sys/class/power_supply/AC/online", "1\n"},
-                                {"sys/class/power_supply/BAT0/status", "Charging\n"},
-                                {zone + "1/energy_uj", "23671150\n"}},
-                               12,
-                               25.86,
-                               13.86},
-                              {"amd-desktop", {{zone + "0/energy_uj", "39389013\n"}}, 0, 0, 0},
-                              {"arm-board", {}, 0, 0, 0},
-                              {"server", {{zone + "0/energy_uj", "90000100\n"}}, 212, 0, 0},
-                              {"mac", {}, 9.12, 61, 0}};
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.machine);
-        SensorMachine machine(expected.machine);
-        Reading reading(machine);
-        reading->readPower();
-        for (const auto& [file, text] : expected.twoSecondsLater)
-            machine.write(file, text);
-        machine.pass(2);
-        const PowerReading power = reading->readPower();
-        EXPECT_NEAR(power.systemWatts, expected.system, 1e-3);
-        EXPECT_NEAR(power.adapterWatts, expected.adapter, 1e-3);
-        EXPECT_NEAR(power.batteryWatts, expected.battery, 1e-3);
-    }
 }
 
 TEST(LinuxSensorMachines, ASleepingCardIsNotReadAndUsesNothing) {

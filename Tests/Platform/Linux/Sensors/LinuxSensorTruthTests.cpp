@@ -4,13 +4,6 @@
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace vantoro {
 namespace {
@@ -154,68 +147,6 @@ TEST(LinuxSensorTruth, ADriverThatComesAgainIsFoundWithinTenSeconds) {
     EXPECT_NE(service.generation(), before);
     EXPECT_EQ(value(service, "Tp00"), 61.0);
     EXPECT_EQ(value(service, "Ts00"), 35.0);
-}
-
-TEST(LinuxSensorTruth, ZonesThatNoChipShowsGiveTheChipsTemperature) {
-    struct Case {
-        /// Type of each zone, degrees.
-        std::vector<std::pair<const char*, int>> zones;
-        std::optional<double> chip, graphics, enclosure;
-    };
-    const Case table[] = {
-        {{{"CPU-therm", 44}, {"GPU-therm", 41}, {"PLL-therm", 43}, {"PMIC-Die", 100}, {"Tboard_tegra", 35}},
-         44,
-         41,
-         35},
-        {{{"cpu-thermal", 48}, {"gpu-thermal", 44}, {"tj-thermal", 49}}, 48, 44, {}},
-        {{{"cpu0-thermal", 51}, {"nspss-0-thermal", 70}, {"skin-temp-thermal", 33}}, 51, {}, 33},
-        {{{"acpitz", 27}, {"INT3400 Thermal", 20}, {"x86_pkg_temp", 63}}, 63, {}, {}},
-        {{{"acpitz", 27}}, {}, {}, {}}};
-    for (const Case& each : table) {
-        SensorMachine machine;
-        int number = 0;
-        for (const auto& [type, celsius] : each.zones) {
-            const std::string zone = "sys/class/thermal/thermal_zone" + std::to_string(number++) + "/";
-            machine.write(zone + "type", std::string(type) + "\n");
-            machine.write(zone + "temp", std::to_string(celsius * 1000) + "\n");
-        }
-        HwmonSMCService service(machine.root(), machine.lane(), nullptr);
-        const std::string first = each.zones.front().first;
-        EXPECT_EQ(service.open("AppleSMC") != 0, each.chip.has_value()) << first;
-        if (!each.chip)
-            continue;
-        EXPECT_EQ(value(service, "Tp00"), each.chip) << first;
-        EXPECT_EQ(value(service, "Tg00"), each.graphics) << first;
-        EXPECT_EQ(value(service, "Ts00"), each.enclosure) << first;
-    }
-}
-
-TEST(LinuxSensorTruth, OnlyTheTruestOfAProcessorsTemperaturesCount) {
-    const SensorMachine machine;
-    const auto chip = [&](int number, const char* driver,
-                          const std::vector<std::pair<const char*, int>>& temperatures) {
-        const std::string folder = "sys/class/hwmon/hwmon" + std::to_string(number) + "/";
-        machine.write(folder + "name", driver);
-        int sensor = 0;
-        for (const auto& [label, celsius] : temperatures) {
-            const std::string stem = folder + "temp" + std::to_string(++sensor);
-            machine.write(stem + "_label", label);
-            machine.write(stem + "_input", std::to_string(celsius * 1000));
-        }
-    };
-    chip(0, "k10temp", {{"Tctl", 95}, {"Tccd1", 68}});
-    chip(1, "nct6799", {{"SYSTIN", 34}, {"CPUTIN", 90}, {"TSI0_TEMP", 95}, {"AUXTIN0", 127}, {"AUXTIN1", -62}});
-    chip(2, "asusec", {{"CPU", 80}, {"VRM", 50}});
-    machine.write("sys/class/hwmon/hwmon1/temp6_input", "99000\n");
-    machine.write("sys/class/hwmon/hwmon1/temp6_fault", "1\n");
-    HwmonSMCService service(machine.root(), machine.lane(), nullptr);
-    EXPECT_EQ(value(service, "Tp00"), 68.0);
-    EXPECT_FALSE(value(service, "Tp01"));
-    std::vector<double> enclosure;
-    for (const char digit : std::string("0123456789"))
-        if (const auto celsius = value(service, std::string("Ts0") + digit))
-            enclosure.push_back(*celsius);
-    EXPECT_THAT(enclosure, ::testing::UnorderedElementsAre(34, 50));
 }
 
 } // namespace

@@ -7,12 +7,6 @@
 
 #include <atomic>
 #include <bit>
-#include <cstdlib>
-#include <gtest/gtest.h>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace vantoro::testing {
 

@@ -10,8 +10,6 @@
 #include "Support/Folders.h"
 #include "Support/Golden.h"
 
-#include <gtest/gtest.h>
-
 namespace vantoro {
 
 namespace fs = std::filesystem;

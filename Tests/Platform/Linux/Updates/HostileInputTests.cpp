@@ -7,7 +7,6 @@
 #include "Support/Folders.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <random>
 
 namespace vantoro {

@@ -5,7 +5,6 @@ namespace vantoro {
 namespace {
 
 TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
-    const auto serves = [&](const Resource& resource) { server.resources["/appcast.xml"] = resource; };
     publish(good, {.version = "2.0", .build = "200", .signature = "none"});
     expectRefused(unverified, "an unsigned entry");
     publish(good, {.version = "2.0", .build = "200", .length = 600ULL * 1024 * 1024});
@@ -14,9 +13,7 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
     for (const auto& [what, version, number] :
          std::vector<std::array<std::string, 3>>{{"no short version", "", "200"},
                                                  {"a line break in the version", "2.0\nUPDATE phase updated", "200"},
-                                                 {"a line break in the build", "2.0",
-                                                  "200\n"
-                                                  "1"},
+                                                 {"a line break in the build", "2.0", "200\n0"},
                                                  {"a version without end", longest + "9", "200"},
                                                  {"a build without end", "2.0", longest + "9"},
                                                  {"letters that turn the line around", "2.0\xE2\x80\xAE", "200"}}) {
@@ -27,24 +24,19 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
     QByteArray attributes = "<rss";
     for (int i = 0; i < 100'000; ++i)
         attributes += " a" + QByteArray::number(i) + "='1'";
-    serves({.body = attributes + "/>"});
-    expectRefused(unverified, "attributes for minutes");
-    serves({.body = "<rss>", .announcedLength = 100'000'000, .isEndless = true});
-    expectRefused(unverified, "a feed of 100 MB");
-    serves({.body = "<rss><channel>", .isEndless = true});
-    expectRefused(unverified, "a feed without end");
-    serves({.body = "<html><body>Welcome to the hotel</body></html>"});
-    expectRefused(unverified, "no feed");
-    serves({.body = "<!DOCTYPE x [<!ENTITY a 'b'>]><rss>&a;</rss>"});
-    expectRefused(unverified, "a document type");
-    serves({.body = "<rss><channel><item>"});
-    expectRefused(unverified, "half a feed");
-    serves({.status = 500});
-    expectRefused(unreachable, "an error page");
-    serves({.redirect = server.plainAddress("/plain.xml")});
-    expectRefused(unreachable, "sent on to plain http");
-    serves({.redirect = server.address("/appcast.xml")});
-    expectRefused(unreachable, "sent round in circles");
+    for (const auto& [what, message, resource] : std::vector<std::tuple<const char*, std::string, Resource>>{
+             {"attributes for minutes", unverified, {.body = attributes + "/>"}},
+             {"a feed of 100 MB", unverified, {.body = "<rss>", .announcedLength = 100'000'000, .isEndless = true}},
+             {"a feed without end", unverified, {.body = "<rss><channel>", .isEndless = true}},
+             {"no feed", unverified, {.body = "<html><body>Welcome to the hotel</body></html>"}},
+             {"a document type", unverified, {.body = "<!DOCTYPE x [<!ENTITY a 'b'>]><rss>&a;</rss>"}},
+             {"half a feed", unverified, {.body = "<rss><channel><item>"}},
+             {"an error page", unreachable, {.status = 500}},
+             {"sent on to plain http", unreachable, {.redirect = server.plainAddress("/plain.xml")}},
+             {"sent round in circles", unreachable, {.redirect = server.address("/appcast.xml")}}}) {
+        server.resources["/appcast.xml"] = resource;
+        expectRefused(message, what);
+    }
     publish(good);
     trustsServer = false;
     expectRefused(unreachable, "a server that nobody vouches for");
@@ -52,33 +44,25 @@ TEST_F(AppcastEngineTest, FeedsThatAreRefused) {
 }
 
 TEST_F(AppcastEngineTest, DownloadsThatAreRefused) {
-    const auto archive = [&]() -> Resource& { return server.resources["/archive.tar.gz"]; };
-    publish(good, {.version = "2.0", .build = "200", .signature = testing::SigningKey().signatureOver(good)});
-    expectRefused(unverified, "another key's signature");
-    publish(good, {.version = "2.0", .build = "200", .signature = "bm90IGEgc2lnbmF0dXJl"});
-    expectRefused(unverified, "no signature");
-    publish(good);
-    archive().body[1000] = static_cast<char>(archive().body[1000] ^ 1);
-    expectRefused(unverified, "one bit");
-    publish(good);
-    archive().body.chop(1);
-    expectRefused(unverified, "one byte short");
-    publish(good);
-    archive().body += "x";
-    expectRefused(unverified, "one byte more");
-    publish(good);
-    archive().isEndless = true;
-    expectRefused(unverified, "no end");
-    publish(good);
-    archive() = {.status = 404};
-    expectRefused(unreachable, "not there");
-    publish(good);
-    archive().redirect = server.plainAddress("/plain");
-    expectRefused(unreachable, "sent on to plain http");
-    publish(good, {.version = "2.0", .build = "200", .url = server.plainAddress("/plain")});
-    expectRefused(unreachable, "announced at plain http");
-    publish(good, {.version = "2.0", .build = "200", .url = "file:///etc/passwd"});
-    expectRefused(unreachable, "announced as a file");
+    const auto refuses = [&](const std::string& message, const char* what, FeedItem item, const auto& spoil) {
+        item.version = "2.0";
+        item.build = "200";
+        publish(good, item);
+        spoil(server.resources["/archive.tar.gz"]);
+        expectRefused(message, what);
+    };
+    const auto asItIs = [](Resource&) {};
+    refuses(unverified, "another key's signature", {.signature = testing::SigningKey().signatureOver(good)}, asItIs);
+    refuses(unverified, "no signature", {.signature = "bm90IGEgc2lnbmF0dXJl"}, asItIs);
+    refuses(unverified, "one bit", {}, [](Resource& served) { served.body[1000] = char(served.body[1000] ^ 1); });
+    refuses(unverified, "one byte short", {}, [](Resource& served) { served.body.chop(1); });
+    refuses(unverified, "one byte more", {}, [](Resource& served) { served.body += "x"; });
+    refuses(unverified, "no end", {}, [](Resource& served) { served.isEndless = true; });
+    refuses(unreachable, "not there", {}, [](Resource& served) { served = {.status = 404}; });
+    const std::string plain = server.plainAddress("/plain");
+    refuses(unreachable, "sent on to plain http", {}, [&](Resource& served) { served.redirect = plain; });
+    refuses(unreachable, "announced at plain http", {.url = plain}, asItIs);
+    refuses(unreachable, "announced as a file", {.url = "file:///etc/passwd"}, asItIs);
     EXPECT_EQ(server.requestsFor("/plain"), 0);
 }
 

@@ -8,8 +8,6 @@
 #include "Support/Folders.h"
 #include "Support/Golden.h"
 
-#include <fstream>
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
