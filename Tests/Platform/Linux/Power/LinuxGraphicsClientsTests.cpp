@@ -240,6 +240,28 @@ TEST_F(Rendering, ClientsComeAndGo) {
     EXPECT_EQ(programs(), (Programs{{200, 0}}));
 }
 
+TEST_F(Rendering, WhoLongHeldNothingIsSeldomListedAndFoundAllTheSame) {
+    machine.remove("proc/self/fd"); // a kernel that does not tell how many descriptors there are
+    open(100, 3, "/home/me/notes");
+    for (int looks = 0; looks < 200; ++looks)
+        read(LinuxGraphicsClients::lookSeconds);
+    const int events = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ::inotify_add_watch(events, (machine.root() + "/proc/100/fd").c_str(), IN_OPEN);
+    std::array<char, 4096> room{};
+    int listings = 0;
+    for (int looks = 0; looks < 36; ++looks) {
+        read(LinuxGraphicsClients::lookSeconds);
+        listings += ::read(events, room.data(), room.size()) > 0 ? 1 : 0;
+    }
+    EXPECT_EQ(listings, 2) << "every three minutes";
+    ::close(events);
+    open(100, 5);
+    tell(100, 5, 1, 0);
+    for (int looks = 0; looks < 20; ++looks)
+        read(LinuxGraphicsClients::lookSeconds);
+    EXPECT_EQ(programs(), (Programs{{100, 0}}));
+}
+
 TEST_F(Rendering, WhatMayNotBeReadOrIsNotToldIsLeftOut) {
     open(100, 3);
     tell(100, 3, 1, 0);
