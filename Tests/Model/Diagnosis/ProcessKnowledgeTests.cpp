@@ -129,4 +129,18 @@ TEST(ProcessKnowledge, AProgramThatCallsItselfAThreadOfTheKernelIsNotExcused) {
     EXPECT_FALSE(linuxNote("cc1plus", ProcessKind::kernel));
 }
 
+TEST(ProcessKnowledge, AServiceOfOneKnownProgramIsThatProgram) {
+    const auto friendly = [](std::vector<std::string> programs, SystemKind system, ProcessKind kind) {
+        ProcessGroup group{.displayName = "acme-logs", .kind = kind};
+        for (std::string& program : programs)
+            group.members.push_back({.displayName = std::move(program)});
+        return friendlyName(group, system);
+    };
+    using enum ProcessKind;
+    EXPECT_EQ(friendly({"rsyslogd", "rsyslogd"}, SystemKind::gnuLinux, systemDaemon), "System log");
+    EXPECT_EQ(friendly({"rsyslogd", "sh"}, SystemKind::gnuLinux, systemDaemon), "acme-logs");
+    EXPECT_EQ(friendly({"rsyslogd"}, SystemKind::gnuLinux, commandLine), "acme-logs");
+    EXPECT_EQ(friendly({"backupd"}, SystemKind::macos, systemDaemon), "acme-logs");
+}
+
 } // namespace vantoro

@@ -175,10 +175,12 @@ std::optional<ProcessNote> ProcessKnowledge::note(std::string_view processName, 
 
 std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) {
     auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
-    if (system == SystemKind::gnuLinux && group.kind == ProcessKind::systemDaemon)
-        for (auto member = group.members.begin(); !note && member != group.members.end(); ++member)
-            note = ProcessKnowledge::note(member->displayName, member->kind, system);
-    return note;
+    if (note || system != SystemKind::gnuLinux || group.kind != ProcessKind::systemDaemon || group.members.empty())
+        return note;
+    const std::string& program = group.members.front().displayName;
+    const bool isOneProgram = std::ranges::all_of(
+        group.members, [&program](const ProcessAggregate& member) { return member.displayName == program; });
+    return isOneProgram ? ProcessKnowledge::note(program, group.kind, system) : std::nullopt;
 }
 
 std::string friendlyName(const ProcessGroup& group, SystemKind system) {
