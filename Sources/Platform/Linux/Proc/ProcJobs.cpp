@@ -151,7 +151,16 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
     if (process.isKernelThread() || roleOf(process) == Role::door)
         return {};
     Job job{.top = &process};
-    ScannedProcess* topOfGroup = &process;
+    // Where nothing is known above, the job ends with the session, or below a script that manages jobs in its own.
+    ScannedProcess* topOfSession = &process;
+    bool isInside = process.sessionPid != 0;
+    const auto climb = [&](ScannedProcess& to) {
+        const bool isStarter = to.pid == to.sessionPid && to.groupPid != job.top->groupPid && roleOf(to) == Role::shell;
+        isInside = isInside && to.sessionPid == process.sessionPid && !isStarter;
+        if (isInside || to.groupPid == process.groupPid)
+            topOfSession = &to;
+        job.top = &to;
+    };
     for (int generation = 0; generation < mostAncestors; ++generation) {
         ScannedProcess& top = *job.top;
         ScannedProcess* parent = scan_.parentOf(top);
@@ -163,8 +172,7 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
                                roleOf(*leader) != Role::door && generation < mostAncestors / 2;
             job.hasGap = job.hasGap || parent != nullptr || top.parentPid == 1;
             if (isLed) {
-                job.top = leader;
-                topOfGroup = leader->groupPid == process.groupPid ? leader : topOfGroup;
+                climb(*leader);
                 continue;
             }
             parent = sessionLeader != &top ? sessionLeader : nullptr;
@@ -186,10 +194,9 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
         }
         if (top.pid == top.groupPid && takesCommands(top))
             return job;
-        job.top = parent;
-        topOfGroup = parent->groupPid == process.groupPid ? parent : topOfGroup;
+        climb(*parent);
     }
-    return {.top = topOfGroup};
+    return {.top = topOfSession};
 }
 
 /// Whether it is there for somebody else's sake: a wrapper, the shell of a command line, or a shell that a shell split
@@ -296,10 +303,11 @@ ScannedProcess* ProcJobs::rowOf(const ReapedWork::Credit& credit) {
         return nullptr;
     ScannedProcess* const member = credit.endedPid != 0 ? scan_.findEnded(credit.endedPid) : nullptr;
     const Job job = jobOf(*reaper);
-    const bool hasJobsOfItsOwn = job.top == reaper && takesCommands(*reaper);
-    if (job.above != Job::Above::unknown && !hasJobsOfItsOwn)
+    const bool startsJobs = job.top == reaper && roleOf(*reaper) == Role::shell &&
+                            (reaper->pid == reaper->sessionPid || takesCommands(*reaper));
+    if (job.above != Job::Above::unknown && !startsJobs)
         return job.top;
-    if (member == nullptr)
+    if (member == nullptr || (!startsJobs && member->sessionPid == reaper->sessionPid))
         return job.top != nullptr && !isInSession(controlGroup(*reaper)) ? job.top : reaper;
     ScannedProcess* leader = livingAt(member->groupPid);
     if (leader != nullptr && leader->groupPid == leader->pid)

@@ -12,8 +12,9 @@ namespace vantoro {
 
 /// A job is what somebody or something started in one piece: the process group below a shell that takes commands, below
 /// what let a session in or starts things by the clock, however many groups of their own it divides itself into; with
-/// none of these above, the process group. It is named for its leader, a pipeline for the member that works most, and
-/// what only runs something else (sudo, timeout, a command line's shell) for what it runs.
+/// none of these above, the session, unless a script that manages jobs leads it. It is named for its leader, a pipeline
+/// for the member that works most, and what only runs something else (sudo, timeout, a command line's shell) for what
+/// it runs.
 class ProcJobs {
 public:
     /// The scan must outlive it.

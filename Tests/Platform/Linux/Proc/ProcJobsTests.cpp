@@ -88,9 +88,16 @@ TEST_F(ProcJobsTest, AJobIsWhatWasStartedBelowAShell) {
         // Without any of these, the process group.
         {{980, 1, 980, 980, "nginx", "/sbin/nginx"}, "nginx", none},
         {{981, 980, 980, 980, "worker", "/sbin/worker"}, "nginx", none},
+        // A runner's script with jobs, one of which gives each of its steps a group.
+        {{1000, 1, 1000, 1000, "bash", "/bin/bash steps.sh"}, "steps.sh", script},
+        {{1001, 1000, 1001, 1000, "bash", "/bin/bash steps.sh"}, "ninja", script},
+        {{1002, 1001, 1001, 1000, "ninja", "/bin/ninja"}, "ninja", script},
+        {{1003, 1002, 1003, 1000, "sh", "/bin/sh -c cc"}, "ninja", script},
+        {{1004, 1003, 1003, 1000, "cc1", "/bin/cc1"}, "ninja", script},
+        {{1005, 1000, 1005, 1000, "xz", "/bin/xz"}, "xz", script},
         // A circle of parents.
-        {{990, 991, 990, 5, "a", "/bin/a"}, "a", none},
-        {{991, 990, 991, 5, "b", "/bin/b"}, "b", none},
+        {{990, 991, 990, 990, "a", "/bin/a"}, "a", none},
+        {{991, 990, 991, 991, "b", "/bin/b"}, "b", none},
     };
     for (const auto& [is, job, shell] : cases)
         relatives.push_back(is);
