@@ -1,6 +1,6 @@
 // Each load is started as a user would: typed into an interactive shell on a terminal of its own. The truth is the
 // kernel's account of that session, living and reaped, read four times a second, and wait4's for the whole of it.
-#include "Live.h"
+#include "Tables.h"
 
 #include <array>
 #include <atomic>
@@ -37,25 +37,28 @@ struct Load {
     /// What it must be called.
     const char* job;
     const char* typed;
-    /// Of the file of the job's name; empty when there is none.
+    /// What the file of the job's name does, PARTS times at once; null when there is no such file.
     const char* script;
 };
 
-// `burn` works for its argument's microseconds.
+/// Works for so many microseconds.
 constexpr const char* burn =
     "#!/bin/bash\ne=$((${EPOCHREALTIME/./} + $1))\nwhile ((${EPOCHREALTIME/./} < e)); do :; done\n";
+constexpr const char* wholeScript = "#!/bin/bash\nwork() {\n$WORK\n}\n"
+                                    "for ((i = 1; i < PARTS; ++i)); do work & done\nwork\nwait\n";
 constexpr std::array<Load, 9> loads{{
     {"steady", "steady.sh", "./steady.sh", "while ((SECONDS < LONG)); do :; done"},
     {"fork storm", "storm.sh", "./storm.sh", "while ((SECONDS < LONG)); do /bin/true; done"},
     {"0.3 s jobs", "quick.sh", "./quick.sh", "while ((SECONDS < LONG)); do ./burn 300000; done"},
     {"3 s jobs", "slow.sh", "./slow.sh", "while ((SECONDS < LONG)); do ./burn 3000000; done"},
-    {"build", "make", "make -j2", ""},
+    {"build", "make", "make -j$((2 * PARTS))", nullptr},
     {"pool", "pool.sh", "./pool.sh", "for i in 1 2 3 4; do ./burn LONG000000 & done; wait"},
     {"nice 19", "tidy.sh", "nice -n 19 ./tidy.sh", "while ((SECONDS < LONG)); do :; done"},
     {"bursts", "bursts.sh", "./bursts.sh",
      "while ((SECONDS < LONG)); do ./burn 5000000 & ./burn 5000000; sleep 2; done"},
     {"disk", "copy.sh", "./copy.sh",
-     "while ((SECONDS < LONG)); do dd if=/dev/zero of=copied bs=1M count=400 conv=fsync; cat copied >again; done"},
+     "f=copied$i; while ((SECONDS < LONG)); do dd if=/dev/zero of=$f bs=1M count=300 conv=fsync; cat $f >$f.again; "
+     "done"},
 }};
 
 double now() {
@@ -67,10 +70,14 @@ void write(const files::path& path, const std::string& text) {
     files::permissions(path, files::perms::owner_all);
 }
 
-std::string filled(std::string text) {
-    for (std::size_t at = text.find("LONG"); at != std::string::npos; at = text.find("LONG"))
-        text.replace(at, 4, std::to_string(loadSeconds));
+std::string filled(std::string text, const std::string& word, const std::string& by) {
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + by.size()))
+        text.replace(at, word.size(), by);
     return text;
+}
+
+std::string filled(std::string text, int parts) {
+    return filled(filled(std::move(text), "LONG", std::to_string(loadSeconds)), "PARTS", std::to_string(parts));
 }
 
 /// Enough small sources to keep two compilers busy for long.
@@ -245,14 +252,17 @@ std::string outputOf(const std::string& command) {
 }
 
 bool tryLoad(const Load& load, const Options& options, const files::path& folder) {
-    if (load.script[0] != 0)
-        write(folder / load.job, "#!/bin/bash\n" + filled(load.script) + "\n");
+    // A quarter of the machine is the least that anybody would notice.
+    const int parts =
+        options.parts > 0 ? options.parts : std::max(1, static_cast<int>(std::thread::hardware_concurrency()) / 2);
+    if (load.script != nullptr)
+        write(folder / load.job, filled(filled(wholeScript, "$WORK", load.script), parts));
     else
         makeSources(folder);
     Terminal terminal(folder);
     Account account(terminal.shell());
     std::this_thread::sleep_for(std::chrono::seconds(1));
-    terminal.type(filled(load.typed));
+    terminal.type(filled(load.typed, parts));
     std::this_thread::sleep_for(std::chrono::seconds(2));
     const std::string text =
         outputOf(fmt::format("{} --explain --json --seconds {} 2>/dev/null", options.program, watchedSeconds));

@@ -48,6 +48,16 @@ TEST(ProcessKnowledge, EverySystemHasItsOwnTable) {
     EXPECT_FALSE(ProcessKnowledge::note("cc1plus", ProcessKind::commandLine, SystemKind::macos));
 }
 
+TEST(ProcessKnowledge, AServiceIsKnownByItsPrograms) {
+    ProcessGroup group{.displayName = "ssh", .kind = ProcessKind::systemDaemon};
+    for (const char* name : {"unheard-of", "sshd"})
+        group.members.push_back({.displayName = name, .kind = ProcessKind::systemDaemon});
+    EXPECT_NE(friendlyName(group, SystemKind::gnuLinux), "ssh");
+    EXPECT_EQ(friendlyName(group, SystemKind::macos), "ssh");
+    group.kind = ProcessKind::commandLine;
+    EXPECT_EQ(friendlyName(group, SystemKind::gnuLinux), "ssh") << "a job is what somebody called so";
+}
+
 TEST(ProcessKnowledge, EveryLinuxNoteReadsOnInASentenceAndNamesNobodyTwice) {
     std::set<std::string> names;
     std::size_t notes = 0;
