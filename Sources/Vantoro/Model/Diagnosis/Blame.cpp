@@ -159,12 +159,6 @@ void rankByGraphics(std::vector<ProcessGroup>& causes, const SnapshotRun& window
         causes.clear();
 }
 
-/// The kernel at work because memory is short.
-bool isEchoOfMemory(const ProcessGroup& group) {
-    return group.kind == ProcessKind::kernel &&
-           (group.displayName.starts_with("kswapd") || group.displayName.starts_with("kcompactd"));
-}
-
 bool waitsForMemory(const SnapshotRun& window, const Snapshot& now) {
     constexpr double leastPercent = 10;
     double percent = 0;
@@ -189,6 +183,11 @@ bool rankByMemory(std::vector<ProcessGroup>& causes, const History& history) {
 }
 
 } // namespace
+
+bool isEchoOfMemory(const ProcessGroup& group) {
+    return group.kind == ProcessKind::kernel &&
+           (group.displayName.starts_with("kswapd") || group.displayName.starts_with("kcompactd"));
+}
 
 SnapshotRun DiagnosisEngine::causeWindow(const History& history) {
     constexpr double lagSeconds = 15;

@@ -100,6 +100,9 @@ constexpr bool isJudgedByHeat(Cooling cooling) {
     return cooling == Cooling::passive || cooling == Cooling::heat;
 }
 
+/// The kernel at work because memory is short: an echo of what holds it, and no cause.
+bool isEchoOfMemory(const ProcessGroup& group);
+
 /// The groups to blame for the verdict's state, most responsible first, and in the verdict on what ground: the work of
 /// the processors, that of graphics, the memory that somebody holds; nobody for what ran just the same while the
 /// machine was quiet, nor when graphics lead and nobody is known to use them. State, system and work of the verdict are
