@@ -99,6 +99,13 @@ TEST(Blame, GraphicsLeadByTheirPower) {
                    now.cpu.idlePercent = 71;
                },
                game},
+          Case{"no other power, processors that are busy with the game",
+               [](Snapshot& now) {
+                   now.power = {.gpuWatts = 20};
+                   now.cores.emplace(8);
+                   now.processes[0].cpuPercent = 115;
+               },
+               game},
           Case{"no power at all, idle processors",
                [](Snapshot& now) {
                    now.power = {};
@@ -244,6 +251,47 @@ TEST(Blame, NobodyForWhatRanJustTheSameWhileItWasQuiet) {
     const auto section = driving(all);
     EXPECT_EQ(section.body, "Nothing here explains it: all of this ran just the same while the machine was quiet.");
     EXPECT_FALSE(section.rows.at(0).emphasised);
+}
+
+TEST(Blame, WhatCameOnTopOfAQuietLoadIsTheCause) {
+    const auto blamedFor = [](double before, double now, double newcomer) {
+        return told(sinceQuiet(
+                        200,
+                        [=](Snapshot& snapshot, bool isQuiet) {
+                            snapshot.cpu = {.userPercent = isQuiet ? 20.0 : 45.0, .idlePercent = isQuiet ? 80.0 : 55.0};
+                            snapshot.processes = {process(1, "backup", isQuiet ? before : now, commandLine),
+                                                  process(2, "Editor", 12), process(3, "other", 10, commandLine)};
+                            if (!isQuiet)
+                                snapshot.processes.push_back(process(4, "render", newcomer, commandLine));
+                        }))
+            .verdict.headline;
+    };
+    const char* const render = "Your fans are loud because of render";
+    const char* const backup = "Your fans are loud because of backup";
+    EXPECT_EQ(blamedFor(200, 200, 100), render);
+    EXPECT_EQ(blamedFor(200, 230, 150), render) << "a little more is the same";
+    EXPECT_EQ(blamedFor(200, 290, 150), backup) << "it grew as well";
+    EXPECT_EQ(blamedFor(200, 200, 99), backup) << "too little to be the cause";
+    EXPECT_EQ(blamedFor(40, 40, 24), backup);
+}
+
+TEST(Blame, NobodyStandsOutBesideMuchMoreThatNoRowAccountsFor) {
+    Snapshot now = bareMachine(80, {process(1, "borg", 34, commandLine), process(2, "b", 5)});
+    now.cores.emplace(8);
+    EXPECT_EQ(told(now, 90).verdict.headline, "This computer is flat out, but no program stands out");
+    EXPECT_EQ(told(historyEndingIn(now, 90), SystemKind::macos).verdict.suspect->key, "borg");
+    now.processes[0].cpuPercent = 212;
+    EXPECT_EQ(told(now, 90).verdict.suspect->key, "borg");
+}
+
+TEST(Blame, AShareOfTheTimeIsAShareOfTheWork) {
+    History history;
+    for (int age = 80; age >= 0; --age) {
+        const bool isFirst = age % 20 < 13;
+        history.append(testing::at(builtNow - age, fanMachine(0.5, {process(isFirst ? 1 : 2, isFirst ? "long" : "short",
+                                                                            isFirst ? 300 : 340)})));
+    }
+    EXPECT_EQ(told(history).verdict.suspect->key, "long");
 }
 
 TEST(Blame, ShortMemoryIsWhoHoldsMostOfIt) {

@@ -52,7 +52,8 @@ std::string drivingBody(const std::vector<ProcessGroup>& groups, const SnapshotR
     const std::string name = friendlyName(groups.front(), verdict.system);
     const bool isOfWork = verdict.speaksOfWork();
     const bool isAtEase = isAtRest(verdict.state) && verdict.system != SystemKind::macos;
-    if (total > 0 && share > 0.6)
+    const bool isBlamed = !verdict.suspect || verdict.suspect->key == groups.front().key;
+    if (total > 0 && share > 0.6 && isBlamed)
         return fmt::format("{} accounts for roughly {}% of {} work in the window that {}. This is a "
                            "single-culprit situation.",
                            name, truncated(share * 100),
@@ -114,15 +115,17 @@ std::vector<Change> changes(const SnapshotRun& before, const SnapshotRun& after,
     return changes;
 }
 
-Explanation::Row changeRow(const Change& change, bool isTrigger, Cooling cooling) {
+Explanation::Row changeRow(const Change& change, bool isTrigger, const Verdict& verdict) {
     const bool grew = change.growth > 0;
-    return {.label = change.name,
-            .value = fmt::format("{}{}%", grew ? "+" : "", truncated(change.growth)),
-            .detail =
-                std::string(!grew ? "fell back"
-                                  : byCooling(cooling, "increased as the fans rose", "increased as the chip heated",
-                                              "increased as the chip heated", "increased as the load rose")),
-            .emphasised = isTrigger};
+    const Cooling cooling = verdict.cooling;
+    return {
+        .label = change.name,
+        .value =
+            fmt::format("{}{}{}", grew ? "+" : "", truncated(change.growth), verdict.isOfGraphics ? " points" : "%"),
+        .detail = std::string(!grew ? "fell back"
+                                    : byCooling(cooling, "increased as the fans rose", "increased as the chip heated",
+                                                "increased as the chip heated", "increased as the load rose")),
+        .emphasised = isTrigger};
 }
 
 /// "What's drawing the power": the applications of the stretch that led up to now; none when none did noticeable work.
@@ -168,7 +171,7 @@ std::optional<Explanation::Section> triggerSection(const History& history, const
         verdict.isOfGraphics ? "the graphics processor" : "CPU");
     for (std::size_t i = 0; i < std::min(ranked.size(), mostTriggerRows); ++i)
         if (std::abs(ranked[i].growth) >= leastShownChange)
-            section.rows.push_back(changeRow(ranked[i], i == 0, now.cooling));
+            section.rows.push_back(changeRow(ranked[i], i == 0, verdict));
     return section;
 }
 

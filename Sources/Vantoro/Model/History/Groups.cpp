@@ -173,11 +173,12 @@ std::vector<ProcessGroup> History::group(std::vector<ProcessAggregate> aggregate
     return groups;
 }
 
-bool graphicsLead(const SnapshotRun& window) {
+bool graphicsLead(const SnapshotRun& window, std::optional<int> processorCount) {
     constexpr double leastWatts = 8;
     constexpr double leastBusyPercent = 50; // where its power is not told
     constexpr double restOfTheSystemWatts = 5;
     constexpr double idleProcessorsPercent = 30;
+    constexpr double leastRenderingPercent = 10;
     /// Over the snapshots that tell the other figure.
     struct Sum {
         double graphicsWatts = 0;
@@ -197,13 +198,16 @@ bool graphicsLead(const SnapshotRun& window) {
         watts += power.gpuWatts;
         busyPercent += snapshot.cpu.busyPercent();
         graphicsPercent += snapshot.gpuPercent.value_or(0);
+        for (const ProcessSample& row : snapshot.processes) {
+            tellsOfGraphics = tellsOfGraphics || row.gpuPercent;
+            if (processorCount && row.gpuPercent.value_or(0) >= leastRenderingPercent)
+                busyPercent -= row.cpuPercent / *processorCount;
+        }
         if (power.cpuWatts)
             besideProcessors.add(power.gpuWatts, *power.cpuWatts);
         else if (power.systemWatts > 0)
             withinSystem.add(power.gpuWatts, power.systemWatts - restOfTheSystemWatts);
-        tellsOfGraphics = tellsOfGraphics || snapshot.gpuPercent || power.cpuWatts ||
-                          std::ranges::any_of(snapshot.processes,
-                                              [](const ProcessSample& row) { return row.gpuPercent.has_value(); });
+        tellsOfGraphics = tellsOfGraphics || snapshot.gpuPercent || power.cpuWatts;
     }
     const auto snapshots = static_cast<double>(window.size());
     const bool processorsIdle = busyPercent < idleProcessorsPercent * snapshots;
@@ -277,7 +281,7 @@ std::vector<ProcessGroup> rankedSuspects(const History& history) {
         return !(group.totalCPU >= leastCPU || group.gpuPercent.value_or(0) >= leastGraphics);
     });
     std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::totalCPU);
-    if (graphicsLead(window))
+    if (graphicsLead(window, history.processorCount()))
         std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::gpuPercent);
     for (ProcessGroup& group : groups)
         group.stressScore = std::round(group.totalCPU);

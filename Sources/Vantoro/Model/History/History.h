@@ -128,8 +128,9 @@ private:
 /// Whether the graphics processor is what the power of this window went to: it draws 8 W at least and half of what it
 /// and the processors draw; where theirs is not told, half of the system's power less 5 W; without either it leads
 /// while the processors are under 30 % busy. Where its own power is not told it leads while it is at least half busy
-/// and they are under 30 %. Never where nothing is told of graphics work, as in the first recordings.
-bool graphicsLead(const SnapshotRun& window);
+/// and they are under 30 %. What those who render compute does not count against it where it is known how many
+/// processors there are. Never where nothing is told of graphics work, as in the first recordings.
+bool graphicsLead(const SnapshotRun& window, std::optional<int> processorCount);
 
 /// What groups of this window use together, in per cent of one core: the sum of their shares, held to what they ever
 /// used at once as a group's own share is.

@@ -5,6 +5,10 @@
 
 #include "Support/Folders.h"
 
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
 namespace vantoro {
 namespace {
 
@@ -38,7 +42,11 @@ TEST_F(LinuxAppIdentityTests, KnowsWhoseAProcessIs) {
     LinuxProcessTable table({.root = testing::recordedMachine("laptop"), .descriptorBudget = 0, .ownUid = 1000});
     std::vector<std::int32_t> pids;
     table.listPids(pids);
-    using Case = std::tuple<int, const char*, AppMembership>;
+    struct Case {
+        int pid;
+        const char* path;
+        AppMembership membership;
+    };
     for (const auto& [pid, path, membership] :
          {Case{2100, "/usr/lib/editor/editor", of(userApp, "Text Editor", editor)},
           Case{2105, "/usr/lib/editor/editor-renderer", of(helper, "Text Editor", editor)},
@@ -78,81 +86,164 @@ TEST_F(LinuxAppIdentityTests, NamesWorkByItsGroupItsScriptAndItsGame) {
     const std::string session = "/user.slice/user-1000.slice/session-3.scope";
     const std::string manager = "/user.slice/user-1000.slice/user@1000.service/";
     const std::string terminal = manager + "app.slice/app-org.gnome.Terminal.slice/vte-spawn-1.scope";
-    int pid = 100;
-    const auto expect = [&](const ProcessOrigin& origin, bool isOwn, std::optional<ProcessKind> kind,
-                            const std::string& name = "-", const std::string& owner = "-") {
-        SCOPED_TRACE(origin.path + " in " + origin.controlGroup);
-        const AppMembership found = identity_.membership(++pid, origin, isOwn);
-        EXPECT_EQ(found.kind, kind);
-        EXPECT_EQ(found.displayName.value_or("-"), name);
-        EXPECT_EQ(found.owningAppName.value_or("-"), owner);
+    struct Case {
+        ProcessOrigin origin;
+        bool isOwn;
+        std::optional<ProcessKind> kind;
+        const char* name;
+        const char* owner;
     };
-    // Short-lived work of a session, whether or not its path was seen in time, whoever runs it.
-    expect({.path = "(cc1plus)", .controlGroup = session}, true, commandLine);
-    expect({.path = "/usr/libexec/gcc/cc1plus", .controlGroup = session, .shell = inner}, true, commandLine);
-    expect({.path = "/usr/bin/make", .controlGroup = terminal, .shell = inner}, false, commandLine);
-    expect({.path = "(cc1)", .controlGroup = "/"}, true, commandLine);
-    expect({.path = "/usr/libexec/gcc/cc1plus", .shell = inner}, true, commandLine);
-    expect({.path = "/usr/bin/make", .controlGroup = manager + "app.slice/run-u3.service"}, true, commandLine);
-    expect({.path = "/usr/bin/make", .controlGroup = "/system.slice/ssh.service", .shell = inner}, true, commandLine);
-    // Services, the user's own among them.
-    expect({.path = "/usr/bin/pipewire", .controlGroup = manager + "session.slice/pipewire.service"}, true,
-           systemDaemon, "-", "pipewire");
-    expect({.path = "/usr/lib/systemd/systemd", .controlGroup = manager + "init.scope"}, true, systemDaemon);
-    expect({.path = "/usr/bin/make", .controlGroup = "/system.slice/cron.service", .shell = first}, true, systemDaemon,
-           "-", "cron");
-    expect({.path = "(nginx)", .controlGroup = "/system.slice/nginx.service"}, false, systemDaemon, "-", "nginx");
-    expect({.path = "/usr/bin/postgres",
-            .controlGroup = "/system.slice/system-postgresql.slice/postgresql@15-a\\x2db.service"},
-           false, systemDaemon, "-", "postgresql@15-a-b");
-    // Jobs: of a shell, of the clock, of whoever logs in, started as a service, and where no units are.
-    expect({.path = "(cc1plus)", .controlGroup = session, .shell = inner, .job = "make"}, true, commandLine, "-",
-           "make");
-    expect({.path = "/bin/xz", .controlGroup = "/system.slice/cron.service", .shell = script, .job = "backup.sh"},
-           false, systemDaemon, "-", "backup.sh");
-    expect({.path = "/usr/bin/rsync", .controlGroup = "/system.slice/ssh.service", .job = "rsync"}, true, commandLine,
-           "-", "rsync");
-    expect({.path = "/bin/cc", .controlGroup = manager + "app.slice/run-u3.service", .job = "make"}, true, commandLine,
-           "-", "make");
-    expect({.path = "/bin/cc", .controlGroup = "/", .job = "make"}, false, std::nullopt, "-", "make");
-    expect({.path = "/bin/x", .controlGroup = manager + "session.slice/dbus-:1.2-org.example.X@0.service", .job = "x"},
-           true, systemDaemon);
-    expect({.path = "(nginx)", .controlGroup = "/"}, false, std::nullopt);
-    // Containers.
-    expect({.path = "/usr/bin/redis", .controlGroup = "/system.slice/docker-" + id + ".scope"}, false, systemDaemon,
-           "-", "container 3f2a1b4c5d6e");
-    expect({.path = "/app", .controlGroup = "/docker/" + id + "/init"}, false, systemDaemon, "-",
-           "container 3f2a1b4c5d6e");
-    expect({.path = "/app", .controlGroup = "/kubepods/burstable/pod1-2/" + id}, false, systemDaemon, "-",
-           "container 3f2a1b4c5d6e");
-    expect({.path = "/app", .controlGroup = "/kubepods.slice/cri-containerd-" + id + ".scope"}, false, systemDaemon,
-           "-", "container 3f2a1b4c5d6e");
-    expect(
-        {.path = "/app", .controlGroup = manager + "user.slice/libpod-" + id + ".scope/container", .container = "web"},
-        true, commandLine, "-", "container web");
-    expect({.path = "/usr/bin/conmon",
-            .subject = "web",
-            .controlGroup = manager + "user.slice/libpod-conmon-" + id + ".scope"},
-           true, commandLine);
-    expect({.path = "/sbin/init", .controlGroup = "/lxc.payload.box\x1b/init.scope"}, false, systemDaemon, "-",
-           "container box?");
-    expect({.path = "/bin/x", .controlGroup = "/machine.slice/systemd-nspawn@build\\x2dbox.service/payload"}, false,
-           systemDaemon, "-", "container build-box");
-    // Virtual machines, scripts, Windows, games.
-    expect({.path = "/usr/bin/qemu-system-x86_64",
-            .subject = "win11",
-            .controlGroup = "/machine.slice/machine-qemu\\x2d1\\x2dwin11.scope/libvirt/emulator"},
-           false, systemDaemon, "virtual machine win11", "-");
-    expect({.path = "/usr/bin/python3.11", .subject = "train.py", .controlGroup = session}, true, commandLine,
-           "train.py", "-");
-    expect({.path = "/usr/bin/wine64-preloader", .subject = "C:\\Tools\\edit.exe"}, true, userApp, "edit.exe", "-");
-    expect({.path = "/proton/wine64-preloader",
-            .subject = "Z:\\home\\ada\\.steam\\steamapps\\common\\Deep Cave\\bin\\cave.exe"},
-           true, userApp, "cave.exe", "Deep Cave");
-    expect({.path = "/home/ada/.steam/steamapps/common/Deep Cave/cave"}, true, userApp, "-", "Deep Cave");
-    expect({.path = "/home/ada/.steam/steamapps/common/Proton 9.0/files/bin/wineserver", .controlGroup = session}, true,
-           commandLine);
-    expect({.path = "/nix/store/x/bin/.tool-wrapped", .controlGroup = session}, true, commandLine, "tool", "-");
+    const Case cases[] = {
+        // Short-lived work of a session, whether or not its path was seen in time, whoever runs it.
+        {{.path = "(cc1plus)", .controlGroup = session}, true, commandLine, "-", "-"},
+        {{.path = "/usr/libexec/gcc/cc1plus", .controlGroup = session, .shell = inner}, true, commandLine, "-", "-"},
+        {{.path = "/usr/bin/make", .controlGroup = terminal, .shell = inner}, false, commandLine, "-", "-"},
+        {{.path = "(cc1)", .controlGroup = "/"}, true, commandLine, "-", "-"},
+        {{.path = "/usr/libexec/gcc/cc1plus", .shell = inner}, true, commandLine, "-", "-"},
+        {{.path = "/usr/bin/make", .controlGroup = manager + "app.slice/run-u3.service"}, true, commandLine, "-", "-"},
+        {{.path = "/usr/bin/make", .controlGroup = "/system.slice/ssh.service", .shell = inner},
+         true,
+         commandLine,
+         "-",
+         "-"},
+        // Services, the user's own among them.
+        {{.path = "/usr/bin/pipewire", .controlGroup = manager + "session.slice/pipewire.service"},
+         true,
+         systemDaemon,
+         "-",
+         "pipewire"},
+        {{.path = "/usr/lib/systemd/systemd", .controlGroup = manager + "init.scope"}, true, systemDaemon, "-", "-"},
+        {{.path = "/usr/bin/make", .controlGroup = "/system.slice/cron.service", .shell = first},
+         true,
+         systemDaemon,
+         "-",
+         "cron"},
+        {{.path = "(nginx)", .controlGroup = "/system.slice/nginx.service"}, false, systemDaemon, "-", "nginx"},
+        {{.path = "/usr/lib/Xorg", .controlGroup = "/system.slice/lightdm.service"}, false, systemDaemon, "-", "-"},
+        {{.path = "/usr/bin/gnome-shell", .controlGroup = manager + "session.slice/org.gnome.Shell@wayland.service"},
+         true,
+         systemDaemon,
+         "-",
+         "-"},
+        {{.path = "/usr/bin/postgres",
+          .controlGroup = "/system.slice/system-postgresql.slice/postgresql@15-a\\x2db.service"},
+         false,
+         systemDaemon,
+         "-",
+         "postgresql@15-a-b"},
+        // Jobs: of a shell, of the clock, of whoever logs in, started as a service, and where no units are.
+        {{.path = "(cc1plus)", .controlGroup = session, .shell = inner, .job = "make"}, true, commandLine, "-", "make"},
+        {{.path = "/bin/xz", .controlGroup = "/system.slice/cron.service", .shell = script, .job = "backup.sh"},
+         false,
+         systemDaemon,
+         "-",
+         "backup.sh"},
+        {{.path = "/usr/bin/rsync", .controlGroup = "/system.slice/ssh.service", .job = "rsync"},
+         true,
+         commandLine,
+         "-",
+         "rsync"},
+        {{.path = "/bin/cc", .controlGroup = manager + "app.slice/run-u3.service", .job = "make"},
+         true,
+         commandLine,
+         "-",
+         "make"},
+        {{.path = "/bin/cc", .controlGroup = "/system.slice/run-r7.scope", .job = "make"},
+         false,
+         systemDaemon,
+         "-",
+         "make"},
+        {{.path = "/bin/cc", .controlGroup = "/system.slice/actions.runner.ada-engine.box.service", .job = "make"},
+         false,
+         systemDaemon,
+         "-",
+         "actions.runner.ada-engine.box"},
+        {{.path = "/bin/cc", .controlGroup = "/", .job = "make"}, false, std::nullopt, "-", "make"},
+        {{.path = "/bin/x", .controlGroup = manager + "session.slice/dbus-:1.2-org.example.X@0.service", .job = "x"},
+         true,
+         systemDaemon,
+         "-",
+         "-"},
+        {{.path = "(nginx)", .controlGroup = "/"}, false, std::nullopt, "-", "-"},
+        // Containers.
+        {{.path = "/usr/bin/redis", .controlGroup = "/system.slice/docker-" + id + ".scope"},
+         false,
+         systemDaemon,
+         "-",
+         "container 3f2a1b4c5d6e"},
+        {{.path = "/app", .controlGroup = "/docker/" + id + "/init"},
+         false,
+         systemDaemon,
+         "-",
+         "container 3f2a1b4c5d6e"},
+        {{.path = "/app", .controlGroup = "/kubepods/burstable/pod1-2/" + id},
+         false,
+         systemDaemon,
+         "-",
+         "container 3f2a1b4c5d6e"},
+        {{.path = "/app", .controlGroup = "/kubepods.slice/cri-containerd-" + id + ".scope"},
+         false,
+         systemDaemon,
+         "-",
+         "container 3f2a1b4c5d6e"},
+        {{.path = "/app", .controlGroup = manager + "user.slice/libpod-" + id + ".scope/container", .container = "web"},
+         true,
+         commandLine,
+         "-",
+         "container web"},
+        {{.path = "/usr/bin/conmon",
+          .subject = "web",
+          .controlGroup = manager + "user.slice/libpod-conmon-" + id + ".scope"},
+         true,
+         commandLine,
+         "-",
+         "-"},
+        {{.path = "/sbin/init", .controlGroup = "/lxc.payload.box\x1b/init.scope"},
+         false,
+         systemDaemon,
+         "-",
+         "container box?"},
+        {{.path = "/bin/x", .controlGroup = "/machine.slice/systemd-nspawn@build\\x2dbox.service/payload"},
+         false,
+         systemDaemon,
+         "-",
+         "container build-box"},
+        // Virtual machines, scripts, Windows, games.
+        {{.path = "/usr/bin/qemu-system-x86_64",
+          .subject = "win11",
+          .controlGroup = "/machine.slice/machine-qemu\\x2d1\\x2dwin11.scope/libvirt/emulator"},
+         false,
+         systemDaemon,
+         "virtual machine win11",
+         "-"},
+        {{.path = "/usr/bin/python3.11", .subject = "train.py", .controlGroup = session},
+         true,
+         commandLine,
+         "train.py",
+         "-"},
+        {{.path = "/usr/bin/wine64-preloader", .subject = "C:\\Tools\\edit.exe"}, true, userApp, "edit.exe", "-"},
+        {{.path = "/proton/wine64-preloader",
+          .subject = "Z:\\home\\ada\\.steam\\steamapps\\common\\Deep Cave\\bin\\cave.exe"},
+         true,
+         userApp,
+         "cave.exe",
+         "Deep Cave"},
+        {{.path = "/home/ada/.steam/steamapps/common/Deep Cave/cave"}, true, userApp, "-", "Deep Cave"},
+        {{.path = "/home/ada/.steam/steamapps/common/Proton 9.0/files/bin/wineserver", .controlGroup = session},
+         true,
+         commandLine,
+         "-",
+         "-"},
+        {{.path = "/nix/store/x/bin/.tool-wrapped", .controlGroup = session}, true, commandLine, "tool", "-"},
+    };
+    int pid = 100;
+    for (const Case& each : cases) {
+        const AppMembership found = identity_.membership(++pid, each.origin, each.isOwn);
+        const std::string what = each.origin.path + " in " + each.origin.controlGroup;
+        EXPECT_EQ(found.kind, each.kind) << what;
+        EXPECT_EQ(found.displayName.value_or("-"), each.name) << what;
+        EXPECT_EQ(found.owningAppName.value_or("-"), each.owner) << what;
+    }
 }
 
 TEST(KernelThreads, AreNamedByWhatTheyServe) {
