@@ -326,6 +326,19 @@ TEST(Blame, ShortMemoryIsWhoHoldsMostOfIt) {
     EXPECT_EQ(told(now).verdict.headline, "Your fans are loud because of indexer");
 }
 
+TEST(Blame, TheEchoOfMemoryIsNoTrigger) {
+    History history;
+    for (int age = 200; age >= 0; --age) {
+        const bool isShort = age <= 90;
+        history.append(testing::at(
+            builtNow - age, fanMachine(isShort ? 0.6 : 0.1, {process(1, "kswapd0", isShort ? 90 : 0, kernel),
+                                                             holding(process(2, "Editor", isShort ? 60 : 5), 9)})));
+    }
+    const Conclusion all = told(history);
+    ASSERT_EQ(all.explanation.sections.at(2).title, "What changed");
+    EXPECT_NE(all.explanation.sections[2].body.find("Editor grew by 55"), std::string::npos);
+}
+
 TEST(Blame, TheSlowingItselfIsToldAndNotRanked) {
     Snapshot mac = fanMachine(0.9, {process(0, "kernel_task", 310, kernel), process(2, "Editor", 60)});
     for (const auto& [pressure, headline] :

@@ -5,6 +5,7 @@
 #include "Model/Text/TerminalText.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 namespace vantoro {
@@ -71,16 +72,24 @@ std::string ownerOf(const ProcessOrigin& origin, std::optional<ProcessKind> kind
     std::string_view unit = unitOf(origin.controlGroup);
     if (kind == ProcessKind::commandLine || (!kind && unit.empty()))
         return origin.job;
-    constexpr std::string_view ending = ".service";
-    if (kind != ProcessKind::systemDaemon || !unit.ends_with(ending))
+    if (kind != ProcessKind::systemDaemon)
         return {};
-    unit.remove_suffix(ending.size());
     // What is started by the clock, or for once, says more than what starts it.
-    const bool isStarter = unit == "cron" || unit == "crond" || unit == "cronie" || unit == "atd" || unit == "anacron";
-    if (!origin.job.empty() && (isStarter || unit.starts_with("run-")))
+    const auto isAmong = [](std::string_view name, std::initializer_list<std::string_view> names) {
+        return std::ranges::find(names, name) != names.end();
+    };
+    const bool isForOnce = unit.starts_with("run-");
+    constexpr std::string_view ending = ".service";
+    const bool isService = unit.ends_with(ending);
+    unit = unit.substr(0, unit.rfind('.'));
+    if (isForOnce || (isService && !origin.job.empty() && isAmong(unit, {"anacron", "atd", "cron", "crond", "cronie"})))
         return origin.job;
-    // The bus names what it starts for itself.
-    return unit.starts_with("dbus-") || unit.starts_with("run-") ? std::string() : shown(unescaped(unit));
+    // The bus names what it starts for itself, and so does a desktop ("org.gnome.Shell@wayland"); a display manager's
+    // unit holds the display server and more.
+    const bool isTelling =
+        isService && !isAmong(unit.substr(0, unit.find_first_of("-.")), {"com", "dbus", "net", "org"}) &&
+        !isAmong(unit, {"display-manager", "gdm", "gdm3", "greetd", "lightdm", "lxdm", "sddm", "xdm"});
+    return isTelling ? shown(unescaped(unit)) : std::string();
 }
 
 } // namespace

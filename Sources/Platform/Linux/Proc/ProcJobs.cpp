@@ -68,6 +68,10 @@ const std::string& ProcJobs::controlGroup(ScannedProcess& process) {
         // One that has ended keeps the group that it was last seen in.
         if (const auto text = scan_.readFile(process, "cgroup", mostBytes))
             told.origin.controlGroup = parseControlGroup(*text);
+        else if (ScannedProcess* const parent = told.origin.controlGroup.empty() ? scan_.parentOf(process) : nullptr)
+            // One that ended before it was asked was most likely where its parent is.
+            if (const auto parents = scan_.readFile(*parent, "cgroup", mostBytes))
+                told.origin.controlGroup = parseControlGroup(*parents);
     }
     return told.origin.controlGroup;
 }
@@ -99,7 +103,7 @@ void ProcJobs::askAncestors(ScannedProcess& process) {
     for (int generation = 0; generation < mostAncestors && each != nullptr && (isInside || isInPodman); ++generation) {
         ScannedProcess* const parent = scan_.parentOf(*each);
         const bool parentIsInside = parent != nullptr && controlGroup(*parent) == origin.controlGroup;
-        if (isInside && isShell(each->name) && origin.shell != inner)
+        if (isInside && roleOf(*each) == Role::shell && origin.shell != inner)
             origin.shell = !takesCommands(*each) ? script : parentIsInside ? inner : first;
         isInside = isInside && parentIsInside;
         // Podman's monitor was started with the container's name.
@@ -118,8 +122,15 @@ void ProcJobs::askAncestors(ScannedProcess& process) {
         origin.shell = first;
 }
 
+ProcJobs::Role ProcJobs::roleOf(ScannedProcess& process) {
+    Role& role = told(process).role;
+    if (role == Role::unknown)
+        role = isShell(process.name) ? Role::shell : isDoor(process.name) ? Role::door : Role::program;
+    return role;
+}
+
 bool ProcJobs::takesCommands(ScannedProcess& process) {
-    if (!isShell(process.name))
+    if (roleOf(process) != Role::shell)
         return false;
     std::optional<bool>& known = told(process).takesCommands;
     if (!known) {
@@ -137,7 +148,7 @@ ScannedProcess* ProcJobs::livingAt(std::int32_t pid) {
 
 ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
     using enum Job::Above;
-    if (process.isKernelThread() || isDoor(process.name))
+    if (process.isKernelThread() || roleOf(process) == Role::door)
         return {};
     Job job{.top = &process};
     ScannedProcess* topOfGroup = &process;
@@ -149,7 +160,7 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
             ScannedProcess* const leader = livingAt(top.groupPid);
             ScannedProcess* const sessionLeader = livingAt(top.sessionPid);
             const bool isLed = leader != nullptr && leader != &top && leader->groupPid == leader->pid &&
-                               !isDoor(leader->name) && generation < mostAncestors / 2;
+                               roleOf(*leader) != Role::door && generation < mostAncestors / 2;
             job.hasGap = job.hasGap || parent != nullptr || top.parentPid == 1;
             if (isLed) {
                 job.top = leader;
@@ -165,7 +176,7 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
                 return job;
             }
         }
-        if (isDoor(parent->name)) {
+        if (roleOf(*parent) == Role::door) {
             job.above = door;
             return job;
         }
@@ -202,11 +213,17 @@ ScannedProcess& ProcJobs::doerOf(ScannedProcess& process) {
         // A shell's jobs are their own.
         const bool inGroupOnly = isShell(doer->name);
         ScannedProcess* busiest = nullptr;
-        for (ScannedProcess& child : scan_.processes())
-            if (child.parentPid == doer->pid && child.readings != 0 && child.pid != doer->pid &&
-                (!inGroupOnly || child.groupPid == doer->groupPid) &&
-                (busiest == nullptr || workOf(child) > workOf(*busiest)))
-                busiest = &child;
+        const auto lookAmong = [&](std::span<ScannedProcess> processes) {
+            for (ScannedProcess& child : processes)
+                if (child.parentPid == doer->pid && child.readings != 0 && child.pid != doer->pid &&
+                    (!inGroupOnly || child.groupPid == doer->groupPid) &&
+                    (busiest == nullptr || workOf(child) > workOf(*busiest)))
+                    busiest = &child;
+        };
+        lookAmong(scan_.processesFrom(doer->pid));
+        // Pids begin anew some day.
+        if (busiest == nullptr && !inGroupOnly)
+            lookAmong(scan_.processes());
         if (busiest == nullptr)
             break;
         doer = busiest;
@@ -218,7 +235,7 @@ ScannedProcess& ProcJobs::namesakeOf(const Job& job, bool isGroup) {
     ScannedProcess* best = nullptr;
     // The members of a pipeline are siblings.
     if (isGroup)
-        for (ScannedProcess& member : scan_.processes())
+        for (ScannedProcess& member : scan_.processesFrom(job.top->groupPid))
             if (member.groupPid == job.top->groupPid && member.parentPid == job.top->parentPid && member.readings != 0)
                 if (ScannedProcess& doer = doerOf(member); best == nullptr || workOf(doer) > workOf(*best))
                     best = &doer;

@@ -35,6 +35,7 @@ public:
     std::vector<Unseen> unseenWork();
 
 private:
+    using Role = ScannedProcess::Told::Role;
     struct Job {
         /// The topmost process of the job that lives; null for what is nobody's job.
         ScannedProcess* top = nullptr;
@@ -59,6 +60,7 @@ private:
     const std::string& controlGroup(ScannedProcess& process);
     std::string readSubject(ScannedProcess& process);
     void askAncestors(ScannedProcess& process);
+    Role roleOf(ScannedProcess& process);
     bool takesCommands(ScannedProcess& process);
     bool onlyRunsOthers(ScannedProcess& process);
     ScannedProcess* livingAt(std::int32_t pid);

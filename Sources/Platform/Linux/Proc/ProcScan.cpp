@@ -145,11 +145,16 @@ void ProcScan::keepOnly(const std::vector<std::int32_t>& pids) {
     previous_.clear();
 }
 
-ScannedProcess* ProcScan::find(std::int32_t pid) {
+std::span<ScannedProcess> ProcScan::processesFrom(std::int32_t pid) {
     const auto at =
         std::lower_bound(processes_.begin(), processes_.end(), pid,
                          [](const ScannedProcess& process, std::int32_t wanted) { return process.pid < wanted; });
-    return at != processes_.end() && at->pid == pid ? &*at : nullptr;
+    return {at, processes_.end()};
+}
+
+ScannedProcess* ProcScan::find(std::int32_t pid) {
+    const auto from = processesFrom(pid);
+    return !from.empty() && from.front().pid == pid ? &from.front() : nullptr;
 }
 
 ScannedProcess& ProcScan::add(std::int32_t pid) {

@@ -64,7 +64,8 @@ private:
         ProcessOrigin origin;
         std::uint64_t nextGroup = 0;
         std::uint64_t next = 0;
-        /// Of a shell: no script and no command line that it was started for.
+        /// What it is by its name, and of a shell: no script and no command line that it was started for.
+        enum class Role : std::uint8_t { unknown, program, shell, door } role = Role::unknown;
         std::optional<bool> takesCommands;
     };
     /// What the kept descriptor reads.
@@ -102,6 +103,8 @@ public:
     std::span<ScannedProcess> processes() { return processes_; }
     /// How often it was listed.
     std::uint64_t rounds() const { return rounds_; }
+    /// Those from this pid on: who is started later mostly has a greater one.
+    std::span<ScannedProcess> processesFrom(std::int32_t pid);
     /// None when it is not in the list.
     ScannedProcess* find(std::int32_t pid);
     /// Puts a process into the list that came up since the last listing.

@@ -131,6 +131,15 @@ bool isMostlyUnaccounted(const std::vector<ProcessGroup>& causes, const History&
     return rest && !causes.empty() && causes.front().totalCPU < leastPart * *rest;
 }
 
+/// Whether the graphics processor is clearly the busier: its share may be its decoder's alone, or that of a low clock.
+bool isMostlyGraphics(const SnapshotRun& window) {
+    constexpr double clearly = 2;
+    MeanWork work;
+    for (const Snapshot& snapshot : window)
+        work.add(snapshot);
+    return work.gpuPercent() > clearly * work.busyPercent();
+}
+
 /// Ranks by graphics work; nobody is left where the first does not do enough of it to be known as the cause.
 void rankByGraphics(std::vector<ProcessGroup>& causes, const SnapshotRun& window) {
     constexpr double leastShare = 0.25;
@@ -148,12 +157,6 @@ void rankByGraphics(std::vector<ProcessGroup>& causes, const SnapshotRun& window
     const double first = causes.empty() ? 0 : causes.front().gpuPercent.value_or(0);
     if (!(first > 0 && first >= leastShare * whole))
         causes.clear();
-}
-
-/// The kernel at work because memory is short.
-bool isEchoOfMemory(const ProcessGroup& group) {
-    return group.kind == ProcessKind::kernel &&
-           (group.displayName.starts_with("kswapd") || group.displayName.starts_with("kcompactd"));
 }
 
 bool waitsForMemory(const SnapshotRun& window, const Snapshot& now) {
@@ -181,6 +184,11 @@ bool rankByMemory(std::vector<ProcessGroup>& causes, const History& history) {
 
 } // namespace
 
+bool isEchoOfMemory(const ProcessGroup& group) {
+    return group.kind == ProcessKind::kernel &&
+           (group.displayName.starts_with("kswapd") || group.displayName.starts_with("kcompactd"));
+}
+
 SnapshotRun DiagnosisEngine::causeWindow(const History& history) {
     constexpr double lagSeconds = 15;
     return history.causeWindow(lagSeconds, spanSeconds);
@@ -201,17 +209,14 @@ std::vector<ProcessGroup> DiagnosisEngine::causes(const History& history, double
 std::vector<ProcessGroup> blamed(const History& history, Verdict& verdict) {
     std::vector<ProcessGroup> causes = DiagnosisEngine::causes(history, leastCauseCPU);
     const SnapshotRun window = DiagnosisEngine::causeWindow(history);
-    const std::size_t newest = history.snapshots().size() - 1;
-    const Snapshot& now = history.snapshots()[newest];
+    const Snapshot& now = history.snapshots().back();
     const bool isFelt = !isAtRest(verdict.state);
     verdict.ranWhileQuiet = isFelt && ranWhileQuiet(history, window, causes);
     if (verdict.ranWhileQuiet)
         return {};
     const bool isOfWork = verdict.cooling == Cooling::load;
-    // Whose power is not told, and what else is there hardly works.
-    const bool decidesTheState =
-        isOfWork && history.graphicsShare(newest) > history.busyShare(newest) && history.busyShare(newest) < 0.3;
-    if ((isOfWork || !verdict.speaksOfWork()) && (decidesTheState || graphicsLead(window, history.processorCount()))) {
+    if ((isOfWork || !verdict.speaksOfWork()) &&
+        ((isOfWork && isMostlyGraphics(window)) || graphicsLead(window, history.processorCount()))) {
         std::vector<ProcessGroup> ranked = causes;
         rankByGraphics(ranked, window);
         verdict.isOfGraphics = isFelt || !ranked.empty();

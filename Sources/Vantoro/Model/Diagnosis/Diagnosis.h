@@ -100,10 +100,8 @@ constexpr bool isJudgedByHeat(Cooling cooling) {
     return cooling == Cooling::passive || cooling == Cooling::heat;
 }
 
-/// The note on a group, of the table of this system.
-inline std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) {
-    return ProcessKnowledge::note(group.displayName, group.kind, system);
-}
+/// The kernel at work because memory is short: an echo of what holds it, and no cause.
+bool isEchoOfMemory(const ProcessGroup& group);
 
 /// The groups to blame for the verdict's state, most responsible first, and in the verdict on what ground: the work of
 /// the processors, that of graphics, the memory that somebody holds; nobody for what ran just the same while the

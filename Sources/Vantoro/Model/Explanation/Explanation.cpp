@@ -107,6 +107,8 @@ std::vector<Change> changes(const SnapshotRun& before, const SnapshotRun& after,
         shareBefore.emplace(group.key, shareOf(group));
     std::vector<Change> changes;
     for (const ProcessGroup& group : History::groups(after)) {
+        if (isEchoOfMemory(group))
+            continue;
         const auto earlier = shareBefore.find(group.key);
         changes.push_back({.name = friendlyName(group, verdict.system),
                            .growth = shareOf(group) - (earlier != shareBefore.end() ? earlier->second : 0)});
