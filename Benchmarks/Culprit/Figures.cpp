@@ -12,7 +12,8 @@ using Json = nlohmann::json;
 
 class Check {
 public:
-    Check(const Json& report, const Seen& seen, int cores) : report_(report), seen_(seen), all_(cores * 100.0 * 1.02) {}
+    Check(const Json& report, const Seen& seen, int cores, std::multimap<std::string, std::string> keys)
+        : report_(report), seen_(seen), all_(cores * 100.0 * 1.02), names_(std::move(keys)) {}
 
     std::vector<ImpossibleFigure> run() {
         const Json& verdict = report_["verdict"];
@@ -193,8 +194,9 @@ void Seen::add(const std::string& line) {
     snapshots_.push_back(std::move(snapshot));
 }
 
-std::vector<ImpossibleFigure> impossibleFigures(const nlohmann::json& report, const Seen& seen, int cores) {
-    return Check(report, seen, cores).run();
+std::vector<ImpossibleFigure> impossibleFigures(const nlohmann::json& report, const Seen& seen, int cores,
+                                                std::multimap<std::string, std::string> keys) {
+    return Check(report, seen, cores, std::move(keys)).run();
 }
 
 } // namespace culprit

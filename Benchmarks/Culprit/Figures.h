@@ -26,7 +26,6 @@ struct SeenSnapshot {
 /// A recording as anybody reads it, and the most that any one of its snapshots held.
 class Seen {
 public:
-    /// `isKept`: the snapshots themselves are wanted as well.
     void add(const std::string& line);
 
     const std::vector<SeenSnapshot>& snapshots() const { return snapshots_; }
@@ -55,7 +54,8 @@ struct ImpossibleFigure {
     double most = 0;
 };
 
-/// Looks through a JSON report, its texts included.
-std::vector<ImpossibleFigure> impossibleFigures(const nlohmann::json& report, const Seen& seen, int cores);
+/// Looks through a JSON report, its texts included. `keys`: what is called by a name; several can have the same.
+std::vector<ImpossibleFigure> impossibleFigures(const nlohmann::json& report, const Seen& seen, int cores,
+                                                std::multimap<std::string, std::string> keys = {});
 
 } // namespace culprit

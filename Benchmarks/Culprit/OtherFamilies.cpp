@@ -25,12 +25,20 @@ void graphicsOnly(Scene& scene) {
     scene.hog(scene.uniform(0.01, 0.05), -1e9, 1e9, false);
 }
 
+/// Whether anything tells what the processors draw.
+bool isPowerTold(const Scene& scene) {
+    const Machine& machine = scene.world.machine();
+    return machine.kind != MachineKind::noSensors && (machine.tellsProcessorWatts || machine.tellsSystemWatts);
+}
+
 /// The processors of a machine without fans draw as much as its graphics processor does.
 double besideGraphics(const Scene& scene) {
     return scene.world.machine().kind == MachineKind::fanless ? 0.6 : 1;
 }
 
 void graphicsBesideIndexer(Scene& scene) {
+    if (!isPowerTold(scene))
+        return;
     game(scene);
     const double part = scene.uniform(0.08, 0.3) * besideGraphics(scene);
     const Program indexer{scene.isMac() ? "mdworker_shared" : "tracker-miner-fs-3", "systemDaemon"};
@@ -40,21 +48,18 @@ void graphicsBesideIndexer(Scene& scene) {
                      .programs = {indexer}});
 }
 
-void beside(Scene& scene, bool isPowerTold) {
-    const Machine& machine = scene.world.machine();
-    if ((machine.tellsProcessorWatts || machine.tellsSystemWatts) != isPowerTold &&
-        machine.kind != MachineKind::noSensors)
+void graphicsBesideEncoder(Scene& scene) {
+    if (!isPowerTold(scene))
         return;
     game(scene);
     scene.hog(scene.uniform(0.2, 0.5) * besideGraphics(scene), scene.begins, 1e9, false);
 }
 
-void graphicsBesideEncoder(Scene& scene) {
-    beside(scene, true);
-}
-
-void graphicsBesideEncoderUntold(Scene& scene) {
-    beside(scene, false);
+void graphicsBesideWorkUntold(Scene& scene) {
+    if (isPowerTold(scene))
+        return;
+    game(scene);
+    scene.hog(scene.uniform(0.08, 0.5) * besideGraphics(scene), scene.begins, 1e9, false);
 }
 
 void graphicsUnreadable(Scene& scene) {
@@ -229,11 +234,12 @@ std::span<const Family> otherFamilies() {
     static const Family families[] = {
         {"graphics", "a game or a training run on the graphics processor alone", graphicsOnly},
         {"graphics beside an indexer", "the same beside an indexer at 8 to 30 % of the processors",
-         graphicsBesideIndexer},
+         graphicsBesideIndexer, withSensors},
         {"graphics beside an encoder", "the same beside a program at 20 to 50 % of the processors",
          graphicsBesideEncoder, withSensors},
-        {"graphics beside an encoder, no power known", "the same where nothing tells any power",
-         graphicsBesideEncoderUntold, 7, "which processor draws more is not in any figure"},
+        {"graphics beside work, no power known",
+         "the same beside a program at 8 to 50 %, where nothing tells what the processors draw",
+         graphicsBesideWorkUntold, 7, "which processor draws more is in no figure"},
         {"graphics, unreadable", "graphics work of a program that a list may not read", graphicsUnreadable},
         {"hidden", "the work of programs that no list may show", hidden},
         {"video", "a player that decodes with the processors and the video engine", video},

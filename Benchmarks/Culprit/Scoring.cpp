@@ -118,7 +118,10 @@ Marks score(const std::vector<std::string>& lines, const Truth& truth, int cores
         const auto report = nlohmann::json::parse(
             jsonReport(history, conclusion.verdict, conclusion.suspects, conclusion.explanation, conclusion.series));
         ++marks.reports;
-        for (ImpossibleFigure& figure : impossibleFigures(report, seen, cores))
+        std::multimap<std::string, std::string> keys;
+        for (const vantoro::ProcessGroup& group : History::groups(history.recent(history.retentionSeconds())))
+            keys.emplace(friendlyName(group, history.system()), group.key);
+        for (ImpossibleFigure& figure : impossibleFigures(report, seen, cores, std::move(keys)))
             marks.impossible.push_back(std::move(figure));
     }
     const Verdict verdict = vantoro::DiagnosisEngine::evaluate(history, format);
