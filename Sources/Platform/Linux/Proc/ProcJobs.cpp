@@ -155,7 +155,9 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
     ScannedProcess* topOfSession = &process;
     bool isInside = process.sessionPid != 0;
     const auto climb = [&](ScannedProcess& to) {
-        const bool isStarter = to.pid == to.sessionPid && to.groupPid != job.top->groupPid && roleOf(to) == Role::shell;
+        // The session's shell, or one that it split off.
+        const bool isFirst = to.pid == to.sessionPid || (to.parentPid == to.sessionPid && to.groupPid == to.sessionPid);
+        const bool isStarter = isFirst && to.groupPid != job.top->groupPid && roleOf(to) == Role::shell;
         isInside = isInside && to.sessionPid == process.sessionPid && !isStarter;
         if (isInside || to.groupPid == process.groupPid)
             topOfSession = &to;
@@ -199,26 +201,30 @@ ProcJobs::Job ProcJobs::jobOf(ScannedProcess& process) {
     return {.top = topOfSession};
 }
 
-/// Whether it is there for somebody else's sake: a wrapper, the shell of a command line, or a shell that a shell split
-/// off without starting anything.
-bool ProcJobs::onlyRunsOthers(ScannedProcess& process) {
-    if (!isShell(process.name))
-        return isWrapper(process.name);
+/// Whom it is there for instead of itself: a wrapper and the shell of a command line, as well as one that a shell split
+/// off without starting anything, for whatever they run; a shell that takes commands only for what is in its own group.
+ProcJobs::Runs ProcJobs::runs(ScannedProcess& process) {
+    if (roleOf(process) != Role::shell)
+        return isWrapper(process.name) ? Runs::others : Runs::itself;
     const auto text = scan_.readFile(process, "cmdline", mostCommandLineBytes);
-    if (!text || subjectOf(process.name, *text).empty())
-        return true;
     ScannedProcess* const parent = scan_.parentOf(process);
-    return parent != nullptr && parent->name == process.name &&
-           scan_.readFile(*parent, "cmdline", mostCommandLineBytes) == text;
+    if (text && parent != nullptr && parent->name == process.name &&
+        scan_.readFile(*parent, "cmdline", mostCommandLineBytes) == text)
+        return Runs::others;
+    if (!text || vantoro::takesCommands(*text))
+        return Runs::itsGroup;
+    return subjectOf(process.name, *text).empty() ? Runs::others : Runs::itself;
 }
 
 /// Who does what a process is there for: itself, or the one that it runs.
 ScannedProcess& ProcJobs::doerOf(ScannedProcess& process) {
     constexpr int mostWrappers = 8;
     ScannedProcess* doer = &process;
-    for (int depth = 0; depth < mostWrappers && onlyRunsOthers(*doer); ++depth) {
-        // A shell's jobs are their own.
-        const bool inGroupOnly = isShell(doer->name);
+    for (int depth = 0; depth < mostWrappers; ++depth) {
+        const Runs what = runs(*doer);
+        if (what == Runs::itself)
+            break;
+        const bool inGroupOnly = what == Runs::itsGroup;
         ScannedProcess* busiest = nullptr;
         const auto lookAmong = [&](std::span<ScannedProcess> processes) {
             for (ScannedProcess& child : processes)
@@ -303,8 +309,8 @@ ScannedProcess* ProcJobs::rowOf(const ReapedWork::Credit& credit) {
         return nullptr;
     ScannedProcess* const member = credit.endedPid != 0 ? scan_.findEnded(credit.endedPid) : nullptr;
     const Job job = jobOf(*reaper);
-    const bool startsJobs = job.top == reaper && roleOf(*reaper) == Role::shell &&
-                            (reaper->pid == reaper->sessionPid || takesCommands(*reaper));
+    const bool startsJobs = roleOf(*reaper) == Role::shell &&
+                            (reaper->groupPid == reaper->sessionPid || (job.top == reaper && takesCommands(*reaper)));
     if (job.above != Job::Above::unknown && !startsJobs)
         return job.top;
     if (member == nullptr || (!startsJobs && member->sessionPid == reaper->sessionPid))

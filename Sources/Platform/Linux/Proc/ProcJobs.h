@@ -63,7 +63,8 @@ private:
     void askAncestors(ScannedProcess& process);
     Role roleOf(ScannedProcess& process);
     bool takesCommands(ScannedProcess& process);
-    bool onlyRunsOthers(ScannedProcess& process);
+    enum class Runs : std::uint8_t { itself, others, itsGroup };
+    Runs runs(ScannedProcess& process);
     ScannedProcess* livingAt(std::int32_t pid);
     Job jobOf(ScannedProcess& process);
     ScannedProcess& doerOf(ScannedProcess& process);

@@ -95,6 +95,12 @@ TEST_F(ProcJobsTest, AJobIsWhatWasStartedBelowAShell) {
         {{1003, 1002, 1003, 1000, "sh", "/bin/sh -c cc"}, "ninja", script},
         {{1004, 1003, 1003, 1000, "cc1", "/bin/cc1"}, "ninja", script},
         {{1005, 1000, 1005, 1000, "xz", "/bin/xz"}, "xz", script},
+        {{1006, 1000, 1000, 1000, "bash", "/bin/bash steps.sh"}, "steps.sh", script},
+        {{1007, 1006, 1007, 1000, "tar", "/bin/tar"}, "tar", script},
+        {{1008, 1000, 1008, 1000, "bash", "/bin/bash steps.sh"}, "test", script},
+        {{1009, 1008, 1009, 1000, "timeout", "/bin/timeout 9 ./test", 9}, "test", script},
+        {{1010, 1009, 1009, 1000, "test", "/home/ada/test"}, "test", script},
+        {{1011, 1008, 1008, 1000, "tail", "/bin/tail"}, "test", script},
         // A circle of parents.
         {{990, 991, 990, 990, "a", "/bin/a"}, "a", none},
         {{991, 990, 991, 991, "b", "/bin/b"}, "b", none},
