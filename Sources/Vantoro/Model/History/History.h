@@ -40,7 +40,6 @@ public:
 
     /// Oldest first, in the order of appending.
     const std::deque<Snapshot>& snapshots() const { return snapshots_; }
-    double retentionSeconds() const { return retentionSeconds_; }
 
     /// Whose machine was measured; a Mac unless told.
     SystemKind system() const { return system_; }
