@@ -16,7 +16,8 @@ namespace {
 using testing::Stage;
 using testing::UpdatingStage;
 
-constexpr const char* recordings[]{"design-fans.jsonl.gz", "design-fanless.jsonl.gz"};
+constexpr const char* recordings[]{"design-fans.jsonl.gz", "design-fanless.jsonl.gz", "design-busy.jsonl.gz",
+                                   "design-heat.jsonl.gz"};
 
 /// Every screen over one recording.
 struct Screens {
