@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string>
 #include <utility>
 
 namespace vantoro::testing {
@@ -15,6 +16,7 @@ public:
         LivingProcess is;
         bool ignoresAsking = false;
         bool isRefused = false;
+        std::string folder = {};
     };
 
     std::int32_t ownPid() const override { return 4242; }
@@ -28,6 +30,10 @@ public:
         return found != alive.end() ? std::optional(found->second.is)
                : knowsAll           ? std::nullopt
                                     : std::optional(LivingProcess{.pid = pid, .birth = 1});
+    }
+    std::string folder(const LivingProcess& process) override {
+        const auto found = alive.find(process.pid);
+        return found != alive.end() ? found->second.folder : std::string();
     }
     QuitAnswer end(const LivingProcess& process, QuitManner manner) override {
         sent.emplace_back(process.pid, manner);

@@ -1,7 +1,8 @@
 // Writes the recordings that the pictures of the interface are made from: `make-scenes FOLDER`. Each is 24 minutes on a
 // made-up machine, sampled every 4 seconds: a build that makes the fans climb, a background job on a fanless machine,
-// a machine at rest, a build on a computer that tells neither fans nor temperatures, and a picture being rendered on
-// one whose fans tell their speeds only. A fixed generator, so that every run writes the same figures.
+// a machine at rest, a build on a computer that tells neither fans nor temperatures, a picture being rendered on
+// one whose fans tell their speeds only, a game that works the graphics processor, and a build whose processes come and
+// go. A fixed generator, so that every run writes the same figures.
 #include "Model/Recording/RecordingFile.h"
 
 #include <algorithm>
@@ -40,6 +41,11 @@ struct Application {
     ProcessKind kind = userApp;
     std::vector<std::pair<std::string, double>> processes; ///< name and per cent
     double shareBefore = 1;
+    /// The first process's share of the graphics processor.
+    double graphics = 0;
+    /// A job: its processes are told by their own names, "python3.11 codegen.py" of a script, and last so many seconds
+    /// but for the last of them, which leads.
+    double secondsEach = 0;
 };
 
 /// A figure before and after, and how many seconds it takes to get there.
@@ -88,6 +94,12 @@ ProcessSample processRow(const Application& application, std::size_t index, std:
             isMac ? "/Applications/" + application.name + ".app" : "/usr/share/applications/" + application.name;
         identity.executablePath = isMac ? *identity.owningAppPath + "/Contents/MacOS/" + name : "/usr/lib/" + name;
         identity.kind = name == application.name ? userApp : helper;
+    } else if (application.secondsEach > 0) {
+        const std::size_t blank = std::min(name.find(' '), name.size());
+        identity.rawName = name.substr(0, blank);
+        identity.displayName = blank < name.size() ? name.substr(blank + 1) : name;
+        identity.owningAppName = application.name;
+        identity.executablePath = "/usr/bin/" + identity.rawName;
     } else if (application.kind == commandLine && application.processes.size() > 1) {
         identity.displayName = application.name;
         identity.executablePath = "/usr/bin/" + name;
@@ -118,7 +130,8 @@ void addComputer(const Scene& scene, double since, Snapshot& snapshot, Noise& no
         const double told = rpm * (since < 0 ? 0.66 : 1) + (rpm > 0 ? 6 * noise.next() : 0);
         snapshot.fans.push_back({.index = static_cast<int>(snapshot.fans.size()), .rpm = std::round(told)});
     }
-    snapshot.power = {.gpuWatts = scene.gpuWatts.after > 0 ? snapshot.power.gpuWatts : 0};
+    snapshot.power = {.systemWatts = scene.watts.after > 0 ? snapshot.power.systemWatts : 0,
+                      .gpuWatts = scene.gpuWatts.after > 0 ? snapshot.power.gpuWatts : 0};
     if (scene.cpuWatts.after > 0)
         snapshot.power.cpuWatts = tenths(scene.cpuWatts.at(since) + 0.8 * noise.next());
     snapshot.memory = {.totalBytes = snapshot.memory.totalBytes,
@@ -145,9 +158,21 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
             const double share = application.processes[i].second * (since < 0 ? application.shareBefore : 1);
             const double percent = tenths(share * (1 + 0.03 * noise.next()));
             pid += 11;
+            const bool comesAndGoes = application.secondsEach > 0 && i + 1 < application.processes.size();
+            const double began = time + static_cast<double>(i) * 2.6;
+            const std::int32_t own =
+                comesAndGoes ? 48000 + static_cast<std::int32_t>(20 * std::floor(began / application.secondsEach) +
+                                                                 static_cast<double>(i))
+                             : pid;
             if (percent > 0)
                 snapshot.processes.push_back(
-                    processRow(application, i, application.kind == kernel ? 0 : pid, percent, scene.speaks));
+                    processRow(application, i, application.kind == kernel ? 0 : own, percent, scene.speaks));
+            if (i > 0 || application.graphics <= 0)
+                continue;
+            const double graphics = application.graphics * (since < 0 ? application.shareBefore : 1);
+            snapshot.processes.back().gpuPercent = std::clamp(tenths(graphics * (1 + 0.02 * noise.next())), 0.0, 97.0);
+            snapshot.gpuPercent =
+                std::min(snapshot.gpuPercent.value_or(0) + *snapshot.processes.back().gpuPercent, 98.0);
         }
     const double soc = scene.soc.at(since) + 0.7 * noise.next();
     heat += (soc - heat) * (time > 0 ? 1 - std::exp(-interval / 8) : 1);
@@ -376,6 +401,62 @@ Scene rendering() {
             .cpuWatts = {19, 142, 6}};
 }
 
+/// A laptop whose fans' limits are known.
+Scene laptop(std::string fileName, std::vector<Application> applications) {
+    return {.fileName = std::move(fileName),
+            .machine = "Linux computer · 16 processors",
+            .ramp = 784,
+            .applications = std::move(applications),
+            .rpm = {2325, 4950, 90},
+            .soc = {46, 79, 70},
+            .mean = {43, 71, 70},
+            .gpu = {42, 76, 60},
+            .watts = {14, 96, 8},
+            .gpuWatts = {4, 58, 4},
+            .user = {4, 13, 6},
+            .system = {1.2, 2, 6},
+            .load = 3.2,
+            .totalGibibytes = 32,
+            .speaks = SystemKind::gnuLinux,
+            .processors = 16,
+            .availableGibibytes = {22, 20.6, 60},
+            .ioStall = {0.2, 0.3, 0},
+            .cpuWatts = {7, 16, 6}};
+}
+
+Scene playing() {
+    std::vector<Application> applications = desktop(64);
+    applications[0].graphics = 5;
+    applications.push_back({"SuperTuxKart", userApp, {{"SuperTuxKart", 112}}, 0.01, 92});
+    applications.push_back({"gnome-shell", systemDaemon, {{"gnome-shell", 11}}, 0.5, 3});
+    applications.push_back({"localsearch-3", systemDaemon, {{"localsearch-3", 38}}, 0.5});
+    return laptop("design-graphics.jsonl.gz", std::move(applications));
+}
+
+Scene buildingInTerminal() {
+    Application make{"make", commandLine, {}, 0.02};
+    make.secondsEach = 27;
+    for (int job = 0; job < 9; ++job)
+        make.processes.emplace_back("cc1plus", 98);
+    for (const auto& [name, percent] :
+         {std::pair("as", 41.0), {"as", 33.0}, {"ld", 87.0}, {"python3.11 codegen.py", 96.0}, {"make", 3.0}})
+        make.processes.emplace_back(name, percent);
+    std::vector<Application> applications = desktop(31);
+    applications.push_back(make);
+    applications.push_back({"gnome-shell", systemDaemon, {{"gnome-shell", 12}}, 0.5});
+    applications.push_back({"localsearch-3", systemDaemon, {{"localsearch-3", 9.2}}, 0.5});
+    Scene scene = laptop("design-job.jsonl.gz", std::move(applications));
+    scene.ramp = 1080;
+    scene.user = {4, 76, 8};
+    scene.system = {1.5, 9.4, 8};
+    scene.gpuWatts = {3, 4, 0};
+    scene.cpuWatts = {7, 64, 6};
+    scene.watts = {14, 88, 8};
+    scene.soc = {46, 86, 70};
+    scene.load = 17.2;
+    return scene;
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -384,7 +465,8 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     bool written = true;
-    for (const Scene& scene : {building(), analysing(), resting(), compiling(), rendering()})
+    for (const Scene& scene :
+         {building(), analysing(), resting(), compiling(), rendering(), playing(), buildingInTerminal()})
         written = write(scene, arguments[1]) && written;
     return written ? 0 : 1;
 }

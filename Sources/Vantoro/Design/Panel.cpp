@@ -6,6 +6,13 @@
 
 namespace vantoro {
 
+namespace {
+/// Between the title and what stands beside it.
+constexpr int titleGap = 12;
+constexpr int markSize = 12;
+constexpr int markGap = 4;
+} // namespace
+
 Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(new QVBoxLayout(this)) {
     body_->setSpacing(0);
     placeBody();
@@ -38,6 +45,24 @@ void Panel::setSubtitle(const QString& subtitle) {
 
 void Panel::setCaption(const QString& caption) {
     assign(caption_, caption);
+}
+
+void Panel::setCaptionMark(const QString& icon, const QString& text) {
+    assign(markIcon_, icon);
+    assign(markText_, text);
+}
+
+double Panel::markWidth() const {
+    return markIcon_.isEmpty() ? 0 : markSize + 2 * markGap + textWidth(Type::caption, markText_);
+}
+
+QString Panel::captionBeforeMark(const QString& caption) const {
+    return markIcon_.isEmpty() ? caption : caption + QStringLiteral(" ·");
+}
+
+bool Panel::hasRoomForCaption(const QString& caption) const {
+    const double taken = 2 * Space::panelPadding + roomAtRight_ + textWidth(Type::sectionTitle, title_) + titleGap;
+    return textWidth(Type::caption, captionBeforeMark(caption)) + markWidth() <= width() - taken;
 }
 
 void Panel::setRoomAtRight(int points) {
@@ -84,7 +109,6 @@ void Panel::paintEvent(QPaintEvent* event) {
     if (title_.isEmpty() || asked.top() >= titleHeight * theme().textScale())
         return;
     constexpr int iconSize = 16;
-    constexpr int gap = 12;
     QRectF line(Space::panelPadding, 0, width() - 2 * Space::panelPadding, titleHeight * theme().textScale());
     if (roomAtRight_ > 0)
         line.setRight(line.right() - roomAtRight_);
@@ -95,13 +119,20 @@ void Panel::paintEvent(QPaintEvent* event) {
     }
     const double titleWidth = std::min(textWidth(Type::sectionTitle, title_), line.width());
     drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), title_);
-    line.setLeft(line.left() + titleWidth + gap);
+    line.setLeft(line.left() + titleWidth + titleGap);
     if (!figure_.isEmpty()) {
         drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), figure_, Qt::AlignRight);
-        line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - gap);
+        line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - titleGap);
     } else if (!caption_.isEmpty()) {
-        drawText(painter, line, Type::caption, color(Tone::textTertiary), caption_, Qt::AlignRight);
-        line.setRight(line.right() - textWidth(Type::caption, caption_) - gap);
+        const QString caption = captionBeforeMark(caption_);
+        if (!markIcon_.isEmpty()) {
+            drawText(painter, line, Type::caption, color(Tone::textTertiary), markText_, Qt::AlignRight);
+            line.setRight(line.right() - markWidth());
+            drawIcon(painter, QRectF(line.right() + markGap, line.top(), markSize, line.height()), markIcon_, markSize,
+                     color(Tone::textTertiary));
+        }
+        drawText(painter, line, Type::caption, color(Tone::textTertiary), caption, Qt::AlignRight);
+        line.setRight(line.right() - textWidth(Type::caption, caption) - titleGap);
     }
     if (!subtitle_.isEmpty() && line.width() > 0)
         drawText(painter, line, Type::small, color(Tone::textTertiary), subtitle_);

@@ -38,11 +38,43 @@ void Quits::disable() {
 }
 
 int Quits::living(const ProcessGroup& group) const {
+    return static_cast<int>(control_ ? livingOf(group).size() : group.members.size());
+}
+
+bool Quits::isKnownToLive(const ProcessAggregate& member) const {
+    return control_ && (member.pid <= 1 || member.pid == control_->ownPid() || livingProcess(*control_, member));
+}
+
+std::vector<LivingProcess> Quits::livingOf(const ProcessGroup& group) const {
+    std::vector<LivingProcess> living;
+    for (const ProcessAggregate& member : group.members)
+        if (const auto process = livingProcess(*control_, member))
+            living.push_back(*process);
+    // Who waits for the others to end may be in no list: it uses nothing. A session's leader is the shell that takes
+    // the next command.
+    const bool isJob =
+        system_ != SystemKind::macos && group.kind == ProcessKind::commandLine &&
+        std::ranges::any_of(group.members, [](const auto& member) { return member.owningAppName.has_value(); });
+    for (std::size_t i = 0, members = living.size(); isJob && i < members; ++i) {
+        const LivingProcess& process = living[i];
+        if (process.groupPid == process.sessionPid ||
+            std::ranges::find(living, process.groupPid, &LivingProcess::pid) != living.end())
+            continue;
+        const ProcessAggregate leader{.pid = process.groupPid, .firstSeen = process.startedAt};
+        if (const auto found = livingProcess(*control_, leader); found && found->groupPid == found->pid)
+            living.push_back(*found);
+    }
+    return living;
+}
+
+std::string Quits::workingFolder(const ProcessGroup& group) const {
     if (!control_)
-        return static_cast<int>(group.members.size());
-    return static_cast<int>(std::ranges::count_if(group.members, [this](const ProcessAggregate& member) {
-        return livingProcess(*control_, member).has_value();
-    }));
+        return {};
+    const std::vector<LivingProcess> living = livingOf(group);
+    const auto leads = [](const LivingProcess& process) { return process.groupPid == process.pid; };
+    const auto first = std::ranges::min_element(
+        living, {}, [&](const LivingProcess& process) { return std::pair(!leads(process), process.startedAt); });
+    return first != living.end() ? control_->folder(*first) : std::string();
 }
 
 bool Quits::holdsOwn(const ProcessGroup& group) const {
@@ -58,10 +90,8 @@ bool Quits::isEnded(const ProcessGroup& group) const {
 std::optional<QuitQuestion> Quits::question(const ProcessGroup& group) {
     if (!control_)
         return std::nullopt;
-    QuitQuestion question{.key = group.key, .name = friendlyName(group, system_), .processes = {}, .known = {}};
-    for (const ProcessAggregate& member : group.members)
-        if (const auto process = livingProcess(*control_, member))
-            question.processes.push_back(*process);
+    QuitQuestion question{
+        .key = group.key, .name = friendlyName(group, system_), .processes = livingOf(group), .known = {}};
     if (question.processes.empty()) {
         note(QuitResult::Kind::hadEnded, question.name, static_cast<int>(group.members.size()));
         emit changed();
