@@ -1,6 +1,6 @@
 # A thin front: the bootstrap script installs what is missing, CMake's presets do the work.
 .DEFAULT_GOAL := build
-.PHONY: build run test screenshots texts bench bench-window soak core asan tsan check-mac fuzz package test-package format format-check tidy clean
+.PHONY: build run test screenshots texts bench bench-culprit bench-window soak core asan tsan check-mac fuzz package test-package format format-check tidy clean
 
 sources := $(shell git ls-files --cached --others --exclude-standard -- 'Packaging/*.cpp' 'Sources/*.h' 'Sources/*.cpp' 'Sources/*.mm' 'Tests/*.h' \
 	'Tests/*.cpp' 'Benchmarks/*.h' 'Benchmarks/*.cpp' 'Fuzz/*.cpp' 2>/dev/null)
@@ -69,6 +69,13 @@ bench:
 	@Scripts/bootstrap bench
 	$(call configure-and-build,bench)
 	@Benchmarks/run
+
+# How often Vantoro names who heats a machine: on made machines, whose culprit is known, and beside real loads on this
+# one. ARGS="--seeds 10" is quicker, ARGS="--first-seed 1000" takes other machines.
+bench-culprit:
+	@Scripts/bootstrap bench
+	$(call configure-and-build,bench)
+	@build/bench/bin/vantoro_culprit --tier 1 $(ARGS)
 
 format:
 	@clang-format -i $(sources)

@@ -1,6 +1,7 @@
 // Every parser of the kernel's text files on the same bytes.
 #include "Model/Text/Utf8.h"
 #include "Platform/Linux/Hwmon/FanLimits.h"
+#include "Platform/Linux/Power/DrmClients.h"
 #include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Proc/ProcScan.h"
 #include "Platform/Linux/Proc/ProcStat.h"
@@ -51,6 +52,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(isShare(vantoro::busiestQueue(queues, {queues.rbegin(), queues.rend()})));
     (void)vantoro::meanFrequency(vantoro::parseTimeInState(text), vantoro::parseTimeInState(text));
     (void)vantoro::parseGpuMetrics(text);
+    if (const auto usage = vantoro::parseDrmUsage(text)) {
+        vantoro::DrmMeter meter;
+        auto before = *usage;
+        for (auto& engine : before.engines)
+            engine.nanoseconds = engine.cycles = engine.totalCycles = 0;
+        meter.take(before, 1);
+        meter.take(*usage, 3);
+        for (const auto& share : meter.shares())
+            require(share.percent > 0 && share.percent <= 100);
+        for (const auto& engine : usage->engines)
+            require(liesIn(engine.name, text) && engine.capacity > 0);
+    }
     require(liesIn(vantoro::parseControlGroup(text), text));
     require(liesIn(vantoro::pathInCommandLine(text), text));
     for (const char* program : {"python3.11", "bash", "java", "dotnet", "busybox", "qemu-kvm", "wine", "conmon"}) {

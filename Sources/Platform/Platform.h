@@ -7,6 +7,7 @@
 #include "Platform/AppIdentity.h"
 #include "Platform/EnergyReport.h"
 #include "Platform/FrequencyTables.h"
+#include "Platform/GraphicsClients.h"
 #include "Platform/Machine.h"
 #include "Platform/OwnCost.h"
 #include "Platform/ProcessControl.h"
@@ -52,6 +53,7 @@ struct Platform {
     std::shared_ptr<Machine> machine;
     std::shared_ptr<ThermalState> thermalState;
     std::shared_ptr<Strain> strain;
+    std::shared_ptr<GraphicsClients> graphicsClients;
     std::shared_ptr<SystemLooks> systemLooks;
     /// Null where the system leaves the timers of hidden programs alone.
     std::shared_ptr<Activity> activity;

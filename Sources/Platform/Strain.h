@@ -19,6 +19,9 @@ struct StrainReading {
     std::optional<std::vector<ThrottleReason>> throttle;
     /// Busy share of the busiest engine of the busiest graphics device, 0 to 100.
     std::optional<double> gpuPercent;
+    /// Share of the time in which a graphics device that does not tell its busy share was awake, 0 to 100: it was busy
+    /// no longer.
+    std::optional<double> gpuAwakePercent = {};
     /// What the processors draw.
     std::optional<double> cpuWatts;
     PowerProfile profile = PowerProfile::unknown;

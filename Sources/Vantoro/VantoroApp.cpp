@@ -109,6 +109,9 @@ void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutp
     // Counters and reasons show as the difference of two looks, clocks that are counted as that of the last two.
     constexpr int betweenMilliseconds = 250;
     CoreMonitor cores(platform.strain ? platform.processors : nullptr);
+    const bool tellsGraphicsWork = platform.graphicsClients && platform.system != SystemKind::macos;
+    if (tellsGraphicsWork)
+        platform.graphicsClients->read();
     if (platform.strain) {
         platform.strain->read();
         cores.sample();
@@ -121,6 +124,8 @@ void dumpSensors(const CommandLine& line, const Platform& platform, StandardOutp
         cores.sample();
         SensorDump::strain(cores.cores(), platform.strain->read(), printLine);
     }
+    if (tellsGraphicsWork)
+        output.line("Graphics work for: " + SensorDump::graphicsWork(platform.graphicsClients->read()));
 }
 
 void checkCapabilities(const CommandLine& line, const Platform& platform, const HubEnvironment& environment,

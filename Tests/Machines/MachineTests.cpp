@@ -1,6 +1,7 @@
 // The program on other machines' trees: what --dump, --check and --explain say of each, idle and busy. A program in the
-// place of the process list prints the one and the other. VANTORO_MACHINE=NAME looks at one alone and prints it all.
-#include "Machines/MachineTable.h"
+// place of the process list prints the one and the other. What must and must not be said of a machine stand in the
+// `expect` lines of its fixture (Tests/Fixtures/README.md). VANTORO_MACHINE=NAME looks at one alone and prints it all.
+#include "Machines/ExpectedMachine.h"
 #include "Model/Recording/RecordingFile.h"
 #include "Support/ChildProgram.h"
 
@@ -12,12 +13,12 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <sys/inotify.h>
 
 namespace vantoro::testing {
 namespace {
-
-using Words = std::vector<std::string>;
 
 constexpr std::string_view processList = R"(#!/bin/sh
 [ "$1" = --paths ] && exec echo "4194303 /opt/burner/burner"
@@ -42,14 +43,13 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-bool containsAny(std::string_view text, std::string_view choices) {
-    for (std::size_t start = 0; start <= choices.size();) {
-        const std::size_t end = std::min(choices.find('|', start), choices.size());
-        if (contains(text, choices.substr(start, end - start)))
-            return true;
-        start = end + 1;
-    }
-    return false;
+/// What stands between "|".
+Words split(const std::string& text) {
+    Words parts;
+    std::istringstream rest(text);
+    for (std::string part; std::getline(rest, part, '|');)
+        parts.push_back(part);
+    return parts;
 }
 
 /// The texts of a report, without the names of its fields.
@@ -121,7 +121,8 @@ public:
     }
 
     std::unique_ptr<ChildProgram> start(const Words& arguments) const {
-        const double share = isBusy_ ? 100.0 * (machine_->performance + machine_->efficiency) : 0.1;
+        const double share =
+            isBusy_ ? 100.0 * (machine_->processors.performance + machine_->processors.efficiency) : 0.1;
         Words command = {"/usr/bin/env",
                          "-u",
                          "VANTORO_PROCESS_MODE",
@@ -214,25 +215,20 @@ void expectFigures(const ExpectedMachine& machine, const std::string& recording,
     faults.expect(machine.called.empty() || result.header.machine == machine.called,
                   "it is called " + result.header.machine);
     const RecordedProcessors processors = result.header.processors.value_or(RecordedProcessors());
-    faults.expect(processors ==
-                      RecordedProcessors{.performance = machine.performance, .efficiency = machine.efficiency},
+    faults.expect(processors == machine.processors,
                   fmt::format("{} large and {} small processors", processors.performance, processors.efficiency));
-    constexpr std::array coolings = {"fans", "passive", "heat", "load"};
-    faults.expect(std::ranges::find(machine.cooling, last->cooling) != machine.cooling.end(),
-                  fmt::format("cooling is {}", coolings.at(static_cast<std::size_t>(last->cooling))));
-    if (!isBusy || machine.busyChip)
-        faults.expectWithin("chip", isBusy ? *machine.busyChip : machine.chip, last->temps.soc);
-    if (machine.enclosure)
-        faults.expectWithin("enclosure", *machine.enclosure, last->temps.enclosure);
-    if (machine.graphics && !isBusy)
-        faults.expectWithin("graphics", exactly(*machine.graphics), last->temps.gpu);
-    if (machine.battery)
-        faults.expectWithin("battery", exactly(*machine.battery), last->temps.battery);
-    if (machine.systemWatts)
-        faults.expectWithin("system power", exactly(*machine.systemWatts), last->power.systemWatts);
-    faults.expectWithin("adapter power", exactly(machine.adapterWatts), last->power.adapterWatts);
-    if (machine.processorWatts)
-        faults.expectWithin("processors' power", exactly(*machine.processorWatts), last->power.cpuWatts.value_or(0));
+    faults.expect(machine.hasCooling(last->cooling),
+                  fmt::format("cooling is {}", ExpectedMachine::coolings.at(static_cast<std::size_t>(last->cooling))));
+    const std::pair<const char*, double> figures[] = {{isBusy ? "busy-chip" : "chip", last->temps.soc},
+                                                      {"enclosure", last->temps.enclosure},
+                                                      {isBusy ? "" : "graphics", last->temps.gpu},
+                                                      {"battery", last->temps.battery},
+                                                      {"system-watts", last->power.systemWatts},
+                                                      {"adapter-watts", last->power.adapterWatts},
+                                                      {"processor-watts", last->power.cpuWatts.value_or(0)}};
+    for (const auto& [name, figure] : figures)
+        if (const std::optional<Range> range = machine.figure(name))
+            faults.expectWithin(name, *range, figure);
     expectFans(machine, *last, isBusy, faults);
     const std::vector<CoreReading> cores = last->cores.value_or(std::vector<CoreReading>());
     const auto differs = [](int expected, const CoreReading& core) { return std::abs(core.megahertz - expected) > 1; };
@@ -265,13 +261,14 @@ void expectVerdict(const std::string& json, bool isBusy, Faults& faults) {
 }
 
 struct Machine {
-    explicit Machine(const ExpectedMachine& each) : expected(&each), idle(each, false), busy(each, true) {
-        if (!each.asleep.empty())
-            watch.emplace(idle.path(each.asleep));
+    explicit Machine(ExpectedMachine machine)
+        : expected(std::move(machine)), idle(expected, false), busy(expected, true) {
+        if (!expected.asleep.empty())
+            watch.emplace(idle.path(expected.asleep));
         check = idle.start({"--check"});
     }
 
-    const ExpectedMachine* expected;
+    ExpectedMachine expected;
     Running idle;
     Running busy;
     std::optional<Watch> watch;
@@ -290,7 +287,7 @@ std::vector<std::string> runAndExplain(const std::vector<std::unique_ptr<Machine
     }
     std::vector<std::string> said;
     for (std::size_t at = 0; at < runs.size(); ++at) {
-        const ExpectedMachine& machine = *runs[at]->expected;
+        const ExpectedMachine& machine = runs[at]->expected;
         faults.speakOf(machine.name, "dumped");
         said.push_back(finished(programs[at][0], faults));
         for (const bool isBusy : {false, true}) {
@@ -311,17 +308,20 @@ TEST(Machines, AreToldTruly) {
     constexpr std::size_t handful = 4;
     Faults faults;
     std::vector<std::vector<std::unique_ptr<Machine>>> handfuls;
-    for (const ExpectedMachine& machine : expectedMachines())
-        if (only == nullptr || machine.name == only) {
-            if (handfuls.empty() || handfuls.back().size() == handful)
-                handfuls.emplace_back();
-            handfuls.back().push_back(std::make_unique<Machine>(machine));
-        }
-    EXPECT_FALSE(handfuls.empty()) << only << " is not in the table";
+    std::set<std::filesystem::path> fixtures;
+    for (const auto& entry : std::filesystem::directory_iterator(VANTORO_FIXTURES "/linux-machines"))
+        if (only == nullptr || entry.path().stem() == only)
+            fixtures.insert(entry);
+    EXPECT_FALSE(fixtures.empty()) << only << " has no fixture";
+    for (const std::filesystem::path& fixture : fixtures) {
+        if (handfuls.empty() || handfuls.back().size() == handful)
+            handfuls.emplace_back();
+        handfuls.back().push_back(std::make_unique<Machine>(ExpectedMachine(fixture)));
+    }
     for (const auto& runs : handfuls) {
         const std::vector<std::string> said = runAndExplain(runs, faults);
         for (std::size_t at = 0; at < runs.size(); ++at) {
-            const ExpectedMachine& machine = *runs[at]->expected;
+            const ExpectedMachine& machine = runs[at]->expected;
             faults.speakOf(machine.name, "anywhere");
             const std::string texts = said[at] + withoutBusiest(finished(runs[at]->check, faults));
             if (only != nullptr)
@@ -329,34 +329,17 @@ TEST(Machines, AreToldTruly) {
             const std::string woken = runs[at]->watch ? runs[at]->watch->read() : "";
             faults.expect(woken.empty(), "is woken to read" + woken);
             for (const std::string& choices : machine.says)
-                faults.expect(containsAny(texts, choices), "does not say \"" + choices + "\"");
+                faults.expect(
+                    std::ranges::any_of(split(choices), [&](const auto& one) { return contains(texts, one); }),
+                    "does not say \"" + choices + "\"");
             faults.expectNowhere(texts, machine.never);
-            faults.expectNowhere(texts, {"This Mac",
-                                         "this Mac",
-                                         "Your Mac",
-                                         "your Mac",
-                                         "macOS",
-                                         "Apple silicon",
-                                         "Apple Silicon",
-                                         "AppleSMC",
-                                         "IOReport",
-                                         "setuid",
-                                         "host_processor_info",
-                                         "charger brick",
-                                         " nan",
-                                         "-nan",
-                                         " inf",
-                                         "eft fan",
-                                         "Left\n",
-                                         "ight fan",
-                                         "Right\n",
-                                         " 0E ",
-                                         " 0 efficiency",
-                                         "-0 "});
+            faults.expectNowhere(texts, split("This Mac|this Mac|Your Mac|your Mac|macOS|Apple silicon|Apple Silicon|"
+                                              "AppleSMC|IOReport|setuid|host_processor_info|charger brick| nan|-nan|"
+                                              " inf|eft fan|Left\n|ight fan|Right\n| 0E | 0 efficiency|-0 |"
+                                              "\x1b|\x9b|\xff|\x07"));
             if (!machine.onBattery)
                 faults.expectNowhere(texts, {"on battery"});
-            if (!machine.isBuiltWithoutFans &&
-                std::ranges::find(machine.cooling, Cooling::passive) == machine.cooling.end())
+            if (!machine.isBuiltWithoutFans && !machine.hasCooling(Cooling::passive))
                 faults.expectNowhere(texts, {"no fans", "No fans", "has none", "anless"});
         }
     }

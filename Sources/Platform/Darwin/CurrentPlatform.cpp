@@ -6,8 +6,10 @@
 #include "Platform/Darwin/Processes/DarwinMachine.h"
 #include "Platform/Darwin/Processes/DarwinProcessControl.h"
 #include "Platform/Darwin/Processes/DarwinProcesses.h"
+#include "Platform/Darwin/Sensors/DarwinGraphicsClients.h"
 #include "Platform/Darwin/Sensors/DarwinReports.h"
 #include "Platform/Darwin/Sensors/DarwinSMCService.h"
+#include "Platform/Posix/Clocks.h"
 
 #include <cstdlib>
 
@@ -29,6 +31,7 @@ Platform currentPlatform(const std::string& /*programFolder*/) {
     platform.processControl = std::make_shared<DarwinProcessControl>();
     platform.machine = std::make_shared<DarwinMachine>();
     platform.thermalState = std::make_shared<DarwinThermalState>();
+    platform.graphicsClients = std::make_shared<DarwinGraphicsClients>(monotonicSeconds);
     platform.systemLooks = std::make_shared<DarwinSystemLooks>();
     platform.activity = std::make_shared<DarwinActivity>();
     platform.ownCost = std::make_shared<DarwinOwnCost>();

@@ -3,6 +3,7 @@
 #include "Platform/Linux/Apps/LinuxAppIdentity.h"
 #include "Platform/Linux/Hwmon/FanLimits.h"
 #include "Platform/Linux/Power/LinuxEnergyReport.h"
+#include "Platform/Linux/Power/LinuxGraphicsClients.h"
 #include "Platform/Linux/Power/LinuxStrain.h"
 #include "Platform/Linux/Power/NvidiaGPUs.h"
 #include "Platform/Linux/Proc/LinuxProcessControl.h"
@@ -16,6 +17,7 @@
 #include "Platform/Posix/Clocks.h"
 
 #include <cstdlib>
+#include <unistd.h>
 
 namespace vantoro {
 
@@ -46,6 +48,7 @@ Platform currentPlatform(const std::string& programFolder) {
             .machine = std::make_shared<LinuxMachine>(root),
             .thermalState = std::make_shared<LinuxThermalState>(root, lane, counters),
             .strain = std::make_shared<LinuxStrain>(root, lane, gpus, counters),
+            .graphicsClients = std::make_shared<LinuxGraphicsClients>(root, lane, gpus, ::geteuid()),
             .ownCost = std::make_shared<LinuxOwnCost>(),
             .sources = {.sensors = "hwmon", .reports = "cpufreq"},
             .system = SystemKind::gnuLinux};

@@ -11,6 +11,7 @@ namespace {
 constexpr int titleGap = 12;
 constexpr int markSize = 12;
 constexpr int markGap = 4;
+constexpr int dotWidth = 10;
 } // namespace
 
 Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(new QVBoxLayout(this)) {
@@ -53,16 +54,12 @@ void Panel::setCaptionMark(const QString& icon, const QString& text) {
 }
 
 double Panel::markWidth() const {
-    return markIcon_.isEmpty() ? 0 : markSize + 2 * markGap + textWidth(Type::caption, markText_);
-}
-
-QString Panel::captionBeforeMark(const QString& caption) const {
-    return markIcon_.isEmpty() ? caption : caption + QStringLiteral(" ·");
+    return markIcon_.isEmpty() ? 0 : dotWidth + markSize + markGap + textWidth(Type::caption, markText_);
 }
 
 bool Panel::hasRoomForCaption(const QString& caption) const {
     const double taken = 2 * Space::panelPadding + roomAtRight_ + textWidth(Type::sectionTitle, title_) + titleGap;
-    return textWidth(Type::caption, captionBeforeMark(caption)) + markWidth() <= width() - taken;
+    return textWidth(Type::caption, caption) + markWidth() <= width() - taken;
 }
 
 void Panel::setRoomAtRight(int points) {
@@ -124,15 +121,19 @@ void Panel::paintEvent(QPaintEvent* event) {
         drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), figure_, Qt::AlignRight);
         line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - titleGap);
     } else if (!caption_.isEmpty()) {
-        const QString caption = captionBeforeMark(caption_);
+        const auto say = [&](const QString& text) {
+            drawText(painter, line, Type::caption, color(Tone::textTertiary), text, Qt::AlignRight);
+        };
         if (!markIcon_.isEmpty()) {
-            drawText(painter, line, Type::caption, color(Tone::textTertiary), markText_, Qt::AlignRight);
+            say(markText_);
             line.setRight(line.right() - markWidth());
-            drawIcon(painter, QRectF(line.right() + markGap, line.top(), markSize, line.height()), markIcon_, markSize,
+            const QRectF dot(line.right(), line.top(), dotWidth, line.height());
+            drawText(painter, dot, Type::caption, color(Tone::textTertiary), QStringLiteral("·"), Qt::AlignHCenter);
+            drawIcon(painter, QRectF(dot.right(), line.top(), markSize, line.height()), markIcon_, markSize,
                      color(Tone::textTertiary));
         }
-        drawText(painter, line, Type::caption, color(Tone::textTertiary), caption, Qt::AlignRight);
-        line.setRight(line.right() - textWidth(Type::caption, caption) - titleGap);
+        say(caption_);
+        line.setRight(line.right() - textWidth(Type::caption, caption_) - titleGap);
     }
     if (!subtitle_.isEmpty() && line.width() > 0)
         drawText(painter, line, Type::small, color(Tone::textTertiary), subtitle_);

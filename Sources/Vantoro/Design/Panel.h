@@ -61,9 +61,8 @@ protected:
 
 private:
     void placeBody();
+    /// Of the dot behind the caption, the icon and its text.
     double markWidth() const;
-    /// The caption as it stands before its mark.
-    QString captionBeforeMark(const QString& caption) const;
     void assign(QString& member, const QString& value);
 
     QVBoxLayout* body_;

@@ -4,6 +4,9 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <map>
+#include <numeric>
+#include <random>
 
 namespace vantoro {
 
@@ -15,6 +18,37 @@ History everyTwoSeconds(int count) {
     History history;
     for (int i = 0; i < count; ++i)
         history.append(at(2 * i, fanMachine(0)));
+    return history;
+}
+
+/// Processes of a few applications that come and go and work by fits and starts.
+History randomHistory(std::mt19937& engine) {
+    const auto roll = [&engine](int sides) { return static_cast<int>(engine() % static_cast<unsigned>(sides)); };
+    struct Living {
+        std::int32_t pid;
+        int application;
+        int secondsLeft;
+        double cpuPercent;
+    };
+    std::vector<Living> living;
+    std::int32_t nextPid = 1;
+    const int longestLife = 1 + roll(80);
+    const int crowd = 1 + roll(30);
+    History history;
+    for (int second = 0; second < 100; ++second) {
+        std::erase_if(living, [](Living& each) { return each.secondsLeft-- <= 0; });
+        while (std::ssize(living) < crowd)
+            living.push_back({nextPid++, roll(4), roll(longestLife), static_cast<double>(roll(150))});
+        std::vector<ProcessSample> rows;
+        for (const Living& each : living) {
+            rows.push_back(process(each.pid, "p", roll(3) == 0 ? roll(300) : each.cpuPercent, ProcessKind::helper,
+                                   "app " + std::to_string(each.application)));
+            rows.back().memoryBytes = static_cast<std::uint64_t>(roll(1000));
+            if (roll(2) == 0)
+                rows.back().gpuPercent = roll(100) / 10.0;
+        }
+        history.append(at(second, fanMachine(0, rows)));
+    }
     return history;
 }
 
@@ -33,6 +67,28 @@ TEST(History, KeepsTheBusiestRowsOfATickInStableOrder) {
         EXPECT_TRUE(kept[i - 1].cpuPercent > kept[i].cpuPercent || kept[i - 1].pid() < kept[i].pid());
     }
     EXPECT_EQ(kept.back().cpuPercent, 3);
+}
+
+TEST(History, ARowThatRendersKeepsItsPlaceBesideBusierOnes) {
+    const auto keptOf = [](std::vector<int> rendering, int rows = 30) {
+        std::vector<ProcessSample> processes;
+        for (int pid = 0; pid < rows; ++pid)
+            processes.push_back(process(pid, "p", 100 - pid));
+        for (const int pid : rendering)
+            processes[static_cast<std::size_t>(pid)].gpuPercent = pid == 25 ? 0.9 : 1;
+        History::keepBusiest(processes);
+        std::string kept;
+        for (const ProcessSample& row : processes)
+            kept += row.pid() < 17 ? "" : std::to_string(row.pid()) + " ";
+        return kept;
+    };
+    EXPECT_EQ(keptOf({}), "17 18 19 ");
+    EXPECT_EQ(keptOf({29, 25}), "17 18 29 ") << "less than 1 % is no work";
+    EXPECT_EQ(keptOf({19, 29, 22}), "19 22 29 ");
+    EXPECT_EQ(keptOf({18, 19}, 20), "17 18 19 ");
+    std::vector<int> all(30);
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_EQ(keptOf(all), "17 18 19 ");
 }
 
 TEST(History, DropsWhatIsOlderThanTheRetention) {
@@ -185,7 +241,7 @@ TEST(ProcessAggregation, SumsUpOneProcessOverTheWindow) {
                                     .stressScore = 71};
     EXPECT_EQ(aggregates[0], expected);
     EXPECT_TRUE(History::aggregate({}).empty());
-    EXPECT_TRUE(History::group({}).empty());
+    EXPECT_TRUE(History::groups({}).empty());
 }
 
 TEST(ProcessAggregation, AReusedPidTakesTheLatestKind) {
@@ -219,7 +275,7 @@ TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
     rows[0].energyImpact = 1000; // ranks the process first, but plays no part for the group
     History history;
     history.append(fanMachine(0, rows));
-    const auto groups = History::group(History::aggregate(history.recent(0)));
+    const auto groups = History::groups(history.recent(0));
     ASSERT_EQ(groups.size(), 2U);
     EXPECT_EQ(groups[0].key, "zip");
     const ProcessGroup& editor = groups[1];
@@ -233,6 +289,113 @@ TEST(ProcessAggregation, GroupsTheProcessesOfAnApplication) {
     EXPECT_DOUBLE_EQ(editor.peakCPU, 40);
     EXPECT_EQ(editor.totalMemory, 100U);
     EXPECT_DOUBLE_EQ(editor.stressScore, 65 + 45 * 1 + 0.05 * 40);
+}
+
+TEST(ProcessAggregation, WhatNeverRanAtOnceDoesNotAddUp) {
+    // A job of half a second's work each, one after the other, each seen twice; beside it, two that run side by side.
+    History history;
+    for (int i = 0; i < 40; ++i) {
+        std::vector<ProcessSample> rows = application(900, "pair", 40, 2);
+        rows.push_back(process(100 + i / 2, "cc1plus", i % 2 == 0 ? 90 : 30, ProcessKind::commandLine, "make"));
+        for (ProcessSample& row : rows)
+            row.memoryBytes = 500;
+        history.append(at(i, fanMachine(0, rows)));
+    }
+    const SnapshotRun window = history.recent(100);
+    const auto groups = History::groups(window);
+    ASSERT_EQ(groups.size(), 2U);
+    EXPECT_EQ(groups[0].key, "make");
+    EXPECT_EQ(groups[0].members.size(), 20U);
+    EXPECT_DOUBLE_EQ(groups[0].totalCPU, 60) << "and not 1200";
+    EXPECT_EQ(groups[0].totalMemory, 500U);
+    EXPECT_DOUBLE_EQ(groups[1].totalCPU, 40);
+    EXPECT_EQ(groups[1].totalMemory, 1000U);
+    EXPECT_DOUBLE_EQ(togetherCPU(groups, window), 100);
+    EXPECT_EQ(togetherCPU({}, window), 0);
+}
+
+TEST(ProcessAggregation, NoFigureIsAboveWhatOneSnapshotHeld) {
+    std::mt19937 engine{7}; // NOLINT(*-msc51-cpp): the same histories every time
+    for (int round = 0; round < 60; ++round) {
+        const History history = randomHistory(engine);
+        for (const SnapshotRun& window : {history.recent(100), history.causeWindow(15, 75), history.recent(20)}) {
+            const auto groups = History::groups(window);
+            double mostOfAll = 0;
+            std::map<std::string, double> mostCPU;
+            std::map<std::string, double> mostGraphics;
+            std::map<std::string, std::uint64_t> mostMemory;
+            for (const Snapshot& snapshot : window) {
+                std::map<std::string, double> cpu;
+                std::map<std::string, double> graphics;
+                std::map<std::string, std::uint64_t> memory;
+                double all = 0;
+                for (const ProcessSample& row : snapshot.processes) {
+                    const std::string& name = *row.owningAppName();
+                    all += row.cpuPercent;
+                    mostCPU[name] = std::max(mostCPU[name], cpu[name] += row.cpuPercent);
+                    mostGraphics[name] = std::max(mostGraphics[name], graphics[name] += row.gpuPercent.value_or(0));
+                    mostMemory[name] = std::max(mostMemory[name], memory[name] += row.memoryBytes);
+                }
+                mostOfAll = std::max(mostOfAll, all);
+            }
+            for (const ProcessGroup& group : groups) {
+                EXPECT_LE(group.totalCPU, mostCPU[group.key] * (1 + 1e-6)) << round;
+                EXPECT_LE(group.gpuPercent.value_or(0), std::min(mostGraphics[group.key], 100.0) + 1e-6) << round;
+                EXPECT_LE(group.totalMemory, mostMemory[group.key]) << round;
+            }
+            EXPECT_LE(togetherCPU(groups, window), mostOfAll * (1 + 1e-6)) << round;
+        }
+    }
+}
+
+TEST(ProcessAggregation, GraphicsWorkIsTheMeanOverAllOfTheWindow) {
+    History history;
+    for (int i = 0; i < 10; ++i) {
+        std::vector<ProcessSample> rows{process(1, "Game", 1), process(2, "page", 5, ProcessKind::helper, "Web"),
+                                        process(3, "page", 5, ProcessKind::helper, "Web"), process(4, "none", 9)};
+        if (i >= 5)
+            rows[0].gpuPercent = 90;
+        rows[1].gpuPercent = 80;
+        rows[2].gpuPercent = 60;
+        history.append(at(i, fanMachine(0, rows)));
+    }
+    std::map<std::string, std::optional<double>> shares;
+    for (const ProcessGroup& group : History::groups(history.recent(100)))
+        shares[group.key] = group.gpuPercent;
+    EXPECT_EQ(shares["Game"], 45);
+    EXPECT_EQ(shares["Web"], 100) << "there is no more";
+    EXPECT_EQ(shares["none"], std::nullopt);
+}
+
+TEST(ProcessAggregation, TellsWhatNoRowAccountsFor) {
+    struct Case {
+        const char* what;
+        double busyPercent;
+        std::vector<ProcessSample> rows;
+        std::optional<int> processors;
+        std::optional<double> rest;
+    };
+    std::vector<ProcessSample> crowd;
+    for (int pid = 0; pid < 30; ++pid)
+        crowd.push_back(process(pid, "p", 20 - 0.5 * pid));
+    std::vector<ProcessSample> workers(30, process(1, "worker", 40));
+    std::vector<ProcessSample> withGraphics = crowd;
+    withGraphics.back().cpuPercent = 0;
+    withGraphics.back().gpuPercent = 50;
+    const auto pause = process(9, "idle_inject/3", 50, ProcessKind::kernel);
+    for (const auto& [what, busyPercent, rows, processors, rest] :
+         {Case{"the processors are not counted", 90, {process(1, "a", 10)}, {}, {}},
+          Case{"a tenth of the machine", 12.5, {process(1, "a", 20)}, 8, {}},
+          Case{"more than a tenth", 15, {process(1, "a", 20)}, 8, 100}, Case{"no list tells nothing", 90, {}, 8, {}},
+          Case{"rows that were cut off may be behind it", 80, workers, 32, {}},
+          Case{"but not behind this much", 100, crowd, 64, 6400 - 305},
+          Case{"a row kept for its graphics work says nothing", 100, withGraphics, 12, {}},
+          Case{"one pause stands for all", 100, {pause, process(1, "a", 380)}, 8, {}}}) {
+        History history;
+        for (int i = 0; i < 4; ++i)
+            history.append(at(i, bareMachine(i == 0 ? 0 : busyPercent, i == 0 ? decltype(rows){} : rows)));
+        EXPECT_EQ(unaccountedCPU(history.recent(10), processors), rest) << what;
+    }
 }
 
 } // namespace vantoro

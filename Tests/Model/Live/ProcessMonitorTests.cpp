@@ -159,6 +159,26 @@ TEST_F(ProcessMonitorTest, TheKernelItselfNeverAsksForNewPaths) {
         << "one listing, before the stream began";
 }
 
+// A game keeps the graphics processor busy with next to nothing of the processors: it was in no list.
+TEST_F(ProcessMonitorTest, WhoIsAskedForIsListedHoweverLittleItDoes) {
+    const Watched watched("while :; do block 1; sleep 0.02; done");
+    const auto waitForRows = [&](std::size_t count) {
+        return waitUntil([&] { return !watched.lists.empty() && watched.lists.back().size() == count; });
+    };
+    ASSERT_TRUE(waitForRows(2));
+    watched.monitor->alsoList({12, 77, 78});
+    ASSERT_TRUE(waitForRows(4)) << "12 is there already";
+    const std::vector<ProcessSample>& list = watched.lists.back();
+    EXPECT_EQ(list[2].pid(), 77);
+    EXPECT_EQ(list[2].owningAppName(), "Tool");
+    EXPECT_EQ(list[2].user(), "anna");
+    EXPECT_EQ(list[2].memoryBytes, 5U);
+    EXPECT_EQ(list[3].pid(), 78) << "also one of which the system tells no more than its name";
+    watched.monitor->alsoList({});
+    EXPECT_TRUE(waitForRows(2));
+    EXPECT_TRUE(watched.table->isResting);
+}
+
 TEST_F(ProcessMonitorTest, FallsBackFromAProgramThatIsOfNoUse) {
     std::vector<std::unique_ptr<Watched>> all;
     for (const char* const script : {"", "exit 1", "exec sleep 1000", "trap '' TERM; exec sleep 1000",

@@ -132,6 +132,25 @@ TEST_F(SensorHubTest, WhatStrainsTheMachineIsInItsSnapshots) {
     EXPECT_FALSE(subject.snapshot().favoursSpeed);
 }
 
+TEST_F(SensorHubTest, GraphicsWorkIsInItsSnapshotsWhileItWorks) {
+    class OneClient : public GraphicsClients {
+    public:
+        std::optional<GraphicsShares> read() override {
+            return GraphicsShares{.programs = {{.pid = 7, .percent = 60}}, .leastBusyPercent = 60};
+        }
+    };
+    platform.graphicsClients = std::make_shared<OneClient>();
+    platform.strain = std::make_shared<FixedStrain>();
+    SensorHub& subject = makeHub();
+    EXPECT_EQ(subject.snapshot().gpuPercent, 92);
+    static_cast<FixedStrain&>(*platform.strain).reading.gpuPercent = 5;
+    subject.tick();
+    EXPECT_EQ(subject.snapshot().gpuPercent, 60);
+    subject.beginReplay("another");
+    subject.accept({.timestamp = now + 10, .gpuPercent = 5});
+    EXPECT_EQ(subject.snapshot().gpuPercent, 5) << "a recording holds what it holds";
+}
+
 TEST_F(SensorHubTest, ObserversHearOfChangesOnly) {
     SensorHub& subject = makeHub();
     const QSignalSpy vitals(&subject, &SensorHub::vitalsChanged);

@@ -1,5 +1,6 @@
 #include "Platform/Darwin/Portable/ChipNames.h"
 #include "Platform/Darwin/Portable/DarwinProcessStream.h"
+#include "Platform/Darwin/Portable/GraphicsTimes.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +30,26 @@ TEST(DarwinNames, CoreChannelsBeginWithTheirCluster) {
     };
     for (const auto& [reported, expected] : cases)
         EXPECT_EQ(coreChannelName(reported), expected) << reported;
+}
+
+TEST(DarwinGraphicsTimes, SharesAreOfTheTimeSinceTheReadingBefore) {
+    using Programs = std::vector<GraphicsShares::Program>;
+    constexpr std::uint64_t second = 1'000'000'000;
+    GraphicsTimes times;
+    EXPECT_FALSE(times.shares({{.entry = 1, .pid = 50, .nanoseconds = 90 * second}}, 10));
+    EXPECT_EQ(times.shares({{1, 50, 91 * second}, {2, 50, second / 2}, {3, 40, 0}}, 12)->programs,
+              (Programs{{40, 0}, {50, 75}}))
+        << "a client opened in between";
+    EXPECT_EQ(times.shares({{2, 50, second / 4}, {3, 40, second}}, 14)->programs, (Programs{{40, 50}, {50, 0}}))
+        << "one has closed, and a counter went back";
+    EXPECT_EQ(times.shares({{2, 50, second * 9 / 2}, {3, 40, 5 * second}}, 16)->programs,
+              (Programs{{40, 50}, {50, 50}}))
+        << "frames overlap: no more than there is";
+    EXPECT_FALSE(times.shares({}, 16));
+    EXPECT_EQ(creatorPid("pid 533, WindowServer"), 533);
+    for (const char* other :
+         {"", "pid ", "pid x, y", "533, WindowServer", "pid 12b", "pid -4, a", "pid 99999999999, a"})
+        EXPECT_EQ(creatorPid(other), std::nullopt) << other;
 }
 
 TEST(DarwinNames, TiersAreCalledWhatTheSystemCallsThem) {

@@ -98,6 +98,22 @@ TEST(SensorsModelTests, BeforeTheFirstFigureNothingIsZero) {
     EXPECT_FALSE(modelOf(stage).fans.has_value());
 }
 
+// "Wired 0 B" was said of machines that do not tell it.
+TEST(SensorsModelTests, MemoryThatIsNotToldOfHasNoPartInTheLegend) {
+    constexpr std::uint64_t gigabyte = std::uint64_t{1} << 30;
+    Snapshot bare{.timestamp = 1, .memory = {.usedBytes = 2 * gigabyte, .totalBytes = 8 * gigabyte}};
+    const auto saidOn = [&](SystemKind system) {
+        Stage stage;
+        stage.hub.beginReplay("a machine", std::nullopt, system);
+        stage.hub.accept(bare);
+        return modelOf(stage).memory.spokenValue;
+    };
+    EXPECT_EQ(saidOn(SystemKind::gnuLinux), "Other in use 2.0 GB, Unused 6.0 GB, Total 8.0 GB, Pages swapped out 0");
+    EXPECT_TRUE(saidOn(SystemKind::macos).startsWith("Wired 0 B, Compressed 0 B, "));
+    bare.memory.wiredBytes = gigabyte;
+    EXPECT_TRUE(saidOn(SystemKind::gnuLinux).startsWith("Wired 1.0 GB, Other in use 1.0 GB, "));
+}
+
 TEST(SensorsModelTests, AMachineThatReportsNothingIsToldSo) {
     Stage stage;
     stage.sensors->dieCount = 0;

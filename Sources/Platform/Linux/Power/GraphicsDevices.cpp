@@ -63,19 +63,36 @@ struct IntelLimits {
     }
 };
 
+/// For how long one part of an Intel device has slept, in milliseconds.
+struct SleptTime {
+    SensorFile file;
+    std::optional<std::int64_t> last = {};
+    double readAt = 0;
+
+    std::optional<double> awakePercent(double now) {
+        const auto slept = file.readNumber();
+        const auto before = std::exchange(last, slept);
+        const double milliseconds = (now - std::exchange(readAt, now)) * 1e3;
+        if (!slept || !before || *slept < *before || !(milliseconds > 0))
+            return {};
+        return std::clamp(100 - static_cast<double>(*slept - *before) / milliseconds * 100, 0.0, 100.0);
+    }
+};
+
 struct Card {
     std::shared_ptr<DeviceRest> rest;
     std::vector<SensorFile> connectors;
     std::optional<SensorFile> busy;
     std::optional<SensorFile> metrics;
     std::optional<SensorFile> queues;
-    std::vector<IntelLimits> limits;
+    std::vector<IntelLimits> limits = {};
+    std::vector<SleptTime> slept = {};
     SecondsClock clock;
     bool wasLookedAt = false;
     std::vector<QueueTimes> queueTimes;
     GraphicsReading last;
 
-    bool tellsAnything() const { return busy || metrics || queues || !limits.empty(); }
+    bool tellsAnything() const { return busy || metrics || queues || !limits.empty() || !slept.empty(); }
 
     GraphicsReading look() {
         if (queues) { // it is not woken by it, and sleeps between two pictures
@@ -92,8 +109,12 @@ struct Card {
                 last.busyPercent = 0;
             if (last.reasons)
                 last.reasons = ThrottleReasons();
+            if (last.awakePercent)
+                last.awakePercent = 0;
+            for (SleptTime& part : slept)
+                part.last.reset();
         } else if (look == Look::read) {
-            readDevice();
+            readDevice(now);
             if (last.busyPercent)
                 rest->note(*last.busyPercent > 0, now);
         }
@@ -108,8 +129,11 @@ struct Card {
         queueTimes = std::move(times);
     }
 
-    void readDevice() {
+    void readDevice(double now) {
         last = {};
+        for (SleptTime& part : slept)
+            if (const auto percent = part.awakePercent(now))
+                last.awakePercent = std::max(last.awakePercent.value_or(0), *percent);
         if (busy)
             if (const auto percent = busy->readNumber())
                 last.busyPercent = credibleShare(static_cast<double>(*percent));
@@ -131,6 +155,11 @@ void addLimits(Card& card, const std::string& folder, const char* status, const 
     card.limits.push_back(std::move(part));
 }
 
+void addSlept(Card& card, const std::string& path) {
+    if (auto file = fileAt(path))
+        card.slept.push_back({.file = std::move(*file)});
+}
+
 std::uint64_t wordAt(std::string_view bytes, std::size_t at, std::size_t size) {
     std::uint64_t word = 0;
     for (std::size_t place = size; place-- > 0;)
@@ -150,6 +179,8 @@ void GraphicsReading::add(const GraphicsReading& other) {
         busyPercent = std::max(busyPercent.value_or(0), *other.busyPercent);
     if (other.reasons)
         reasons = reasons.value_or(ThrottleReasons()) | *other.reasons;
+    if (other.awakePercent)
+        awakePercent = std::max(awakePercent.value_or(0), *other.awakePercent);
 }
 
 std::optional<ThrottleReasons> parseGpuMetrics(std::string_view bytes) {
@@ -238,14 +269,17 @@ GraphicsDevices::GraphicsDevices(const std::string& root, const std::shared_ptr<
                                                       .queues = fileAt(device + "/gpu_stats"),
                                                       .clock = lane->clock()});
         const std::string parts = folder + name + "/gt/";
-        for (const std::string& part : namesIn(parts))
+        for (const std::string& part : namesIn(parts)) {
             addLimits(*card, parts + part, "throttle_reason_status", "throttle_reason_", "rps_act_freq_mhz");
+            addSlept(*card, parts + part + "/rc6_residency_ms");
+        }
         for (const std::string& tile : namesIn(device))
             if (tile.starts_with("tile"))
                 for (const std::string& part : namesIn(device + "/" + tile))
-                    if (part.starts_with("gt"))
-                        addLimits(*card, device + "/" + tile + "/" + part + "/freq0", "throttle/status",
-                                  "throttle/reason_", "act_freq");
+                    if (const std::string place = device + "/" + tile + "/" + part; part.starts_with("gt")) {
+                        addLimits(*card, place + "/freq0", "throttle/status", "throttle/reason_", "act_freq");
+                        addSlept(*card, place + "/gtidle/idle_residency_ms");
+                    }
         if (!card->tellsAnything())
             continue;
         for (const std::string& connector : names)

@@ -26,6 +26,8 @@ struct GraphicsReading {
     std::optional<double> busyPercent;
     /// Of all devices; none where no device tells.
     std::optional<ThrottleReasons> reasons;
+    /// The share of the time in which one was awake that does not tell how busy it is; the highest.
+    std::optional<double> awakePercent = {};
 
     void add(const GraphicsReading& other);
     bool operator==(const GraphicsReading&) const = default;
@@ -33,7 +35,8 @@ struct GraphicsReading {
 
 /// The cards of /sys/class/drm:
 ///   amdgpu     gpu_busy_percent, and the limiters in gpu_metrics (format 1.3, 2.2 to 2.4)
-///   i915, xe   gt/gtN/throttle_reason_*, device/tileN/gtM/freq0/throttle/*; they tell no busy share to every user
+///   i915, xe   gt/gtN/throttle_reason_*, device/tileN/gtM/freq0/throttle/*; they tell no busy share to every user, but
+///              for how long a part slept: gt/gtN/rc6_residency_ms, device/tileN/gtM/gtidle/idle_residency_ms
 ///   v3d        gpu_stats
 /// those of boards whose drivers scale their clock (/sys/class/devfreq): "load", in per cent, or in per mille on a
 /// Jetson; and NVIDIA's through its library. A card that sleeps is not woken, and one that may fall asleep is left to

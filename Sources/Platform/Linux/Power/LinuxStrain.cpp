@@ -238,6 +238,7 @@ StrainReading LinuxStrain::read() {
     last_.stalls = {.cpu = share(0), .memory = share(1), .io = share(2)};
     const GraphicsReading graphics = graphics_->read();
     last_.gpuPercent = graphics.busyPercent;
+    last_.gpuAwakePercent = graphics.awakePercent;
     last_.cpuWatts = processors_->watts();
     last_.profile = profile(now);
     last_.throttle = throttle(graphics, now);

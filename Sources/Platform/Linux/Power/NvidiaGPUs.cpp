@@ -4,7 +4,12 @@
 #include "Platform/Linux/Reading/SensorFile.h"
 #include "Platform/Linux/Reading/SysfsText.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <dlfcn.h>
+#include <map>
+#include <utility>
 
 namespace vantoro {
 
@@ -22,6 +27,19 @@ struct Utilization {
     unsigned gpu = 0;
     unsigned memory = 0;
 };
+
+/// nvmlProcessUtilizationSample_t.
+struct ProcessSampleRecord {
+    unsigned pid = 0;
+    unsigned long long timeStamp = 0;
+    unsigned cores = 0;
+    unsigned memory = 0;
+    unsigned encoder = 0;
+    unsigned decoder = 0;
+};
+static_assert(sizeof(ProcessSampleRecord) == 32);
+constexpr int nvmlNotFound = 6;
+constexpr int nvmlInsufficientSize = 7;
 
 struct CloseLibrary {
     void operator()(void* library) const { ::dlclose(library); }
@@ -66,6 +84,30 @@ public:
         return reading;
     }
 
+    std::optional<std::vector<NvmlSample>> samples(const std::string& address, std::uint64_t after) override {
+        constexpr unsigned most = 4096;
+        NvmlDevice device = nullptr;
+        if (!isOpen_ || processes_ == nullptr || deviceByAddress_(address.c_str(), &device) != nvmlSuccess)
+            return {};
+        unsigned count = 0;
+        int status = processes_(device, nullptr, &count, after);
+        std::vector<ProcessSampleRecord> records(std::min(count, most));
+        if (status == nvmlInsufficientSize && !records.empty()) {
+            count = static_cast<unsigned>(records.size());
+            status = processes_(device, records.data(), &count, after);
+            records.resize(std::min<std::size_t>(count, records.size()));
+        }
+        if (status == nvmlNotFound) // nothing was done
+            return std::vector<NvmlSample>();
+        if (status != nvmlSuccess)
+            return {};
+        std::vector<NvmlSample> found;
+        for (const ProcessSampleRecord& each : records)
+            if (each.timeStamp > after)
+                found.push_back({each.pid, each.timeStamp, each.cores, each.encoder, each.decoder});
+        return found;
+    }
+
 private:
     bool load() {
         if (wasTried_)
@@ -82,6 +124,7 @@ private:
         look(library_.get(), "nvmlDeviceGetPowerUsage", power_);
         look(library_.get(), "nvmlDeviceGetUtilizationRates", utilization_);
         look(library_.get(), "nvmlDeviceGetCurrentClocksEventReasons", clockEvents_);
+        look(library_.get(), "nvmlDeviceGetProcessUtilization", processes_);
         if (clockEvents_ == nullptr) // its name before
             look(library_.get(), "nvmlDeviceGetCurrentClocksThrottleReasons", clockEvents_);
         return load();
@@ -96,11 +139,56 @@ private:
     int (*power_)(NvmlDevice, unsigned*) = nullptr;
     int (*utilization_)(NvmlDevice, Utilization*) = nullptr;
     int (*clockEvents_)(NvmlDevice, unsigned long long*) = nullptr;
+    int (*processes_)(NvmlDevice, ProcessSampleRecord*, unsigned*, unsigned long long) = nullptr;
     bool wasTried_ = false;
     bool isOpen_ = false;
 };
 
 } // namespace
+
+std::vector<GraphicsShares::Program> programsOf(const std::vector<NvmlSample>& samples) {
+    constexpr std::uint32_t whole = 100;
+    struct Sum {
+        std::array<double, 3> engines{};
+        double count = 0;
+    };
+    std::map<std::uint32_t, Sum> sums;
+    double rounds = 0;
+    for (const NvmlSample& sample : samples) {
+        if (sample.pid == 0 || sample.pid > INT32_MAX ||
+            std::max({sample.cores, sample.encoder, sample.decoder}) > whole)
+            continue;
+        Sum& sum = sums[sample.pid];
+        sum.engines[0] += sample.cores;
+        sum.engines[1] += sample.encoder;
+        sum.engines[2] += sample.decoder;
+        rounds = std::max(rounds, ++sum.count);
+    }
+    std::vector<GraphicsShares::Program> programs;
+    for (const auto& [pid, sum] : sums)
+        programs.push_back(
+            {.pid = static_cast<std::int32_t>(pid), .percent = *std::ranges::max_element(sum.engines) / rounds});
+    return programs;
+}
+
+std::optional<GraphicsShares> withPrograms(std::optional<GraphicsShares> shares,
+                                           const std::vector<GraphicsShares::Program>& programs) {
+    if (!shares)
+        shares = GraphicsShares{.hasAll = true};
+    double all = 0;
+    for (const GraphicsShares::Program& program : programs)
+        all += program.percent;
+    const double scale = all > 100 ? 100 / all : 1;
+    for (const GraphicsShares::Program& program : programs) {
+        const auto place = std::ranges::lower_bound(shares->programs, program.pid, {}, &GraphicsShares::Program::pid);
+        if (place == shares->programs.end() || place->pid != program.pid)
+            shares->programs.insert(place, {.pid = program.pid, .percent = program.percent * scale});
+        else
+            place->percent = std::max(place->percent, program.percent * scale);
+    }
+    shares->leastBusyPercent = std::max(shares->leastBusyPercent, all * scale);
+    return shares;
+}
 
 std::shared_ptr<Nvml> systemNvml() {
     return std::make_shared<SystemNvml>();
@@ -116,6 +204,8 @@ struct Device {
     SensorFile control;
     std::optional<NvmlReading> last;
     std::optional<double> lookedAt;
+    /// Of the newest sample of its processes.
+    std::uint64_t sampledAt = 0;
 
     bool mayFallAsleep() {
         char room[16];
@@ -130,7 +220,24 @@ struct Device {
 struct Devices {
     std::shared_ptr<Nvml> nvml;
     SecondsClock clock;
+    std::shared_ptr<std::atomic<bool>> tellsPrograms;
     std::vector<Device> list;
+
+    void addPrograms(Device& device) const {
+        constexpr std::uint64_t firstMicroseconds = 2'000'000;
+        auto samples = nvml->samples(device.address, device.sampledAt);
+        if (!samples)
+            return;
+        std::uint64_t newest = device.sampledAt;
+        for (const NvmlSample& sample : *samples)
+            newest = std::max(newest, sample.microseconds);
+        // The first list may go back for minutes.
+        if (std::exchange(device.sampledAt, newest) == 0)
+            std::erase_if(*samples, [newest](const NvmlSample& sample) {
+                return newest - sample.microseconds > firstMicroseconds;
+            });
+        device.last->programs = programsOf(*samples);
+    }
 
     std::vector<std::optional<NvmlReading>> look() {
         bool isNeeded = false;
@@ -138,12 +245,16 @@ struct Devices {
         for (Device& device : list) {
             const double now = clock();
             const bool mayFallAsleep = device.mayFallAsleep();
+            const bool isBusy = device.isBusy();
+            if (device.last)
+                device.last->programs.reset();
             if (device.sleep.isAsleep()) {
                 device.last.reset();
-            } else if (!mayFallAsleep || device.isBusy() || !device.lookedAt ||
-                       now - *device.lookedAt >= nvidiaRestSeconds) {
+            } else if (!mayFallAsleep || isBusy || !device.lookedAt || now - *device.lookedAt >= nvidiaRestSeconds) {
                 device.last = nvml->open() ? nvml->read(device.address) : std::nullopt;
                 device.lookedAt = now;
+                if (device.last && *tellsPrograms)
+                    addPrograms(device);
                 if (mayFallAsleep && device.last) // a total seen rarely would come in bursts; the power does not
                     device.last->totalMillijoules.reset();
             }
@@ -181,6 +292,7 @@ NvidiaGPUs::NvidiaGPUs(const std::string& root, std::shared_ptr<Nvml> nvml, cons
         return;
     devices->nvml = std::move(nvml);
     devices->clock = lane_->clock();
+    devices->tellsPrograms = tellsPrograms_;
     reading_.emplace(lane_, [devices] { return std::optional(devices->look()); });
 }
 

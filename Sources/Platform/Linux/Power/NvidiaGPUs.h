@@ -2,8 +2,10 @@
 // is used here.
 #pragma once
 
+#include "Platform/GraphicsClients.h"
 #include "Platform/Linux/Reading/LanedReading.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -21,9 +23,27 @@ struct NvmlReading {
     std::optional<double> busyPercent;
     /// The library's bits for what holds its clocks down.
     std::optional<std::uint64_t> clockEvents;
+    /// Those it worked for since the reading before; only where that was asked for and the library knows.
+    std::optional<std::vector<GraphicsShares::Program>> programs = {};
 
     bool operator==(const NvmlReading&) const = default;
 };
+
+/// What the library noted of a process at one moment: per cent of the time since the moment before.
+struct NvmlSample {
+    std::uint32_t pid = 0;
+    std::uint64_t microseconds = 0;
+    std::uint32_t cores = 0;
+    std::uint32_t encoder = 0;
+    std::uint32_t decoder = 0;
+};
+
+/// Each process's mean share of its busiest engine, by rising pid. A process is noted only when it had something done,
+/// and some libraries fill the list with what is no sample: a share above 100, no process.
+std::vector<GraphicsShares::Program> programsOf(const std::vector<NvmlSample>& samples);
+/// With what another device did, too.
+std::optional<GraphicsShares> withPrograms(std::optional<GraphicsShares> shares,
+                                           const std::vector<GraphicsShares::Program>& programs);
 
 /// Used from one thread at a time. While it is open the library may keep every device awake that it was asked about.
 class Nvml {
@@ -35,6 +55,10 @@ public:
     virtual void close() = 0;
     /// The device at this address ("0000:01:00.0"). None when the library does not know it.
     virtual std::optional<NvmlReading> read(const std::string& address) = 0;
+    /// What it noted of the device's processes after this moment, in no order. None when it keeps no such notes.
+    virtual std::optional<std::vector<NvmlSample>> samples(const std::string& /*address*/, std::uint64_t /*after*/) {
+        return {};
+    }
 };
 
 /// "libnvidia-ml.so.1", loaded at the first opening.
@@ -55,8 +79,11 @@ public:
     const std::vector<std::string>& addresses() const { return addresses_; }
     /// One per address. Read at most once in 200 ms: temperature and energy are asked for apart.
     const std::vector<std::optional<NvmlReading>>& readings();
+    /// Whether readings to come hold what was done for whom; at first they do not.
+    void setTellsPrograms(bool tells) { *tellsPrograms_ = tells; }
 
 private:
+    std::shared_ptr<std::atomic<bool>> tellsPrograms_ = std::make_shared<std::atomic<bool>>(false);
     std::shared_ptr<SlowLane> lane_;
     std::vector<std::string> addresses_;
     std::optional<LanedReading<std::vector<std::optional<NvmlReading>>>> reading_;

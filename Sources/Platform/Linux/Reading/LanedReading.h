@@ -21,16 +21,18 @@ template <typename Value>
 class LanedReading {
 public:
     using Read = std::function<std::optional<Value>()>;
+    /// `alwaysInLane`: however quick it was, it may take its time at any other.
+    enum class Way { quickest, alwaysInLane };
 
-    LanedReading(std::shared_ptr<SlowLane> lane, Read read)
-        : lane_(std::move(lane)), shared_(std::make_shared<Shared>(std::move(read), lane_->clock())) {}
+    LanedReading(std::shared_ptr<SlowLane> lane, Read read, Way way = Way::quickest)
+        : lane_(std::move(lane)), shared_(std::make_shared<Shared>(std::move(read), lane_->clock())), way_(way) {}
 
     /// None while there is no value, when the reading fails, and when the last value is older than half a minute.
     std::optional<Value> read() {
         if (isQuick_)
             return readHere();
         std::unique_lock lock(shared_->mutex);
-        if (!shared_->isPending && shared_->quickInARow >= quickNeeded_) {
+        if (way_ == Way::quickest && !shared_->isPending && shared_->quickInARow >= quickNeeded_) {
             lock.unlock();
             isQuick_ = true;
             return readHere();
@@ -99,6 +101,7 @@ private:
 
     std::shared_ptr<SlowLane> lane_;
     std::shared_ptr<Shared> shared_;
+    Way way_;
     bool isQuick_ = false;
     /// One quick reading is enough for what was never slow.
     int quickNeeded_ = 1;

@@ -173,6 +173,13 @@ void CapabilityCheck::checkGPU() {
     const bool ok = ior_init() != 0 && ior_gpu_energy_joules(&joules) != 0;
     print(fmt::format("{} (GPU wattage)", systemWords(platform_.system).reportSource), ok,
           ok ? "energy counter reading" : "unavailable on this machine");
+    if (!platform_.graphicsClients || platform_.system == SystemKind::macos)
+        return;
+    platform_.graphicsClients->read();
+    options_.reader.pause(300);
+    const auto shares = platform_.graphicsClients->read();
+    print("Graphics work per program", shares.has_value(),
+          shares ? SensorDump::graphicsWork(shares) : "no driver here tells, or nothing renders");
 }
 
 void CapabilityCheck::checkCores() {

@@ -111,6 +111,7 @@ constexpr int writeFault = 1;
 
 int explainThisMachine(const CommandLine& line, SensorHub& hub) {
     const double seconds = line.seconds.value_or(defaultSeconds);
+    hub.seeProgramsAlways();
     {
         const Progress progress(seconds);
         bool isInterrupted = false;
@@ -141,6 +142,8 @@ int explainRecording(const CommandLine& line, const Format& format) {
         return recordingFault;
     }
     history.setSystem(result.header.system.value_or(SystemKind::macos));
+    if (const auto& counted = result.header.processors; counted && !history.processorCount())
+        history.setProcessorCount(counted->count());
     if (result.warning)
         complain(result.warning->text(*line.replayFile));
     return print(line, history, conclude(history, format));
@@ -149,6 +152,7 @@ int explainRecording(const CommandLine& line, const Format& format) {
 int recordThisMachine(const CommandLine& line, SensorHub& hub, std::chrono::milliseconds interval) {
     // From before the file is there: what was begun is finished.
     const InterruptWatcher interrupt([] { QCoreApplication::quit(); });
+    hub.seeProgramsAlways();
     RecordingWriter writer;
     Outcome<> outcome = writer.open(line.recordFile, hub.recordingHeader(unixSeconds()));
     const auto takeOne = [&] {

@@ -160,10 +160,14 @@ Verdict DiagnosisEngine::atStart(const Snapshot& snapshot, SystemKind system) {
     return verdict;
 }
 
-std::vector<ProcessGroup> DiagnosisEngine::causes(const History& history, double leastCPU) {
+SnapshotRun DiagnosisEngine::causeWindow(const History& history) {
     constexpr double lagSeconds = 15;
     constexpr double spanSeconds = 75;
-    std::vector<ProcessGroup> groups = History::group(History::aggregate(history.causeWindow(lagSeconds, spanSeconds)));
+    return history.causeWindow(lagSeconds, spanSeconds);
+}
+
+std::vector<ProcessGroup> DiagnosisEngine::causes(const History& history, double leastCPU) {
+    std::vector<ProcessGroup> groups = History::groups(causeWindow(history));
     std::erase_if(groups, [leastCPU](const ProcessGroup& group) { return !(group.totalCPU >= leastCPU); });
     return groups;
 }

@@ -24,7 +24,9 @@ struct DiagnosisEngine {
     /// What may be said before anything is known but how the machine is cooled and how warm its chip is.
     static Verdict atStart(const Snapshot& snapshot, SystemKind system);
 
-    /// The application groups of the stretch that led up to now whose CPU share is at least this many per cent of one
+    /// The stretch that led up to now: where the cause of the present state is looked for.
+    static SnapshotRun causeWindow(const History& history);
+    /// The application groups of that stretch whose CPU share is at least this many per cent of one
     /// core, most responsible first.
     static std::vector<ProcessGroup> causes(const History& history, double leastCPU);
 

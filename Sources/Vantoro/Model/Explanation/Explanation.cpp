@@ -25,7 +25,10 @@ constexpr double leastTriggerGrowth = 15.0;
 constexpr double leastShownChange = 4.0;
 constexpr std::size_t mostTriggerRows = 4;
 
-std::string drivingBody(const std::vector<ProcessGroup>& groups, const Verdict& verdict) {
+std::string drivingBody(const std::vector<ProcessGroup>& groups, const SnapshotRun& window, const Verdict& verdict,
+                        bool isAllAccounted) {
+    if (groups.empty())
+        return "No program that can be read does noticeable work.";
     double total = 0;
     for (const ProcessGroup& group : groups)
         total += group.totalCPU;
@@ -34,16 +37,16 @@ std::string drivingBody(const std::vector<ProcessGroup>& groups, const Verdict& 
     const bool isOfWork = verdict.speaksOfWork();
     const bool isAtEase = isAtRest(verdict.state) && verdict.system != SystemKind::macos;
     if (total > 0 && share > 0.6)
-        return fmt::format("{} accounts for roughly {}% of all the CPU work in the window that {}. This is a "
+        return fmt::format("{} accounts for roughly {}% of {} CPU work in the window that {}. This is a "
                            "single-culprit situation.",
-                           name, truncated(share * 100),
+                           name, truncated(share * 100), isAllAccounted ? "all the" : "the accounted",
                            isOfWork   ? "made the machine busy"
                            : isAtEase ? "led up to now"
                                       : "heated the machine");
     if (groups.size() >= 4)
         return fmt::format("No single process dominates. The load is spread across {} workloads, which together add "
                            "up to about {}% CPU — that total is {}, not any one entry.",
-                           groups.size(), truncated(total),
+                           groups.size(), truncated(togetherCPU(groups, window)),
                            isOfWork                           ? "what keeps the machine busy"
                            : verdict.cooling == Cooling::fans ? "what the fans are responding to"
                                                               : "what is heating the chip");
@@ -72,10 +75,10 @@ struct Change {
 /// How much the work of each group changed from one stretch to the next, most growth first.
 std::vector<Change> changes(const SnapshotRun& before, const SnapshotRun& after, SystemKind system) {
     std::unordered_map<std::string, double> cpuBefore;
-    for (const ProcessGroup& group : History::group(History::aggregate(before)))
+    for (const ProcessGroup& group : History::groups(before))
         cpuBefore.emplace(group.key, group.totalCPU);
     std::vector<Change> changes;
-    for (const ProcessGroup& group : History::group(History::aggregate(after))) {
+    for (const ProcessGroup& group : History::groups(after)) {
         const auto earlier = cpuBefore.find(group.key);
         changes.push_back({.name = friendlyName(group, system),
                            .growth = group.totalCPU - (earlier != cpuBefore.end() ? earlier->second : 0)});
@@ -97,13 +100,21 @@ Explanation::Row changeRow(const Change& change, bool isTrigger, Cooling cooling
 
 /// "What's drawing the power": the applications of the stretch that led up to now; none when none did noticeable work.
 std::optional<Explanation::Section> drivingSection(const History& history, const Verdict& verdict) {
+    const SnapshotRun window = DiagnosisEngine::causeWindow(history);
     const std::vector<ProcessGroup> groups = DiagnosisEngine::causes(history, leastContributorCPU);
-    if (groups.empty())
+    const std::optional<double> rest = unaccountedCPU(window, history.processorCount());
+    if (groups.empty() && !rest)
         return std::nullopt;
-    Explanation::Section section{
-        .symbol = "list.bullet.indent", .title = "What's drawing the power", .body = drivingBody(groups, verdict)};
+    Explanation::Section section{.symbol = "list.bullet.indent",
+                                 .title = "What's drawing the power",
+                                 .body = drivingBody(groups, window, verdict, !rest)};
     for (std::size_t i = 0; i < std::min(groups.size(), mostContributorRows); ++i)
         section.rows.push_back(contributorRow(groups[i], verdict));
+    if (rest)
+        section.rows.push_back({.label = "Not accounted for",
+                                .value = fmt::format("{}%", truncated(*rest)),
+                                .detail = "Interrupts, programs of other users that may not be read, or work of the "
+                                          "machine that hosts this one."});
     return section;
 }
 

@@ -2,19 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace vantoro {
 
 namespace {
 
-constexpr double busyProcessPercent = 25;
-constexpr double sustainedWeight = 45;
-constexpr double peakWeight = 0.05;
-constexpr double energyWeight = 0.35;
+/// From this share of the graphics processor on a row keeps its place whatever its processor time.
+constexpr double leastGraphicsPercent = 1;
 
 bool isBusier(const ProcessSample& a, const ProcessSample& b) {
     return a.cpuPercent > b.cpuPercent;
@@ -24,9 +19,8 @@ double rampThreshold(Cooling cooling) {
     return cooling == Cooling::fans ? 0.18 : 0.22;
 }
 
-double busyPercent(const Snapshot& snapshot) {
-    const double percent = 100 - snapshot.cpu.idlePercent;
-    return percent > 0 ? std::min(percent, 100.0) : 0; // not a number is nothing
+bool isAtGraphicsWork(const ProcessSample& row) {
+    return row.gpuPercent.value_or(0) >= leastGraphicsPercent;
 }
 
 } // namespace
@@ -34,14 +28,29 @@ double busyPercent(const Snapshot& snapshot) {
 void History::keepBusiest(std::vector<ProcessSample>& processes) {
     if (!std::ranges::is_sorted(processes, isBusier))
         std::ranges::stable_sort(processes, isBusier);
-    if (processes.size() > processesPerSample)
-        processes.resize(processesPerSample);
+    if (processes.size() <= processesPerSample)
+        return;
+    // What renders hardly computes: it takes the place of the least busy that does not render.
+    std::size_t last = processesPerSample;
+    for (std::size_t place = processesPerSample; place < processes.size() && last > 0; ++place) {
+        if (!isAtGraphicsWork(processes[place]))
+            continue;
+        while (last > 0 && isAtGraphicsWork(processes[last - 1]))
+            --last;
+        if (last > 0)
+            std::swap(processes[--last], processes[place]);
+    }
+    processes.resize(processesPerSample);
+    if (last < processesPerSample)
+        std::ranges::stable_sort(processes, isBusier);
 }
 
 void History::append(Snapshot snapshot, bool hasLoad) {
     keepBusiest(snapshot.processes);
     snapshot.processes.shrink_to_fit();
     snapshot.fans.shrink_to_fit();
+    if (snapshot.cores && !snapshot.cores->empty())
+        processorCount_ = static_cast<int>(snapshot.cores->size());
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
     if (!hasLoad)
@@ -85,7 +94,7 @@ double History::newestBusyShare() const {
     double percent = 0;
     std::size_t index = snapshots_.size();
     while (index > withoutLoad_ && std::abs(now - snapshots_[index - 1].timestamp) <= seconds)
-        percent += busyPercent(snapshots_[--index]);
+        percent += snapshots_[--index].cpu.busyPercent();
     const std::size_t count = snapshots_.size() - index;
     return count > 0 ? percent / 100 / static_cast<double>(count) : 0;
 }
@@ -140,103 +149,6 @@ std::optional<UnixSeconds> History::lastRampStart(std::optional<double> threshol
     return length > 0 ? std::optional(snapshots_[snapshots_.size() - length].timestamp) : std::nullopt;
 }
 
-std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
-    std::vector<ProcessAggregate> aggregates;
-    std::vector<const ProcessIdentity*> lastIdentities;
-    std::unordered_map<std::int32_t, std::size_t> indexOfPid;
-    for (const Snapshot& snapshot : window) {
-        for (const ProcessSample& sample : snapshot.processes) {
-            const ProcessIdentity& identity = *sample.identity;
-            if (identity.isCoolingPause())
-                continue;
-            const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
-            if (isNew) {
-                aggregates.push_back({.pid = identity.pid,
-                                      .displayName = identity.displayName,
-                                      .owningAppName = identity.owningAppName,
-                                      .owningAppPath = identity.owningAppPath,
-                                      .executablePath = identity.executablePath,
-                                      .kind = identity.kind,
-                                      .user = identity.user,
-                                      .firstSeen = snapshot.timestamp});
-                lastIdentities.push_back(&identity);
-            }
-            ProcessAggregate& entry = aggregates[found->second];
-            entry.totalCPU += sample.cpuPercent;
-            entry.peakCPU = std::max(entry.peakCPU, sample.cpuPercent);
-            entry.totalEnergy += sample.energyImpact;
-            entry.peakMemory = std::max(entry.peakMemory, sample.memoryBytes);
-            entry.samples += 1;
-            if (sample.cpuPercent >= busyProcessPercent)
-                entry.busySamples += 1;
-            entry.lastSeen = snapshot.timestamp;
-            // Nearly every sample shares its identity with the one before: only a change is worth copying texts for.
-            if (std::exchange(lastIdentities[found->second], &identity) == &identity)
-                continue;
-            if (!identity.displayName.empty())
-                entry.displayName = identity.displayName;
-            if (identity.owningAppName)
-                entry.owningAppName = identity.owningAppName;
-            if (identity.owningAppPath)
-                entry.owningAppPath = identity.owningAppPath;
-            entry.kind = identity.kind;
-        }
-    }
-    const double windowLength = static_cast<double>(std::max<std::size_t>(1, window.size()));
-    for (ProcessAggregate& entry : aggregates) {
-        entry.averageCPU = entry.totalCPU / entry.samples;
-        entry.averageEnergy = entry.totalEnergy / entry.samples;
-        entry.sustained = entry.busySamples / windowLength;
-        entry.stressScore = entry.averageCPU + energyWeight * entry.averageEnergy + sustainedWeight * entry.sustained +
-                            peakWeight * entry.peakCPU;
-    }
-    std::ranges::stable_sort(aggregates, std::greater{}, &ProcessAggregate::stressScore);
-    return aggregates;
-}
-
-std::vector<ProcessGroup> History::group(const std::vector<ProcessAggregate>& aggregates) {
-    std::vector<ProcessGroup> groups;
-    std::unordered_map<std::string_view, std::size_t> indexOfKey;
-    for (const ProcessAggregate& aggregate : aggregates) {
-        const std::string& key = aggregate.owningAppName ? *aggregate.owningAppName : aggregate.displayName;
-        const auto [found, isNew] = indexOfKey.try_emplace(key, groups.size());
-        if (isNew)
-            groups.push_back({.key = key,
-                              .displayName = key,
-                              .owningAppPath = aggregate.owningAppPath,
-                              .kind = aggregate.kind,
-                              .user = aggregate.user});
-        ProcessGroup& group = groups[found->second];
-        group.members.push_back(aggregate);
-        group.totalCPU += aggregate.averageCPU;
-        group.peakCPU = std::max(group.peakCPU, aggregate.peakCPU);
-        group.totalMemory += aggregate.peakMemory;
-        group.sustained = std::max(group.sustained, aggregate.sustained);
-        if (!group.owningAppPath)
-            group.owningAppPath = aggregate.owningAppPath;
-        if (aggregate.kind == ProcessKind::userApp)
-            group.kind = ProcessKind::userApp;
-    }
-    for (ProcessGroup& group : groups) {
-        group.stressScore = group.totalCPU + sustainedWeight * group.sustained + peakWeight * group.peakCPU;
-        std::ranges::stable_sort(group.members, std::greater{}, &ProcessAggregate::averageCPU);
-    }
-    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::stressScore);
-    return groups;
-}
-
-std::vector<ProcessGroup> rankedSuspects(const History& history) {
-    constexpr double windowSeconds = 20;
-    constexpr double leastPercent = 0.6;
-    std::vector<ProcessGroup> groups = History::group(History::aggregate(history.recent(windowSeconds)));
-    // NaN counts as idle.
-    std::erase_if(groups, [](const ProcessGroup& group) { return !(group.totalCPU >= leastPercent); });
-    std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::totalCPU);
-    for (ProcessGroup& group : groups)
-        group.stressScore = std::round(group.totalCPU);
-    return groups;
-}
-
 ChartSeries chartSeries(const History& history) {
     constexpr double shownSeconds = 900;
     constexpr std::size_t longestUnthinned = 239;
@@ -250,7 +162,7 @@ ChartSeries chartSeries(const History& history) {
         const Snapshot& snapshot = run[i];
         const UnixSeconds time = snapshot.timestamp;
         series.fan.push_back({time, snapshot.fanLoad() * 100});
-        series.cpu.push_back({time, busyPercent(snapshot)});
+        series.cpu.push_back({time, snapshot.cpu.busyPercent()});
         series.temp.push_back({time, snapshot.temps.soc});
         series.chip.push_back({time, snapshot.temps.socMean});
         series.power.push_back({time, snapshot.power.systemWatts});

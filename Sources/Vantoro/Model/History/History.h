@@ -46,8 +46,12 @@ public:
     SystemKind system() const { return system_; }
     void setSystem(SystemKind system) { system_ = system; }
 
+    /// How many logical processors the machine has; none while nobody told. A snapshot that holds its cores tells, too.
+    std::optional<int> processorCount() const { return processorCount_; }
+    void setProcessorCount(std::optional<int> count) { processorCount_ = count; }
+
     /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
-    /// is older than the retention.
+    /// is older than the retention. Rows that render keep their place before those that merely compute more.
     /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it.
     void append(Snapshot snapshot, bool hasLoad = true);
 
@@ -82,8 +86,13 @@ public:
     /// Per process over the window, highest stress score first.
     static std::vector<ProcessAggregate> aggregate(const SnapshotRun& window);
 
-    /// Per application (or lone process), highest stress score first; each group's members busiest first.
-    static std::vector<ProcessGroup> group(const std::vector<ProcessAggregate>& aggregates);
+    /// Per application (or lone process), highest stress score first; each group's members busiest first. `window` is
+    /// what was aggregated: its processes' averages add up to their group's share unless they never used as much at
+    /// once, as of jobs that follow each other; then that share is the mean of what they used together in each
+    /// snapshot. Nor do they hold more memory than they ever held at once.
+    static std::vector<ProcessGroup> group(std::vector<ProcessAggregate> aggregates, const SnapshotRun& window);
+    /// Both in one.
+    static std::vector<ProcessGroup> groups(const SnapshotRun& window) { return group(aggregate(window), window); }
 
 private:
     std::size_t firstIndex(UnixSeconds atOrAfter) const;
@@ -98,6 +107,7 @@ private:
     /// How many of the oldest say nothing of the load.
     std::size_t withoutLoad_ = 0;
     SystemKind system_ = SystemKind::macos;
+    std::optional<int> processorCount_;
     double retentionSeconds_ = defaultRetentionSeconds;
     /// How many of the newest snapshots lie above the newest one's own threshold without a break; kept up to date,
     /// since every evaluation asks and a machine that stays warm would have all of the history walked through each
@@ -106,8 +116,19 @@ private:
     double rampThreshold_ = 0;
 };
 
-/// The applications of the last 20 seconds that use at least 0.6 % of a core, busiest first. Their stress score is
-/// their processor use as a whole number, so that the order of business changes only when a shown figure does.
+/// What groups of this window use together, in per cent of one core: the sum of their shares, held to what they ever
+/// used at once as a group's own share is.
+double togetherCPU(const std::vector<ProcessGroup>& groups, const SnapshotRun& window);
+
+/// What the processors did beside all that the rows tell of, in per cent of one core as those: interrupts, programs
+/// that may not be read, a host's work. The mean over the snapshots that have rows; none unless it exceeds a tenth of
+/// the machine, nor where the number of processors is not known. A list that was cut to its length leaves out what is
+/// no busier than its last row: what a hundred such could have done is not held to be unaccounted for.
+std::optional<double> unaccountedCPU(const SnapshotRun& window, std::optional<int> processorCount);
+
+/// The applications of the last 20 seconds that use at least 0.6 % of a core or 1 % of the graphics processor, busiest
+/// first. Their stress score is their processor use as a whole number, so that the order of business changes only when
+/// a shown figure does.
 std::vector<ProcessGroup> rankedSuspects(const History& history);
 
 /// One chart point.

@@ -95,6 +95,10 @@ void ProcessMonitor::start(int intervalSeconds, int rows) {
     });
 }
 
+void ProcessMonitor::alsoList(std::vector<std::int32_t> pids) {
+    thread_->onWorker([pids = std::move(pids)](ProcessMonitorWorker& worker) { worker.alsoList(pids); });
+}
+
 void ProcessMonitor::stop() {
     ++generation_;
     thread_->onWorker([](ProcessMonitorWorker& worker) { worker.stop(); });

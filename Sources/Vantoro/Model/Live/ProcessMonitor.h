@@ -77,6 +77,8 @@ public:
     /// (Re)starts: a sample every `intervalSeconds` (at least 1), of the `rows` busiest processes where the stream is
     /// the source.
     void start(int intervalSeconds, int rows);
+    /// From the next sample on these processes are listed however little they do, while they live.
+    void alsoList(std::vector<std::int32_t> pids);
     /// Ends all child processes and timers; the source is `starting` again.
     void stop();
 

@@ -200,10 +200,41 @@ void ProcessMonitorWorker::parseAndDeliver(const std::vector<std::string>& lines
              .memoryBytes = row.memoryBytes,
              .energyImpact = row.energyImpact});
     }
+    addLeftOut(samples);
     identities_.endSample();
     confirmSystemSource();
     if (events_.delivered)
         events_.delivered(std::move(samples), block.system, 0);
+}
+
+void ProcessMonitorWorker::alsoList(std::vector<std::int32_t> pids) {
+    alsoListed_ = std::move(pids);
+    samplesUntilListing_ = 0;
+    if (alsoListed_.empty() && !fallbackTimer_)
+        fallback_.rest();
+}
+
+void ProcessMonitorWorker::addLeftOut(std::vector<ProcessSample>& samples) {
+    if (alsoListed_.empty() || !processTable_)
+        return;
+    // Whose child one is can be told only of those whose parents are known.
+    constexpr int samplesBetweenListings = 8;
+    if (samplesUntilListing_-- == 0) {
+        std::vector<std::int32_t> pids;
+        processTable_->listPids(pids);
+        samplesUntilListing_ = samplesBetweenListings;
+    }
+    // Also of those that are in the list just now: when they leave it their share is known.
+    for (ProcessSample& process : fallback_.sampleThese(alsoListed_, monotonicSeconds()))
+        if (std::ranges::find(samples, process.pid(), &ProcessSample::pid) == samples.end()) {
+            identify(process);
+            samples.push_back(std::move(process));
+        }
+}
+
+void ProcessMonitorWorker::identify(ProcessSample& process) {
+    process.identity =
+        identities_.resolve(process.pid(), process.rawName(), processTable_->origin(process.pid()), process.user());
 }
 
 void ProcessMonitorWorker::refreshPaths() {
@@ -252,8 +283,7 @@ void ProcessMonitorWorker::startUnprivileged(int intervalSeconds, bool byChoice)
 void ProcessMonitorWorker::sampleUnprivileged() {
     UnprivilegedProcesses::Sample sample = fallback_.sample(monotonicSeconds());
     for (ProcessSample& process : sample.processes)
-        process.identity =
-            identities_.resolve(process.pid(), process.rawName(), processTable_->origin(process.pid()), process.user());
+        identify(process);
     identities_.endSample();
     if (events_.delivered)
         events_.delivered(std::move(sample.processes), sample.system, fallback_.unreadableCount());

@@ -36,6 +36,8 @@ public:
     /// Stops what runs, then starts anew; `events` replace those of the start before.
     void start(int intervalSeconds, int rows, ProcessMonitor::Mode mode, Events events);
     void stop();
+    /// These processes are listed even where the stream leaves them out; kept over a new start.
+    void alsoList(std::vector<std::int32_t> pids);
 
 private:
     void startStream(int intervalSeconds, int rows);
@@ -47,6 +49,8 @@ private:
     void readStream(int intervalSeconds);
     void finishBlock(const std::vector<std::string>& lines);
     void parseAndDeliver(const std::vector<std::string>& lines);
+    void addLeftOut(std::vector<ProcessSample>& samples);
+    void identify(ProcessSample& process);
     void confirmSystemSource();
     void setSource(Source source);
     void refreshPaths();
@@ -76,6 +80,8 @@ private:
 
     IdentityResolver identities_;
     UnprivilegedProcesses fallback_;
+    std::vector<std::int32_t> alsoListed_;
+    int samplesUntilListing_ = 0;
     /// Set exactly while the fallback is active.
     std::unique_ptr<QTimer> fallbackTimer_;
 };

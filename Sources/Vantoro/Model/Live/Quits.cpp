@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <utility>
 
 namespace vantoro {
@@ -55,15 +56,17 @@ std::vector<LivingProcess> Quits::livingOf(const ProcessGroup& group) const {
     const bool isJob =
         system_ != SystemKind::macos && group.kind == ProcessKind::commandLine &&
         std::ranges::any_of(group.members, [](const auto& member) { return member.owningAppName.has_value(); });
-    for (std::size_t i = 0, members = living.size(); isJob && i < members; ++i) {
-        const LivingProcess& process = living[i];
-        if (process.groupPid == process.sessionPid ||
-            std::ranges::find(living, process.groupPid, &LivingProcess::pid) != living.end())
-            continue;
-        const ProcessAggregate leader{.pid = process.groupPid, .firstSeen = process.startedAt};
-        if (const auto found = livingProcess(*control_, leader); found && found->groupPid == found->pid)
-            living.push_back(*found);
-    }
+    std::vector<std::int32_t> leaders;
+    for (const LivingProcess& process : living)
+        if (isJob && process.groupPid != process.sessionPid &&
+            std::ranges::find(leaders, process.groupPid) == leaders.end() &&
+            std::ranges::find(living, process.groupPid, &LivingProcess::pid) == living.end())
+            leaders.push_back(process.groupPid);
+    // Its number is nobody else's while anyone of its process group lives.
+    constexpr UnixSeconds whenever = std::numeric_limits<UnixSeconds>::max();
+    for (const std::int32_t pid : leaders)
+        if (const auto leader = livingProcess(*control_, {.pid = pid, .firstSeen = whenever}))
+            living.push_back(*leader);
     return living;
 }
 

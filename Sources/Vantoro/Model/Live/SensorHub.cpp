@@ -72,6 +72,7 @@ SensorHub::SensorHub(const Platform& platform, SensorSources sources, const Sett
     , thermalState_(platform.thermalState)
     , strain_(platform.strain)
     , activity_(platform.activity)
+    , graphics_(platform.graphicsClients)
     , sources_(std::move(sources))
     , settings_(settings)
     , environment_(std::move(environment))
@@ -212,6 +213,7 @@ Snapshot SensorHub::measure(UnixSeconds now) {
     snapshot.thermalPressure = readThermalPressure();
     readStrain(snapshot);
     snapshot.processes = latestProcesses_;
+    readGraphicsWork(snapshot);
     const double smoothed = heat_.smoothed(now, snapshot.temps.soc);
     snapshot.chipHeat = cooling_ == Cooling::load ? 0 : smoothed;
     return snapshot;
@@ -238,6 +240,14 @@ void SensorHub::readStrain(Snapshot& snapshot) {
     snapshot.gpuPercent = strain.gpuPercent;
     snapshot.power.cpuWatts = strain.cpuWatts;
     snapshot.favoursSpeed = strain.profile == PowerProfile::performance;
+    gpuAwakePercent_ = strain.gpuAwakePercent;
+}
+
+void SensorHub::readGraphicsWork(Snapshot& snapshot) {
+    graphics_.add(snapshot, gpuAwakePercent_);
+    // Whoever keeps the graphics processor busy may use next to nothing of the processors, and be far down the list.
+    if (graphics_.workers() != listedWorkers_)
+        processes_.alsoList(listedWorkers_ = graphics_.workers());
 }
 
 void SensorHub::tick() {
@@ -299,6 +309,7 @@ void SensorHub::countSample() {
 void SensorHub::appendAndPublish(Snapshot snapshot) {
     const Transaction transaction(*this);
     history_.append(snapshot, processesReady_);
+    history_.setProcessorCount(processorCount());
     extremes_.add(snapshot);
     snapshot_ = std::move(snapshot);
     countSample();

@@ -4,6 +4,7 @@
 
 #include "Model/History/History.h"
 #include "Model/History/Tracking.h"
+#include "Model/Live/GraphicsWork.h"
 #include "Model/Live/ProcessMonitor.h"
 #include "Model/Live/Settings.h"
 #include "Model/Readers/SensorSources.h"
@@ -86,6 +87,9 @@ public:
     virtual void setCoresPaneVisible(bool visible) = 0;
     /// The sensors pane says while it is on screen with a row unfolded into its single sensors.
     virtual void setSensorListVisible(bool visible) = 0;
+    /// Whoever shows what programs do says so each time: only then, or while the graphics processor works, is it found
+    /// out who it works for.
+    virtual void seePrograms() = 0;
     /// Recomputes and publishes what is derived; `force` rebuilds the chart series even while the window is hidden.
     virtual void publish(bool force) = 0;
 };
@@ -147,6 +151,9 @@ public:
 
     void setCoresPaneVisible(bool visible) override { coresPaneVisible_ = visible; }
     void setSensorListVisible(bool visible) override { sensorListVisible_ = visible; }
+    void seePrograms() override { graphics_.see(); }
+    /// For a report or a recording, which somebody reads afterwards.
+    void seeProgramsAlways() { graphics_.seeAlways(); }
 
     /// Starts sampling: the process monitor, one tick at once, then the timer. Does nothing the second time.
     void start();
@@ -215,10 +222,12 @@ private:
     ThermalPressure readThermalPressure() const;
     double readGPUWatts(UnixSeconds now);
     void readStrain(Snapshot& snapshot);
+    void readGraphicsWork(Snapshot& snapshot);
     void appendAndPublish(Snapshot snapshot);
     void publishDerived(bool force);
     void takeSingleReadings(Snapshot& recorded);
     void sampleCores(bool withClocks);
+    std::optional<int> processorCount() const;
     void lookAtSingleSensors();
     void assignProcessesReady();
     void assignSensorsAvailable(bool available);
@@ -231,6 +240,9 @@ private:
     std::shared_ptr<ThermalState> thermalState_;
     std::shared_ptr<Strain> strain_;
     std::shared_ptr<Activity> activity_;
+    GraphicsWork graphics_;
+    std::optional<double> gpuAwakePercent_;
+    std::vector<std::int32_t> listedWorkers_;
     SensorSources sources_;
     const Settings& settings_;
     HubEnvironment environment_;

@@ -86,6 +86,14 @@ std::optional<RecordedProcessors> SensorHub::processors() const {
                               .efficiency = static_cast<std::int32_t>(std::ssize(cores) - performance)};
 }
 
+// What the present snapshot brought along counts before what was published last.
+std::optional<int> SensorHub::processorCount() const {
+    if (recordedCores_ && !recordedCores_->empty())
+        return static_cast<int>(recordedCores_->size());
+    const auto counted = isReplay_ ? recordedProcessors_ : processors();
+    return counted ? counted->count() : std::nullopt;
+}
+
 bool SensorHub::hasDieSensors() const {
     if (recordsSingleSensors_)
         return !dieSensors_.celsius().empty();

@@ -30,11 +30,26 @@ UnprivilegedProcesses::Sample UnprivilegedProcesses::sample(double nowSeconds) {
     result.processes.reserve(pids_.size());
     for (const std::int32_t pid : pids_)
         if (pid >= 1)
-            if (std::optional<ProcessSample> process = sampleProcess(pid, nowSeconds))
+            if (std::optional<ProcessSample> process = sampleProcess(pid, nowSeconds, Refused::leftOut))
                 result.processes.push_back(std::move(*process));
-    std::erase_if(previousCPU_, [this](const auto& entry) { return entry.second.sampleNumber != sampleNumber_; });
+    forgetOthers();
     result.system = systemLine();
     return result;
+}
+
+std::vector<ProcessSample> UnprivilegedProcesses::sampleThese(const std::vector<std::int32_t>& pids,
+                                                              double nowSeconds) {
+    ++sampleNumber_;
+    std::vector<ProcessSample> processes;
+    for (const std::int32_t pid : pids)
+        if (std::optional<ProcessSample> process = sampleProcess(pid, nowSeconds, Refused::zero))
+            processes.push_back(std::move(*process));
+    forgetOthers();
+    return processes;
+}
+
+void UnprivilegedProcesses::forgetOthers() {
+    std::erase_if(previousCPU_, [this](const auto& entry) { return entry.second.sampleNumber != sampleNumber_; });
 }
 
 void UnprivilegedProcesses::rest() {
@@ -44,7 +59,8 @@ void UnprivilegedProcesses::rest() {
         table_->rest();
 }
 
-std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t pid, double nowSeconds) {
+std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t pid, double nowSeconds,
+                                                                  Refused refused) {
     const auto known = previousCPU_.find(pid);
     // Whatever else is refused below, a process that is listed keeps its baseline.
     if (known != previousCPU_.end())
@@ -53,7 +69,9 @@ std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t p
     if (!record)
         return std::nullopt;
     const std::string& user = userName(record->uid);
-    const std::optional<TaskRecord> task = table_->taskRecord(pid);
+    std::optional<TaskRecord> task = table_->taskRecord(pid);
+    if (!task && refused == Refused::zero)
+        task.emplace();
     if (!task) {
         ++unreadableCount_;
         return std::nullopt;

@@ -34,6 +34,10 @@ public:
     /// clock that never steps.
     Sample sample(double nowSeconds);
 
+    /// Of these processes alone, in their order; those that are gone are left out, and what the system refuses to tell
+    /// is 0. Not to be mixed with the above without a rest in between.
+    std::vector<ProcessSample> sampleThese(const std::vector<std::int32_t>& pids, double nowSeconds);
+
     /// Lets the table close what it keeps open; the next sample is a first one.
     void rest();
 
@@ -49,7 +53,9 @@ private:
         std::uint64_t sampleNumber = 0;
     };
 
-    std::optional<ProcessSample> sampleProcess(std::int32_t pid, double nowSeconds);
+    enum class Refused { leftOut, zero };
+    std::optional<ProcessSample> sampleProcess(std::int32_t pid, double nowSeconds, Refused refused);
+    void forgetOthers();
     const std::string& userName(std::uint32_t uid);
     SystemLine systemLine();
 

@@ -205,8 +205,12 @@ void SensorDump::strain(const std::vector<Core>& cores, const StrainReading& str
         lowest = std::min(lowest.value_or(core.megahertz), core.megahertz);
         highest = std::max(highest.value_or(core.megahertz), core.megahertz);
     }
+    const std::string least = fmt::format("{:.0f}", lowest.value_or(0));
+    const std::string most = fmt::format("{:.0f} MHz", highest.value_or(0));
     print(fmt::format("{}, clocks {}", kinds,
-                      highest ? fmt::format("{:.0f} to {:.0f} MHz", *lowest, *highest) : "unknown"));
+                      !highest                        ? "unknown"
+                      : most.starts_with(least + ' ') ? most
+                                                      : least + " to " + most));
     print(fmt::format("Processors draw {}  graphics busy {}", words.figure(strain.cpuWatts, 2, " W"),
                       words.figure(strain.gpuPercent, 0, "%")));
     print(fmt::format("Work waits for processors {}  memory {}  disk {}", words.figure(strain.stalls.cpu, 1, "%"),
@@ -215,6 +219,19 @@ void SensorDump::strain(const std::vector<Core>& cores, const StrainReading& str
     for (const ThrottleReason reason : strain.throttle.value_or(std::vector<ThrottleReason>()))
         reasons += fmt::format("{}{}", reasons.empty() ? "" : ", ", caseName(reason));
     print(fmt::format("Slowed down by: {}", !strain.throttle ? "unknown" : reasons.empty() ? "nothing" : reasons));
+}
+
+std::string SensorDump::graphicsWork(const std::optional<GraphicsShares>& shares) {
+    if (!shares)
+        return "unknown";
+    double most = 0;
+    for (const GraphicsShares::Program& program : shares->programs)
+        most = std::max(most, program.percent);
+    const std::size_t count = shares->programs.size();
+    const std::string known = count == 0   ? "no program"
+                              : count == 1 ? fmt::format("1 program, {:.0f}%", most)
+                                           : fmt::format("{} programs, the busiest {:.0f}%", count, most);
+    return known + (shares->hasAll ? "" : " (of those that may be read)");
 }
 
 } // namespace vantoro

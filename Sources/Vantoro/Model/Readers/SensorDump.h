@@ -3,9 +3,12 @@
 #pragma once
 
 #include "Model/Readers/SMCReader.h"
+#include "Platform/GraphicsClients.h"
 #include "Platform/Strain.h"
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -31,6 +34,8 @@ struct SensorDump {
     /// What is known of the machine beside its sensors: its cores and their clocks, what its processors draw, how busy
     /// its graphics are, what work waits for and what slows it down.
     static void strain(const std::vector<Core>& cores, const StrainReading& strain, const PrintLine& print);
+    /// "3 programs, the busiest 42%", or "unknown"; with what is not in it.
+    static std::string graphicsWork(const std::optional<GraphicsShares>& shares);
 };
 
 } // namespace vantoro

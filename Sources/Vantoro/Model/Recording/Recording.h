@@ -20,6 +20,12 @@ struct RecordedProcessors {
     std::int32_t performance = 0;
     std::int32_t efficiency = 0;
 
+    /// Of both kinds; none where that is no number of processors.
+    std::optional<int> count() const {
+        constexpr std::int64_t most = 1 << 20;
+        const std::int64_t sum = std::int64_t{performance} + efficiency;
+        return sum > 0 && sum <= most ? std::optional(static_cast<int>(sum)) : std::nullopt;
+    }
     bool operator==(const RecordedProcessors&) const = default;
 };
 

@@ -57,6 +57,11 @@ struct CPULoad {
     double idlePercent = 100;
     double loadAverage = 0;
 
+    /// What is not idle, held to 0 to 100; not a number is nothing.
+    double busyPercent() const {
+        const double percent = 100 - idlePercent;
+        return percent > 0 ? percent < 100 ? percent : 100 : 0;
+    }
     bool operator==(const CPULoad&) const = default;
 };
 

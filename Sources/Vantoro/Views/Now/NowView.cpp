@@ -152,6 +152,7 @@ void NowView::showHero() {
 }
 
 void NowView::showSuspects() {
+    context().actions.seePrograms();
     if (unfolded_.key != content_->suspects()->unfoldedKey())
         unfolded_ = {}; // its program has left the list
     content_->suspects()->show(suspectsModel(hub(), context().sources, unfolded_));

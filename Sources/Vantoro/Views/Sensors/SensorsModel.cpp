@@ -319,6 +319,12 @@ LegendModel memoryLegend(const SensorHub& hub) {
                       part(tr("Unused"), unused),
                       {tr("Total"), bytes(memory.totalBytes), std::nullopt},
                       {tr("Pages swapped out"), isKnown ? swapped : dash(), std::nullopt}};
+    // A Linux kernel that tells none has none, or does not count it.
+    const bool tellsNone = isKnown && !hub.words().isMac();
+    if (tellsNone && memory.compressedBytes == 0)
+        legend.entries.erase(legend.entries.begin() + 1);
+    if (tellsNone && memory.wiredBytes == 0)
+        legend.entries.erase(legend.entries.begin());
     if (memory.availableBytes)
         legend.entries.push_back({tr("Available"), bytes(*memory.availableBytes), std::nullopt});
     finish(legend);

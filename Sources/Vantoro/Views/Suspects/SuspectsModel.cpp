@@ -199,27 +199,6 @@ QString details(const SensorHub& hub, const ProcessGroup& group, bool isUnfolded
     return parts.join(separator());
 }
 
-int processorCount(const SensorHub& hub) {
-    const std::optional<RecordedProcessors> processors = hub.processors();
-    return processors ? processors->performance + processors->efficiency : 0;
-}
-
-std::optional<double> unaccountedCPU(const SnapshotRun& window, int processors) {
-    constexpr double leastShare = 0.1;
-    double percent = 0;
-    std::size_t samples = 0;
-    for (const Snapshot& snapshot : window) {
-        if (snapshot.processes.empty())
-            continue;
-        percent += std::clamp(DiagnosisEngine::busyPercent(snapshot.cpu), 0.0, 100.0) * processors;
-        for (const ProcessSample& row : snapshot.processes)
-            percent -= row.cpuPercent;
-        ++samples;
-    }
-    percent /= static_cast<double>(std::max<std::size_t>(samples, 1));
-    return percent > leastShare * 100 * processors ? std::optional(percent) : std::nullopt;
-}
-
 SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group, const UnfoldedRow& unfolded) {
     constexpr double leastGraphics = 1;
     const Verdict& verdict = hub.verdict();
@@ -268,7 +247,7 @@ SuspectRowModel row(const SensorHub& hub, const ProcessGroup& group, const Unfol
 /// The work of the last seconds that belongs to no row, where it is more than a tenth of the machine.
 std::optional<UnaccountedModel> unaccounted(const SensorHub& hub) {
     constexpr double seconds = 20;
-    const std::optional<double> percent = unaccountedCPU(hub.history().recent(seconds), processorCount(hub));
+    const std::optional<double> percent = unaccountedCPU(hub.history().recent(seconds), hub.history().processorCount());
     if (!percent)
         return std::nullopt;
     return UnaccountedModel{.name = tr("Not accounted for"),

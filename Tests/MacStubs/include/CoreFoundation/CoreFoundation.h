@@ -18,7 +18,7 @@ typedef const struct __CFDictionary* CFDictionaryRef;
 typedef struct __CFDictionary* CFMutableDictionaryRef;
 
 enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
-typedef enum CFNumberType : CFIndex { kCFNumberDoubleType = 13 } CFNumberType;
+typedef enum CFNumberType : CFIndex { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 } CFNumberType;
 
 #define CFSTR(text) (reinterpret_cast<CFStringRef>(__builtin___CFStringMakeConstantString("" text "")))
 
@@ -53,6 +53,7 @@ CFTypeID CFArrayGetTypeID(void);
 CFIndex CFArrayGetCount(CFArrayRef array);
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
 
+CFTypeID CFDictionaryGetTypeID(void);
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 
 CFTypeRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef application);

@@ -11,6 +11,7 @@ typedef io_object_t io_connect_t;
 typedef io_object_t io_iterator_t;
 typedef io_object_t io_registry_entry_t;
 typedef io_object_t io_service_t;
+typedef char io_name_t[128];
 typedef char io_string_t[512];
 typedef kern_return_t IOReturn;
 typedef uint32_t IOOptionBits;
@@ -30,6 +31,10 @@ kern_return_t IOServiceClose(io_connect_t connection);
 kern_return_t IOConnectCallStructMethod(mach_port_t connection, uint32_t selector, const void* input, size_t inputBytes,
                                         void* output, size_t* outputBytes);
 
+#define kIOServicePlane "IOService"
+kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t plane,
+                                              io_iterator_t* iterator);
+kern_return_t IORegistryEntryGetRegistryEntryID(io_registry_entry_t entry, uint64_t* entryID);
 io_registry_entry_t IORegistryEntryFromPath(mach_port_t mainPort, const io_string_t path);
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key, CFAllocatorRef allocator,
                                           IOOptionBits options);

@@ -145,6 +145,12 @@ TEST_F(Strained, TheDumpSaysWhatIsKnown) {
         "Processors draw 12.50 W  graphics busy 92%\n"
         "Work waits for processors unknown  memory 18.2%  disk unknown\n"
         "Slowed down by: temperature, power\n");
+    EXPECT_TRUE(dump({{.megahertz = 1100.4}, {.megahertz = 1099.6}}, {}).starts_with("Cores: 2, clocks 1100 MHz\n"));
+    EXPECT_EQ(SensorDump::graphicsWork({}), "unknown");
+    EXPECT_EQ(SensorDump::graphicsWork(GraphicsShares{.programs = {{.pid = 7, .percent = 41.6}}, .hasAll = true}),
+              "1 program, 42%");
+    EXPECT_EQ(SensorDump::graphicsWork(GraphicsShares{.programs = {{.pid = 7, .percent = 5}, {8, 90}}}),
+              "2 programs, the busiest 90% (of those that may be read)");
     EXPECT_EQ(dump({{.isPerformance = true}, {.isPerformance = true}}, {.throttle = Reasons(std::in_place)}),
               "Cores: 2, clocks unknown\n"
               "Processors draw unknown  graphics busy unknown\n"
@@ -209,6 +215,25 @@ TEST_F(Strained, ACardIsNeitherWokenNorKeptAwake) {
     look({{device + "power/control", "on"}, {busy, "0"}});
     EXPECT_EQ(look({{busy, "7"}}).gpuPercent, 7);
     EXPECT_EQ(look({{busy, "65535"}}).gpuPercent, std::nullopt);
+}
+
+TEST_F(Strained, WhereNoBusyShareIsToldTheTimeAwakeIsKnown) {
+    const std::string slept = card + "gt/gt0/rc6_residency_ms";
+    const std::string media = card + "gt/gt1/rc6_residency_ms";
+    EXPECT_EQ(look({{slept, "1000"}, {media, "5000"}}).gpuAwakePercent, std::nullopt) << "since when?";
+    EXPECT_EQ(look({{slept, "3100"}, {media, "7970"}}).gpuAwakePercent, 30);
+    EXPECT_EQ(look({{slept, "6200"}, {media, "10970"}}).gpuAwakePercent, 0) << "milliseconds are counted roughly";
+    EXPECT_EQ(look({{slept, "0"}, {media, "10970"}}).gpuAwakePercent, 100) << "one began anew, the other never slept";
+    EXPECT_EQ(look().gpuPercent, std::nullopt);
+    strain.reset();
+    machine.remove("sys/class/drm/card0/gt");
+    const std::string xe = card + "device/tile0/gt0/gtidle/idle_residency_ms";
+    write({{card + "device/power/control", "auto"}});
+    look({{xe, "100"}, {card + "device/power/runtime_status", "active"}});
+    machine.pass(30);
+    look({{xe, "20000"}});
+    EXPECT_EQ(look({{xe, "21500"}}).gpuAwakePercent, 50);
+    EXPECT_EQ(look({{card + "device/power/runtime_status", "suspended"}, {xe, "0"}}).gpuAwakePercent, 0);
 }
 
 TEST_F(Strained, TheBusiestDeviceAndQueueCount) {

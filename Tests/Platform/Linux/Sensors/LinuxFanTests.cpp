@@ -240,59 +240,53 @@ TEST(LinuxFans, AreNamedByTheirDriversAndKnownByWhoseTheyAre) {
 }
 
 TEST(LinuxFans, OnlyWhatIsBuiltWithoutThemHasNone) {
-    const std::string model = "sys/firmware/devicetree/base/";
-    const std::string chassis = "sys/class/dmi/id/chassis_type";
-    const std::string board = std::string("raspberrypi,4-model-b\0brcm,bcm2711\0", 35);
     struct Case {
         const char* name;
-        std::map<std::string, std::string> files;
         bool isFanless;
+        const char* chassis = nullptr;
+        /// What its tree says that it is, and its model.
+        std::string compatible = {}, model = "A";
+        std::map<std::string, std::string> also = {};
     };
-    const Case table[] = {
-        {"nothing is known", {}, false},
-        {"desktop", {{chassis, "3\n"}}, false},
-        {"laptop", {{chassis, "10\n"}}, false},
-        {"server", {{chassis, "23\n"}}, false},
-        {"mini", {{chassis, "35\n"}}, false},
-        {"tablet", {{chassis, "30\n"}}, true},
-        {"tablet with a keyboard", {{chassis, "32\n"}}, false},
-        {"handheld", {{chassis, "11\n"}}, true},
-        {"tablet that drives one", {{chassis, "30\n"}, {"sys/class/hwmon/hwmon0/pwm1", "60\n"}}, false},
-        {"tablet whose firmware has one", {{chassis, "30\n"}, {"sys/bus/acpi/devices/PNP0C0B:00/path", "x\n"}}, false},
-        {"board", {{model + "compatible", board}, {model + "model", "A board"}}, true},
-        {"board with a driven fan",
-         {{model + "compatible", board},
-          {model + "model", "A board"},
-          {"sys/class/thermal/cooling_device0/type", "pwm-fan"}},
-         false},
-        {"board with a fan that nothing drives",
-         {{model + "compatible", board}, {model + "model", "A board"}, {model + "cooling_fan/compatible", "pwm-fan"}},
-         false},
-        {"board whose fan is left out",
-         {{model + "compatible", board},
-          {model + "model", "A board"},
-          {model + "cooling_fan/compatible", "pwm-fan"},
-          {model + "cooling_fan/status", std::string("disabled\0", 9)}},
-         true},
-        {"laptop by its tree",
-         {{model + "compatible", "pine64,pinebook-pro"}, {model + "model", "A"}, {model + "chassis-type", "laptop"}},
-         false},
-        {"telephone",
-         {{model + "compatible", "pine64,pinephone"}, {model + "model", "A"}, {model + "chassis-type", "handset"}},
-         true},
-        {"notebook without fans",
-         {{model + "compatible", "apple,j413"}, {model + "model", "Apple MacBook Air (13-inch, M2, 2022)"}},
-         true},
-        {"notebook with fans",
-         {{model + "compatible", "apple,j314s"}, {model + "model", "Apple MacBook Pro (14-inch, M1 Pro, 2021)"}},
-         false},
-        {"server with a tree", {{model + "compatible", "ibm,powernv"}, {model + "model", "8335-GTH"}}, false},
-        {"virtual machine",
-         {{model + "compatible", "linux,dummy-virt"}, {model + "model", "linux,dummy-virt"}},
-         false}};
-    for (const Case& each : table) {
+    const std::string tree = "sys/firmware/devicetree/base/";
+    const std::string board = std::string("raspberrypi,4-model-b\0brcm,bcm2711\0", 35);
+    const std::map<std::string, std::string> stated{{tree + "cooling_fan/compatible", "pwm-fan"}};
+    std::map<std::string, std::string> leftOut = stated;
+    leftOut[tree + "cooling_fan/status"] = std::string("disabled\0", 9);
+    for (const Case& each :
+         {Case{"nothing is known", false},
+          Case{"desktop", false, "3"},
+          Case{"laptop", false, "10"},
+          Case{"server", false, "23"},
+          Case{"mini", false, "35"},
+          Case{"tablet", true, "30"},
+          Case{"tablet with a keyboard", false, "32"},
+          Case{"handheld", true, "11"},
+          Case{"tablet that drives one", false, "30", {}, {}, {{"sys/class/hwmon/hwmon0/pwm1", "60\n"}}},
+          Case{"tablet whose firmware has one", false, "30", {}, {}, {{"sys/bus/acpi/devices/PNP0C0B:00/path", "x\n"}}},
+          Case{"board", true, nullptr, board},
+          Case{"board with a driven fan",
+               false,
+               nullptr,
+               board,
+               "A",
+               {{"sys/class/thermal/cooling_device0/type", "pwm-fan"}}},
+          Case{"board with a fan that nothing drives", false, nullptr, board, "A", stated},
+          Case{"board whose fan is left out", true, nullptr, board, "A", leftOut},
+          Case{"laptop by its tree", false, nullptr, "pine64,pinebook-pro", "A", {{tree + "chassis-type", "laptop"}}},
+          Case{"telephone", true, nullptr, "pine64,pinephone", "A", {{tree + "chassis-type", "handset"}}},
+          Case{"notebook without fans", true, nullptr, "apple,j413", "Apple MacBook Air (13-inch, M2, 2022)"},
+          Case{"notebook with fans", false, nullptr, "apple,j314s", "Apple MacBook Pro (14-inch, M1 Pro, 2021)"},
+          Case{"server with a tree", false, nullptr, "ibm,powernv", "8335-GTH"},
+          Case{"virtual machine", false, nullptr, "linux,dummy-virt", "linux,dummy-virt"}}) {
         const SensorMachine machine;
-        for (const auto& [file, text] : each.files)
+        if (each.chassis != nullptr)
+            machine.write("sys/class/dmi/id/chassis_type", std::string(each.chassis) + "\n");
+        if (!each.compatible.empty()) {
+            machine.write(tree + "compatible", each.compatible);
+            machine.write(tree + "model", each.model);
+        }
+        for (const auto& [file, text] : each.also)
             machine.write(file, text);
         EXPECT_EQ(isFanless(readFanEvidence(machine.root(), {})), each.isFanless) << each.name;
     }

@@ -9,7 +9,10 @@
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/LinuxThermalState.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
+#include "Support/Golden.h"
 
+#include <array>
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -49,78 +52,30 @@ private:
     std::unique_ptr<SMCReader> reader_;
 };
 
+// Of the laptop's, the embedded controller's copy of the processor's temperature and the firmware's zone count for
+// nothing; the desktop's first fan has never turned though it is driven: nothing is plugged in; small desktops mostly
+// have a fan that no driver knows of; the server's drive sleeps, and what its board states as the least speed is an
+// alarm's.
 TEST(LinuxSensorMachines, GiveTheirTemperaturesAndFans) {
-    struct Expected {
-        std::string machine;
-        SensorTrust trust;
-        Temperatures temperatures;
-        std::vector<FanReading> fans;
-        Cooling cooling;
-        std::vector<std::string> graphicsKeys;
-        std::size_t enclosureKeys;
-    };
-    const Expected table[] = {
-        // The embedded controller's copy of the processor's temperature and the firmware's zone count for nothing.
-        {"intel-laptop",
-         SensorTrust::fewAndHonest,
-         {.soc = 67, .socMean = 370.0 / 6, .gpu = 0, .battery = 31.2, .enclosure = (38.85 + 45) / 2},
-         {{.index = 0, .rpm = 3120, .targetRPM = 3120, .name = "Fan 1", .learnsLimits = true}},
-         Cooling::heat,
-         {"Tg00"},
-         4},
-        // The first fan of the board's has never turned though it is driven: nothing is plugged in.
-        {"amd-desktop",
-         SensorTrust::fewAndHonest,
-         {.soc = 62.5, .socMean = 61.375, .gpu = 70, .battery = 0, .enclosure = 36},
-         {{.index = 1, .rpm = 918, .targetRPM = 918, .name = "Fan 2", .learnsLimits = true},
-          {.index = 2, .rpm = 0, .targetRPM = 0, .name = "Fan 3", .learnsLimits = true},
-          {.index = 3, .rpm = 1150, .targetRPM = 1160, .name = "Graphics fan"}},
-         Cooling::heat,
-         {"Tg00", "Tg01", "Tg02", "Tg03"},
-         3},
-        {"arm-board",
-         SensorTrust::fewAndHonest,
-         {.soc = 52.777, .socMean = 52.777, .gpu = 49.444},
-         {},
-         Cooling::heat,
-         {"Tg00"},
-         0},
-        // Small desktops mostly have a fan that no driver knows of.
-        {"fanless-mini", SensorTrust::fewAndHonest, {.soc = 58, .socMean = 57}, {}, Cooling::heat, {}, 0},
-        // The drive sleeps. What the board's chip states as the least speed is an alarm's.
-        {"server",
-         SensorTrust::fewAndHonest,
-         {.soc = 61, .socMean = 58, .enclosure = 29},
-         {{.index = 0, .rpm = 5400, .targetRPM = 5400, .name = "Fan 1", .learnsLimits = true},
-          {.index = 1, .rpm = 5500, .targetRPM = 5500, .name = "Fan 2", .learnsLimits = true}},
-         Cooling::heat,
-         {},
-         2},
-        {"mac",
-         SensorTrust::manyAndNoisy,
-         {.soc = 56.03, .socMean = 52.015, .gpu = 46.73, .battery = 30.1, .enclosure = (29.5 + 33.85) / 2},
-         {{.index = 0, .rpm = 2317, .minRPM = 2317, .maxRPM = 7826, .targetRPM = 2320, .name = "Fan 1"}},
-         Cooling::fans,
-         {"Tg0f", "Tg0j", "Tg0n", "Tg0r"},
-         2}};
-    for (const Expected& expected : table) {
-        SCOPED_TRACE(expected.machine);
-        const SensorMachine machine(expected.machine);
+    std::string all;
+    for (const char* const name : {"intel-laptop", "amd-desktop", "arm-board", "fanless-mini", "server", "mac"}) {
+        const SensorMachine machine(name);
         Reading reading(machine);
-        ASSERT_TRUE(reading->isAvailable());
-        EXPECT_EQ(reading.trust(), expected.trust);
-        EXPECT_EQ(reading->keys(SensorFamily::graphics), expected.graphicsKeys);
-        EXPECT_EQ(reading->keys(SensorFamily::enclosure).size(), expected.enclosureKeys);
+        ASSERT_TRUE(reading->isOpen());
         const Temperatures got = reading->readTemperatures();
-        constexpr double tolerance = 1e-4; // keys hold single precision
-        EXPECT_NEAR(got.soc, expected.temperatures.soc, tolerance);
-        EXPECT_NEAR(got.socMean, expected.temperatures.socMean, tolerance);
-        EXPECT_NEAR(got.gpu, expected.temperatures.gpu, tolerance);
-        EXPECT_NEAR(got.battery, expected.temperatures.battery, tolerance);
-        EXPECT_NEAR(got.enclosure, expected.temperatures.enclosure, tolerance);
-        EXPECT_EQ(reading->readFans(), expected.fans);
-        EXPECT_EQ(reading->cooling(), expected.cooling);
+        all +=
+            fmt::format("{}: chip {:.3f}, mean {:.3f}, graphics {:.3f} ({}), battery {:.3f}, enclosure {:.3f} ({})\n",
+                        name, got.soc, got.socMean, got.gpu, fmt::join(reading->keys(SensorFamily::graphics), " "),
+                        got.battery, got.enclosure, reading->keys(SensorFamily::enclosure).size());
+        for (const FanReading& fan : reading->readFans())
+            all += fmt::format("  fan {} \"{}\": {} rpm of {} to {}, told {}{}\n", fan.index, fan.name, fan.rpm,
+                               fan.minRPM, fan.maxRPM, fan.targetRPM, fan.learnsLimits ? ", learns" : "");
+        reading->readFans();
+        constexpr std::array coolings = {"fans", "passive", "heat", "load"};
+        all += fmt::format("  goes by {}, {} sensors\n", coolings.at(static_cast<std::size_t>(reading->cooling())),
+                           reading.trust() == SensorTrust::fewAndHonest ? "honest" : "noisy");
     }
+    testing::expectGolden("linux-sensors/readings.golden", all);
 }
 
 TEST(LinuxSensorMachines, GiveTheirPower) {
@@ -248,7 +203,7 @@ TEST(LinuxSensorMachines, SayHowHardHeatPresses) {
 TEST(LinuxSensorMachines, AMachineWithoutSensorsHasNoController) {
     const SensorMachine machine;
     Reading reading(machine);
-    EXPECT_FALSE(reading->isAvailable());
+    EXPECT_FALSE(reading->isOpen());
     EXPECT_THAT(reading->readFans(), IsEmpty());
     const SensorMachine other("server");
     EXPECT_EQ(HwmonSMCService(other.root(), other.lane(), nullptr).open("AppleBMC"), 0u);
