@@ -76,6 +76,7 @@ bench-culprit:
 	@Scripts/bootstrap bench
 	$(call configure-and-build,bench)
 	@build/bench/bin/vantoro_culprit --tier 1 $(ARGS)
+	@build/bench/bin/vantoro_culprit --tier 2 --vantoro build/bench/bin/vantoro
 
 format:
 	@clang-format -i $(sources)

@@ -31,6 +31,7 @@ public:
         after("detail", detail, " averaged ", ofSuspect);
         after("detail", detail, " busiest at ", ofSuspect);
         after("detail", detail, "peaking at ", seen_.largestRow);
+        after("detail", detail, " kept the graphics processor ", 100);
         for (const Json& factor : verdict["factors"]) {
             text("factor", factor["value"]);
             text("factor", factor["detail"]);
@@ -112,24 +113,31 @@ private:
         after(title, body, " roughly ", 100);
         after(title, body, " leads at ", 100);
         after(title, body, "add up to about ", seen_.ofAll.cpuPercent);
+        const bool isOfChange = title == "What changed";
+        const bool isOfGraphics = isOfChange && body.find("points of the graphics processor") != std::string::npos;
         const std::size_t grew = body.find(" grew by ");
         if (grew != std::string::npos)
-            most(title + ": " + body, std::strtod(body.c_str() + grew + 9, nullptr), all_, 0.5);
-        const bool isOfPrograms = title == "What's drawing the power" || title == "What changed";
+            most(title + ": " + body, std::strtod(body.c_str() + grew + 9, nullptr), isOfGraphics ? 100 : all_, 0.5);
         for (const Json& row : section["rows"]) {
             const std::string label = row["label"];
             const std::string value = row["value"];
             text(title + ", " + label, value);
             text(title + ", " + label, row["detail"]);
-            if (!isOfPrograms || label == "Not accounted for")
+            if (label == "Not accounted for" || (!isOfChange && title != "What's drawing the power"))
                 continue;
-            double bound = names_.count(label) == 0 ? keyMost(label).cpuPercent : 0;
+            double bound = 0;
+            const auto raise = [&](const std::string& key) {
+                const Seen::Most its = keyMost(key);
+                bound = std::max(bound, isOfGraphics ? its.graphicsPercent : its.cpuPercent);
+            };
             const auto [from, to] = names_.equal_range(label);
             for (auto named = from; named != to; ++named)
-                bound = std::max(bound, keyMost(named->second).cpuPercent);
-            bound = std::min(bound, all_);
-            numbersBefore(value, "%",
-                          [&](double figure) { most(title + ", " + label + " " + value, figure, bound, 0.5); });
+                raise(named->second);
+            if (from == to)
+                raise(label);
+            numbersBefore(value, "%", [&](double figure) {
+                most(title + ", " + label + " " + value, figure, std::min(all_, bound), 0.5);
+            });
         }
     }
 
@@ -176,6 +184,7 @@ void Seen::add(const std::string& line) {
     raise(ofAll, all);
     for (const auto& [name, figure] : json["power"].items())
         watts = std::max(watts, std::abs(figure.get<double>()));
+    watts = std::max(watts, json["power"].value("cpuWatts", 0.0) + json["power"].value("gpuWatts", 0.0));
     for (const auto& [name, figure] : json["temps"].items())
         celsius = std::max(celsius, figure.get<double>());
     for (const Json& fan : json["fans"])

@@ -25,18 +25,36 @@ void graphicsOnly(Scene& scene) {
     scene.hog(scene.uniform(0.01, 0.05), -1e9, 1e9, false);
 }
 
+/// The processors of a machine without fans draw as much as its graphics processor does.
+double besideGraphics(const Scene& scene) {
+    return scene.world.machine().kind == MachineKind::fanless ? 0.6 : 1;
+}
+
 void graphicsBesideIndexer(Scene& scene) {
     game(scene);
+    const double part = scene.uniform(0.08, 0.3) * besideGraphics(scene);
     const Program indexer{scene.isMac() ? "mdworker_shared" : "tracker-miner-fs-3", "systemDaemon"};
     scene.world.add({.owner = scene.owner(indexer.name),
                      .starts = scene.begins - 30,
-                     .cores = scene.share(scene.uniform(0.1, 0.3), scene.begins - 30),
+                     .cores = scene.share(part, scene.begins - 30),
                      .programs = {indexer}});
 }
 
-void graphicsBesideEncoder(Scene& scene) {
+void beside(Scene& scene, bool isPowerTold) {
+    const Machine& machine = scene.world.machine();
+    if ((machine.tellsProcessorWatts || machine.tellsSystemWatts) != isPowerTold &&
+        machine.kind != MachineKind::noSensors)
+        return;
     game(scene);
-    scene.hog(scene.uniform(0.25, 0.6), scene.begins, 1e9, false);
+    scene.hog(scene.uniform(0.2, 0.5) * besideGraphics(scene), scene.begins, 1e9, false);
+}
+
+void graphicsBesideEncoder(Scene& scene) {
+    beside(scene, true);
+}
+
+void graphicsBesideEncoderUntold(Scene& scene) {
+    beside(scene, false);
 }
 
 void graphicsUnreadable(Scene& scene) {
@@ -104,7 +122,7 @@ void memoryThrash(Scene& scene) {
 
 /// The system holds processors idle so that they cool down.
 void idleInjection(Scene& scene) {
-    scene.world.surroundings().slowsAt = scene.uniform(68, 80);
+    scene.world.surroundings().slowsAt = scene.uniform(72, 88);
     scene.hog(scene.uniform(0.35, 0.6), scene.begins, 1e9, true);
     const double from = scene.begins + scene.uniform(15, 30);
     const double each = scene.uniform(0.25, 0.5);
@@ -168,7 +186,8 @@ void blockVent(Scene& scene) {
 
 void blockedVentWithCall(Scene& scene) {
     blockVent(scene);
-    Work call{.owner = scene.owner("Meetings"), .cores = scene.share(scene.uniform(0.06, 0.18), -1e9)};
+    const double cores = scene.uniform(0.25, 1.1);
+    Work call{.owner = scene.owner("Meetings"), .cores = [cores](double) { return cores; }};
     call.programs = {{"Meetings", "userApp", "Meetings", "sam", 400e6},
                      {"Meetings Media", "helper", "Meetings", "sam", 200e6}};
     scene.world.add(std::move(call));
@@ -203,24 +222,26 @@ void warmRoom(Scene& scene) {
 }
 
 constexpr unsigned onlyWithFans = 1;
-constexpr unsigned onlyWithoutSensors = 4;
 
 } // namespace
 
 std::span<const Family> otherFamilies() {
     static const Family families[] = {
         {"graphics", "a game or a training run on the graphics processor alone", graphicsOnly},
-        {"graphics beside an indexer", "the same beside an indexer at 10 to 30 % of the processors",
+        {"graphics beside an indexer", "the same beside an indexer at 8 to 30 % of the processors",
          graphicsBesideIndexer},
-        {"graphics beside an encoder", "the same beside a program at 25 to 60 % of the processors",
+        {"graphics beside an encoder", "the same beside a program at 20 to 50 % of the processors",
          graphicsBesideEncoder, withSensors},
-        {"graphics beside an encoder, no power known", "the same where nothing tells any power", graphicsBesideEncoder,
-         onlyWithoutSensors, "which processor draws more is not in any figure"},
+        {"graphics beside an encoder, no power known", "the same where nothing tells any power",
+         graphicsBesideEncoderUntold, 7, "which processor draws more is not in any figure"},
         {"graphics, unreadable", "graphics work of a program that a list may not read", graphicsUnreadable},
         {"hidden", "the work of programs that no list may show", hidden},
         {"video", "a player that decodes with the processors and the video engine", video},
         {"video beside work", "the video engine is busy and draws little beside a working program", videoBesideWork},
-        {"memory thrash", "one program holds too much memory; the kernel works for it", memoryThrash},
+        {"memory thrash", "one program holds too much memory; the kernel works for it", memoryThrash, 7, nullptr,
+         Lists::gnuLinux},
+        {"memory thrash on a Mac", "the same where the kernel's work is one row", memoryThrash, withSensors, nullptr,
+         Lists::mac},
         {"idle injection", "the system holds processors idle while a program works", idleInjection, withSensors},
         {"core kinds", "less processor time on performance cores beside more on efficiency cores", coreKinds,
          withSensors, "an hour of an efficiency core is counted like one of a performance core"},

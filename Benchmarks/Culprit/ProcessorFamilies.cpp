@@ -33,7 +33,9 @@ int spawn(Scene& scene, const Job& job, double part, double cpuSeconds, double s
                       .cpuSeconds = cpuSeconds,
                       .spread = spread,
                       .leaderShare = leaderShare};
-    for (const std::string& child : job.children)
+    // Without the job a list of many programs would have many owners.
+    const std::vector<std::string> ofMac(1, job.children.front());
+    for (const std::string& child : scene.isMac() ? ofMac : job.children)
         spawning.programs.push_back(
             {child, "commandLine", owner, "sam", scene.random.around(cpuSeconds > 0.2 ? 120e6 : 4e6, 0.6)});
     const int its = scene.owner(job.leader, isMeant);

@@ -104,9 +104,9 @@ std::string World::line(double now, double elapsed, std::vector<Row> shown) {
     const double hottest = die_ + concentration + random_.normal() * 0.4;
     chipHeat_ += (mean - chipHeat_) * (1 - std::exp(-elapsed / 8));
     const double adapter = at(surroundings_.adapterWatts, now, machine_.isMac ? 12 : 0);
-    const char* const pressure = machine_.kind == MachineKind::noSensors || die_ < 90 ? "nominal"
-                                 : die_ < surroundings_.slowsAt - 0.5                 ? "fair"
-                                                                                      : "serious";
+    const char* const pressure = !hasSensors || die_ < surroundings_.slowsAt - 7 ? "nominal"
+                                 : slowing_ > 0.97                               ? "fair"
+                                                                                 : "serious";
     Json snapshot{{"timestamp", toThreePlaces(epoch + now)},
                   {"cooling", hasFans      ? "fans"
                               : hasSensors ? "passive"
@@ -156,10 +156,10 @@ std::string World::line(double now, double elapsed, std::vector<Row> shown) {
     const double stall = at(surroundings_.memoryStall, now);
     swapOuts_ += stall * elapsed * 40;
     const auto bytes = [](double count) { return static_cast<std::uint64_t>(count); };
-    const double compressed = machine_.isMac && stall > 0 ? 0.25 * machine_.memoryBytes : 0.02 * used;
+    const double compressed = machine_.isMac && stall > 0 ? 0.4 * machine_.memoryBytes : 0.02 * used;
     snapshot["memory"] = {{"usedBytes", bytes(used)},
                           {"totalBytes", bytes(machine_.memoryBytes)},
-                          {"wiredBytes", bytes(machine_.isMac ? 0.1 * machine_.memoryBytes : 0)},
+                          {"wiredBytes", bytes(machine_.isMac ? 0.16 * machine_.memoryBytes : 0)},
                           {"compressedBytes", bytes(machine_.isMac ? compressed : 0)},
                           {"swapOutEvents", bytes(swapOuts_)}};
     if (!machine_.isMac)

@@ -98,6 +98,8 @@ Marks score(const std::vector<std::string>& lines, const Truth& truth, int cores
     const vantoro::RecordingHeader header = parsed(parser.parseHeader(lines.front()));
     History history;
     history.setSystem(header.system.value_or(vantoro::SystemKind::macos));
+    if (header.processors)
+        history.setProcessorCount(header.processors->count());
     Seen seen;
     Marks marks;
     for (std::size_t i = 1; i < lines.size(); ++i) {

@@ -50,6 +50,11 @@ void add(Tally& tally, const Marks& marks, const Truth& truth) {
         tally.seconds.push_back(*marks.secondsUntilRight);
 }
 
+bool isOn(const Family& family, int kind) {
+    const bool isNoMac = static_cast<MachineKind>(kind) == MachineKind::noSensors;
+    return (family.machines >> static_cast<unsigned>(kind) & 1U) != 0 && !(isNoMac && family.lists == Lists::mac);
+}
+
 double mean(const std::vector<double>& figures) {
     return figures.empty() ? NAN
                            : std::accumulate(figures.begin(), figures.end(), 0.0) / static_cast<double>(figures.size());
@@ -100,7 +105,7 @@ std::string macro(const std::vector<Tally>& tallies, Hits hits) {
 void printFamilies(const std::vector<Tally>& tallies, bool hasCulprit) {
     fmt::print("| family | n | {} | {} | {} | {} | {} | {} | share error, points | seconds until right | impossible "
                "figures |\n",
-               hasCulprit ? "right first (95 %)" : "nobody wrong blamed (95 %)",
+               hasCulprit ? "right first (95 %)" : "nobody blamed wrongly (95 %)",
                hasCulprit ? "among three" : "false blame", baselineNames[0], baselineNames[1], baselineNames[2],
                baselineNames[3]);
     fmt::print("|---|---|---|---|---|---|---|---|---|---|---|\n");
@@ -161,6 +166,22 @@ void print(const std::vector<Tally>& tallies) {
                impossible, reports, figure(mean(errors)));
 }
 
+void printWhatTheyAre(const std::vector<Tally>& tallies) {
+    fmt::print("\n## The families\n\n| family | what happens | machines |\n|---|---|---|\n");
+    for (const Tally& tally : tallies) {
+        const Family& family = *tally.family;
+        std::string machines;
+        for (int kind = 0; kind < machineKinds; ++kind)
+            if (isOn(family, kind))
+                machines += (machines.empty() ? "" : ", ") + std::string(nameOf(static_cast<MachineKind>(kind)));
+        const char* const system = family.lists == Lists::mac        ? "Macs: "
+                                   : family.lists == Lists::gnuLinux ? "Linux: "
+                                                                     : "";
+        fmt::print("| {} | {}{} | {}{} |\n", family.name, family.what,
+                   family.undecidable != nullptr ? std::string(". † ") + family.undecidable : "", system, machines);
+    }
+}
+
 void keep(const std::string& folder, const std::string& name, const Made& made) {
     std::filesystem::create_directories(folder);
     std::ofstream file(folder + "/" + name + ".jsonl");
@@ -198,7 +219,7 @@ int made(const Options& options) {
         Tally tally{.family = &family};
         std::vector<MachineKind> kinds;
         for (int kind = 0; kind < machineKinds; ++kind)
-            if ((family.machines >> static_cast<unsigned>(kind) & 1U) != 0 && (kind != 2 || family.lists != Lists::mac))
+            if (isOn(family, kind))
                 kinds.push_back(static_cast<MachineKind>(kind));
         for (unsigned seed = options.firstSeed; seed < options.firstSeed + static_cast<unsigned>(options.seeds);
              ++seed) {
@@ -223,6 +244,7 @@ int made(const Options& options) {
             tallies.push_back(std::move(tally));
     }
     print(tallies);
+    printWhatTheyAre(tallies);
     return 0;
 }
 

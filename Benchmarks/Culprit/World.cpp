@@ -162,6 +162,8 @@ void World::share(double now) {
             begin(running, i);
         const double mood = std::exp(work.wander * running.wander);
         wanted[i] = std::max(0.0, at(work.cores, now) * mood);
+        if (work.isPause)
+            wanted[i] *= std::clamp((die_ - surroundings_.slowsAt) / 4 + 1, 0.0, 1.0);
         if (work.isOnEfficiencyCores)
             wanted[i] = std::min(wanted[i], static_cast<double>(machine_.efficiencyCores));
         if (work.spawning)
@@ -310,12 +312,18 @@ void World::heat(double now, double seconds, double watts, double graphicsWatts)
     fanShare_ += std::clamp(change, -0.025 * seconds, 0.06 * seconds);
 }
 
-/// As the machine stood for a long while before.
+/// As the machine stood after a long while of what runs at the beginning.
 void World::settle() {
-    for (int i = 0; i < 4000; ++i) {
-        const double quietWatts = 0.05 * machine_.cores() * machine_.performanceWatts * 0.9 + 0.4;
-        heat(0, 0.5, quietWatts, 0.3);
+    share(0);
+    double watts = 0.04 * machine_.cores() * 0.7 + 0.3;
+    double graphicsWatts = 0.3;
+    for (const Running& running : running_) {
+        const bool isSmall = running.work.isOnEfficiencyCores || machine_.performanceCores == 0;
+        watts += running.granted * 1.3 * (isSmall ? machine_.efficiencyWatts : machine_.performanceWatts);
+        graphicsWatts += running.graphics * machine_.graphicsWatts;
     }
+    for (int i = 0; i < 6000; ++i)
+        heat(0, 0.5, watts, graphicsWatts);
     foreignJoules_.clear();
     chipHeat_ = die_;
 }

@@ -1,19 +1,16 @@
 // vantoro_culprit: how often Vantoro names who heats a machine, on made machines and on this one.
-#include "Live.h"
 #include "Tables.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
-#include <fstream>
 #include <string>
 
 namespace {
 
 constexpr const char* usage =
     "usage: vantoro_culprit [--tier 1|2] [--seeds N] [--first-seed N] [--family WORD] [--misses] [--keep FOLDER]\n"
-    "                       [--vantoro PROGRAM] [--loads WORD]\n";
+    "                       [--vantoro PROGRAM] [--parts N]\n";
 
 } // namespace
 
@@ -36,6 +33,8 @@ int main(int argc, char** argv) {
             options.family = value;
         else if (value != nullptr && name == "--keep")
             options.keepFolder = value;
+        else if (value != nullptr && name == "--parts")
+            options.parts = std::atoi(value);
         else if (value != nullptr && name == "--vantoro")
             options.program = value;
         else {

@@ -27,10 +27,12 @@ struct ProcessOrigin {
     std::string controlGroup;
     /// The name of the container it runs in, where that is to be had.
     std::string container;
-    /// Whether a shell in its control group started it: none, the one that the group began with, or another, which then
-    /// takes commands.
-    enum class Shell : std::uint8_t { none, first, inner };
+    /// Whether a shell of its control group that takes commands started it: the one that the group began with or
+    /// another; or only such as run a script.
+    enum class Shell : std::uint8_t { none, first, inner, script };
     Shell shell = Shell::none;
+    /// What the work was started as that it is part of ("make"); empty for no such work.
+    std::string job;
 
     bool operator==(const ProcessOrigin&) const = default;
 };

@@ -32,6 +32,14 @@ struct TaskRecord {
     bool operator==(const TaskRecord&) const = default;
 };
 
+/// CPU time since the listing before that is not the difference of two readings of one process.
+struct UnseenWork {
+    std::int32_t pid = 0;
+    std::uint64_t nanoseconds = 0;
+
+    bool operator==(const UnseenWork&) const = default;
+};
+
 /// Used from one thread at a time. A process that ends between two calls costs only itself: the calls for it give none.
 class ProcessTable {
 public:
@@ -45,6 +53,9 @@ public:
     virtual std::string path(std::int32_t pid) = 0;
     /// All that it tells of where it comes from; here no more than its path.
     virtual ProcessOrigin origin(std::int32_t pid) { return {.path = path(pid)}; }
+    /// After a round of readings, what they do not show: of processes that started since the listing before, and of
+    /// children that ended, on the account of whoever they worked for, who may have ended as well.
+    virtual std::vector<UnseenWork> unseenWork() { return {}; }
     /// The account's name; none when there is no such account.
     virtual std::optional<std::string> userName(std::uint32_t uid) = 0;
     /// Closes what is kept open from one reading to the next: nobody means to read soon. The next one starts anew.

@@ -16,8 +16,10 @@ constexpr std::string_view help =
     "SECONDS, of the ROWS busiest processes in lines of at most COLUMNS bytes. With \"origin\" each row is followed "
     "by\n"
     "a line of whatever length that begins with a tab: the process's executable, what it runs, its control group, its\n"
-    "container and whether a shell started it, with tabs between them. --paths prints each process's executable: a\n"
-    "path, [NAME] for a thread of the kernel's, (NAME) where it is unknown.\n";
+    "container, whether a shell started it and the job it belongs to, with tabs between them. The CPU time of "
+    "children\n"
+    "that ended counts for the job that started them. --paths prints each process's executable: a path, [NAME] for a\n"
+    "thread of the kernel's, (NAME) where it is unknown.\n";
 
 constexpr std::string_view version = "vantoro-top " VANTORO_VERSION "\n";
 

@@ -197,6 +197,8 @@ void appendOrigin(std::string& text, const ProcessOrigin& origin) {
     }
     text += '\t';
     text += static_cast<char>('0' + static_cast<int>(origin.shell));
+    text += '\t';
+    appendTerminalText(text, origin.job, mostOriginBytes);
     breakBlockTitles(text, line);
     text += '\n';
 }

@@ -47,8 +47,8 @@ void appendHead(std::string& text, const SystemFigures& figures, std::size_t col
 /// Appends one process's line, with its columns cut and padded by bytes. What could steer a terminal becomes "?".
 void appendRow(std::string& text, const Row& row, std::size_t columns);
 
-/// Appends the line that may follow a row: a tab, then path, subject, control group, container and the shell's part
-/// (0, 1 or 2) with tabs between them.
+/// Appends the line that may follow a row: a tab, then path, subject, control group, container, the shell's part (0 to
+/// 3) and the job with tabs between them.
 void appendOrigin(std::string& text, const ProcessOrigin& origin);
 
 /// Appends one line of the path list: "PID PATH".

@@ -25,43 +25,39 @@ Sampler::Sampler(const Options& options)
 
 void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns) {
     const auto stat = statistics_.kernelStat();
-    scan_.list(stat ? stat->forks : std::nullopt);
-
+    scan_.list(stat, static_cast<std::uint64_t>(moment.bootSeconds * static_cast<double>(units_.ticksPerSecond)));
     const double elapsed = previous_ ? moment.monotonicSeconds - previous_->monotonicSeconds : 0;
-    // A process that started after the sample before spent all of its time since; one that merely came into sight did
-    // not. A tick more, because start times are cut to whole ticks.
-    const double previousBootTicks =
-        previous_ ? previous_->bootSeconds * static_cast<double>(units_.ticksPerSecond) + 1 : 0;
 
     busy_.clear();
     idle_.clear();
-    Busy pause{};
+    ScannedProcess* pause = nullptr;
     figures_.processes = {};
-    const auto processes = scan_.processes();
-    for (std::size_t index = 0; index < processes.size(); ++index) {
-        ScannedProcess& process = processes[index];
+    for (ScannedProcess& process : scan_.processes()) {
         if (!scan_.read(process))
             continue;
         ++figures_.processes.total;
         figures_.processes.running += process.state == 'R' ? 1 : 0;
         figures_.processes.threads += process.threads;
-        const std::uint64_t now = process.totalTicks();
-        std::uint64_t spent = 0;
-        if (process.readings > 1)
-            spent = now > process.previousTicks ? now - process.previousTicks : 0;
-        else if (previous_ && static_cast<double>(process.startTicks) >= previousBootTicks)
-            spent = now;
-        if (spent != 0 && isCoolingPause(process))
-            pause = spent > pause.ticks ? Busy{spent, index} : pause;
-        else if (spent != 0)
-            busy_.push_back({spent, index});
+        if (process.spentTicks != 0 && isCoolingPause(process))
+            pause = pause == nullptr || process.spentTicks > pause->spentTicks ? &process : pause;
+        else if (process.spentTicks != 0)
+            busy_.push_back(&process);
         else if (idle_.size() < rows)
-            idle_.push_back(index);
+            idle_.push_back(&process);
     }
-    if (pause.ticks != 0)
+    if (pause != nullptr)
         busy_.push_back(pause);
-    std::sort(busy_.begin(), busy_.end(), [](const Busy& left, const Busy& right) {
-        return left.ticks != right.ticks ? left.ticks > right.ticks : left.index < right.index;
+    for (const ProcJobs::Unseen& unseen : jobs_.unseenWork()) {
+        if (unseen.process->ended)
+            unseen.process->spentTicks = 0; // the last that was read was the interval's before
+        if (unseen.process->spentTicks == 0) {
+            std::erase(idle_, unseen.process);
+            busy_.push_back(unseen.process);
+        }
+        unseen.process->spentTicks += unseen.ticks;
+    }
+    std::sort(busy_.begin(), busy_.end(), [](const ScannedProcess* left, const ScannedProcess* right) {
+        return left->spentTicks != right->spentTicks ? left->spentTicks > right->spentTicks : left->pid < right->pid;
     });
 
     if (stat) {
@@ -80,10 +76,9 @@ void Sampler::appendBlock(std::string& text, const Moment& moment, std::size_t r
     const double perTick = elapsed > 0 ? 100 / (elapsed * static_cast<double>(units_.ticksPerSecond)) : 0;
     std::size_t printed = 0;
     for (; printed < std::min(rows, busy_.size()); ++printed)
-        appendProcess(text, processes[busy_[printed].index], static_cast<double>(busy_[printed].ticks) * perTick,
-                      columns);
+        appendProcess(text, *busy_[printed], static_cast<double>(busy_[printed]->spentTicks) * perTick, columns);
     for (std::size_t next = 0; printed < rows && next < idle_.size(); ++next, ++printed)
-        appendProcess(text, processes[idle_[next]], 0, columns);
+        appendProcess(text, *idle_[next], 0, columns);
     previous_ = moment;
 }
 
@@ -97,7 +92,7 @@ void Sampler::appendProcess(std::string& text, ScannedProcess& process, double c
                .user = uid ? std::string_view(userName(*uid)) : std::string_view("?")},
               columns);
     if (origins_)
-        appendOrigin(text, scan_.origin(process));
+        appendOrigin(text, jobs_.origin(process));
 }
 
 const std::string& Sampler::userName(std::uint32_t uid) {

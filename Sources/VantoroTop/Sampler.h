@@ -3,7 +3,7 @@
 
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 #include "Platform/Linux/Proc/LinuxSystemStatistics.h"
-#include "Platform/Linux/Proc/ProcScan.h"
+#include "Platform/Linux/Proc/ProcJobs.h"
 #include "VantoroTop/BlockText.h"
 
 #include <cstddef>
@@ -38,15 +38,11 @@ public:
     explicit Sampler(const Options& options);
 
     /// Takes a sample and appends its block: the `rows` busiest processes since the sample before, highest share first,
-    /// equals by pid. The first sample has nothing to compare with and shows every share as 0.
+    /// equals by pid. The time of children that ended is their job's, whose leader may have ended as well. The first
+    /// sample has nothing to compare with and shows every share as 0.
     void appendBlock(std::string& text, const Moment& moment, std::size_t rows, std::size_t columns);
 
 private:
-    struct Busy {
-        std::uint64_t ticks;
-        std::size_t index;
-    };
-
     void appendProcess(std::string& text, ScannedProcess& process, double cpuPercent, std::size_t columns);
     const std::string& userName(std::uint32_t uid);
 
@@ -54,9 +50,10 @@ private:
     bool origins_;
     LinuxSystemStatistics statistics_;
     ProcScan scan_;
+    ProcJobs jobs_{scan_};
     SystemFigures figures_;
-    std::vector<Busy> busy_;
-    std::vector<std::size_t> idle_;
+    std::vector<ScannedProcess*> busy_;
+    std::vector<ScannedProcess*> idle_;
     std::unordered_map<std::uint32_t, std::string> userNames_;
     std::optional<Moment> previous_;
     std::optional<HostTicks> previousTicks_;

@@ -92,7 +92,7 @@ bool printStream(const top::StreamRequest& request) {
 
 bool printPaths() {
     ProcScan scan("/", 0);
-    scan.list({});
+    scan.list({}, 0);
     std::string text;
     for (ScannedProcess& process : scan.processes()) {
         // The link first: a process that has one needs no further look.

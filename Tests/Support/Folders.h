@@ -52,6 +52,37 @@ inline std::string processStat(int pid, std::string_view name, unsigned long sta
            std::to_string(residentPages) + " 18446744073709551615\n";
 }
 
+/// A process among its relatives.
+struct Relative {
+    int pid = 0;
+    int parent = 1;
+    int group = 1;
+    int session = 1;
+    std::string name;
+    /// Words with blanks between them; "~" is a blank of a word's own.
+    std::string arguments;
+    unsigned long ticks = 0;
+    unsigned long childTicks = 0;
+    unsigned long start = 100;
+    std::string controlGroup = "/";
+};
+
+/// Writes it below `folder`/proc, as this user's.
+inline void writeRelative(const TemporaryFolder& folder, const Relative& relative) {
+    const std::string place = "proc/" + std::to_string(relative.pid);
+    const auto text = [](auto number) { return std::to_string(number) + " "; };
+    folder.write(place + "/stat", text(relative.pid) + "(" + relative.name + ") S " + text(relative.parent) +
+                                      text(relative.group) + text(relative.session) + "0 -1 4194304 1 0 0 0 " +
+                                      text(relative.ticks) + "0 " + text(relative.childTicks) + "0 20 0 2 0 " +
+                                      text(relative.start) + "4096 10 18446744073709551615\n");
+    folder.write(place + "/status", "Name:\tx\nUid:\t1000\t0\t0\t0\n");
+    std::string words = relative.arguments;
+    for (char& each : words)
+        each = each == ' ' ? '\0' : each == '~' ? ' ' : each;
+    folder.write(place + "/cmdline", words + '\0');
+    folder.write(place + "/cgroup", "0::" + relative.controlGroup + "\n");
+}
+
 /// A made-up process under `folder`/proc.
 inline void writeProcess(const TemporaryFolder& folder, int pid, std::string_view name, unsigned long start,
                          unsigned long userTicks, unsigned uid = 1000) {

@@ -131,7 +131,8 @@ TEST(VantoroTop, TellsWhereAProcessComesFromBehindItsRow) {
                                       .subject = "train.py",
                                       .controlGroup = "/a.scope",
                                       .container = "web",
-                                      .shell = ProcessOrigin::Shell::inner},
+                                      .shell = ProcessOrigin::Shell::inner,
+                                      .job = "make"},
                                      {.path = "/tmp/a\tb\nProcesses: 7 Processes:\xff" + std::string(9000, 'x')},
                                      {}};
     for (const ProcessOrigin& origin : origins) {
@@ -145,8 +146,9 @@ TEST(VantoroTop, TellsWhereAProcessComesFromBehindItsRow) {
     EXPECT_EQ(block.rows[1].origin->path, "/tmp/a?b?Processes? 7 Processes??" + std::string(4063, 'x'));
     EXPECT_EQ(block.rows[2].origin, ProcessOrigin{});
     EXPECT_FALSE(block.rows[3].origin);
-    for (const char* bad : {"\t", "\ta\tb\tc\td", "\ta\tb\tc\td\t3", "\ta\tb\tc\td\t1\t", "x\ta\tb\tc\td\t1", ""})
+    for (const char* bad : {"\t", "\ta\tb\tc\td", "\ta\tb\tc\td\t4", "\ta\tb\tc\td\t1\tj\t", "x\ta\tb\tc\td\t1", ""})
         EXPECT_FALSE(parseOrigin(bad)) << bad;
+    EXPECT_EQ(parseOrigin("\ta\tb\tc\td\t1")->job, "") << "as it was printed before there were jobs";
 }
 
 TEST(VantoroTop, SeesScriptsShellsAndContainersBeforeTheyEnd) {
@@ -188,8 +190,8 @@ TEST(VantoroTop, SeesScriptsShellsAndContainersBeforeTheyEnd) {
     expect(2, "train.py", first, "");
     expect(3, "train.py", first, ""); // a worker of the script's
     expect(4, "web", none, "");       // the monitor itself
-    expect(5, "entry", first, "web");
-    expect(6, "", first, "web");
+    expect(5, "entry", script, "web");
+    expect(6, "", script, "web");
     EXPECT_EQ(block.rows[1].origin->path, "/bin/make");
     EXPECT_EQ(block.rows[1].origin->controlGroup, "/s.scope");
 }
@@ -225,6 +227,71 @@ TEST(VantoroTop, SharesTheTimeSinceTheSampleBefore) {
     // A pid's next owner starts over.
     writeProcess(folder, 30, "p30", 90'150, 2000);
     EXPECT_EQ(rows(54, 904), (Rows{{10, 0}, {15, 0}, {20, 0}, {30, 0}}));
+}
+
+TEST(VantoroTop, TheWorkOfChildrenThatEndedIsTheirJobs) {
+    const testing::TemporaryFolder folder;
+    folder.write("proc/stat", "");
+    unsigned long busy = 1000;
+    unsigned long forks = 1;
+    double seconds = 100;
+    Sampler sampler({.root = folder.path(), .descriptorBudget = 0, .origins = true});
+    using Rows = std::vector<std::pair<std::string, double>>;
+    const auto rows = [&](unsigned long busySince) {
+        busy += busySince;
+        folder.write("proc/stat",
+                     "cpu " + std::to_string(busy) + " 0 0 0\nprocesses " + std::to_string(++forks) + "\n");
+        std::string text;
+        sampler.appendBlock(text, {.monotonicSeconds = seconds, .bootSeconds = seconds}, 40, 220);
+        ++seconds;
+        Rows found;
+        for (const TopRow& row : readBack(text).rows)
+            if (row.cpuPercent != 0)
+                found.emplace_back(row.command + " of " + row.origin->job, row.cpuPercent);
+        return found;
+    };
+    const auto write = [&folder](const testing::Relative& relative) { writeRelative(folder, relative); };
+    testing::Relative bash{.pid = 10, .group = 10, .session = 10, .name = "bash", .arguments = "-bash"};
+    testing::Relative make{
+        .pid = 20, .parent = 10, .group = 20, .session = 10, .name = "make", .arguments = "/bin/make", .start = 200};
+    testing::Relative shell{
+        .pid = 21, .parent = 20, .group = 20, .session = 10, .name = "sh", .arguments = "/bin/sh -c x"};
+    shell.start = 300;
+    shell.childTicks = 5000; // from before anybody looked
+    for (const auto& each : {bash, make, shell})
+        write(each);
+    EXPECT_EQ(rows(0), Rows{});
+    // A recipe's shell waited for compilers that no list ever saw, and so did make itself.
+    shell.childTicks += 30;
+    make.childTicks = 20;
+    write(shell);
+    write(make);
+    EXPECT_EQ(rows(200), (Rows{{"make of make", 50}}));
+    // The shell ends; make waits for it and gets all that it had.
+    folder.remove("proc/21");
+    make.childTicks += 5030 + 10;
+    make.ticks = 5;
+    write(make);
+    EXPECT_EQ(rows(200), (Rows{{"make of make", 15}}));
+    // Make ends too, and another job begins and is over; what the kernel was busy for is the limit.
+    folder.remove("proc/20");
+    bash.childTicks = make.childTicks + make.ticks + 90;
+    write(bash);
+    EXPECT_EQ(rows(80), (Rows{{"make of make", 80}})) << "a row of the job's leader, who has ended";
+    EXPECT_EQ(rows(200), Rows{});
+    // One that started and had children that ended since: all of that is new.
+    bash.childTicks += 7;
+    write(bash);
+    write({.pid = 30,
+           .parent = 10,
+           .group = 30,
+           .session = 10,
+           .name = "xz",
+           .arguments = "/bin/xz",
+           .ticks = 11,
+           .childTicks = 22,
+           .start = 10'450});
+    EXPECT_EQ(rows(200), (Rows{{"xz of xz", 33}, {"bash of bash", 7}}));
 }
 
 TEST(VantoroTop, TheProcessorsPausesTakeNoMoreThanOneRow) {

@@ -48,6 +48,16 @@ TEST(ProcessKnowledge, EverySystemHasItsOwnTable) {
     EXPECT_FALSE(ProcessKnowledge::note("cc1plus", ProcessKind::commandLine, SystemKind::macos));
 }
 
+TEST(ProcessKnowledge, AServiceIsKnownByItsPrograms) {
+    ProcessGroup group{.displayName = "ssh", .kind = ProcessKind::systemDaemon};
+    for (const char* name : {"unheard-of", "sshd"})
+        group.members.push_back({.displayName = name, .kind = ProcessKind::systemDaemon});
+    EXPECT_NE(friendlyName(group, SystemKind::gnuLinux), "ssh");
+    EXPECT_EQ(friendlyName(group, SystemKind::macos), "ssh");
+    group.kind = ProcessKind::commandLine;
+    EXPECT_EQ(friendlyName(group, SystemKind::gnuLinux), "ssh") << "a job is what somebody called so";
+}
+
 TEST(ProcessKnowledge, EveryLinuxNoteReadsOnInASentenceAndNamesNobodyTwice) {
     std::set<std::string> names;
     std::size_t notes = 0;
@@ -117,6 +127,20 @@ TEST(ProcessKnowledge, AProgramThatCallsItselfAThreadOfTheKernelIsNotExcused) {
     for (const char* name : {"kswapd0", "kworker/u8:2-events", "ksoftirqd", "migration"})
         EXPECT_FALSE(linuxNote(name)) << name;
     EXPECT_FALSE(linuxNote("cc1plus", ProcessKind::kernel));
+}
+
+TEST(ProcessKnowledge, AServiceOfOneKnownProgramIsThatProgram) {
+    const auto friendly = [](std::vector<std::string> programs, SystemKind system, ProcessKind kind) {
+        ProcessGroup group{.displayName = "acme-logs", .kind = kind};
+        for (std::string& program : programs)
+            group.members.push_back({.displayName = std::move(program)});
+        return friendlyName(group, system);
+    };
+    using enum ProcessKind;
+    EXPECT_EQ(friendly({"rsyslogd", "rsyslogd"}, SystemKind::gnuLinux, systemDaemon), "System log");
+    EXPECT_EQ(friendly({"rsyslogd", "sh"}, SystemKind::gnuLinux, systemDaemon), "acme-logs");
+    EXPECT_EQ(friendly({"rsyslogd"}, SystemKind::gnuLinux, commandLine), "acme-logs");
+    EXPECT_EQ(friendly({"backupd"}, SystemKind::macos, systemDaemon), "acme-logs");
 }
 
 } // namespace vantoro

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -184,11 +185,54 @@ TEST(Sayings, AnIdleMachineIsNeverAboveLightAndABusyOneNeverQuiet) {
         EXPECT_GT(busy.verdict.state, StressLevel::idle) << i;
 
         now.cpu = {.userPercent = 2, .idlePercent = 98};
+        now.gpuPercent = now.gpuPercent ? std::optional(3.0) : std::nullopt;
         now.chipHeat = dice.between(0, 50);
         for (FanReading& fan : now.fans)
             fan.rpm = fan.minRPM + (fan.maxRPM - fan.minRPM) * dice.between(0, 0.21);
         for (const SystemKind system : systems)
             EXPECT_LE(tell(now, system).verdict.state, StressLevel::light) << i;
+    }
+}
+
+/// Every "N%" of a text.
+std::vector<double> percentages(const std::string& text) {
+    std::vector<double> found;
+    for (std::size_t end = text.find('%'); end != std::string::npos; end = text.find('%', end + 1)) {
+        std::size_t begin = end;
+        while (begin > 0 && (std::isdigit(static_cast<unsigned char>(text[begin - 1])) != 0 || text[begin - 1] == '.'))
+            --begin;
+        if (begin < end)
+            found.push_back(std::stod(text.substr(begin, end - begin)));
+    }
+    return found;
+}
+
+TEST(Sayings, NoShareIsSaidThatNoSnapshotHeld) {
+    Dice dice;
+    for (int i = 0; i < 24; ++i) {
+        const Cooling cooling = dice.oneOf(coolings);
+        const int workers = static_cast<int>(dice.between(1, 12));
+        History history;
+        history.setSystem(dice.oneOf(systems));
+        history.setProcessorCount(12);
+        double most = 100;
+        for (int second = 0; second < 120; ++second) {
+            Snapshot now = dice.machine(cooling);
+            // Short jobs, each a process of its own, of one or of many names.
+            for (int job = 0; job < workers; ++job)
+                now.processes.push_back(process(1000 + second * workers + job, i % 2 == 0 ? "cc1plus" : "job",
+                                                dice.between(0, 100), ProcessKind::commandLine,
+                                                i % 3 == 0 ? std::optional<std::string>("make") : std::nullopt));
+            double sum = 0;
+            for (const ProcessSample& row : now.processes)
+                sum += row.cpuPercent;
+            most = std::max({most, sum, now.cpu.busyPercent() * 12});
+            history.append(at(builtNow + second, now));
+        }
+        const DefaultFormatContext context;
+        const Conclusion all = conclude(history, Format(context));
+        for (const double percent : percentages(textReport(all.verdict, all.explanation, 100000, false)))
+            EXPECT_LE(percent, std::ceil(most)) << i << all.verdict.detail;
     }
 }
 

@@ -54,6 +54,8 @@ TEST_F(GraphicsWorkTest, AsksOnlyWhileItWorksOrSomebodyLooks) {
         {"asleep and looked at", {}, 0, 0, true, false},
         {"busy", 5, 0, {}, false, true},
         {"drawing", {}, 2, {}, false, true},
+        {"what a large card draws at rest", 0, 15, {}, true, false},
+        {"drawing more than at rest", 2, 40, {}, false, true},
         {"awake", 0, 0, 10, false, true},
     };
     for (const Case& each : cases) {

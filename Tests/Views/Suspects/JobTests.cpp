@@ -243,6 +243,21 @@ struct MadeList {
                         .cores = 16};
 };
 
+TEST(GraphicsRowTests, WhoeverRendersStandsFirstWhereThatIsWhatHeats) {
+    Stage stage;
+    stage.play("design-graphics.jsonl.gz");
+    ASSERT_TRUE(stage.hub.verdict().isOfGraphics);
+    const SuspectsModel model = suspectsModel(stage.hub);
+    QStringList names;
+    for (const SuspectRowModel& row : model.rows)
+        names += row.name + (row.graphicsPercent ? "+" : "");
+    EXPECT_EQ(names.mid(0, 4), QStringList({"SuperTuxKart+", "Firefox+", "GNOME Shell+", "File indexing"}));
+    EXPECT_TRUE(model.rows[0].graphicsStop().has_value());
+    EXPECT_FALSE(model.rows[0].coreStop().has_value());
+    EXPECT_EQ(model.rows[0].spokenFigure, "90 percent of the graphics processor, 112 percent of a core");
+    EXPECT_FALSE(model.unaccounted.has_value());
+}
+
 TEST(GraphicsRowTests, OnlyWhatDidGraphicsWorkHasASecondBar) {
     MadeList list;
     EXPECT_EQ(list.bars("game"), QStringList({"14..22", "29..35"}));

@@ -15,7 +15,8 @@ int hexDigit(char character) {
     return -1;
 }
 
-/// Resolves the service manager's \xNN.
+} // namespace
+
 std::string unescaped(std::string_view part) {
     std::string text;
     for (std::size_t at = 0; at < part.size(); ++at) {
@@ -30,6 +31,8 @@ std::string unescaped(std::string_view part) {
     }
     return text;
 }
+
+namespace {
 
 void add(std::vector<std::string>& ids, std::string_view escaped) {
     constexpr std::string_view fileEnding = ".desktop";

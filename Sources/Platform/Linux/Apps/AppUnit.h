@@ -12,6 +12,9 @@ namespace vantoro {
 /// app[-LAUNCHER]-ID[@RANDOM].service with "-" in a part written as \x2d, and snap's snap.NAME.APP[-RANDOM].scope.
 std::vector<std::string> applicationIds(std::string_view controlGroup);
 
+/// A part of a unit's name with the service manager's \xNN resolved.
+std::string unescaped(std::string_view part);
+
 /// The innermost unit of the service manager's in a control group, "ssh.service" or "session-3.scope"; empty when there
 /// is none.
 std::string_view unitOf(std::string_view controlGroup);

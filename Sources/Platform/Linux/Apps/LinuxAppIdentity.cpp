@@ -5,6 +5,7 @@
 #include "Model/Text/TerminalText.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 namespace vantoro {
@@ -41,22 +42,6 @@ std::string gameOf(std::string path) {
     return name.starts_with("Proton") || name.starts_with("SteamLinuxRuntime") ? std::string() : shown(name);
 }
 
-/// What a process is called where its path does not say it best.
-std::optional<std::string> nameOf(const ProcessOrigin& origin) {
-    const std::string_view program = baseName(origin.path);
-    if (!origin.subject.empty() && program != "conmon") {
-        if (isVirtualMachine(program))
-            return "virtual machine " + shown(origin.subject);
-        return shown(isWine(program) ? std::string_view(origin.subject).substr(origin.subject.find_last_of("\\/") + 1)
-                                     : std::string_view(origin.subject));
-    }
-    // Nix lays a script of the program's name over it.
-    constexpr std::string_view wrapped = "-wrapped";
-    if (program.starts_with('.') && program.ends_with(wrapped) && program.size() > wrapped.size() + 1)
-        return std::string(program.substr(1, program.size() - 1 - wrapped.size()));
-    return std::nullopt;
-}
-
 /// The kind of what belongs to no application.
 std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
     const std::string_view unit = unitOf(origin.controlGroup);
@@ -68,7 +53,7 @@ std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
     const bool isUsers = origin.controlGroup.find("user.slice/") != std::string::npos;
     // Without a session manager, whoever logs in stays in the service that let them in.
     const bool isDoor = unit.starts_with("ssh") || unit.find("getty@") != std::string_view::npos;
-    if (isDoor && hasShell)
+    if (isDoor && (hasShell || !origin.job.empty()))
         return ProcessKind::commandLine;
     if (unit.ends_with(".service"))
         return isUsers && unit.starts_with("run-") ? ProcessKind::commandLine : ProcessKind::systemDaemon;
@@ -80,6 +65,31 @@ std::optional<ProcessKind> kindOf(const ProcessOrigin& origin, bool isOwn) {
         return ProcessKind::userApp;
     const bool isDesktops = unit.starts_with("session-") && (origin.path.starts_with("/usr/lib"));
     return isOwn && !isDesktops ? ProcessKind::commandLine : ProcessKind::systemDaemon;
+}
+
+/// Whose work it is that is no application's: the job's, or the service's; empty for its own.
+std::string ownerOf(const ProcessOrigin& origin, std::optional<ProcessKind> kind) {
+    std::string_view unit = unitOf(origin.controlGroup);
+    if (kind == ProcessKind::commandLine || (!kind && unit.empty()))
+        return origin.job;
+    if (kind != ProcessKind::systemDaemon)
+        return {};
+    // What is started by the clock, or for once, says more than what starts it.
+    const auto isAmong = [](std::string_view name, std::initializer_list<std::string_view> names) {
+        return std::ranges::find(names, name) != names.end();
+    };
+    const bool isForOnce = unit.starts_with("run-");
+    constexpr std::string_view ending = ".service";
+    const bool isService = unit.ends_with(ending);
+    unit = unit.substr(0, unit.rfind('.'));
+    if (isForOnce || (isService && !origin.job.empty() && isAmong(unit, {"anacron", "atd", "cron", "crond", "cronie"})))
+        return origin.job;
+    // The bus names what it starts for itself, and so does a desktop ("org.gnome.Shell@wayland"); a display manager's
+    // unit holds the display server and more.
+    const bool isTelling =
+        isService && !isAmong(unit.substr(0, unit.find_first_of("-.")), {"com", "dbus", "net", "org"}) &&
+        !isAmong(unit, {"display-manager", "gdm", "gdm3", "greetd", "lightdm", "lxdm", "sddm", "xdm"});
+    return isTelling ? shown(unescaped(unit)) : std::string();
 }
 
 } // namespace
@@ -107,7 +117,7 @@ AppMembership LinuxAppIdentity::membership(std::int32_t pid, const ProcessOrigin
 }
 
 AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
-    AppMembership membership{.displayName = nameOf(origin)};
+    AppMembership membership{.displayName = nameOfWork(origin.path, origin.subject)};
     const auto belongTo = [&membership](ProcessKind kind, std::string name) {
         membership.kind = kind;
         membership.owningAppName = std::move(name);
@@ -124,8 +134,12 @@ AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
     const InstalledEntry* application = entryOf(origin.controlGroup);
     if (application != nullptr) {
         using enum ProcessOrigin::Shell;
-        if (origin.shell == inner || (origin.shell == first && !isShell(application->programName))) {
+        const bool isOpener =
+            origin.shell == first && !isShell(application->programName) && origin.job != application->programName;
+        if (origin.shell == inner || isOpener) {
             membership.kind = ProcessKind::commandLine;
+            if (!origin.job.empty())
+                membership.owningAppName = origin.job;
             return membership;
         }
         membership.owningAppPath = application->file;
@@ -137,6 +151,8 @@ AppMembership LinuxAppIdentity::find(const ProcessOrigin& origin, bool isOwn) {
         return belongTo(ProcessKind::userApp, named->entry.name);
     }
     membership.kind = isWindows && isOwn ? ProcessKind::userApp : kindOf(origin, isOwn);
+    if (std::string owner = ownerOf(origin, membership.kind); !owner.empty())
+        membership.owningAppName = std::move(owner);
     return membership;
 }
 

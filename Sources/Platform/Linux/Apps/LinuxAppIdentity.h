@@ -13,11 +13,12 @@
 namespace vantoro {
 
 /// A process in a control group of an application is that application's: the application itself (`userApp`) when it
-/// runs the entry's program, otherwise a `helper`; a shell in it and everything started from that shell is the user's
-/// own work (`commandLine`) and belongs to no application. Elsewhere a process is an application if an entry's command
-/// names its executable. Work in a session of the user's is `commandLine` also when its path was never seen, a service
-/// of the user's own manager is `systemDaemon`. A container's processes belong to the container, a game's to the game;
-/// scripts and virtual machines bear their own names. Of a process inside a bundle (".app") nothing is said.
+/// runs the entry's program, otherwise a `helper`; a shell in it that takes commands and everything started from that
+/// shell is the user's own work (`commandLine`) and belongs to its job. Elsewhere a process is an application if an
+/// entry's command names its executable. Work in a session of the user's is `commandLine` also when its path was never
+/// seen, a service of the user's own manager is `systemDaemon`. A service's processes belong to its unit, a container's
+/// to the container, a game's to the game, other work to its job; scripts and virtual machines bear their own names. Of
+/// a process inside a bundle (".app") nothing is said.
 class LinuxAppIdentity : public AppIdentity {
 public:
     struct Options {

@@ -64,6 +64,19 @@ bool tells(const DrmEngine& engine) {
 
 } // namespace
 
+std::string_view graphicsNode(std::string_view openFile) {
+    constexpr std::string_view folder = "/dri/";
+    const std::size_t at = openFile.rfind(folder);
+    if (at == std::string_view::npos)
+        return {};
+    const std::string_view node = openFile.substr(at + folder.size());
+    for (const std::string_view kind : {"renderD", "card"})
+        if (node.size() > kind.size() && node.starts_with(kind) &&
+            node.find_first_not_of("0123456789", kind.size()) == std::string_view::npos)
+            return node;
+    return {};
+}
+
 bool DrmUsage::tellsWork() const {
     return namesWorkersOnly() || std::ranges::any_of(engines, tells);
 }

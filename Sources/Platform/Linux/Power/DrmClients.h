@@ -10,6 +10,10 @@
 
 namespace vantoro {
 
+/// Whether an open file's name is that of a card that renders ("/dev/dri/renderD128", "/dev/dri/card0"), as that of a
+/// file in a container may be behind other folders. Gives the node's own name; empty for any other.
+std::string_view graphicsNode(std::string_view openFile);
+
 /// One engine, or a group of engines that are alike. A driver gives the time worked, or cycles.
 struct DrmEngine {
     /// A view into the bytes parsed, as are all texts.

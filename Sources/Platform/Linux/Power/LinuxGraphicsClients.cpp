@@ -1,85 +1,46 @@
 #include "Platform/Linux/Power/LinuxGraphicsClients.h"
 
 #include "Platform/Linux/Power/DrmClients.h"
+#include "Platform/Linux/Power/DrmSearch.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Reading/DeviceRest.h"
 #include "Platform/Linux/Reading/SensorFile.h"
-#include "Platform/Linux/Reading/SysfsText.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <dirent.h>
 #include <fcntl.h>
 #include <map>
+#include <mutex>
 #include <set>
-#include <sys/stat.h>
 #include <tuple>
-#include <unistd.h>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace vantoro {
 
-namespace {
-
-using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
-
-std::optional<std::int32_t> numberNamed(std::string_view name) {
-    std::int32_t number = 0;
-    const auto [end, fault] = std::from_chars(name.data(), name.data() + name.size(), number);
-    return fault == std::errc() && end == name.data() + name.size() && number >= 0 ? std::optional(number)
-                                                                                   : std::nullopt;
-}
-
-/// The cards that render and whose drivers tell of their clients.
-std::set<std::string, std::less<>> tellingNodes(const std::string& root) {
-    constexpr std::array<std::string_view, 5> silent{"nvidia", "nouveau", "virtio_gpu", "virtio-pci", "vmwgfx"};
-    const std::string folder = root + "/sys/class/drm/";
-    std::set<std::string, std::less<>> nodes;
-    for (const std::string& name : namesIn(folder)) {
-        if (graphicsNode("/dri/" + name) != name)
-            continue;
-        std::array<char, 256> link{};
-        const ssize_t size = ::readlink((folder + name + "/device/driver").c_str(), link.data(), link.size());
-        std::string_view driver(link.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
-        driver.remove_prefix(driver.rfind('/') + 1);
-        if (std::ranges::find(silent, driver) == silent.end())
-            nodes.insert(name);
-    }
-    // Where none renders, cards only show pictures.
-    const bool anyRenders = std::ranges::any_of(nodes, [](const auto& node) { return node.starts_with("render"); });
-    return anyRenders ? nodes : decltype(nodes)();
-}
-
-} // namespace
-
-std::string_view graphicsNode(std::string_view openFile) {
-    constexpr std::string_view folder = "/dri/";
-    const std::size_t at = openFile.rfind(folder);
-    if (at == std::string_view::npos)
-        return {};
-    const std::string_view node = openFile.substr(at + folder.size());
-    for (const std::string_view kind : {"renderD", "card"})
-        if (node.starts_with(kind) && numberNamed(node.substr(kind.size())))
-            return node;
-    return {};
-}
-
 /// All that the lane works with, owned by the reading.
 class LinuxGraphicsClients::Clients {
 public:
     Clients(std::string root, std::set<std::string, std::less<>> nodes, SecondsClock clock, std::uint32_t ownUid)
-        : root_(std::move(root)), nodes_(std::move(nodes)), clock_(std::move(clock)), ownUid_(ownUid) {}
+        : root_(std::move(root))
+        , clock_(std::move(clock))
+        , search_(root_, std::move(nodes), ownUid,
+                  {.opened = [this](std::int32_t pid, std::int32_t number,
+                                    const std::string& node) { hold(pid, number, node); },
+                   .closed = [this](std::int32_t pid, std::int32_t number) { drop(pid, number); }}) {}
+    Clients(const Clients&) = delete;
+    Clients& operator=(const Clients&) = delete;
 
     std::optional<Taken> take() {
         constexpr double sameMomentSeconds = 0.2;
+        const std::lock_guard lock(mutex_);
         if (lookedAt_ && clock_() - now_ < sameMomentSeconds)
             return last_;
         now_ = clock_();
-        if (!lookedAt_ || now_ - *lookedAt_ >= lookSeconds)
-            look();
+        if (!lookedAt_ || now_ - *lookedAt_ >= lookSeconds) {
+            lookedAt_ = now_;
+            search_.look();
+        }
         for (auto& [node, device] : devices_)
             device.look = device.rest->at(now_, !std::exchange(device.wasRead, true));
         readNew();
@@ -88,6 +49,21 @@ public:
         last_ = shares();
         return last_;
     }
+
+    /// Closes the files; who held what is kept in mind.
+    void rest() {
+        const std::lock_guard lock(mutex_);
+        last_.reset();
+        ++rests_;
+        for (auto& [key, client] : clients_)
+            for (Holder& each : client.holders)
+                newHolders_.push_back(std::move(each));
+        clients_.clear();
+        for (Holder& each : newHolders_)
+            each.info = infoFile(each.pid, each.number);
+    }
+
+    const std::set<std::string, std::less<>>& nodes() const { return search_.nodes(); }
 
 private:
     struct Device {
@@ -108,108 +84,21 @@ private:
         DrmMeter meter;
         std::vector<Holder> holders;
         std::int32_t worker = 0;
+        bool isRead = false;
         bool tells = false;
     };
     /// Driver, address, number.
     using Key = std::tuple<std::string, std::string, std::uint64_t>;
-    struct Process {
-        std::uint64_t seenAt = 0;
-        std::uint64_t foundAt = 0;
-        /// How many descriptors it had when they were listed; negative to have them listed again.
-        std::int64_t descriptors = -1;
-        bool isForeign = false;
-        bool computes = false;
-        std::vector<std::int32_t> held;
-    };
 
-    void look() {
-        constexpr std::size_t turns = 6;
-        lookedAt_ = now_;
-        ++looks_;
-        isWhole_ = true;
-        const Folder folder(::opendir((root_ + "/proc").c_str()), ::closedir);
-        if (!folder) {
-            processes_.clear();
-            return;
-        }
-        const int proc = ::dirfd(folder.get());
-        struct stat own {};
-        const bool tellsCounts = ::fstatat(proc, "self/fd", &own, 0) == 0 && own.st_size > 0;
-        while (const dirent* entry = ::readdir(folder.get())) {
-            const auto pid = numberNamed(entry->d_name);
-            if (!pid || *pid < 1)
-                continue;
-            const auto [found, isNew] = processes_.try_emplace(*pid);
-            Process& process = found->second;
-            process.seenAt = looks_;
-            if (isNew)
-                process.foundAt = looks_;
-            const bool isDue = process.descriptors < 0 || (static_cast<std::size_t>(*pid) + looks_) % turns == 0 ||
-                               (!tellsCounts && looks_ - process.foundAt < 2);
-            if (!process.isForeign || isDue)
-                lookInto(proc, *pid, process, isDue, tellsCounts);
-            isWhole_ = isWhole_ && !process.isForeign;
-        }
-        std::erase_if(processes_, [this](const auto& each) {
-            const bool isGone = each.second.seenAt != looks_;
-            if (isGone)
-                for (const std::int32_t number : each.second.held)
-                    drop(each.first, number);
-            return isGone;
-        });
-    }
-
-    void lookInto(int proc, std::int32_t pid, Process& process, bool isDue, bool tellsCounts) {
-        const std::string name = std::to_string(pid) + "/fd";
-        struct stat status {};
-        process.isForeign =
-            ::fstatat(proc, name.c_str(), &status, 0) != 0 || (ownUid_ != 0 && status.st_uid != ownUid_);
-        if (process.isForeign)
-            process.descriptors = 0;
-        else if (tellsCounts && status.st_size == 0) // a thread of the kernel's
-            list(-1, pid, process);
-        else if (isDue || (tellsCounts && status.st_size != process.descriptors))
-            list(::openat(proc, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), pid, process);
-        else
-            return;
-        if (!process.isForeign)
-            process.descriptors = status.st_size;
-    }
-
-    /// Its descriptors, at most as many as any program has that draws.
-    void list(int number, std::int32_t pid, Process& process) {
-        constexpr int most = 4096;
-        const std::vector<std::int32_t> before = std::exchange(process.held, {});
-        process.computes = false;
-        const Folder folder(number >= 0 ? ::fdopendir(number) : nullptr, ::closedir);
-        int listed = 0;
-        while (const dirent* entry = folder && listed++ < most ? ::readdir(folder.get()) : nullptr) {
-            std::array<char, 128> link{};
-            const auto held = numberNamed(entry->d_name);
-            const ssize_t size =
-                held ? ::readlinkat(::dirfd(folder.get()), entry->d_name, link.data(), link.size()) : -1;
-            const std::string_view file(link.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
-            process.computes = process.computes || file == "/dev/kfd";
-            const auto node = nodes_.find(graphicsNode(file));
-            if (node == nodes_.end())
-                continue;
-            process.held.push_back(*held);
-            if (std::ranges::find(before, *held) == before.end())
-                newHolders_.push_back(holder(pid, *held, *node));
-        }
-        for (const std::int32_t old : before)
-            if (std::ranges::find(process.held, old) == process.held.end())
-                drop(pid, old);
-    }
-
-    Holder holder(std::int32_t pid, std::int32_t number, const std::string& node) {
+    void hold(std::int32_t pid, std::int32_t number, const std::string& node) {
         const auto [device, isNew] = devices_.try_emplace(node);
         if (isNew)
             device->second.rest = graphicsRest(root_ + "/sys/class/drm/" + node + "/device");
-        return {.pid = pid,
-                .number = number,
-                .device = &device->second,
-                .info = SensorFile(root_ + "/proc/" + std::to_string(pid) + "/fdinfo/" + std::to_string(number))};
+        newHolders_.push_back({.pid = pid, .number = number, .device = &device->second, .info = infoFile(pid, number)});
+    }
+
+    SensorFile infoFile(std::int32_t pid, std::int32_t number) const {
+        return SensorFile(root_ + "/proc/" + std::to_string(pid) + "/fdinfo/" + std::to_string(number));
     }
 
     void drop(std::int32_t pid, std::int32_t number) {
@@ -217,14 +106,6 @@ private:
         std::erase_if(newHolders_, isIt);
         for (auto& [key, client] : clients_)
             std::erase_if(client.holders, isIt);
-    }
-
-    /// What it held is to be listed anew.
-    void distrust(const Holder& holder) {
-        if (const auto process = processes_.find(holder.pid); process != processes_.end()) {
-            process->second.descriptors = -1;
-            std::erase(process->second.held, holder.number);
-        }
     }
 
     std::optional<DrmUsage> usage(Holder& holder) {
@@ -250,23 +131,24 @@ private:
     /// False when nobody holds it any more.
     bool read(const Key& key, Client& client) {
         while (!client.holders.empty()) {
-            if (client.device->look != Look::read) {
-                if (client.device->look == Look::leave)
-                    client.meter.setIdle();
+            if (client.device->look == Look::leave)
+                client.meter.setIdle();
+            // Whose work is not told is asked again when clients are looked for.
+            if (client.device->look != Look::read || (client.isRead && !client.tells && lookedAt_ != now_))
                 return true;
-            }
             Holder& first = client.holders.front();
             const auto found = usage(first);
             if (found && found->client == std::get<2>(key) && found->driver == std::get<0>(key) &&
                 found->address == std::get<1>(key)) {
                 client.meter.take(*found, clock_());
                 client.tells = found->tellsWork();
+                client.isRead = true;
                 if (!client.meter.shares().empty())
                     client.device->rest->note(true, now_);
                 client.worker = worker(client);
                 return true;
             }
-            distrust(first);
+            search_.distrust(first.pid, first.number);
             client.holders.erase(client.holders.begin());
         }
         return false;
@@ -279,6 +161,8 @@ private:
             return first;
         const bool isKept =
             std::ranges::any_of(client.holders, [&client](const Holder& each) { return each.pid == client.worker; });
+        if (isKept && client.meter.shares().empty())
+            return client.worker;
         std::int32_t busiest = isKept ? client.worker : first;
         std::uint64_t most = 0;
         for (Holder& each : client.holders) {
@@ -297,7 +181,7 @@ private:
     }
 
     std::optional<Taken> shares() {
-        Taken taken{.at = now_};
+        Taken taken{.rests = rests_};
         std::map<std::int32_t, double> percents;
         // By device and engine: who worked there, and all of them together.
         std::map<std::pair<const DeviceRest*, std::string_view>, std::map<std::int32_t, double>> engines;
@@ -321,24 +205,21 @@ private:
             taken.shares.leastBusyPercent = std::max(taken.shares.leastBusyPercent, all * scale);
         }
         for (const auto& [pid, percent] : percents) {
-            const auto process = processes_.find(pid);
-            if (percent >= 1 || process == processes_.end() || !process->second.computes)
+            if (percent >= 1 || !search_.mayCompute(pid))
                 taken.shares.programs.push_back({.pid = pid, .percent = percent});
         }
-        taken.shares.hasAll = isWhole_;
+        taken.shares.hasAll = search_.sawAll();
         return taken;
     }
 
+    std::mutex mutex_;
     const std::string root_;
-    const std::set<std::string, std::less<>> nodes_;
     const SecondsClock clock_;
-    const std::uint32_t ownUid_;
+    DrmSearch search_;
     double now_ = 0;
     std::optional<Taken> last_;
     std::optional<double> lookedAt_;
-    std::uint64_t looks_ = 0;
-    bool isWhole_ = false;
-    std::unordered_map<std::int32_t, Process> processes_;
+    std::uint64_t rests_ = 0;
     /// By node: those of one device share their rest.
     std::map<std::string, Device, std::less<>> devices_;
     std::vector<Holder> newHolders_;
@@ -357,28 +238,36 @@ void LinuxGraphicsClients::begin() {
     if (gpus_)
         gpus_->setTellsPrograms(true);
     auto nodes = tellingNodes(root_);
+    if (clients_ && clients_->nodes() == nodes)
+        return;
+    reading_.reset();
+    clients_.reset();
     if (nodes.empty())
         return;
-    const auto clients = std::make_shared<Clients>(root_, std::move(nodes), lane_->clock(), ownUid_);
-    clients_.emplace(
-        lane_, [clients] { return clients->take(); }, LanedReading<Taken>::Way::alwaysInLane);
+    rests_ = 0;
+    clients_ = std::make_shared<Clients>(root_, std::move(nodes), lane_->clock(), ownUid_);
+    reading_.emplace(
+        lane_, [clients = clients_] { return clients->take(); }, LanedReading<Taken>::Way::alwaysInLane);
 }
 
 void LinuxGraphicsClients::rest() {
     if (std::exchange(isResting_, true))
         return;
-    clients_.reset();
     if (gpus_)
         gpus_->setTellsPrograms(false);
+    if (!clients_)
+        return;
+    ++rests_;
+    lane_->submit([clients = clients_] { clients->rest(); });
 }
 
 std::optional<GraphicsShares> LinuxGraphicsClients::read() {
-    constexpr double longestAge = 15;
     if (isResting_)
         begin();
     std::optional<GraphicsShares> shares;
-    if (const auto taken = clients_ ? clients_->read() : std::nullopt; taken && lane_->now() - taken->at <= longestAge)
-        shares = taken->shares;
+    // What was taken before a rest is of another time.
+    if (auto taken = reading_ ? reading_->read() : std::nullopt; taken && taken->rests == rests_)
+        shares = std::move(taken->shares);
     if (!gpus_)
         return shares;
     for (const auto& reading : gpus_->readings())

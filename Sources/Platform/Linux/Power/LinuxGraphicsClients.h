@@ -10,21 +10,14 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace vantoro {
 
-/// Whether an open file's name is that of a card that renders ("/dev/dri/renderD128", "/dev/dri/card0"), as that of a
-/// file in a container may be behind other folders. Gives the node's own name; empty for any other.
-std::string_view graphicsNode(std::string_view openFile);
-
-/// Clients are looked for every ten seconds, with one call for each process that may be looked into. Its descriptors
-/// are listed only when their number has changed (the size of /proc/PID/fd, since kernel 6.2), while it is new, and
-/// once in a minute. In between only the known clients' files are read. A client is counted once, however many
-/// descriptors and processes hold it: for the one that has used the processor most since the reading before. It is all
-/// done in the slow lane: xe waits for queues that go away, older amdgpu for the memory it counts. A card that sleeps
-/// is not woken (xe's file would), and its clients have done nothing. Of who computes through /dev/kfd nothing is told:
-/// it is left out unless it renders as well.
+/// Clients are looked for every ten seconds (DrmSearch); in between only the known clients' files are read. A client is
+/// counted once, however many descriptors and processes hold it: for the one that has used the processor most since the
+/// reading before. It is all done in the slow lane: xe waits for queues that go away, older amdgpu for the memory it
+/// counts. A card that sleeps is not woken (xe's file would), and its clients have done nothing. Of who computes
+/// through /dev/kfd nothing is told: it is left out unless it renders as well.
 class LinuxGraphicsClients : public GraphicsClients {
 public:
     static constexpr double lookSeconds = 10;
@@ -41,7 +34,8 @@ public:
 private:
     class Clients;
     struct Taken {
-        double at = 0;
+        /// How often there had been a rest.
+        std::uint64_t rests = 0;
         GraphicsShares shares;
     };
 
@@ -52,7 +46,9 @@ private:
     std::shared_ptr<NvidiaGPUs> gpus_;
     std::uint32_t ownUid_;
     bool isResting_ = true;
-    std::optional<LanedReading<Taken>> clients_;
+    std::uint64_t rests_ = 0;
+    std::shared_ptr<Clients> clients_;
+    std::optional<LanedReading<Taken>> reading_;
 };
 
 } // namespace vantoro

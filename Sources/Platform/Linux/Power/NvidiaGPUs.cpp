@@ -174,7 +174,7 @@ std::vector<GraphicsShares::Program> programsOf(const std::vector<NvmlSample>& s
 std::optional<GraphicsShares> withPrograms(std::optional<GraphicsShares> shares,
                                            const std::vector<GraphicsShares::Program>& programs) {
     if (!shares)
-        shares = GraphicsShares{.hasAll = true};
+        shares.emplace();
     double all = 0;
     for (const GraphicsShares::Program& program : programs)
         all += program.percent;

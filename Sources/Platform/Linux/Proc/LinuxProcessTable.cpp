@@ -1,5 +1,6 @@
 #include "Platform/Linux/Proc/LinuxProcessTable.h"
 
+#include <ctime>
 #include <unistd.h>
 #include <utility>
 
@@ -28,15 +29,23 @@ std::uint32_t currentUid() {
     return ::getuid();
 }
 
+double bootSeconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_BOOTTIME, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
 LinuxProcessTable::LinuxProcessTable(const Options& options)
     : options_(options), kernelStat_(options.root + "/proc/stat") {}
 
-ProcScan& LinuxProcessTable::scan() {
-    return scan_ ? *scan_ : scan_.emplace(options_.root, options_.descriptorBudget);
+LinuxProcessTable::Reading& LinuxProcessTable::reading() {
+    if (!reading_)
+        reading_ = std::make_unique<Reading>(options_.root, options_.descriptorBudget);
+    return *reading_;
 }
 
 void LinuxProcessTable::rest() {
-    scan_.reset();
+    reading_.reset();
     justRead_ = 0;
 }
 
@@ -46,7 +55,8 @@ void LinuxProcessTable::listPids(std::vector<std::int32_t>& pids) {
     // The count is taken before the list: a process started in between makes the next listing a full one.
     const auto text = kernelStat_.read();
     const auto stat = text ? parseKernelStat(*text) : std::nullopt;
-    scan().list(stat ? stat->forks : std::nullopt);
+    const double bootTicks = options_.bootSeconds() * static_cast<double>(options_.units.ticksPerSecond);
+    scan().list(stat, static_cast<std::uint64_t>(bootTicks));
     pids.reserve(scan().processes().size());
     for (const ScannedProcess& process : scan().processes())
         pids.push_back(process.pid);
@@ -92,8 +102,24 @@ std::string LinuxProcessTable::path(std::int32_t pid) {
 
 ProcessOrigin LinuxProcessTable::origin(std::int32_t pid) {
     ScannedProcess* const process = scan().find(pid);
-    return process != nullptr && (process->readings != 0 || scan().read(*process)) ? scan().origin(*process)
-                                                                                   : ProcessOrigin();
+    if (process != nullptr && (process->readings != 0 || scan().read(*process)))
+        return reading().jobs.origin(*process);
+    ScannedProcess* const ended = scan().findEnded(pid);
+    return ended != nullptr ? reading().jobs.origin(*ended) : ProcessOrigin();
+}
+
+std::vector<UnseenWork> LinuxProcessTable::unseenWork() {
+    std::vector<UnseenWork> unseen;
+    const auto add = [&](ScannedProcess& process, std::uint64_t ticks) {
+        if (scan().uid(process) == options_.ownUid)
+            unseen.push_back({process.pid, nanoseconds(ticks, options_.units.ticksPerSecond)});
+    };
+    for (ScannedProcess& process : scan().processes())
+        if (process.readings == 1 && process.spentTicks != 0)
+            add(process, process.spentTicks);
+    for (const ProcJobs::Unseen& each : reading().jobs.unseenWork())
+        add(*each.process, each.ticks);
+    return unseen;
 }
 
 std::optional<std::string> LinuxProcessTable::userName(std::uint32_t uid) {

@@ -1,7 +1,7 @@
 // The process table, from /proc, and the process stream, from this project's own small program.
 #pragma once
 
-#include "Platform/Linux/Proc/ProcScan.h"
+#include "Platform/Linux/Proc/ProcJobs.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 #include "Platform/Posix/Processes.h"
 #include "Platform/ProcessStream.h"
@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -28,6 +29,9 @@ struct KernelUnits {
 /// This process's own (real) user.
 std::uint32_t currentUid();
 
+/// Since boot, the time that the machine slept included, as processes' starts are counted.
+double bootSeconds();
+
 /// One system call per process and sample: `shortRecord` reads /proc/PID/stat through a descriptor that is kept open,
 /// and the `taskRecord` that follows it takes its figures from the same reading. The start time is in clock ticks after
 /// boot. The kernel would let everybody read everybody's figures; a task record is given of one's own processes only,
@@ -42,6 +46,7 @@ public:
         std::size_t descriptorBudget = vantoro::descriptorBudget();
         /// Whose processes may be looked into.
         std::uint32_t ownUid = currentUid();
+        double (*bootSeconds)() = vantoro::bootSeconds;
         std::optional<std::string> (*accountName)(std::uint32_t uid) = vantoro::accountName;
     };
 
@@ -53,16 +58,23 @@ public:
     std::optional<TaskRecord> taskRecord(std::int32_t pid) override;
     std::string path(std::int32_t pid) override;
     ProcessOrigin origin(std::int32_t pid) override;
+    std::vector<UnseenWork> unseenWork() override;
     std::optional<std::string> userName(std::uint32_t uid) override;
     void rest() override;
 
 private:
-    ProcScan& scan();
+    struct Reading {
+        Reading(const std::string& root, std::size_t descriptorBudget) : scan(root, descriptorBudget) {}
+        ProcScan scan;
+        ProcJobs jobs{scan};
+    };
+    Reading& reading();
+    ProcScan& scan() { return reading().scan; }
 
     Options options_;
     KeptFile kernelStat_;
     /// Made by the first reading.
-    std::optional<ProcScan> scan_;
+    std::unique_ptr<Reading> reading_;
     /// Whose reading the next task record is to come from; 0 for no one's.
     std::int32_t justRead_ = 0;
     std::unordered_map<std::uint32_t, std::optional<std::string>> userNames_;

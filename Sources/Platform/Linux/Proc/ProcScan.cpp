@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantoro {
 
@@ -42,10 +43,9 @@ constexpr int listingsSkippedAtMost = 30;
 constexpr int quietReadingsBeforeSparing = 3;
 constexpr int mostSparedReadings = 15;
 
-/// After how many readings the origin is asked for again, at first and later.
-constexpr std::uint64_t soon = 2;
-constexpr std::uint64_t later = 8;
-constexpr int mostAncestors = 64;
+ReapedWork::Process kinOf(const ScannedProcess& process) {
+    return {process.pid, process.parentPid, process.groupPid, process.startTicks, process.state == 'Z'};
+}
 
 } // namespace
 
@@ -76,7 +76,18 @@ void ProcScan::FolderCloser::operator()(void* folder) const {
     ::closedir(static_cast<DIR*>(folder));
 }
 
-bool ProcScan::list(std::optional<std::uint64_t> forks) {
+bool ProcScan::list(const std::optional<KernelStat>& kernel, std::uint64_t bootTicks) {
+    if (!isSettled_)
+        settle();
+    isSettled_ = false;
+    ended_.clear();
+    ++rounds_;
+    spentTicks_ = 0;
+    const std::uint64_t busy = kernel ? kernel->busyTicks : 0;
+    busySince_ = kernel && busyTicks_ && busy > *busyTicks_ ? busy - *busyTicks_ : 0;
+    busyTicks_ = kernel ? std::optional(busy) : std::nullopt;
+    previousBootTicks_ = std::exchange(bootTicks_, bootTicks);
+    const std::optional<std::uint64_t> forks = kernel ? kernel->forks : std::nullopt;
     if (forks && forks == listedForks_ && listingsSkipped_ < listingsSkippedAtMost) {
         ++listingsSkipped_;
         std::erase_if(processes_, [](const ScannedProcess& process) { return process.ended; });
@@ -121,7 +132,7 @@ void ProcScan::keepOnly(const std::vector<std::int32_t>& pids) {
     auto known = previous_.begin();
     for (const std::int32_t pid : pids) {
         while (known != previous_.end() && known->pid < pid)
-            forget(*known++);
+            bury(*known++);
         if (known != previous_.end() && known->pid == pid) {
             processes_.push_back(std::move(*known++));
             processes_.back().ended = false;
@@ -130,15 +141,20 @@ void ProcScan::keepOnly(const std::vector<std::int32_t>& pids) {
         }
     }
     while (known != previous_.end())
-        forget(*known++);
+        bury(*known++);
     previous_.clear();
 }
 
-ScannedProcess* ProcScan::find(std::int32_t pid) {
+std::span<ScannedProcess> ProcScan::processesFrom(std::int32_t pid) {
     const auto at =
         std::lower_bound(processes_.begin(), processes_.end(), pid,
                          [](const ScannedProcess& process, std::int32_t wanted) { return process.pid < wanted; });
-    return at != processes_.end() && at->pid == pid ? &*at : nullptr;
+    return {at, processes_.end()};
+}
+
+ScannedProcess* ProcScan::find(std::int32_t pid) {
+    const auto from = processesFrom(pid);
+    return !from.empty() && from.front().pid == pid ? &from.front() : nullptr;
 }
 
 ScannedProcess& ProcScan::add(std::int32_t pid) {
@@ -157,6 +173,20 @@ void ProcScan::forget(ScannedProcess& process) {
         process.descriptor_.close();
         --descriptorsKept_;
     }
+}
+
+/// Takes a process that is gone out of the list; its pid is free for another.
+void ProcScan::bury(ScannedProcess& process) {
+    forget(process);
+    const std::int32_t pid = process.pid;
+    if (process.readings != 0) {
+        process.ended = true;
+        process.residentPages = 0;
+        ended_.push_back(std::move(process));
+    }
+    process = ScannedProcess();
+    process.pid = pid;
+    process.ended = true;
 }
 
 /// Whether the process is watched by its schedule alone and has not been on a processor since the last reading.
@@ -228,76 +258,123 @@ std::ptrdiff_t ProcScan::readStat(ScannedProcess& process, char* buffer, std::si
 }
 
 bool ProcScan::read(ScannedProcess& process) {
-    if (hasNotRun(process)) {
-        process.previousTicks = process.totalTicks();
-        ++process.readings;
-        return true;
-    }
-    watchSchedule(process);
+    const bool isSpared = hasNotRun(process);
     char buffer[2048];
-    const std::ptrdiff_t got = readStat(process, buffer, sizeof buffer);
-    if (got <= 0)
-        return false;
-    process.previousTicks = process.totalTicks();
-    const auto size = static_cast<std::size_t>(got);
+    std::ptrdiff_t got = 0;
+    if (!isSpared) {
+        watchSchedule(process);
+        got = readStat(process, buffer, sizeof buffer);
+        if (got <= 0) {
+            if (process.ended)
+                bury(process);
+            return false;
+        }
+    }
     // The byte after the last figure is compared too, or a longer figure would pass for its beginning.
-    if (process.parsedBytes_ != 0 && process.parsedBytes_ <= size &&
-        std::memcmp(process.parsed_.data(), buffer, process.parsedBytes_) == 0) {
-        ++process.readings;
-        ++process.quietReadings_;
-        return true;
+    const auto size = static_cast<std::size_t>(got);
+    const bool isSame = isSpared || (process.parsedBytes_ != 0 && process.parsedBytes_ <= size &&
+                                     std::memcmp(process.parsed_.data(), buffer, process.parsedBytes_) == 0);
+    if (isSame) {
+        process.spentTicks = 0;
+        process.reapedTicks = 0;
+        process.quietReadings_ += isSpared ? 0 : 1;
+    } else {
+        const std::optional<ProcessStat> stat = parseProcessStat({buffer, size});
+        if (!stat)
+            return false;
+        take(process, *stat);
+        const std::size_t used = std::min(stat->usedBytes + 1, size);
+        process.parsedBytes_ = used <= process.parsed_.size() ? used : 0;
+        std::memcpy(process.parsed_.data(), buffer, process.parsedBytes_);
     }
-    const std::optional<ProcessStat> stat = parseProcessStat({buffer, size});
-    if (!stat)
-        return false;
-    const bool isAnother = process.readings != 0 && process.startTicks != stat->startTicks;
-    if (isAnother || process.readings == 0) {
-        process.readings = 0;
-        process.previousTicks = 0;
-        process.hasNoSchedule_ = false;
+    ++process.readings;
+    return true;
+}
+
+/// Takes over the figures of a reading that is unlike the one before.
+void ProcScan::take(ScannedProcess& process, const ProcessStat& stat) {
+    if (process.readings != 0 && process.startTicks != stat.startTicks) {
+        // The descriptor is the successor's already.
+        Descriptor descriptor = std::move(process.descriptor_);
+        bury(process);
+        process.descriptor_ = std::move(descriptor);
+        process.ended = false;
     }
-    if (isAnother || process.name != stat->name) {
-        process.name.assign(stat->name);
+    const bool isFirst = process.readings == 0;
+    // One that was not in the list before and started since spent all of its time since; one that merely came into
+    // sight did not.
+    const bool isYoung = isFirst && previousBootTicks_ != 0 && stat.startTicks >= previousBootTicks_;
+    const auto since = [&](std::uint64_t now, std::uint64_t before) {
+        return isFirst ? (isYoung ? now : 0) : now - std::min(now, before);
+    };
+    process.spentTicks = since(stat.userTicks + stat.systemTicks, process.totalTicks());
+    process.reapedTicks = since(stat.childTicks, process.childTicks);
+    spentTicks_ += process.spentTicks;
+    if (process.name != stat.name) {
+        process.name.assign(stat.name);
         process.uid.reset();
         process.uidSettled = false;
         process.path.reset();
         process.told_.reset();
     }
     process.quietReadings_ = 0;
-    process.state = stat->state;
-    process.parentPid = stat->parentPid;
-    process.flags = stat->flags;
-    process.userTicks = stat->userTicks;
-    process.systemTicks = stat->systemTicks;
-    process.startTicks = stat->startTicks;
-    process.threads = stat->threads;
-    process.residentPages = stat->residentPages;
-    ++process.readings;
-    const std::size_t used = std::min(stat->usedBytes + 1, size);
-    process.parsedBytes_ = used <= process.parsed_.size() ? used : 0;
-    std::memcpy(process.parsed_.data(), buffer, process.parsedBytes_);
-    return true;
+    process.state = stat.state;
+    process.parentPid = stat.parentPid;
+    process.groupPid = stat.groupPid;
+    process.sessionPid = stat.sessionPid;
+    process.flags = stat.flags;
+    process.userTicks = stat.userTicks;
+    process.systemTicks = stat.systemTicks;
+    process.startTicks = stat.startTicks;
+    process.childTicks = stat.childTicks;
+    process.threads = stat.threads;
+    process.residentPages = stat.residentPages;
+    if (process.reapedTicks != 0)
+        reaped_.reaped(kinOf(process), process.reapedTicks);
+}
+
+const std::vector<ReapedWork::Credit>& ProcScan::settle() {
+    isSettled_ = true;
+    for (const ScannedProcess& process : ended_)
+        if (!process.isKernelThread())
+            reaped_.ended(kinOf(process), process.totalTicks() + process.childTicks,
+                          process.spentTicks + process.reapedTicks);
+    return reaped_.settle(
+        busySince_ - std::min(busySince_, spentTicks_), [this](std::int32_t pid) -> std::optional<ReapedWork::Process> {
+            const ScannedProcess* const process = find(pid);
+            return process != nullptr && process->readings != 0 ? std::optional(kinOf(*process)) : std::nullopt;
+        });
+}
+
+ScannedProcess* ProcScan::findEnded(std::int32_t pid) {
+    const auto found = std::ranges::find(ended_, pid, &ScannedProcess::pid);
+    return found != ended_.end() ? &*found : nullptr;
 }
 
 std::optional<std::uint32_t> ProcScan::uid(ScannedProcess& process) {
-    if (process.uid && (process.uidSettled || process.readings < 3))
+    if (process.ended || (process.uid && (process.uidSettled || process.readings < 3)))
         return process.uid;
     process.uidSettled = process.uid.has_value();
     // The line stands near the beginning; what comes after the first page is lists of groups and processors.
-    const std::optional<std::string> text = readFileAt(folder_.number(), ProcPath(process.pid, "status").text, 4096);
+    const std::optional<std::string> text = readFile(process, "status", 4096);
     process.uid = text ? parseRealUid(*text) : std::nullopt;
     return process.uid;
 }
 
 const std::string& ProcScan::path(ScannedProcess& process) {
     if (!process.path)
-        process.path = readPath(process.pid);
+        process.path = process.ended ? std::string() : readPath(process);
     return *process.path;
 }
 
-std::string ProcScan::readPath(std::int32_t pid) const {
+std::optional<std::string> ProcScan::readFile(const ScannedProcess& process, const char* file,
+                                              std::size_t limit) const {
+    return readFileAt(folder_.number(), ProcPath(process.pid, file).text, limit, FileDelivery::onePiece);
+}
+
+std::string ProcScan::readPath(const ScannedProcess& process) const {
     char target[4096];
-    const ssize_t length = ::readlinkat(folder_.number(), ProcPath(pid, "exe").text, target, sizeof target);
+    const ssize_t length = ::readlinkat(folder_.number(), ProcPath(process.pid, "exe").text, target, sizeof target);
     if (length > 0) {
         std::string_view path(target, static_cast<std::size_t>(length));
         constexpr std::string_view deleted = " (deleted)";
@@ -305,96 +382,13 @@ std::string ProcScan::readPath(std::int32_t pid) const {
             path.remove_suffix(deleted.size());
         return std::string(path);
     }
-    const std::optional<std::string> text = readFileAt(folder_.number(), ProcPath(pid, "cmdline").text, 4096);
+    const std::optional<std::string> text = readFile(process, "cmdline", 4096);
     return text ? std::string(pathInCommandLine(*text)) : std::string();
-}
-
-const ProcessOrigin& ProcScan::origin(ScannedProcess& process) {
-    if (!process.told_)
-        process.told_ = std::make_unique<ScannedProcess::Told>();
-    ScannedProcess::Told& told = *process.told_;
-    const bool isNew = told.next == 0;
-    if (!isNew && (process.readings < told.next || process.isKernelThread()))
-        return told.origin;
-    told.next = process.readings + (isNew ? soon : later);
-    if (process.isKernelThread()) {
-        told.origin.path = "[" + process.name + "]";
-        return told.origin;
-    }
-    told.origin.path = path(process);
-    if (told.origin.path.empty())
-        told.origin.path.append("(").append(process.name).append(")");
-    told.origin.subject = readSubject(process);
-    controlGroup(process);
-    askAncestors(process);
-    return told.origin;
-}
-
-const std::string& ProcScan::controlGroup(ScannedProcess& process) {
-    if (!process.told_)
-        process.told_ = std::make_unique<ScannedProcess::Told>();
-    ScannedProcess::Told& told = *process.told_;
-    if (process.readings >= told.nextGroup) {
-        told.nextGroup = process.readings + (told.nextGroup == 0 ? soon : later);
-        constexpr std::size_t mostBytes = 16'384;
-        // One that has ended keeps the group that it was last seen in.
-        if (const auto text = readFileAt(folder_.number(), ProcPath(process.pid, "cgroup").text, mostBytes))
-            told.origin.controlGroup = parseControlGroup(*text);
-    }
-    return told.origin.controlGroup;
-}
-
-std::string ProcScan::readSubject(ScannedProcess& process) {
-    const std::string& executable = path(process);
-    const std::string_view program = executable.empty() ? std::string_view(process.name) : baseName(executable);
-    constexpr std::size_t mostBytes = 65'536; // a class path can be long
-    constexpr int mostGenerations = 4;
-    std::string subject;
-    ScannedProcess* each = hasSubject(program) ? &process : nullptr;
-    for (int generation = 0; generation < mostGenerations && each != nullptr && subject.empty(); ++generation) {
-        if (const auto text = readFileAt(folder_.number(), ProcPath(each->pid, "cmdline").text, mostBytes))
-            subject = subjectOf(program, *text);
-        // A script's workers are started with code of the interpreter's own.
-        each = isShell(program) || executable.empty() ? nullptr : parentOf(*each);
-        if (each != nullptr && path(*each) != executable)
-            each = nullptr;
-    }
-    return subject;
 }
 
 ScannedProcess* ProcScan::parentOf(const ScannedProcess& process) {
     ScannedProcess* const parent = process.parentPid > 1 ? find(process.parentPid) : nullptr;
-    return parent != nullptr && (parent->readings != 0 || read(*parent)) ? parent : nullptr;
-}
-
-void ProcScan::askAncestors(ScannedProcess& process) {
-    ProcessOrigin& origin = process.told_->origin;
-    origin.shell = ProcessOrigin::Shell::none;
-    const bool isInPodman = origin.controlGroup.find("libpod-") != std::string::npos;
-    bool isInside = true;
-    ScannedProcess* each = &process;
-    for (int generation = 0; generation < mostAncestors && each != nullptr && (isInside || isInPodman); ++generation) {
-        ScannedProcess* const parent = parentOf(*each);
-        const bool parentIsInside = parent != nullptr && controlGroup(*parent) == origin.controlGroup;
-        // A script's own name stands in its shell's place, so this is a shell that takes commands.
-        if (isInside && isShell(each->name) && origin.shell != ProcessOrigin::Shell::inner)
-            origin.shell = parentIsInside ? ProcessOrigin::Shell::inner : ProcessOrigin::Shell::first;
-        isInside = isInside && parentIsInside;
-        // Podman's monitor was started with the container's name.
-        if (isInPodman && each != &process && each->name == "conmon") {
-            origin.container = readSubject(*each);
-            break;
-        }
-        each = parent;
-    }
-}
-
-std::string_view pathInCommandLine(std::string_view text) {
-    std::string_view first = text.substr(0, text.find('\0'));
-    if (!first.starts_with('/'))
-        return {};
-    // A program may lay its whole command line over the first argument.
-    return first.substr(0, first.find(" -"));
+    return parent != nullptr && (parent->readings != 0 || (!parent->ended && read(*parent))) ? parent : nullptr;
 }
 
 } // namespace vantoro

@@ -4,6 +4,7 @@
 
 #include "Platform/AppIdentity.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Platform/Linux/Proc/ReapedWork.h"
 #include "Platform/Linux/Reading/KeptFile.h"
 
 #include <array>
@@ -29,14 +30,20 @@ struct ScannedProcess {
     bool ended = false;
     char state = '?';
     std::int32_t parentPid = 0;
+    std::int32_t groupPid = 0;
+    std::int32_t sessionPid = 0;
     std::uint64_t flags = 0;
     std::uint64_t userTicks = 0;
     std::uint64_t systemTicks = 0;
     std::uint64_t startTicks = 0;
     std::uint64_t threads = 0;
     std::uint64_t residentPages = 0;
-    /// CPU time at the reading before the last; meaningless before the second.
-    std::uint64_t previousTicks = 0;
+    /// CPU time of its ended children, as it stands.
+    std::uint64_t childTicks = 0;
+    /// CPU time since the reading before, its own and that of children who ended. At the first reading all of it where
+    /// the process started since the last listing, else none.
+    std::uint64_t spentTicks = 0;
+    std::uint64_t reapedTicks = 0;
     /// Readings of this very process; a successor under the same pid starts over.
     std::uint64_t readings = 0;
     std::string name;
@@ -51,11 +58,15 @@ struct ScannedProcess {
 
 private:
     friend class ProcScan;
+    friend class ProcJobs;
     /// What was told of its origin, and the readings at which the group and all of it are to be asked for again.
     struct Told {
         ProcessOrigin origin;
         std::uint64_t nextGroup = 0;
         std::uint64_t next = 0;
+        /// What it is by its name, and of a shell: no script and no command line that it was started for.
+        enum class Role : std::uint8_t { unknown, program, shell, door } role = Role::unknown;
+        std::optional<bool> takesCommands;
     };
     /// What the kept descriptor reads.
     enum class Kept : std::uint8_t { stat, schedule };
@@ -82,13 +93,18 @@ public:
     ProcScan(const std::string& root, std::size_t descriptorBudget);
     ~ProcScan();
 
-    /// Brings the list up to date. `forks` is the kernel's count of processes ever started, taken just before: while it
-    /// stands still no process can be new and the folder is not read again; without it the folder is always read. False
-    /// when the folder cannot be read; the list is then empty.
-    bool list(std::optional<std::uint64_t> forks);
+    /// Brings the list up to date and begins a round. `kernel` is what the kernel counted just before: while its count
+    /// of processes ever started stands still no process can be new and the folder is not read again; without it the
+    /// folder is always read. `bootTicks` is the time since boot, as processes' starts count; 0 where only the list is
+    /// wanted. False when the folder cannot be read; the list is then empty.
+    bool list(const std::optional<KernelStat>& kernel, std::uint64_t bootTicks);
 
     /// By rising pid. References hold until the next listing or the next `add`.
     std::span<ScannedProcess> processes() { return processes_; }
+    /// How often it was listed.
+    std::uint64_t rounds() const { return rounds_; }
+    /// Those from this pid on: who is started later mostly has a greater one.
+    std::span<ScannedProcess> processesFrom(std::int32_t pid);
     /// None when it is not in the list.
     ScannedProcess* find(std::int32_t pid);
     /// Puts a process into the list that came up since the last listing.
@@ -106,10 +122,16 @@ public:
     /// Full path of the executable, without the mark of a deleted file; where the link is refused, an absolute path
     /// that the process gives as its first argument; empty when unknown. Asked for once per program.
     const std::string& path(ScannedProcess& process);
-    /// Where a process that was read comes from: its path or mark, what it runs, its control group and whether a shell
-    /// of that group started it. Asked for when the process is new, soon after (by then it may have been placed in its
-    /// group), then every eighth reading. Processes that are not in the list count as nobody's parents.
-    const ProcessOrigin& origin(ScannedProcess& process);
+    /// The contents of /proc/PID/`file`, cut at `limit` bytes.
+    std::optional<std::string> readFile(const ScannedProcess& process, const char* file, std::size_t limit) const;
+    /// The parent where it is in the list, read if it was not yet; the first process is nobody's.
+    ScannedProcess* parentOf(const ScannedProcess& process);
+
+    /// CPU time of this round that no process's own shows, since it is that of children who ended; with what the
+    /// processes spent never more than the kernel was busy. To be asked once a round, when all were read.
+    const std::vector<ReapedWork::Credit>& settle();
+    /// One that ended in this round, as it was last read.
+    ScannedProcess* findEnded(std::int32_t pid);
 
 private:
     struct FolderCloser {
@@ -118,14 +140,12 @@ private:
 
     void keepOnly(const std::vector<std::int32_t>& pids);
     void forget(ScannedProcess& process);
+    void bury(ScannedProcess& process);
+    void take(ScannedProcess& process, const ProcessStat& stat);
     bool hasNotRun(ScannedProcess& process);
     void watchSchedule(ScannedProcess& process);
     std::ptrdiff_t readStat(ScannedProcess& process, char* buffer, std::size_t size);
-    std::string readPath(std::int32_t pid) const;
-    const std::string& controlGroup(ScannedProcess& process);
-    std::string readSubject(ScannedProcess& process);
-    void askAncestors(ScannedProcess& process);
-    ScannedProcess* parentOf(const ScannedProcess& process);
+    std::string readPath(const ScannedProcess& process) const;
 
     Descriptor folder_;
     std::unique_ptr<void, FolderCloser> listing_;
@@ -136,10 +156,17 @@ private:
     std::vector<ScannedProcess> processes_;
     std::vector<ScannedProcess> previous_;
     std::vector<std::int32_t> pids_;
+    ReapedWork reaped_;
+    bool isSettled_ = true;
+    std::uint64_t rounds_ = 0;
+    /// What this round's readings found: who ended, and how much all have spent.
+    std::vector<ScannedProcess> ended_;
+    std::uint64_t spentTicks_ = 0;
+    /// The kernel's busy time, and how much of it fell between the last two listings; 0 where nobody knows.
+    std::optional<std::uint64_t> busyTicks_;
+    std::uint64_t busySince_ = 0;
+    std::uint64_t bootTicks_ = 0;
+    std::uint64_t previousBootTicks_ = 0;
 };
-
-/// The executable's path in the text of /proc/PID/cmdline: the first argument if it is an absolute path, without the
-/// arguments that a program may have written into the same text. Empty when there is none.
-std::string_view pathInCommandLine(std::string_view text);
 
 } // namespace vantoro

@@ -121,6 +121,8 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
     std::uint64_t parent = 0;
     std::uint64_t group = 0;
     std::uint64_t session = 0;
+    std::uint64_t childUser = 0;
+    std::uint64_t childSystem = 0;
     const bool complete = cursor.readFieldAndSpace(parent)              // 4 ppid
                           && cursor.readFieldAndSpace(group)            // 5 pgrp
                           && cursor.readFieldAndSpace(session)          // 6
@@ -129,7 +131,9 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
                           && cursor.skipFields(4)                       // 10–13 minflt cminflt majflt cmajflt
                           && cursor.readFieldAndSpace(stat.userTicks)   // 14
                           && cursor.readFieldAndSpace(stat.systemTicks) // 15
-                          && cursor.skipFields(4)                       // 16–19 cutime cstime priority nice
+                          && cursor.readFieldAndSpace(childUser)        // 16 cutime
+                          && cursor.readFieldAndSpace(childSystem)      // 17 cstime
+                          && cursor.skipFields(2)                       // 18–19 priority nice
                           && cursor.readFieldAndSpace(stat.threads)     // 20
                           && cursor.skipFields(1)                       // 21 itrealvalue
                           && cursor.readFieldAndSpace(stat.startTicks)  // 22
@@ -141,6 +145,7 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
     stat.parentPid = static_cast<std::int32_t>(parent);
     stat.groupPid = static_cast<std::int32_t>(group);
     stat.sessionPid = static_cast<std::int32_t>(session);
+    stat.childTicks = childUser + childSystem;
     stat.usedBytes = static_cast<std::size_t>(cursor.at - text.data());
     return stat;
 }
@@ -156,10 +161,10 @@ std::optional<std::uint32_t> parseRealUid(std::string_view text) {
 
 std::optional<KernelStat> parseKernelStat(std::string_view text) {
     Cursor cursor(lineAfter(text, "cpu "));
-    // user, nice, system, idle, iowait, irq, softirq; the last three came with later kernels
-    std::uint64_t counters[7] = {};
+    // user, nice, system, idle, iowait, irq, softirq, steal; the last four came with later kernels
+    std::uint64_t counters[8] = {};
     std::size_t found = 0;
-    for (; found < 7; ++found) {
+    for (; found < 8; ++found) {
         cursor.skipBlanks();
         if (!cursor.readField(counters[found]))
             break;
@@ -172,6 +177,7 @@ std::optional<KernelStat> parseKernelStat(std::string_view text) {
     stat.ticks.nice = static_cast<std::uint32_t>(counters[1]);
     stat.ticks.system = static_cast<std::uint32_t>(counters[2] + counters[5] + counters[6]);
     stat.ticks.idle = static_cast<std::uint32_t>(counters[3] + counters[4]);
+    stat.busyTicks = counters[0] + counters[1] + counters[2] + counters[5] + counters[6] + counters[7];
 
     // The count stands among the last lines; the interrupts' line before it can be many kilobytes long.
     constexpr std::string_view title = "\nprocesses ";

@@ -28,6 +28,8 @@ struct ProcessStat {
     std::uint64_t userTicks = 0;
     std::uint64_t systemTicks = 0;
     std::uint64_t startTicks = 0;
+    /// What its children had used, with all below them, when they ended and were waited for.
+    std::uint64_t childTicks = 0;
     std::uint64_t threads = 0;
     std::uint64_t residentPages = 0;
     /// How many bytes, from the first, hold all of the above: equal bytes give an equal record.
@@ -53,6 +55,8 @@ struct KernelStat {
     /// Of all processors together. `system` holds the interrupts' time too and `idle` the time waited for disks. Time
     /// stolen by other guests of a hypervisor is left out: this machine neither worked nor rested then.
     HostTicks ticks;
+    /// All that was not rest, the stolen time among it: processes' own times may hold it.
+    std::uint64_t busyTicks = 0;
     /// Processes and threads ever started; absent when the file does not say.
     std::optional<std::uint64_t> forks;
 

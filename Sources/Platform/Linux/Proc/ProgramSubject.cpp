@@ -76,7 +76,9 @@ std::string_view at(const Arguments& arguments, std::size_t index) {
     return index < arguments.size() ? arguments[index] : std::string_view();
 }
 
-std::string_view runBy(const Interpreter& interpreter, const Arguments& arguments) {
+/// What an interpreter was started to run: empty for code in the arguments themselves, none where it was given nothing.
+std::optional<std::string_view> runBy(const Interpreter& interpreter, const Arguments& arguments) {
+    constexpr std::string_view code;
     for (std::size_t index = 1; index < arguments.size(); ++index) {
         const std::string_view argument = arguments[index];
         if (argument == "--")
@@ -88,7 +90,7 @@ std::string_view runBy(const Interpreter& interpreter, const Arguments& argument
             const std::string_view name = argument.substr(0, equals);
             const bool isWhole = equals == std::string_view::npos;
             if (isAmong(interpreter.longCode, name))
-                return {};
+                return code;
             if (isAmong(interpreter.longSubject, name))
                 return isWhole ? at(arguments, index + 1) : argument.substr(equals + 1);
             index += isWhole && isAmong(interpreter.longValued, name) ? 1 : 0;
@@ -100,7 +102,7 @@ std::string_view runBy(const Interpreter& interpreter, const Arguments& argument
             const char option = argument[letter];
             const bool isLast = letter + 1 == argument.size();
             if (interpreter.code.find(option) != std::string_view::npos)
-                return {};
+                return code;
             if (interpreter.subject.find(option) != std::string_view::npos)
                 return isLast ? at(arguments, index + 1) : argument.substr(letter + 1);
             if (interpreter.valued.find(option) != std::string_view::npos) {
@@ -125,7 +127,7 @@ std::string_view className(std::string_view name) {
 }
 
 std::string_view scriptOf(const Interpreter& interpreter, std::string_view program, const Arguments& arguments) {
-    std::string_view script = runBy(interpreter, arguments);
+    std::string_view script = runBy(interpreter, arguments).value_or("");
     const bool isJava = interpreter.names == "java";
     if (script.empty() && arguments.size() == 1) {
         // Some lay a title of their own over their arguments: "npm run build", "gunicorn: worker [shop]".
@@ -172,6 +174,18 @@ std::string_view windowsProgram(const Arguments& arguments) {
     return {};
 }
 
+Arguments argumentsIn(std::string_view commandLine) {
+    while (commandLine.ends_with('\0'))
+        commandLine.remove_suffix(1);
+    Arguments arguments;
+    for (std::size_t start = 0; start <= commandLine.size() && arguments.size() < mostArguments;) {
+        const std::size_t end = std::min(commandLine.find('\0', start), commandLine.size());
+        arguments.push_back(commandLine.substr(start, end - start));
+        start = end + 1;
+    }
+    return arguments;
+}
+
 } // namespace
 
 std::string_view baseName(std::string_view path) {
@@ -184,6 +198,28 @@ bool isShell(std::string_view programName) {
         programName.remove_prefix(1);
     return isAmong("ash bash csh dash elvish fish ksh ksh93 mksh nu osh oil pwsh rbash sh tcsh xonsh yash zsh",
                    programName);
+}
+
+bool takesCommands(std::string_view commandLine) {
+    // All of them take their options alike, as far as that goes.
+    return !runBy(*interpreterNamed("bash"), argumentsIn(commandLine));
+}
+
+bool isWrapper(std::string_view programName) {
+    return isAmong(
+        "bwrap catatonit cgexec chroot chrt dbus-run-sessio docker-init doas dumb-init eatmydata env fakeroot "
+        "faketime firejail flock gtimeout ionice ltrace nice nohup nsenter numactl perf pkexec prlimit proot "
+        "rlwrap runuser script setsid stdbuf strace su sudo systemd-run taskset time timeout tini unbuffer "
+        "unshare xvfb-run",
+        programName);
+}
+
+bool isDoor(std::string_view programName) {
+    constexpr std::string_view names[] = {
+        "sshd",    "sshd-session", "dropbear",    "login",        "cron",    "crond",           "CRON",   "CROND",
+        "anacron", "atd",          "at-server",   "tmux: server", "tmux",    "screen",          "SCREEN", "dtach",
+        "abduco",  "zellij",       "mosh-server", "conmon",       "systemd", "containerd-shim", "init"};
+    return std::ranges::find(names, programName) != std::end(names);
 }
 
 bool isWine(std::string_view programName) {
@@ -200,14 +236,7 @@ bool hasSubject(std::string_view programName) {
 }
 
 std::string subjectOf(std::string_view programName, std::string_view commandLine) {
-    while (commandLine.ends_with('\0'))
-        commandLine.remove_suffix(1);
-    Arguments arguments;
-    for (std::size_t start = 0; start <= commandLine.size() && arguments.size() < mostArguments;) {
-        const std::size_t end = std::min(commandLine.find('\0', start), commandLine.size());
-        arguments.push_back(commandLine.substr(start, end - start));
-        start = end + 1;
-    }
+    Arguments arguments = argumentsIn(commandLine);
     std::string_view subject;
     if (programName == "busybox") {
         // One program under many names.
@@ -229,6 +258,29 @@ std::string subjectOf(std::string_view programName, std::string_view commandLine
     std::string text;
     appendTerminalText(text, subject, mostSubjectBytes);
     return text.find_first_not_of(' ') != std::string::npos ? text : std::string();
+}
+
+std::optional<std::string> nameOfWork(std::string_view executablePath, std::string_view subject) {
+    const auto shown = [](std::string_view name) { return shortened(terminalText(name), longestShownName); };
+    const std::string_view program = baseName(executablePath);
+    if (!subject.empty() && program != "conmon") {
+        if (isVirtualMachine(program))
+            return "virtual machine " + shown(subject);
+        return shown(isWine(program) ? subject.substr(subject.find_last_of("\\/") + 1) : subject);
+    }
+    // Nix lays a script of the program's name over it.
+    constexpr std::string_view wrapped = "-wrapped";
+    if (program.starts_with('.') && program.ends_with(wrapped) && program.size() > wrapped.size() + 1)
+        return std::string(program.substr(1, program.size() - 1 - wrapped.size()));
+    return std::nullopt;
+}
+
+std::string_view pathInCommandLine(std::string_view text) {
+    std::string_view first = text.substr(0, text.find('\0'));
+    if (!first.starts_with('/'))
+        return {};
+    // A program may lay its whole command line over the first argument.
+    return first.substr(0, first.find(" -"));
 }
 
 } // namespace vantoro

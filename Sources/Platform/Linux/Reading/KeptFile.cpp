@@ -45,19 +45,20 @@ std::optional<std::string_view> KeptFile::read() {
     }
 }
 
-std::optional<std::string> readFileAt(int folder, const char* path, std::size_t limit) {
+std::optional<std::string> readFileAt(int folder, const char* path, std::size_t limit, FileDelivery delivery) {
     const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file)
         return {};
     std::string text;
     while (text.size() < limit) {
         char piece[8192];
-        const auto got = file.read(piece, std::min(sizeof piece, limit - text.size()));
+        const std::size_t asked = std::min(sizeof piece, limit - text.size());
+        const auto got = file.read(piece, asked);
         if (!got)
             return {};
-        if (*got == 0)
-            break;
         text.append(piece, *got);
+        if (*got == 0 || (delivery == FileDelivery::onePiece && *got < asked))
+            break;
     }
     return text;
 }

@@ -33,6 +33,7 @@ private:
 
 /// The whole of a file that is read only now and then, cut at `limit` bytes. Relative to `folder`, a descriptor or
 /// AT_FDCWD. None when it cannot be read.
-std::optional<std::string> readFileAt(int folder, const char* path, std::size_t limit);
+std::optional<std::string> readFileAt(int folder, const char* path, std::size_t limit,
+                                      FileDelivery delivery = FileDelivery::pieces);
 
 } // namespace vantoro

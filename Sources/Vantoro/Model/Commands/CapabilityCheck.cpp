@@ -143,14 +143,14 @@ void CapabilityCheck::run() {
 void CapabilityCheck::checkSMC() {
     const SystemWords& words = systemWords(platform_.system);
     const std::string label = fmt::format("{} (fans, temperatures, power)", words.sensorSource);
+    constexpr double longestWaitSeconds = 2;
+    if (options_.reader.standIn)
+        options_.reader.standIn->waitForSlowSensors(longestWaitSeconds);
     if (smc_open() == 0) {
         print(label, false, words.isMac() ? "could not open AppleSMC" : "none found");
         return;
     }
     const std::uint32_t keyCount = smc_key_count();
-    constexpr double longestWaitSeconds = 2;
-    if (options_.reader.standIn)
-        options_.reader.standIn->waitForSlowSensors(longestWaitSeconds);
     SMCReader reader(options_.reader); // closes the connection when it goes
     const std::size_t fanCount = reader.readFans().size();
     reader.readTemperatures();

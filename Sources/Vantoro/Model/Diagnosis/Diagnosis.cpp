@@ -15,7 +15,6 @@ namespace vantoro {
 
 namespace {
 
-constexpr double leastCauseCPU = 4.0;
 constexpr std::size_t mostRunnersUp = 4;
 
 Severity severityOf(StressLevel state, const Snapshot& now) {
@@ -117,6 +116,14 @@ std::vector<Factor> factorsOf(const Snapshot& now, SystemKind system) {
     return factors;
 }
 
+std::string ofAllMemory(std::uint64_t bytes, const MemoryLoad& memory) {
+    const auto figure = [](std::uint64_t each) {
+        std::string text = fmt::format("{:.1f}", static_cast<double>(each) / (1024.0 * 1024 * 1024));
+        return text.ends_with(".0") ? text.substr(0, text.size() - 2) : text;
+    };
+    return fmt::format("{} of {} GB", figure(bytes), figure(memory.totalBytes));
+}
+
 void blame(Verdict& verdict, std::vector<ProcessGroup> causes) {
     if (causes.empty())
         return;
@@ -146,7 +153,7 @@ Verdict DiagnosisEngine::evaluate(const History& history, const Format& format) 
     verdict.factors = factorsOf(now, verdict.system);
     if (const auto rampStart = history.lastRampStart(std::nullopt))
         verdict.sustainedFor = now.timestamp - *rampStart;
-    std::vector<ProcessGroup> culprits = causes(history, leastCauseCPU);
+    std::vector<ProcessGroup> culprits = blamed(history, verdict);
     narrate(verdict, now, culprits, format);
     verdict.cause = causePhrase(verdict, now, culprits);
     blame(verdict, std::move(culprits));
@@ -158,18 +165,6 @@ Verdict DiagnosisEngine::atStart(const Snapshot& snapshot, SystemKind system) {
     verdict.awaitingReading = isJudgedByHeat(snapshot.cooling) && snapshot.chipHeat <= 0;
     verdict.headline = verdict.awaitingReading ? "Waiting for the chip" : restHeadline(verdict, snapshot);
     return verdict;
-}
-
-SnapshotRun DiagnosisEngine::causeWindow(const History& history) {
-    constexpr double lagSeconds = 15;
-    constexpr double spanSeconds = 75;
-    return history.causeWindow(lagSeconds, spanSeconds);
-}
-
-std::vector<ProcessGroup> DiagnosisEngine::causes(const History& history, double leastCPU) {
-    std::vector<ProcessGroup> groups = History::groups(causeWindow(history));
-    std::erase_if(groups, [leastCPU](const ProcessGroup& group) { return !(group.totalCPU >= leastCPU); });
-    return groups;
 }
 
 StressLevel DiagnosisEngine::stressLevel(double load) {
@@ -199,12 +194,12 @@ bool DiagnosisEngine::isMemoryShort(const MemoryLoad& memory) {
 std::string DiagnosisEngine::memoryText(const MemoryLoad& memory) {
     if (memory.totalBytes == 0 || !memory.availableBytes)
         return {};
-    const auto figure = [](std::uint64_t bytes) {
-        std::string text = fmt::format("{:.1f}", static_cast<double>(bytes) / (1024.0 * 1024 * 1024));
-        return text.ends_with(".0") ? text.substr(0, text.size() - 2) : text;
-    };
-    const std::uint64_t taken = memory.totalBytes - std::min(*memory.availableBytes, memory.totalBytes);
-    return fmt::format("{} of {} GB", figure(taken), figure(memory.totalBytes));
+    return ofAllMemory(memory.totalBytes - std::min(*memory.availableBytes, memory.totalBytes), memory);
+}
+
+std::string DiagnosisEngine::heldText(const ProcessGroup& group, const MemoryLoad& memory) {
+    const std::uint64_t free = std::min(memory.availableBytes.value_or(0), memory.totalBytes);
+    return group.totalMemory <= memory.totalBytes - free ? ofAllMemory(group.totalMemory, memory) : std::string();
 }
 
 bool DiagnosisEngine::isThrottling(ThermalPressure pressure) {

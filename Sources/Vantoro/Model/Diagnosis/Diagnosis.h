@@ -26,8 +26,8 @@ struct DiagnosisEngine {
 
     /// The stretch that led up to now: where the cause of the present state is looked for.
     static SnapshotRun causeWindow(const History& history);
-    /// The application groups of that stretch whose CPU share is at least this many per cent of one
-    /// core, most responsible first.
+    /// The application groups of that stretch whose CPU share is at least this many per cent of one core, or whose
+    /// share of the graphics processor is at least 10 %, most responsible first.
     static std::vector<ProcessGroup> causes(const History& history, double leastCPU);
 
     /// The band that a load of 0 to 1 falls in.
@@ -42,6 +42,9 @@ struct DiagnosisEngine {
     static bool isMemoryShort(const MemoryLoad& memory);
     /// "6.5 of 16 GB": what could not be had without swapping, of all; empty where either is unknown.
     static std::string memoryText(const MemoryLoad& memory);
+    /// "11.2 of 16 GB": what a group holds, of all; empty where it is more than could be, as of memory that its
+    /// processes share.
+    static std::string heldText(const ProcessGroup& group, const MemoryLoad& memory);
     /// Whether the system slows the chip to shed heat: serious or critical pressure. On other systems than a Mac's the
     /// pressure only says how warm it is: what slows the machine down is in the snapshot's throttle list.
     static bool isThrottling(ThermalPressure pressure);
@@ -88,14 +91,30 @@ constexpr std::string_view byCooling(Cooling cooling, std::string_view fans, std
     return load;
 }
 
+/// Why nobody is blamed for what goes on.
+inline constexpr std::string_view ranTheSameSentence =
+    "Nothing here explains it: all of this ran just the same while the machine was quiet.";
+
 /// Whether a machine cooled this way is judged by its chip's temperature.
 constexpr bool isJudgedByHeat(Cooling cooling) {
     return cooling == Cooling::passive || cooling == Cooling::heat;
 }
 
-/// The note on a group, of the table of this system.
-inline std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) {
-    return ProcessKnowledge::note(group.displayName, group.kind, system);
+/// The groups to blame for the verdict's state, most responsible first, and in the verdict on what ground: the work of
+/// the processors, that of graphics, the memory that somebody holds; nobody for what ran just the same while the
+/// machine was quiet, nor when graphics lead and nobody is known to use them. State, system and work of the verdict are
+/// read.
+std::vector<ProcessGroup> blamed(const History& history, Verdict& verdict);
+
+/// What to do about the group that is blamed, what is most likely to help first.
+std::vector<Advice> adviceFor(const Verdict& verdict, const ProcessGroup& top, const Snapshot& now);
+
+/// What to look for when nobody is to blame and it goes on.
+std::string persistenceAdvice(const Verdict& verdict, const Snapshot& now);
+
+/// Whether heat may come of charging. A Mac is taken to have a battery; others tell.
+inline bool mayHaveBattery(const Verdict& verdict, const Snapshot& now) {
+    return verdict.system == SystemKind::macos || now.power.batteryWatts != 0 || now.temps.battery > 0;
 }
 
 /// Sets the verdict's headline and detail and, where the machine is working, its advice. State, cooling, system, work,

@@ -13,7 +13,7 @@ namespace {
 
 using Causes = std::vector<ProcessGroup>;
 
-/// CPU share from which a group is worth a word although the machine copes.
+/// Share of a core, or of the graphics processor, from which a group is worth a word although the machine copes.
 constexpr double notablyBusyCPU = 40.0;
 /// Seconds from which the length of an episode is worth a word.
 constexpr double notableDuration = 45;
@@ -21,17 +21,14 @@ constexpr double notableDuration = 45;
 /// Chip temperature in degrees Celsius from which a machine is not called cool.
 constexpr double hotChip = 80;
 
-bool isNotablyBusy(const Causes& causes) {
-    return !causes.empty() && causes.front().totalCPU > notablyBusyCPU;
+bool isNotablyBusy(const Verdict& verdict, const Causes& causes) {
+    if (causes.empty())
+        return false;
+    return (verdict.isOfGraphics ? causes.front().gpuPercent.value_or(0) : causes.front().totalCPU) > notablyBusyCPU;
 }
 
 bool isMac(const Verdict& verdict) {
     return verdict.system == SystemKind::macos;
-}
-
-/// A Mac is taken to have a battery; others tell.
-bool mayHaveBattery(const Verdict& verdict, const Snapshot& now) {
-    return isMac(verdict) || now.power.batteryWatts != 0 || now.temps.battery > 0;
 }
 
 /// Hard at work although neither fan nor chip shows it yet.
@@ -53,16 +50,20 @@ std::string floorSentence(const Verdict& verdict, const Snapshot& now) {
 }
 
 std::string quietDetail(const Verdict& verdict, const Snapshot& now, const Causes& causes, const Format& format) {
-    if (isNotablyBusy(causes)) {
+    if (isNotablyBusy(verdict, causes)) {
         const ProcessGroup& top = causes.front();
         const bool isHot = !isMac(verdict) && now.temps.soc > hotChip;
         const std::string_view ofFans =
             isHot ? "the fans are still near their floor" : "the machine is handling it without needing much airflow";
         const std::string_view ofHeat = verdict.awaitingReading ? "how warm that makes the chip is not known yet"
                                                                 : "the chip is shedding the heat without strain";
+        const std::string_view atEase =
+            byCooling(verdict.cooling, ofFans, ofHeat, ofHeat, "the machine has plenty to spare");
+        if (verdict.isOfGraphics)
+            return fmt::format("{} keeps the graphics processor {} busy, but {}.", friendlyName(top, verdict.system),
+                               DiagnosisEngine::pct(*top.gpuPercent), atEase);
         return fmt::format("{} is the busiest at {}{}, but {}.", friendlyName(top, verdict.system),
-                           DiagnosisEngine::pct(top.totalCPU), DiagnosisEngine::countSuffix(top),
-                           byCooling(verdict.cooling, ofFans, ofHeat, ofHeat, "the machine has plenty to spare"));
+                           DiagnosisEngine::pct(top.totalCPU), DiagnosisEngine::countSuffix(top), atEase);
     }
     if (worksUnfelt(verdict))
         return fmt::format("The processors are {} busy, but no single program stands out.",
@@ -94,17 +95,29 @@ std::string pressedAtRestDetail(const Verdict& verdict, const Snapshot& now) {
                        sources + 1);
 }
 
-std::string blameHeadline(const Verdict& verdict, const Causes& causes, const std::string& name) {
+/// "which holds 11.2 of 16 GB"
+std::string holding(const ProcessGroup& group, const Snapshot& now) {
+    const std::string held = DiagnosisEngine::heldText(group, now.memory);
+    return held.empty() ? "which holds the most memory" : "which holds " + held;
+}
+
+std::string blameHeadline(const Verdict& verdict, const Snapshot& now, const Causes& causes, const std::string& name) {
+    if (verdict.isOfMemory)
+        return fmt::format("{} because of {}, {}", verdict.statePhrase(), name, holding(causes.front(), now));
+    const auto share = [&verdict](const ProcessGroup& cause) {
+        return verdict.isOfGraphics ? cause.gpuPercent.value_or(0) : cause.totalCPU;
+    };
     double total = 0;
     for (const ProcessGroup& cause : causes)
-        total += cause.totalCPU;
-    const bool dominates = total > 0 && causes.front().totalCPU / total > 0.45;
+        total += share(cause);
+    const bool dominates = total > 0 && share(causes.front()) / total > 0.45;
     if (!dominates && causes.size() >= 3)
         return fmt::format("{} — {} leads, but the load is spread out", verdict.statePhrase(), name);
     return fmt::format("{} because of {}", verdict.statePhrase(), name);
 }
 
-std::string characterSentence(const Verdict& verdict, const ProcessGroup& top, const std::optional<ProcessNote>& note) {
+std::string characterSentence(const Verdict& verdict, const ProcessGroup& top, const std::optional<ProcessNote>& note,
+                              bool isBeyondCPU) {
     if (note)
         return " It's " + note->what;
     if (top.kind == ProcessKind::commandLine)
@@ -112,111 +125,55 @@ std::string characterSentence(const Verdict& verdict, const ProcessGroup& top, c
     if (top.kind == ProcessKind::systemDaemon)
         return fmt::format(" This is {} rather than something you opened.",
                            systemWords(verdict.system).backgroundService);
-    if (top.members.size() >= 2)
+    if (top.members.size() >= 2 && !isBeyondCPU)
         return fmt::format(" No single one of those processes stands out — it is their combined load that is {}.",
                            verdict.cooling == Cooling::load ? "keeping the machine busy" : "heating the machine");
     return {};
 }
 
-std::string blameDetail(const Verdict& verdict, const ProcessGroup& top, const std::string& name,
+/// Only while both are known and still tell what the verdict says.
+std::string graphicsPowerSentence(const PowerReading& power) {
+    if (!(power.gpuWatts >= 8) || !(power.cpuWatts.value_or(0) > 0) || power.gpuWatts < *power.cpuWatts)
+        return {};
+    return fmt::format(" The graphics processor draws {:.0f} of the {:.0f} W that both processors use.", power.gpuWatts,
+                       power.gpuWatts + *power.cpuWatts);
+}
+
+std::string blameDetail(const Verdict& verdict, const Snapshot& now, const ProcessGroup& top, const std::string& name,
                         const std::optional<ProcessNote>& note) {
-    std::string detail = fmt::format("{} averaged {} CPU{}", name, DiagnosisEngine::pct(top.totalCPU),
-                                     DiagnosisEngine::countSuffix(top));
-    if (top.members.size() < 2 && 1.4 * top.totalCPU < top.peakCPU)
-        detail += ", peaking at " + DiagnosisEngine::pct(top.peakCPU);
-    if (verdict.cooling == Cooling::load)
-        detail += fmt::format(" over the window that made {} busy", systemWords(verdict.system).thisMachine);
-    else
-        detail += " over the window that heated the machine";
+    // What is a cause for its graphics work alone is told by that.
+    const bool isOfGraphics = verdict.isOfGraphics || top.totalCPU < 4;
+    std::string detail;
+    if (verdict.isOfMemory) {
+        const std::string held = DiagnosisEngine::heldText(top, now.memory);
+        const double waits = now.stalls.memory.value_or(0);
+        detail = fmt::format("{} holds {}{}. Memory is short: {}", name, held.empty() ? "the most memory" : held,
+                             DiagnosisEngine::countSuffix(top),
+                             waits >= 1 ? fmt::format("work waits for it {} of the time", DiagnosisEngine::pct(waits))
+                                        : "the kernel keeps making room in it");
+    } else {
+        detail =
+            isOfGraphics && top.gpuPercent
+                ? fmt::format("{} kept the graphics processor {} busy", name, DiagnosisEngine::pct(*top.gpuPercent))
+                : fmt::format("{} averaged {} CPU{}", name, DiagnosisEngine::pct(top.totalCPU),
+                              DiagnosisEngine::countSuffix(top));
+        if (!isOfGraphics && top.members.size() < 2 && 1.4 * top.totalCPU < top.peakCPU)
+            detail += ", peaking at " + DiagnosisEngine::pct(top.peakCPU);
+        if (verdict.cooling == Cooling::load)
+            detail += fmt::format(" over the window that made {} busy", systemWords(verdict.system).thisMachine);
+        else
+            detail += " over the window that heated the machine";
+    }
     if (verdict.sustainedFor > notableDuration) {
         detail +=
             byCooling(verdict.cooling, ", and the fans have been up for ", ", and the chip has been running warm for ",
                       ", and the chip has been running warm for ", ", and it has been busy for ");
         detail += DiagnosisEngine::duration(verdict.sustainedFor);
     }
-    return detail + "." + characterSentence(verdict, top, note);
-}
-
-Advice quitting(const ProcessGroup& group, const std::string& name) {
-    return {"Quit " + name, group.members.empty() ? 0 : group.members.front().pid};
-}
-
-void adviseOnKnown(std::vector<Advice>& advice, const ProcessGroup& top, const ProcessNote& note) {
-    if (note.advice)
-        advice.push_back({*note.advice, {}});
-    if (note.selfResolving)
-        advice.push_back({"This one ends by itself — worth waiting out before changing anything.", {}});
-    const bool belongsToUser =
-        top.kind == ProcessKind::userApp || top.kind == ProcessKind::helper || top.kind == ProcessKind::commandLine;
-    if (note.quittable && belongsToUser)
-        advice.push_back(quitting(top, note.friendly));
-}
-
-void adviseOnUnknown(std::vector<Advice>& advice, const ProcessGroup& top) {
-    switch (top.kind) {
-    case ProcessKind::userApp:
-    case ProcessKind::helper:
-        advice.push_back({top.displayName + " is doing the work. Closing the tab, document or project it's busy with "
-                                            "is usually enough.",
-                          {}});
-        advice.push_back(quitting(top, top.displayName));
-        break;
-    case ProcessKind::commandLine:
-        advice.push_back({"This will stop when the job finishes. If you did not expect it to be running, check your "
-                          "terminal sessions.",
-                          {}});
-        advice.push_back(quitting(top, top.displayName));
-        break;
-    case ProcessKind::systemDaemon:
-    case ProcessKind::kernel:
-        advice.push_back({"This is a system process. If it stays pinned for more than a few minutes, a restart is the "
-                          "reliable fix.",
-                          {}});
-        break;
-    }
-}
-
-/// What helps against heat; empty where nothing presses.
-std::string coolingAdvice(const Verdict& verdict, const Snapshot& now) {
-    const SystemWords& words = systemWords(verdict.system);
-    if (verdict.cooling == Cooling::load)
-        return {};
-    if (DiagnosisEngine::isThrottling(now.thermalPressure) && DiagnosisEngine::isSlowedByHeat(now, verdict.system))
-        return fmt::format("{} is actively throttling to shed heat, so everything will feel slower until this clears.",
-                           words.systemFirst);
-    if (!isJudgedByHeat(verdict.cooling) || Snapshot::heatLoad(now.chipHeat) < 0.48)
-        return {};
-    if (verdict.cooling == Cooling::heat)
-        return fmt::format("Free vents and a cool room help {} shed its heat.", words.thisMachine);
-    if (words.isMac())
-        return "Without fans, this Mac sheds heat through the bottom of its case. A hard, cool surface helps; a lap or "
-               "a blanket brings the slowdown sooner.";
-    return "Without fans, this computer sheds heat through its case. A cool, airy place helps; a lap, a blanket or a "
-           "closed cabinet traps it.";
-}
-
-std::string memoryAdvice(const MemoryLoad& memory) {
-    if (!DiagnosisEngine::isMemoryShort(memory))
-        return {};
-    if (!memory.availableBytes)
-        return "Memory pressure is high as well — compression and swapping are adding CPU load of their own.";
-    return fmt::format("Memory is short as well: {} are taken.", DiagnosisEngine::memoryText(memory));
-}
-
-std::vector<Advice> adviceFor(const Verdict& verdict, const ProcessGroup& top, const std::optional<ProcessNote>& note,
-                              const Snapshot& now) {
-    std::vector<Advice> advice;
-    if (note)
-        adviseOnKnown(advice, top, *note);
-    else
-        adviseOnUnknown(advice, top);
-    std::string power;
-    if (now.favoursSpeed && (verdict.cooling == Cooling::fans || verdict.cooling == Cooling::heat))
-        power = fmt::format("A balanced power profile makes {} quieter.", systemWords(verdict.system).thisMachine);
-    for (std::string text : {coolingAdvice(verdict, now), std::move(power), memoryAdvice(now.memory)})
-        if (!text.empty())
-            advice.push_back({std::move(text), {}});
-    return advice;
+    detail += ".";
+    if (verdict.isOfGraphics)
+        detail += graphicsPowerSentence(now.power);
+    return detail + characterSentence(verdict, top, note, isOfGraphics || verdict.isOfMemory);
 }
 
 /// A card that draws power at rest, as many do, is no explanation.
@@ -231,7 +188,31 @@ std::string unaccountedWork() {
            "programs that start and end all the time, or work of the machine that hosts this one.";
 }
 
+std::string chargingSentence(const Snapshot& now) {
+    return fmt::format(
+        "CPU load is low. The machine is pulling {} W from the charger, and fast charging alone produces "
+        "real heat.",
+        truncated(now.power.adapterWatts));
+}
+
+/// Graphics lead, but who uses them is not known.
+std::string renderingExplanation(const Verdict& verdict, const Snapshot& now) {
+    const bool isDrawing = now.power.gpuWatts > 0.2;
+    const std::string graphics = isDrawing        ? fmt::format("is drawing {:.1f} W", now.power.gpuWatts)
+                                 : now.gpuPercent ? fmt::format("is {} busy", DiagnosisEngine::pct(*now.gpuPercent))
+                                                  : "is at work";
+    if (verdict.work >= StressLevel::moderate)
+        return fmt::format("The GPU {}, but which program it works for cannot be told.", graphics);
+    return fmt::format("CPU load is low but the GPU {}, so something is rendering rather than computing.", graphics);
+}
+
 std::string heatWithoutLoadExplanation(const Verdict& verdict, const Snapshot& now, const Format& format) {
+    if (verdict.isOfGraphics)
+        return renderingExplanation(verdict, now);
+    if (verdict.ranWhileQuiet && !isMac(verdict))
+        return verdict.cooling != Cooling::load && DiagnosisEngine::isChargingFast(now, verdict.system)
+                   ? chargingSentence(now)
+                   : std::string(ranTheSameSentence);
     if (verdict.cooling == Cooling::load)
         return unaccountedWork();
     if (!isMac(verdict) && verdict.work >= StressLevel::moderate)
@@ -243,9 +224,7 @@ std::string heatWithoutLoadExplanation(const Verdict& verdict, const Snapshot& n
                            "computing.",
                            now.power.gpuWatts);
     if (DiagnosisEngine::isChargingFast(now, verdict.system))
-        return fmt::format("CPU load is low. The machine is pulling {} W from the charger, and fast charging alone "
-                           "produces real heat.",
-                           truncated(now.power.adapterWatts));
+        return chargingSentence(now);
     if (verdict.cooling == Cooling::passive && now.temps.socMean > 0)
         return fmt::format("The chip is still at {} from earlier work. Without fans it cools through the case, which "
                            "takes a few minutes rather than seconds.",
@@ -264,24 +243,6 @@ std::string heatWithoutLoadExplanation(const Verdict& verdict, const Snapshot& n
                            mayCharge ? ", or heat from charging" : "");
     return fmt::format("No process stands out. This is usually heat left over from work that has already finished{}.",
                        mayCharge ? ", or from charging" : "");
-}
-
-std::string persistenceAdvice(const Verdict& verdict, const Snapshot& now) {
-    const bool mayCharge = mayHaveBattery(verdict, now);
-    switch (verdict.cooling) {
-    case Cooling::load:
-        return "If this persists, look for a job that keeps starting short-lived programs.";
-    case Cooling::passive:
-        return fmt::format("If this persists with no load, check for a warm room{} something soft under the {}{}.",
-                           mayCharge ? "," : " or", systemWords(verdict.system).machine,
-                           mayCharge ? ", or heavy charging" : "");
-    case Cooling::fans:
-    case Cooling::heat:
-        break;
-    }
-    return mayCharge ? "If this persists with no load, check for a blocked vent, high room temperature, or heavy "
-                       "charging."
-                     : "If this persists with no load, check for a blocked vent or high room temperature.";
 }
 
 /// Only a system's own word, or a reason that is known, tells that anything is slowed down.
@@ -308,10 +269,10 @@ void narrateRest(Verdict& verdict, const Snapshot& now, const Causes& causes, co
     } else {
         verdict.headline = restHeadline(verdict, now);
         verdict.detail = quietDetail(verdict, now, causes, format);
-        if (worksUnfelt(verdict) && isNotablyBusy(causes)) {
+        if (worksUnfelt(verdict) && isNotablyBusy(verdict, causes)) {
             const ProcessGroup& top = causes.front();
-            verdict.headline = blameHeadline(verdict, causes, friendlyName(top, verdict.system));
-            verdict.advice = adviceFor(verdict, top, noteOn(top, verdict.system), now);
+            verdict.headline = blameHeadline(verdict, now, causes, friendlyName(top, verdict.system));
+            verdict.advice = adviceFor(verdict, top, now);
         }
     }
 }
@@ -341,6 +302,22 @@ std::string slowdownSentences(const Verdict& verdict, const Snapshot& now, bool 
                                                                    std::ranges::count(*now.throttle, each) > 0 &&
                                                                    (evenByChoice || each != ThrottleReason::profile))
             sentences += fmt::format(" {} is slowed down: {}.", words.thisMachineFirst, reasons[reason]);
+    double pausePercent = 0;
+    double parkedPercent = 0;
+    for (const ProcessSample& row : now.processes) {
+        double& percent = row.identity->isCoolingPause() ? pausePercent : parkedPercent;
+        if (row.identity->isSlowing(DiagnosisEngine::isThrottling(now.thermalPressure)))
+            percent = std::max(percent, row.cpuPercent);
+    }
+    constexpr double leastTold = 4;
+    if (pausePercent >= leastTold)
+        sentences += fmt::format(" {} makes its processors pause {} of the time{}; no program does that.",
+                                 words.systemFirst, DiagnosisEngine::pct(std::min(pausePercent, 100.0)),
+                                 verdict.cooling == Cooling::load ? "" : " so that they cool down");
+    if (parkedPercent >= leastTold)
+        sentences +=
+            fmt::format(" kernel_task is at {}: that is {} slowing the chip to shed heat, not the cause of it.",
+                        DiagnosisEngine::pct(parkedPercent), words.system);
     if (now.favoursSpeed && !isAtRest(verdict.state))
         sentences +=
             byCooling(verdict.cooling, " Its power profile is set to performance, which makes the fans louder.",
@@ -353,8 +330,8 @@ void narrate(Verdict& verdict, const Snapshot& now, const std::vector<ProcessGro
     if (isAtRest(verdict.state)) {
         narrateRest(verdict, now, causes, format);
     } else if (causes.empty()) {
-        const bool isBusy =
-            verdict.cooling == Cooling::load || (!isMac(verdict) && verdict.work >= StressLevel::moderate);
+        const bool isBusy = verdict.cooling == Cooling::load ||
+                            (!isMac(verdict) && !verdict.ranWhileQuiet && verdict.work >= StressLevel::moderate);
         verdict.headline =
             fmt::format("{}, but {}", verdict.statePhrase(), isBusy ? "no program stands out" : "nothing looks busy");
         verdict.detail = heatWithoutLoadExplanation(verdict, now, format);
@@ -363,9 +340,9 @@ void narrate(Verdict& verdict, const Snapshot& now, const std::vector<ProcessGro
         const ProcessGroup& top = causes.front();
         const std::optional<ProcessNote> note = noteOn(top, verdict.system);
         const std::string name = note ? note->friendly : top.displayName;
-        verdict.headline = blameHeadline(verdict, causes, name);
-        verdict.detail = blameDetail(verdict, top, name, note);
-        verdict.advice = adviceFor(verdict, top, note, now);
+        verdict.headline = blameHeadline(verdict, now, causes, name);
+        verdict.detail = blameDetail(verdict, now, top, name, note);
+        verdict.advice = adviceFor(verdict, top, now);
     }
     verdict.detail += slowdownSentences(verdict, now, !isAtRest(verdict.state));
 }
@@ -376,7 +353,7 @@ std::string causePhrase(const Verdict& verdict, const Snapshot& now, const std::
             return pressedHeadline(verdict, now);
         if (verdict.awaitingReading && !verdict.speaksOfWork())
             return "Waiting for the chip's first temperature reading";
-        if (isNotablyBusy(causes))
+        if (isNotablyBusy(verdict, causes))
             return friendlyName(causes.front(), verdict.system) + " is busiest, but the machine is coping";
         return worksUnfelt(verdict) ? "No process stands out" : "Nothing is working the machine hard";
     }
@@ -384,7 +361,9 @@ std::string causePhrase(const Verdict& verdict, const Snapshot& now, const std::
         return "No process stands out";
     const ProcessGroup& top = causes.front();
     std::string phrase = "because of " + friendlyName(top, verdict.system);
-    if (top.members.size() >= 2)
+    if (verdict.isOfMemory)
+        phrase += ", " + holding(top, now);
+    else if (top.members.size() >= 2)
         phrase += fmt::format(" × {}", top.members.size());
     if (verdict.sustainedFor > notableDuration)
         phrase += ", for " + DiagnosisEngine::duration(verdict.sustainedFor);

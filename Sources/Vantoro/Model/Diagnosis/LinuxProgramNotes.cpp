@@ -133,7 +133,7 @@ std::span<const LinuxNote> linuxProgramNotes() {
         {"dbus-daemon dbus-broker dbus-broker-launch dbus-broker-lau", "Message bus (D-Bus)",
          "the way in which programs talk to each other.", lookBehind, part},
         {"polkitd accounts-daemon rtkit-daemon udisksd upowerd colord geoclue boltd switcheroo-contr "
-         "switcheroo-control iio-sensor-proxy low-memory-monitor packagekit usbmuxd pcscd fprintd irqbalance acpid",
+         "switcheroo-control iio-sensor-proxy low-memory-monitor usbmuxd pcscd fprintd irqbalance acpid",
          nullptr, "a small service that works for other programs.", lookBehind, part},
         {"NetworkManager wpa_supplicant iwd ModemManager connmand dhclient dhcpcd systemd-networkd nm-*", "Network",
          "the service that keeps the network connected.",

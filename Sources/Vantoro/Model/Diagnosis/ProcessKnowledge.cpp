@@ -173,8 +173,18 @@ std::optional<ProcessNote> ProcessKnowledge::note(std::string_view processName, 
     return known != nullptr ? std::optional(*known) : std::nullopt;
 }
 
+std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system) {
+    auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
+    if (note || system != SystemKind::gnuLinux || group.kind != ProcessKind::systemDaemon || group.members.empty())
+        return note;
+    const std::string& program = group.members.front().displayName;
+    const bool isOneProgram = std::ranges::all_of(
+        group.members, [&program](const ProcessAggregate& member) { return member.displayName == program; });
+    return isOneProgram ? ProcessKnowledge::note(program, group.kind, system) : std::nullopt;
+}
+
 std::string friendlyName(const ProcessGroup& group, SystemKind system) {
-    const auto note = ProcessKnowledge::note(group.displayName, group.kind, system);
+    const auto note = noteOn(group, system);
     return note ? note->friendly : group.displayName;
 }
 

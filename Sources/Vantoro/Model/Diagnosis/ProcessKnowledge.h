@@ -46,6 +46,10 @@ struct ProcessKnowledge {
     static std::optional<ProcessNote> note(std::string_view processName, ProcessKind kind, SystemKind system);
 };
 
+/// The note on a group, of the table of this system. A Linux service that is not known by its own name is what its
+/// program is, when it runs but one.
+std::optional<ProcessNote> noteOn(const ProcessGroup& group, SystemKind system);
+
 /// What a group is called in every sentence: its note's friendly name, else its display name.
 std::string friendlyName(const ProcessGroup& group, SystemKind system);
 

@@ -73,6 +73,9 @@ std::string suspectOpening(const Verdict& verdict) {
     const bool isSystem = !verdict.suspect || verdict.suspect->kind == ProcessKind::systemDaemon ||
                           verdict.suspect->kind == ProcessKind::kernel;
     const std::optional<ProcessNote> note = verdict.suspect ? noteOn(*verdict.suspect, verdict.system) : std::nullopt;
+    if (verdict.isOfMemory && verdict.suspect)
+        return fmt::format("Not quite. Memory is short, and {} holds the most of it.",
+                           friendlyName(*verdict.suspect, verdict.system));
     if (note && note->selfResolving)
         return isMac(verdict) || isSystem
                    ? fmt::format("Yes, and it is temporary. {} is a task {} runs on its own schedule and finishes "
@@ -166,7 +169,9 @@ std::string leaveAloneDetail(const Verdict& verdict, const Snapshot& now) {
 void addSuspectRows(std::vector<Explanation::Row>& rows, const Verdict& verdict) {
     const ProcessGroup& suspect = *verdict.suspect;
     const std::optional<ProcessNote> note = noteOn(suspect, verdict.system);
-    if (note && note->advice)
+    if ((verdict.isOfGraphics || verdict.isOfMemory) && !verdict.advice.empty())
+        rows.push_back({.label = verdict.advice.front().text, .emphasised = true});
+    else if (note && note->advice)
         rows.push_back({.label = *note->advice, .emphasised = true});
     if (note && note->selfResolving)
         rows.push_back(
@@ -213,8 +218,8 @@ void addHeatRow(std::vector<Explanation::Row>& rows, const Verdict& verdict, con
 }
 
 void addChargerRow(std::vector<Explanation::Row>& rows, const Verdict& verdict, const Snapshot& now) {
-    if (verdict.cooling != Cooling::load && DiagnosisEngine::isChargingFast(now, verdict.system) &&
-        DiagnosisEngine::busyPercent(now.cpu) < 30)
+    if (verdict.cooling != Cooling::load && !verdict.isOfGraphics &&
+        DiagnosisEngine::isChargingFast(now, verdict.system) && DiagnosisEngine::busyPercent(now.cpu) < 30)
         rows.push_back({.label = "Consider the charger",
                         .detail = fmt::format("{} W is going in while the CPU is mostly idle — fast charging makes "
                                               "real heat.",
@@ -247,7 +252,7 @@ Explanation::Section normalitySection(const Verdict& verdict, const Snapshot& no
     std::string body = opening(verdict, now);
     for (const std::string& sentence :
          {isPressed(verdict, now) ? pressureSentence(verdict, now) : temperatureSentence(verdict, now, format),
-          memorySentence(now.memory)})
+          verdict.isOfMemory ? std::string() : memorySentence(now.memory)})
         if (!sentence.empty())
             body += " " + sentence;
     return {.symbol = "checkmark.seal", .title = "Is this normal?", .body = std::move(body)};

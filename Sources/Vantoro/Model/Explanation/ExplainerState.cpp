@@ -227,8 +227,11 @@ std::string fansBody(const Verdict& verdict, const Snapshot& now, const Format& 
     return body;
 }
 
-std::string workBody(const Verdict& verdict) {
-    std::string body = fmt::format("{} — its processors were {} busy over the last 10 seconds.", verdict.statePhrase(),
+std::string workBody(const Verdict& verdict, const History& history) {
+    const std::size_t newest = history.snapshots().size() - 1;
+    const bool isOfGraphics = !history.snapshots().empty() && history.graphicsShare(newest) > history.busyShare(newest);
+    std::string body = fmt::format("{} — its {} {} busy over the last 10 seconds.", verdict.statePhrase(),
+                                   isOfGraphics ? "graphics processor was" : "processors were",
                                    DiagnosisEngine::pct(verdict.load * 100));
     if (verdict.sustainedFor > notableDuration)
         body += " It has been busy for " + DiagnosisEngine::duration(verdict.sustainedFor) + ".";
@@ -268,7 +271,7 @@ Explanation::Section stateSection(const History& history, const Verdict& verdict
             section.rows.push_back(pressureRow(now, words));
         break;
     case Cooling::load:
-        section.body = workBody(verdict);
+        section.body = workBody(verdict, history);
         break;
     }
     section.body += waitingSentences(now.stalls) + slowdownSentences(verdict, now, true);

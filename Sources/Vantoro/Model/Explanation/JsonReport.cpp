@@ -70,6 +70,7 @@ Json groupJson(const ProcessGroup& group, SystemKind system) {
     object["totalMemory"] = group.totalMemory;
     object["sustained"] = toJson(group.sustained);
     object["stressScore"] = toJson(group.stressScore);
+    object["gpuPercent"] = group.gpuPercent ? toJson(*group.gpuPercent) : Json(nullptr);
     object["members"] = listJson(group.members, memberJson);
     return object;
 }

@@ -82,9 +82,10 @@ std::vector<ProcessAggregate> History::aggregate(const SnapshotRun& window) {
     std::vector<const ProcessIdentity*> lastIdentities;
     std::unordered_map<std::int32_t, std::size_t> indexOfPid;
     for (const Snapshot& snapshot : window) {
+        const bool isUnderPressure = snapshot.thermalPressure >= ThermalPressure::serious;
         for (const ProcessSample& sample : snapshot.processes) {
             const ProcessIdentity& identity = *sample.identity;
-            if (identity.isCoolingPause())
+            if (identity.isSlowing(isUnderPressure))
                 continue;
             const auto [found, isNew] = indexOfPid.try_emplace(identity.pid, aggregates.size());
             if (isNew) {
@@ -172,6 +173,57 @@ std::vector<ProcessGroup> History::group(std::vector<ProcessAggregate> aggregate
     return groups;
 }
 
+bool graphicsLead(const SnapshotRun& window, std::optional<int> processorCount) {
+    constexpr double leastWatts = 8;
+    constexpr double leastBusyPercent = 50; // where its power is not told
+    constexpr double restOfTheSystemWatts = 5;
+    constexpr double idleProcessorsPercent = 30;
+    constexpr double leastRenderingPercent = 10;
+    /// Over the snapshots that tell the other figure.
+    struct Sum {
+        double graphicsWatts = 0;
+        double otherWatts = 0;
+        bool isTold = false;
+
+        void add(double graphics, double other) { *this = {graphicsWatts + graphics, otherWatts + other, true}; }
+    };
+    Sum besideProcessors;
+    Sum withinSystem;
+    double watts = 0;
+    double busyPercent = 0;
+    double graphicsPercent = 0;
+    bool tellsOfGraphics = false;
+    for (const Snapshot& snapshot : window) {
+        const PowerReading& power = snapshot.power;
+        watts += power.gpuWatts;
+        busyPercent += snapshot.cpu.busyPercent();
+        graphicsPercent += snapshot.gpuPercent.value_or(0);
+        for (const ProcessSample& row : snapshot.processes) {
+            tellsOfGraphics = tellsOfGraphics || row.gpuPercent;
+            if (processorCount && row.gpuPercent.value_or(0) >= leastRenderingPercent)
+                busyPercent -= row.cpuPercent / *processorCount;
+        }
+        if (power.cpuWatts)
+            besideProcessors.add(power.gpuWatts, *power.cpuWatts);
+        else if (power.systemWatts > 0)
+            withinSystem.add(power.gpuWatts, power.systemWatts - restOfTheSystemWatts);
+        tellsOfGraphics = tellsOfGraphics || snapshot.gpuPercent || power.cpuWatts;
+    }
+    const auto snapshots = static_cast<double>(window.size());
+    const bool processorsIdle = busyPercent < idleProcessorsPercent * snapshots;
+    if (!tellsOfGraphics)
+        return false;
+    if (!(watts > 0))
+        return processorsIdle && graphicsPercent >= leastBusyPercent * snapshots;
+    if (watts < leastWatts * snapshots)
+        return false;
+    if (besideProcessors.isTold)
+        return besideProcessors.graphicsWatts >= besideProcessors.otherWatts;
+    if (withinSystem.isTold)
+        return withinSystem.graphicsWatts >= 0.5 * withinSystem.otherWatts;
+    return processorsIdle;
+}
+
 double togetherCPU(const std::vector<ProcessGroup>& groups, const SnapshotRun& window) {
     double sum = 0;
     PlaceOfPid placeOfPid;
@@ -229,6 +281,8 @@ std::vector<ProcessGroup> rankedSuspects(const History& history) {
         return !(group.totalCPU >= leastCPU || group.gpuPercent.value_or(0) >= leastGraphics);
     });
     std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::totalCPU);
+    if (graphicsLead(window, history.processorCount()))
+        std::ranges::stable_sort(groups, std::greater{}, &ProcessGroup::gpuPercent);
     for (ProcessGroup& group : groups)
         group.stressScore = std::round(group.totalCPU);
     return groups;

@@ -15,6 +15,13 @@ bool isBusier(const ProcessSample& a, const ProcessSample& b) {
     return a.cpuPercent > b.cpuPercent;
 }
 
+/// Those of a recording that was begun so long ago; the figures of memory and processors come with the rows.
+bool isBeforeTheFirstList(const Snapshot& snapshot, double seconds) {
+    constexpr double longestWait = 10;
+    return seconds <= longestWait && snapshot.processes.empty() && snapshot.memory.totalBytes == 0 &&
+           snapshot.cpu == CPULoad();
+}
+
 double rampThreshold(Cooling cooling) {
     return cooling == Cooling::fans ? 0.18 : 0.22;
 }
@@ -53,9 +60,11 @@ void History::append(Snapshot snapshot, bool hasLoad) {
         processorCount_ = static_cast<int>(snapshot.cores->size());
     const UnixSeconds cutoff = snapshot.timestamp - retentionSeconds_;
     snapshots_.push_back(std::move(snapshot));
-    if (!hasLoad)
+    if (!hasLoad ||
+        (withoutLoad_ + 1 == snapshots_.size() &&
+         isBeforeTheFirstList(snapshots_.back(), snapshots_.back().timestamp - snapshots_.front().timestamp)))
         withoutLoad_ = snapshots_.size();
-    busyShares_.push_back(newestBusyShare());
+    workShares_.push_back(newestWorkShares());
     const Cooling cooling = snapshots_.back().cooling;
     const double threshold = rampThreshold(cooling);
     if (threshold != std::exchange(rampThreshold_, threshold))
@@ -75,7 +84,7 @@ void History::setRetention(double seconds) {
 void History::dropBefore(UnixSeconds cutoff) {
     while (!snapshots_.empty() && snapshots_.front().timestamp < cutoff) {
         snapshots_.pop_front();
-        busyShares_.pop_front();
+        workShares_.pop_front();
         withoutLoad_ -= withoutLoad_ > 0 ? 1 : 0;
     }
     rampLength_ = std::min(rampLength_, snapshots_.size());
@@ -88,15 +97,23 @@ std::size_t History::countAbove(double threshold) const {
     return snapshots_.size() - index;
 }
 
-double History::newestBusyShare() const {
+History::WorkShares History::newestWorkShares() const {
     constexpr double seconds = 10;
     const UnixSeconds now = snapshots_.back().timestamp;
-    double percent = 0;
-    std::size_t index = snapshots_.size();
-    while (index > withoutLoad_ && std::abs(now - snapshots_[index - 1].timestamp) <= seconds)
-        percent += snapshots_[--index].cpu.busyPercent();
-    const std::size_t count = snapshots_.size() - index;
-    return count > 0 ? percent / 100 / static_cast<double>(count) : 0;
+    const auto isCounted = [&](std::size_t place) { return std::abs(now - snapshots_[place].timestamp) <= seconds; };
+    const auto mean = [](double percent, int count) { return count > 0 ? percent / 100 / count : 0; };
+    double processors = 0;
+    double graphics = 0;
+    int count = 0;
+    int graphicsCount = 0;
+    for (std::size_t end = snapshots_.size(); end > withoutLoad_ && isCounted(end - 1); --end) {
+        const Snapshot& snapshot = snapshots_[end - 1];
+        processors += snapshot.cpu.busyPercent();
+        graphics += snapshot.gpuPercent.value_or(0);
+        ++count;
+        graphicsCount += snapshot.gpuPercent ? 1 : 0;
+    }
+    return {mean(processors, count), std::clamp(mean(graphics, graphicsCount), 0.0, 1.0)};
 }
 
 double History::load(std::size_t index, Cooling cooling) const {
@@ -109,7 +126,7 @@ double History::load(std::size_t index, Cooling cooling) const {
     case Cooling::load:
         break;
     }
-    return busyShares_[index];
+    return std::max(workShares_[index].processors, workShares_[index].graphics);
 }
 
 std::size_t History::firstIndex(UnixSeconds atOrAfter) const {

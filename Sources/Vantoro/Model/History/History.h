@@ -52,7 +52,8 @@ public:
 
     /// Stores one tick with its processesPerSample busiest rows, busiest first (ties keep their order), and drops what
     /// is older than the retention. Rows that render keep their place before those that merely compute more.
-    /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it.
+    /// Without `hasLoad` nobody has told yet how busy the processors are, and the snapshot says nothing of it; nor do a
+    /// recording's first, while they hold neither rows nor any figure that comes with them.
     void append(Snapshot snapshot, bool hasLoad = true);
 
     /// What append keeps of a tick's rows, in its order.
@@ -73,9 +74,13 @@ public:
 
     /// The share of the processors' time that was not idle, 0 to 1: the mean of the snapshots of the ten seconds up to
     /// the one at this place.
-    double busyShare(std::size_t index) const { return busyShares_[index]; }
+    double busyShare(std::size_t index) const { return workShares_[index].processors; }
+    /// The same of the graphics processor; 0 where none of them tells.
+    double graphicsShare(std::size_t index) const { return workShares_[index].graphics; }
+    /// Whether the snapshot at this place says how busy the processors are.
+    bool tellsLoad(std::size_t index) const { return index >= withoutLoad_; }
     /// How hard a machine cooled this way worked at the snapshot at this place, 0 to 1: its fan load, the heat load of
-    /// its smoothed chip temperature, or its busy share.
+    /// its smoothed chip temperature, or the larger of the shares above.
     double load(std::size_t index, Cooling cooling) const;
 
     /// When the unbroken run of snapshots above the threshold that reaches up to now began; none when the newest is not
@@ -99,11 +104,15 @@ private:
     void dropBefore(UnixSeconds cutoff);
     SnapshotRun run(std::size_t from, std::size_t to) const;
     std::size_t countAbove(double threshold) const;
-    double newestBusyShare() const;
+    struct WorkShares {
+        double processors = 0;
+        double graphics = 0;
+    };
+    WorkShares newestWorkShares() const;
 
     std::deque<Snapshot> snapshots_;
     /// One for each of them.
-    std::deque<double> busyShares_;
+    std::deque<WorkShares> workShares_;
     /// How many of the oldest say nothing of the load.
     std::size_t withoutLoad_ = 0;
     SystemKind system_ = SystemKind::macos;
@@ -116,6 +125,13 @@ private:
     double rampThreshold_ = 0;
 };
 
+/// Whether the graphics processor is what the power of this window went to: it draws 8 W at least and half of what it
+/// and the processors draw; where theirs is not told, half of the system's power less 5 W; without either it leads
+/// while the processors are under 30 % busy. Where its own power is not told it leads while it is at least half busy
+/// and they are under 30 %. What those who render compute does not count against it where it is known how many
+/// processors there are. Never where nothing is told of graphics work, as in the first recordings.
+bool graphicsLead(const SnapshotRun& window, std::optional<int> processorCount);
+
 /// What groups of this window use together, in per cent of one core: the sum of their shares, held to what they ever
 /// used at once as a group's own share is.
 double togetherCPU(const std::vector<ProcessGroup>& groups, const SnapshotRun& window);
@@ -127,8 +143,8 @@ double togetherCPU(const std::vector<ProcessGroup>& groups, const SnapshotRun& w
 std::optional<double> unaccountedCPU(const SnapshotRun& window, std::optional<int> processorCount);
 
 /// The applications of the last 20 seconds that use at least 0.6 % of a core or 1 % of the graphics processor, busiest
-/// first. Their stress score is their processor use as a whole number, so that the order of business changes only when
-/// a shown figure does.
+/// first; where graphics lead, what uses most of those. Their stress score is their processor use as a whole number, so
+/// that the order of business changes only when a shown figure does.
 std::vector<ProcessGroup> rankedSuspects(const History& history);
 
 /// One chart point.

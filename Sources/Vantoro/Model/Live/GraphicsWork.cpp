@@ -12,9 +12,11 @@ bool GraphicsWork::isWanted(const Snapshot& snapshot, std::optional<double> awak
     const double watts = snapshot.power.gpuWatts;
     const double busy = snapshot.gpuPercent.value_or(0);
     const double awake = awakePercent.value_or(0);
-    const bool works = busy >= 5 || watts >= 2 || awake >= 10;
-    const bool tells = snapshot.gpuPercent || awakePercent || watts > 0;
-    const bool rests = tells && busy < 1 && awake < 2 && watts < 0.3;
+    // A large card draws its watts at rest, too.
+    const bool draws = watts >= 2 && !(snapshot.gpuPercent && busy < 1);
+    const bool works = busy >= 5 || draws || awake >= 10;
+    const bool hasLittle = snapshot.gpuPercent ? busy < 1 : watts < 0.3 && (watts > 0 || awakePercent);
+    const bool rests = hasLittle && awake < 2;
     const bool isSeen = std::exchange(isSeen_, false) || isAlwaysSeen_;
     if (works || (isSeen && !rests))
         wantedAt_ = snapshot.timestamp;

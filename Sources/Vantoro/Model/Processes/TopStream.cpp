@@ -157,22 +157,24 @@ std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& column
 }
 
 std::optional<ProcessOrigin> parseOrigin(std::string_view line) {
-    std::array<std::string_view, 6> parts;
+    std::array<std::string_view, 7> parts;
     std::size_t count = 0;
     forEachPiece(line, '\t', [&](std::string_view part) {
         if (count < parts.size())
             parts[count] = part;
         ++count;
     });
-    constexpr std::string_view shells = "012";
+    constexpr std::string_view shells = "0123";
     const std::size_t shell = parts[5].size() == 1 ? shells.find(parts[5]) : std::string_view::npos;
-    if (count != parts.size() || !parts[0].empty() || shell == std::string_view::npos)
+    // The job came later than the rest.
+    if ((count != parts.size() && count + 1 != parts.size()) || !parts[0].empty() || shell == std::string_view::npos)
         return std::nullopt;
     return ProcessOrigin{.path = std::string(parts[1]),
                          .subject = std::string(parts[2]),
                          .controlGroup = std::string(parts[3]),
                          .container = std::string(parts[4]),
-                         .shell = static_cast<ProcessOrigin::Shell>(shell)};
+                         .shell = static_cast<ProcessOrigin::Shell>(shell),
+                         .job = std::string(parts[6])};
 }
 
 std::uint64_t parseSize(std::string_view text) {

@@ -101,8 +101,8 @@ std::optional<std::string_view> slice(std::string_view line, const ColumnRanges&
 /// None without a pid (which may have a "*" or "-" behind it) or a command.
 std::optional<TopRow> parseRow(std::string_view line, const ColumnRanges& columns);
 
-/// A line behind a row: a tab, then path, subject, control group, container and the shell's part with tabs between
-/// them; none unless all are there.
+/// A line behind a row: a tab, then path, subject, control group, container, the shell's part and the job with tabs
+/// between them; none unless all are there, of which only the job may be missing.
 std::optional<ProcessOrigin> parseOrigin(std::string_view line);
 
 /// "1234K", "56M+", "2G-", "4096" in bytes; 0 for what does not read, "512B" included.

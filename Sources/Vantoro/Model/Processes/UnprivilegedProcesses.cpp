@@ -32,6 +32,9 @@ UnprivilegedProcesses::Sample UnprivilegedProcesses::sample(double nowSeconds) {
         if (pid >= 1)
             if (std::optional<ProcessSample> process = sampleProcess(pid, nowSeconds, Refused::leftOut))
                 result.processes.push_back(std::move(*process));
+    if (table_)
+        addUnseenWork(result.processes, previousSeconds_ ? nowSeconds - *previousSeconds_ : 0);
+    previousSeconds_ = nowSeconds;
     forgetOthers();
     result.system = systemLine();
     return result;
@@ -55,6 +58,7 @@ void UnprivilegedProcesses::forgetOthers() {
 void UnprivilegedProcesses::rest() {
     previousCPU_.clear();
     previousTicks_.reset();
+    previousSeconds_.reset();
     if (table_)
         table_->rest();
 }
@@ -99,6 +103,21 @@ std::optional<ProcessSample> UnprivilegedProcesses::sampleProcess(std::int32_t p
     previous.sampleNumber = sampleNumber_;
     return ProcessSample{
         .identity = previous.identity, .cpuPercent = cpuPercent, .memoryBytes = task->residentBytes, .energyImpact = 0};
+}
+
+void UnprivilegedProcesses::addUnseenWork(std::vector<ProcessSample>& processes, double elapsedSeconds) {
+    for (const UnseenWork& work : table_->unseenWork()) {
+        if (elapsedSeconds <= 0)
+            continue;
+        auto row = std::ranges::find(processes, work.pid, &ProcessSample::pid);
+        if (row == processes.end()) {
+            const auto known = previousCPU_.find(work.pid);
+            if (known == previousCPU_.end())
+                continue;
+            row = processes.insert(row, {.identity = known->second.identity});
+        }
+        row->cpuPercent += static_cast<double>(work.nanoseconds) / (elapsedSeconds * 1e9) * 100;
+    }
 }
 
 const std::string& UnprivilegedProcesses::userName(std::uint32_t uid) {

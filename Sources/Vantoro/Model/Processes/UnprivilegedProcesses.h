@@ -30,8 +30,9 @@ public:
 
     UnprivilegedProcesses(std::shared_ptr<ProcessTable> table, std::shared_ptr<SystemStatistics> statistics);
 
-    /// One reading; CPU shares cover the time since the one before (the first has none). `nowSeconds` comes from a
-    /// clock that never steps.
+    /// One reading; CPU shares cover the time since the one before (the first has none), the work of children that
+    /// ended included where the table tells it: then a process may have a row that has ended itself. `nowSeconds` comes
+    /// from a clock that never steps.
     Sample sample(double nowSeconds);
 
     /// Of these processes alone, in their order; those that are gone are left out, and what the system refuses to tell
@@ -56,6 +57,7 @@ private:
     enum class Refused { leftOut, zero };
     std::optional<ProcessSample> sampleProcess(std::int32_t pid, double nowSeconds, Refused refused);
     void forgetOthers();
+    void addUnseenWork(std::vector<ProcessSample>& processes, double elapsedSeconds);
     const std::string& userName(std::uint32_t uid);
     SystemLine systemLine();
 
@@ -63,6 +65,7 @@ private:
     std::shared_ptr<SystemStatistics> statistics_;
     int unreadableCount_ = 0;
     std::uint64_t sampleNumber_ = 0;
+    std::optional<double> previousSeconds_;
     std::unordered_map<std::int32_t, Previous> previousCPU_;
     std::optional<HostTicks> previousTicks_;
     std::unordered_map<std::uint32_t, std::string> userNames_;

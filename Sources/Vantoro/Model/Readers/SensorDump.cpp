@@ -231,7 +231,7 @@ std::string SensorDump::graphicsWork(const std::optional<GraphicsShares>& shares
     const std::string known = count == 0   ? "no program"
                               : count == 1 ? fmt::format("1 program, {:.0f}%", most)
                                            : fmt::format("{} programs, the busiest {:.0f}%", count, most);
-    return known + (shares->hasAll ? "" : " (of those that may be read)");
+    return known + (shares->hasAll ? "" : " (as far as they are told)");
 }
 
 } // namespace vantoro

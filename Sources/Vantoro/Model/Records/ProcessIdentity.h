@@ -37,6 +37,11 @@ struct ProcessIdentity {
         return kind == ProcessKind::kernel &&
                (displayName.starts_with("idle_inject") || displayName.starts_with("kidle_inj"));
     }
+    /// That, or the Mac's kernel while thermal pressure is serious or worse: then it parks work so that the chip cools
+    /// down.
+    bool isSlowing(bool isUnderPressure) const {
+        return isCoolingPause() || (isUnderPressure && kind == ProcessKind::kernel && displayName == "kernel_task");
+    }
     bool operator==(const ProcessIdentity&) const = default;
 };
 

@@ -67,6 +67,10 @@ struct Verdict {
     std::string cause;
     /// The graphics processor's work is what the suspects are ranked by.
     bool isOfGraphics = false;
+    /// Memory is what is short, and the suspect is who holds most of it.
+    bool isOfMemory = false;
+    /// All that runs ran just the same while the machine was quiet: nobody is blamed for it.
+    bool ranWhileQuiet = false;
 
     /// Whether it speaks of how busy the processors are: nothing else is known, or they are hard at work though neither
     /// fan nor chip shows it yet. A Mac's never does the latter.

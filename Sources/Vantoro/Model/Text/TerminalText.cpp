@@ -145,6 +145,10 @@ bool isUnprintable(std::uint32_t letter) {
 }
 
 void appendTerminalText(std::string& text, std::string_view raw, std::size_t mostBytes) {
+    if (const std::string_view kept = raw.substr(0, mostBytes); std::ranges::all_of(kept, isPrintableAscii)) {
+        text += kept;
+        return;
+    }
     for (std::size_t left = mostBytes; !raw.empty();) {
         const Character character = firstCharacter(raw);
         const bool isShown = character.letter && !isUnprintable(*character.letter);

@@ -57,14 +57,21 @@ TEST_F(LinuxAppIdentityTests, KnowsWhoseAProcessIs) {
           // Work in a shell is the user's own.
           Case{2200, "/usr/bin/term-emulator",
                of(userApp, "Terminal", "/usr/share/applications/org.example.Term-emulator.desktop")},
-          Case{2210, "/usr/bin/bash", {.kind = commandLine}}, Case{2230, "/usr/bin/make", {.kind = commandLine}},
-          Case{2231, "/usr/lib/gcc/cc1plus", {.kind = commandLine}},
+          Case{2210, "/usr/bin/bash", {.kind = commandLine, .owningAppName = "bash"}},
+          Case{2230, "/usr/bin/make", {.kind = commandLine, .owningAppName = "make"}},
+          Case{2231, "/usr/lib/gcc/cc1plus", {.kind = commandLine, .owningAppName = "make"}},
           // Elsewhere the entry's command counts; of two that run it, the one that is the program's own names it.
           Case{2600, "/usr/lib/editor/editor", of(userApp, "Text Editor", editor)}}) {
         ProcessOrigin origin = table.origin(pid);
         origin.path = path;
         EXPECT_EQ(identity_.membership(pid, origin, true), membership) << path;
     }
+    // A shell of the application's own that runs a script, and a shell's work that outlived its terminal.
+    ProcessOrigin make = table.origin(2230);
+    make.shell = ProcessOrigin::Shell::script;
+    EXPECT_EQ(identity_.membership(2230, make, true).owningAppName, "Terminal");
+    make.shell = ProcessOrigin::Shell::first;
+    EXPECT_EQ(identity_.membership(2230, make, true).owningAppName, "make");
     for (const char* path :
          {"/usr/bin/vie wer", // its command begins with a launcher
                               // A terminal program, a hidden one, an interpreter, a shell.
@@ -104,14 +111,59 @@ TEST_F(LinuxAppIdentityTests, NamesWorkByItsGroupItsScriptAndItsGame) {
          true,
          systemDaemon,
          "-",
-         "-"},
+         "pipewire"},
         {{.path = "/usr/lib/systemd/systemd", .controlGroup = manager + "init.scope"}, true, systemDaemon, "-", "-"},
         {{.path = "/usr/bin/make", .controlGroup = "/system.slice/cron.service", .shell = first},
          true,
          systemDaemon,
          "-",
+         "cron"},
+        {{.path = "(nginx)", .controlGroup = "/system.slice/nginx.service"}, false, systemDaemon, "-", "nginx"},
+        {{.path = "/usr/lib/Xorg", .controlGroup = "/system.slice/lightdm.service"}, false, systemDaemon, "-", "-"},
+        {{.path = "/usr/bin/gnome-shell", .controlGroup = manager + "session.slice/org.gnome.Shell@wayland.service"},
+         true,
+         systemDaemon,
+         "-",
          "-"},
-        {{.path = "(nginx)", .controlGroup = "/system.slice/nginx.service"}, false, systemDaemon, "-", "-"},
+        {{.path = "/usr/bin/postgres",
+          .controlGroup = "/system.slice/system-postgresql.slice/postgresql@15-a\\x2db.service"},
+         false,
+         systemDaemon,
+         "-",
+         "postgresql@15-a-b"},
+        // Jobs: of a shell, of the clock, of whoever logs in, started as a service, and where no units are.
+        {{.path = "(cc1plus)", .controlGroup = session, .shell = inner, .job = "make"}, true, commandLine, "-", "make"},
+        {{.path = "/bin/xz", .controlGroup = "/system.slice/cron.service", .shell = script, .job = "backup.sh"},
+         false,
+         systemDaemon,
+         "-",
+         "backup.sh"},
+        {{.path = "/usr/bin/rsync", .controlGroup = "/system.slice/ssh.service", .job = "rsync"},
+         true,
+         commandLine,
+         "-",
+         "rsync"},
+        {{.path = "/bin/cc", .controlGroup = manager + "app.slice/run-u3.service", .job = "make"},
+         true,
+         commandLine,
+         "-",
+         "make"},
+        {{.path = "/bin/cc", .controlGroup = "/system.slice/run-r7.scope", .job = "make"},
+         false,
+         systemDaemon,
+         "-",
+         "make"},
+        {{.path = "/bin/cc", .controlGroup = "/system.slice/actions.runner.ada-engine.box.service", .job = "make"},
+         false,
+         systemDaemon,
+         "-",
+         "actions.runner.ada-engine.box"},
+        {{.path = "/bin/cc", .controlGroup = "/", .job = "make"}, false, std::nullopt, "-", "make"},
+        {{.path = "/bin/x", .controlGroup = manager + "session.slice/dbus-:1.2-org.example.X@0.service", .job = "x"},
+         true,
+         systemDaemon,
+         "-",
+         "-"},
         {{.path = "(nginx)", .controlGroup = "/"}, false, std::nullopt, "-", "-"},
         // Containers.
         {{.path = "/usr/bin/redis", .controlGroup = "/system.slice/docker-" + id + ".scope"},

@@ -158,6 +158,8 @@ protected:
         machine.lane()->waitAlways(60);
         machine.write("sys/class/drm/renderD128/device/power/control", "on\n");
         machine.write("proc/self/fd/0", "");
+        std::filesystem::create_directories(machine.root() + "/proc/self/ns");
+        std::filesystem::create_symlink("pid:[4026531836]", machine.root() + "/proc/self/ns/pid");
     }
 
     void open(int pid, int number, const std::string& file = "/dev/dri/renderD128") {
@@ -214,6 +216,8 @@ TEST_F(Rendering, EachClientIsCountedOnceAndForItsProcess) {
     EXPECT_EQ(programs(0), (Programs{{100, 90}, {200, 50}})) << "the busiest engine";
     EXPECT_NEAR(shares->leastBusyPercent, 90, 0.01) << "render is busy for 30 + 10 + 50";
     EXPECT_TRUE(shares->hasAll);
+    machine.remove("proc/self/ns");
+    EXPECT_FALSE(read(10)->hasAll) << "a container does not see everybody";
 }
 
 TEST_F(Rendering, TheSharesOfAnEngineAddUpToNoMoreThanItHas) {

@@ -150,7 +150,7 @@ TEST_F(Strained, TheDumpSaysWhatIsKnown) {
     EXPECT_EQ(SensorDump::graphicsWork(GraphicsShares{.programs = {{.pid = 7, .percent = 41.6}}, .hasAll = true}),
               "1 program, 42%");
     EXPECT_EQ(SensorDump::graphicsWork(GraphicsShares{.programs = {{.pid = 7, .percent = 5}, {8, 90}}}),
-              "2 programs, the busiest 90% (of those that may be read)");
+              "2 programs, the busiest 90% (as far as they are told)");
     EXPECT_EQ(dump({{.isPerformance = true}, {.isPerformance = true}}, {.throttle = Reasons(std::in_place)}),
               "Cores: 2, clocks unknown\n"
               "Processors draw unknown  graphics busy unknown\n"

@@ -162,6 +162,38 @@ TEST(LinuxProcessTable, TellsFiguresOfOnesOwnProcessesOnly) {
     EXPECT_FALSE(table->taskRecord(8)) << "nor without a short record before";
 }
 
+TEST(LinuxProcessTable, TheSamplerCountsWhatEndedAndWhatBegan) {
+    const TemporaryFolder folder;
+    static double now = 0;
+    now = 100;
+    LinuxProcessTable::Options here = options(folder.path());
+    here.bootSeconds = [] { return now; };
+    UnprivilegedProcesses sampler(std::make_shared<LinuxProcessTable>(here), nullptr);
+    using Shares = std::vector<std::pair<std::int32_t, double>>;
+    const auto shares = [&](unsigned long busy) {
+        folder.write("proc/stat", "cpu " + std::to_string(busy) + " 0 0 0\n");
+        Shares found;
+        for (const ProcessSample& row : sampler.sample(now).processes)
+            if (row.cpuPercent != 0)
+                found.emplace_back(row.pid(), row.cpuPercent);
+        now += 2;
+        return found;
+    };
+    testing::Relative make{.pid = 20, .parent = 1, .group = 20, .session = 20, .name = "make", .ticks = 50};
+    writeRelative(folder, make);
+    EXPECT_EQ(shares(1000), Shares{});
+    make.childTicks = 40;
+    make.ticks = 60;
+    writeRelative(folder, make);
+    writeRelative(folder,
+                  {.pid = 21, .parent = 20, .group = 20, .session = 20, .name = "cc1", .ticks = 30, .start = 10'020});
+    EXPECT_EQ(shares(1200), (Shares{{20, 25}, {21, 15}}));
+    folder.remove("proc/21");
+    make.childTicks += 80;
+    writeRelative(folder, make);
+    EXPECT_EQ(shares(1400), (Shares{{20, 25}})) << "less what was shown of it";
+}
+
 TEST(LinuxProcessTable, SurvivesBrokenFiles) {
     const TemporaryFolder folder;
     for (const char* name : {"proc/7/stat", "proc/7/status", "proc/not-a-pid/stat", "proc/99999999999999/stat"})
