@@ -70,7 +70,7 @@ TEST(SuspectsModelTests, RowsSayWhatAnApplicationIsAndWhetherItMayBeEnded) {
     rows.push_back(process(301, "AirPlayXPCHelper", 20, ProcessKind::commandLine));
     rows.push_back(process(302, "WindowServer", 10, ProcessKind::helper));
     rows.push_back(process(303, "zsh", 5, ProcessKind::commandLine));
-    rows.push_back(process(304, "kernel_task", 2, ProcessKind::kernel));
+    rows.push_back(process(304, "kernel_thread", 2, ProcessKind::kernel));
     Snapshot snapshot = fanMachine(0.6, rows);
     snapshot.thermalPressure = ThermalPressure::serious;
     work(stage, snapshot);
@@ -93,7 +93,7 @@ TEST(SuspectsModelTests, RowsSayWhatAnApplicationIsAndWhetherItMayBeEnded) {
         {"AirPlay helper", "command-line work · AirPlayXPCHelper", "terminal", "20%", "peak 20% · pid 301", true},
         {"WindowServer", "a helper of an app you opened", "window", "10%", "peak 10% · pid 302", false},
         {"zsh", "command-line work", "terminal", "5%", "peak 5% · pid 303", true},
-        {"kernel_task", "the kernel", "cpu", "2%", "peak 2% · pid 304", false},
+        {"kernel_thread", "the kernel", "cpu", "2%", "peak 2% · pid 304", false},
     };
     ASSERT_EQ(model.rows.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
