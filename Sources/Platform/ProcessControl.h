@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vantoro {
@@ -42,6 +43,8 @@ public:
     virtual void list(std::vector<LivingProcess>& alive) = 0;
     /// None when no living process has this number.
     virtual std::optional<LivingProcess> find(std::int32_t pid) = 0;
+    /// The working folder of exactly this process; empty where it has ended or the system does not tell.
+    virtual std::string folder(const LivingProcess& process) = 0;
     /// Asks or ends exactly this process; a successor with the same number is left alone.
     virtual QuitAnswer end(const LivingProcess& process, QuitManner manner) = 0;
 };

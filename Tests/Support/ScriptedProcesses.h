@@ -5,6 +5,9 @@
 
 #include "Support/Testing.h"
 
+#include <map>
+#include <utility>
+
 namespace vantoro::testing {
 
 class ScriptedProcesses : public ProcessControl {
@@ -13,6 +16,7 @@ public:
         LivingProcess is;
         bool ignoresAsking = false;
         bool isRefused = false;
+        std::string folder = {};
     };
 
     std::int32_t ownPid() const override { return 4242; }
@@ -26,6 +30,10 @@ public:
         return found != alive.end() ? std::optional(found->second.is)
                : knowsAll           ? std::nullopt
                                     : std::optional(LivingProcess{.pid = pid, .birth = 1});
+    }
+    std::string folder(const LivingProcess& process) override {
+        const auto found = alive.find(process.pid);
+        return found != alive.end() ? found->second.folder : std::string();
     }
     QuitAnswer end(const LivingProcess& process, QuitManner manner) override {
         sent.emplace_back(process.pid, manner);

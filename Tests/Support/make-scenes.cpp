@@ -1,8 +1,8 @@
 // Writes the recordings that the pictures of the interface are made from, those of FOLDER/scenes.json: `make-scenes
 // FOLDER`. Each is 24 minutes on a made-up machine, sampled every 4 seconds: a build that makes the fans climb, a
 // background job on a fanless machine, a machine at rest, a build on a computer that tells neither fans nor
-// temperatures, and a picture being rendered on one whose fans tell their speeds only. A fixed generator, so that every
-// run writes the same figures.
+// temperatures, a picture being rendered on one whose fans tell their speeds only, a game that works the graphics
+// processor, and a build whose processes come and go. A fixed generator, so that every run writes the same figures.
 #include "Model/Recording/RecordingFile.h"
 
 #include <algorithm>
@@ -40,7 +40,9 @@ private:
 
 /// One of scenes.json. Its applications are daemons unless they say otherwise, with the shares that their processes
 /// have after the ramp, which comes so many seconds after the start. A figure has a value before and after, and the
-/// seconds that it takes to get there; one that is not stated is 0. What states its processors is no Mac.
+/// seconds that it takes to get there; one that is not stated is 0. What states its processors is no Mac. The first
+/// process of an application that states its "graphics" has this share of the graphics processor. Those of a job last
+/// "secondsEach" but for the last, which leads it; a script is told as "python3.11 codegen.py".
 struct Scene {
     explicit Scene(const json& stated) : all(&stated), ramp(number("ramp")), isMac(!stated.contains("processors")) {
         const std::vector<std::string> coolings{"fans", "passive", "heat", "load"};
@@ -85,6 +87,12 @@ ProcessSample processRow(const json& application, const std::string& name, std::
         identity.owningAppPath = isMac ? "/Applications/" + owner + ".app" : "/usr/share/applications/" + owner;
         identity.executablePath = isMac ? *identity.owningAppPath + "/Contents/MacOS/" + name : "/usr/lib/" + name;
         identity.kind = name == owner ? userApp : helper;
+    } else if (application.contains("secondsEach")) {
+        const std::size_t blank = std::min(name.find(' '), name.size());
+        identity.rawName = name.substr(0, blank);
+        identity.displayName = blank < name.size() ? name.substr(blank + 1) : name;
+        identity.owningAppName = owner;
+        identity.executablePath = "/usr/bin/" + identity.rawName;
     } else if (kind == commandLine && application["processes"].size() > 1) {
         identity.displayName = owner;
         identity.executablePath = "/usr/bin/" + name;
@@ -113,7 +121,8 @@ void addComputer(const Scene& scene, double since, Snapshot& snapshot, Noise& no
         const double told = rpm * (since < 0 ? 0.66 : 1) + (rpm > 0 ? 6 * noise.next() : 0);
         snapshot.fans.push_back({.index = static_cast<int>(snapshot.fans.size()), .rpm = std::round(told)});
     }
-    snapshot.power = {.gpuWatts = scene.states("gpuWatts") ? snapshot.power.gpuWatts : 0};
+    snapshot.power = {.systemWatts = scene.states("watts") ? snapshot.power.systemWatts : 0,
+                      .gpuWatts = scene.states("gpuWatts") ? snapshot.power.gpuWatts : 0};
     if (scene.states("cpuWatts"))
         snapshot.power.cpuWatts = tenths(scene.at("cpuWatts", since) + 0.8 * noise.next());
     snapshot.memory = {.totalBytes = snapshot.memory.totalBytes,
@@ -136,15 +145,27 @@ Snapshot moment(const Scene& scene, double time, double& heat, Noise& noise) {
     const auto at = [&](const char* name) { return scene.at(name, since); };
     Snapshot snapshot{.timestamp = start + time, .cooling = scene.cooling};
     std::int32_t pid = 300;
-    for (const json& application : (*scene.all)["applications"])
-        for (const json& process : application["processes"]) {
-            const double share = process[1].get<double>() * application.value("times", 1.0) *
-                                 (since < 0 ? application.value("shareBefore", 1.0) : 1);
+    for (const json& application : (*scene.all)["applications"]) {
+        const double times = since < 0 ? application.value("shareBefore", 1.0) : 1;
+        const double lasts = application.value("secondsEach", 0.0);
+        const json& processes = application["processes"];
+        for (std::size_t i = 0; i < processes.size(); ++i) {
+            const double share = processes[i][1].get<double>() * application.value("times", 1.0) * times;
             const double percent = tenths(share * (1 + 0.03 * noise.next()));
             pid += 11;
+            // Each begins at a time of its own.
+            const int round = lasts > 0 ? static_cast<int>((time + 2.6 * static_cast<double>(i)) / lasts) : 0;
+            const std::int32_t own =
+                lasts > 0 && i + 1 < processes.size() ? 48000 + 20 * round + static_cast<int>(i) : pid;
             if (percent > 0)
-                snapshot.processes.push_back(processRow(application, process[0], pid, percent, scene.isMac));
+                snapshot.processes.push_back(processRow(application, processes[i][0], own, percent, scene.isMac));
         }
+        if (!application.contains("graphics"))
+            continue;
+        ProcessSample& first = snapshot.processes[snapshot.processes.size() - processes.size()];
+        first.gpuPercent = tenths(application["graphics"].get<double>() * times * (1 + 0.02 * noise.next()));
+        snapshot.gpuPercent = std::min(snapshot.gpuPercent.value_or(0) + *first.gpuPercent, 98.0);
+    }
     const double soc = at("soc") + 0.7 * noise.next();
     heat += (soc - heat) * (time > 0 ? 1 - std::exp(-interval / 8) : 1);
     snapshot.chipHeat = heat;

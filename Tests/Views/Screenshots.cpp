@@ -81,7 +81,24 @@ struct Screen {
     /// Where the pointer rests on the window.
     std::optional<QPoint> pointer;
     Scene update = Scene::none;
+    /// The first row of the list is unfolded.
+    bool isUnfolded = false;
 };
+
+/// Those of the newest list live; the job was started in a folder of the user's.
+void startProcesses(Stage& stage) {
+    for (const ProcessSample& row : stage.hub.snapshot().processes)
+        stage.processes->start(row.pid()).folder = (QDir::homePath() + "/src/engine").toStdString();
+}
+
+void unfold(QWidget& window) {
+    const QList<SuspectRow*> rows = window.findChildren<SuspectRow*>();
+    QTest::mouseClick(*std::min_element(rows.begin(), rows.end(),
+                                        [](const SuspectRow* a, const SuspectRow* b) {
+                                            return a->mapToGlobal(QPoint()).y() < b->mapToGlobal(QPoint()).y();
+                                        }),
+                      Qt::LeftButton);
+}
 
 void play(Stage& stage, const std::string& recording) {
     stage.makeCores();
@@ -115,6 +132,11 @@ void take(Album& album, const Screen& screen) {
     stage.settle();
     if (screen.showsReport)
         window.openReport();
+    if (screen.isUnfolded) {
+        startProcesses(stage);
+        unfold(window);
+        stage.settle();
+    }
     // Without a place of its own the pointer rests where nothing minds it.
     const QPoint pointer = screen.pointer.value_or(QPoint(2, 2));
     QWidget* const under = window.childAt(pointer);
@@ -177,6 +199,8 @@ int main(int argumentCount, char** arguments) {
     const std::string calm = "design-calm.jsonl.gz";
     const std::string busy = "design-busy.jsonl.gz";
     const std::string heat = "design-heat.jsonl.gz";
+    const std::string graphics = "design-graphics.jsonl.gz";
+    const std::string job = "design-job.jsonl.gz";
     const QSize narrow(MainWindow::smallestSize.width(), MainWindow::usualSize.height());
     const Screen screens[]{
         {.name = "now-dark", .recording = fans},
@@ -191,6 +215,10 @@ int main(int argumentCount, char** arguments) {
         {.name = "now-heat-dark", .recording = heat},
         {.name = "now-heat-light", .recording = heat, .appearance = Appearance::light},
         {.name = "now-heat-narrow-dark", .recording = heat, .size = narrow},
+        {.name = "now-graphics-dark", .recording = graphics},
+        {.name = "now-graphics-light", .recording = graphics, .appearance = Appearance::light},
+        {.name = "now-job-dark", .recording = job, .isUnfolded = true},
+        {.name = "now-job-light", .recording = job, .appearance = Appearance::light, .isUnfolded = true},
         {.name = "now-starting-light", .appearance = Appearance::light},
         {.name = "now-simulated-dark", .recording = fans, .simulation = Simulation::sensors},
         {.name = "update-available-dark", .recording = fans, .update = Scene::available},

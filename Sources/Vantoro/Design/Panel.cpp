@@ -6,6 +6,14 @@
 
 namespace vantoro {
 
+namespace {
+/// Between the title and what stands beside it.
+constexpr int titleGap = 12;
+constexpr int markSize = 12;
+constexpr int markGap = 4;
+constexpr int dotWidth = 10;
+} // namespace
+
 Panel::Panel(Look& look, QWidget* parent) : PaintedWidget(look, parent), body_(new QVBoxLayout(this)) {
     body_->setSpacing(0);
     placeBody();
@@ -38,6 +46,20 @@ void Panel::setSubtitle(const QString& subtitle) {
 
 void Panel::setCaption(const QString& caption) {
     assign(caption_, caption);
+}
+
+void Panel::setCaptionMark(const QString& icon, const QString& text) {
+    assign(markIcon_, icon);
+    assign(markText_, text);
+}
+
+double Panel::markWidth() const {
+    return markIcon_.isEmpty() ? 0 : dotWidth + markSize + markGap + textWidth(Type::caption, markText_);
+}
+
+bool Panel::hasRoomForCaption(const QString& caption) const {
+    const double taken = 2 * Space::panelPadding + roomAtRight_ + textWidth(Type::sectionTitle, title_) + titleGap;
+    return textWidth(Type::caption, caption) + markWidth() <= width() - taken;
 }
 
 void Panel::setRoomAtRight(int points) {
@@ -84,7 +106,6 @@ void Panel::paintEvent(QPaintEvent* event) {
     if (title_.isEmpty() || asked.top() >= titleHeight * theme().textScale())
         return;
     constexpr int iconSize = 16;
-    constexpr int gap = 12;
     QRectF line(Space::panelPadding, 0, width() - 2 * Space::panelPadding, titleHeight * theme().textScale());
     if (roomAtRight_ > 0)
         line.setRight(line.right() - roomAtRight_);
@@ -95,13 +116,24 @@ void Panel::paintEvent(QPaintEvent* event) {
     }
     const double titleWidth = std::min(textWidth(Type::sectionTitle, title_), line.width());
     drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), title_);
-    line.setLeft(line.left() + titleWidth + gap);
+    line.setLeft(line.left() + titleWidth + titleGap);
     if (!figure_.isEmpty()) {
         drawText(painter, line, Type::sectionTitle, color(Tone::textPrimary), figure_, Qt::AlignRight);
-        line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - gap);
+        line.setRight(line.right() - textWidth(Type::sectionTitle, figure_) - titleGap);
     } else if (!caption_.isEmpty()) {
-        drawText(painter, line, Type::caption, color(Tone::textTertiary), caption_, Qt::AlignRight);
-        line.setRight(line.right() - textWidth(Type::caption, caption_) - gap);
+        const auto say = [&](const QString& text) {
+            drawText(painter, line, Type::caption, color(Tone::textTertiary), text, Qt::AlignRight);
+        };
+        if (!markIcon_.isEmpty()) {
+            say(markText_);
+            line.setRight(line.right() - markWidth());
+            const QRectF dot(line.right(), line.top(), dotWidth, line.height());
+            drawText(painter, dot, Type::caption, color(Tone::textTertiary), QStringLiteral("·"), Qt::AlignHCenter);
+            drawIcon(painter, QRectF(dot.right(), line.top(), markSize, line.height()), markIcon_, markSize,
+                     color(Tone::textTertiary));
+        }
+        say(caption_);
+        line.setRight(line.right() - textWidth(Type::caption, caption_) - titleGap);
     }
     if (!subtitle_.isEmpty() && line.width() > 0)
         drawText(painter, line, Type::small, color(Tone::textTertiary), subtitle_);

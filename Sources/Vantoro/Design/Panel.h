@@ -39,6 +39,8 @@ public:
     /// Tertiary, at the right end; elides before the title does.
     void setCaption(const QString& caption);
     const QString& caption() const { return caption_; }
+    /// What a small icon stands for, at the caption's end; neither where the name is empty.
+    void setCaptionMark(const QString& icon, const QString& text);
     /// What stands at the title line's right end beside the panel's own texts takes so many points.
     void setRoomAtRight(int points);
     /// A figure in place of the caption: primary, semibold.
@@ -54,9 +56,13 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void themeChanged() override;
+    /// Whether this caption stands beside the title in full, with its mark.
+    bool hasRoomForCaption(const QString& caption) const;
 
 private:
     void placeBody();
+    /// Of the dot behind the caption, the icon and its text.
+    double markWidth() const;
     void assign(QString& member, const QString& value);
 
     QVBoxLayout* body_;
@@ -64,6 +70,8 @@ private:
     QString icon_;
     QString subtitle_;
     QString caption_;
+    QString markIcon_;
+    QString markText_;
     QString figure_;
     int roomAtRight_ = 0;
     int sidePadding_ = Space::panelPadding;

@@ -125,6 +125,9 @@ TEST(FanListTests, TellsSpeedsWithoutAShareAndLeavesTheManyToSensors) {
     EXPECT_EQ(dialsModel(stage.hub).fans->foot, "what they can reach is not known");
     snapshot.fans[1].learnsLimits = true;
     stage.hub.accept(snapshot);
+    EXPECT_EQ(dialsModel(stage.hub).fans->foot, "limits are learned within a day; what another can reach is not known");
+    snapshot.fans[0].learnsLimits = true;
+    stage.hub.accept(snapshot);
     EXPECT_EQ(dialsModel(stage.hub).fans->foot, "limits are learned within a day");
 }
 

@@ -232,7 +232,8 @@ TEST(PaneWords, SensorsSayWhatWaitsWhatSlowsAndWhatFansCannotTell) {
     now.timestamp += 2;
     now.fans.front() = {.index = 0, .rpm = 900, .name = "Rear fan", .learnsLimits = true};
     stage.hub.accept(now);
-    EXPECT_EQ(sensorsModel(stage.hub, {}, {}).fansNote, "limits are learned within a day");
+    EXPECT_EQ(sensorsModel(stage.hub, {}, {}).fansNote,
+              "limits are learned within a day; what another can reach is not known");
     SensorsView view(stage.context);
     stage.picture(view, {1040, 778});
     for (const SensorRow* const row : view.findChildren<SensorRow*>())

@@ -36,7 +36,9 @@ SuspectRowModel row(const QString& key, double percent, bool offersQuit = true) 
 
 SuspectsModel list(std::vector<SuspectRowModel> rows) {
     SuspectsModel model{.title = "Suspects", .rows = std::move(rows), .cores = 12};
-    model.expandAction = "Expand";
+    model.unfoldAction = "Unfold";
+    model.foldAction = "Fold";
+    model.unfoldedWord = "unfolded";
     model.quitAction = "Quit…";
     if (model.rows.size() > SuspectsModel::rowsAtFirst) {
         model.showAll = "Show all";
@@ -189,7 +191,7 @@ TEST(SuspectsPanelTests, IsDrivenByKeyboardAndPointer) {
     EXPECT_EQ(shownRows(panel).size(), 6U);
     EXPECT_EQ(panel.heightFor(616), 44 + 6 * 48 + 12);
     QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(shownRows(panel)[0]);
-    EXPECT_EQ(spoken->role(), QAccessible::ListItem);
+    EXPECT_EQ(spoken->role(), QAccessible::TreeItem);
     EXPECT_EQ(spoken->text(QAccessible::Name), "A, an app you opened");
     EXPECT_TRUE(spoken->actionInterface()->actionNames().contains("Quit…"));
 }

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <libproc.h>
 #include <sys/proc_info.h>
 #include <unistd.h>
@@ -58,6 +59,17 @@ void DarwinProcessControl::list(std::vector<LivingProcess>& alive) {
     for (const std::int32_t pid : pids)
         if (const auto process = find(pid))
             alive.push_back(*process);
+}
+
+std::string DarwinProcessControl::folder(const LivingProcess& process) {
+    proc_vnodepathinfo record{};
+    constexpr int size = sizeof record;
+    const bool isTold = ::proc_pidinfo(process.pid, PROC_PIDVNODEPATHINFO, 0, &record, size) == size;
+    const auto now = find(process.pid);
+    if (!isTold || !now || now->birth != process.birth)
+        return {};
+    const char* const path = record.pvi_cdir.vip_path;
+    return {path, ::strnlen(path, sizeof record.pvi_cdir.vip_path)};
 }
 
 QuitAnswer DarwinProcessControl::end(const LivingProcess& process, QuitManner manner) {

@@ -86,6 +86,15 @@ void LinuxProcessControl::list(std::vector<LivingProcess>& alive) {
     }
 }
 
+std::string LinuxProcessControl::folder(const LivingProcess& process) {
+    std::array<char, 4096> room; // PATH_MAX: the kernel gives no more
+    const ssize_t size =
+        ::readlink(("/proc/" + std::to_string(process.pid) + "/cwd").c_str(), room.data(), room.size());
+    const auto now = find(process.pid);
+    const bool isSame = now && now->birth == process.birth;
+    return isSame && size > 0 ? std::string(room.data(), static_cast<std::size_t>(size)) : std::string();
+}
+
 QuitAnswer LinuxProcessControl::end(const LivingProcess& process, QuitManner manner) {
     if (process.pid <= 1 || process.pid == ownPid())
         return QuitAnswer::refused;

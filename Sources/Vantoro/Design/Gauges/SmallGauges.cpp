@@ -13,6 +13,7 @@ constexpr double radius = 2;
 constexpr double narrowestCell = 6;
 /// What works at all is to be seen.
 constexpr double leastFill = 1.5;
+constexpr double leastOutline = 3;
 } // namespace
 
 CoreBar::CoreBar(Look& look, QWidget* parent) : PaintedWidget(look, parent) {
@@ -54,6 +55,11 @@ void CoreBar::jump() {
 void CoreBar::setBarHeight(int points) {
     height_ = points;
     updateGeometry();
+    update();
+}
+
+void CoreBar::setHollow(bool hollow) {
+    isHollow_ = hollow;
     update();
 }
 
@@ -99,11 +105,13 @@ void CoreBar::paintEvent(QPaintEvent*) {
         edges.quadTo(line.bottomRight(), QPointF(line.right(), line.bottom() - radius));
     }
     painter.strokePath(edges, QPen(color(Tone::rampMark), 1, Qt::SolidLine, Qt::FlatCap));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
+    painter.setPen(isHollow_ ? QPen(fill, 1) : QPen(Qt::NoPen));
+    painter.setBrush(isHollow_ ? color(Tone::panel) : fill);
     for (int i = 0; i < cells && part(i) > 0; ++i) {
         QRectF filled = box(i);
-        filled.setWidth(std::max(part(i) * cell, i == 0 ? leastFill : 0));
+        filled.setWidth(std::max(part(i) * cell, isHollow_ ? leastOutline : i == 0 ? leastFill : 0));
+        if (isHollow_)
+            filled.adjust(0.5, 0.5, -0.5, -0.5);
         const double corner = std::min(radius, filled.width() / 2);
         painter.drawRoundedRect(filled, corner, corner);
     }

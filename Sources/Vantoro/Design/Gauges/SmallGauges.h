@@ -7,8 +7,8 @@
 namespace vantoro {
 
 /// Work measured in cores: one cell of the bar is one core, so 486 % is seen as almost five of twelve. With more cores
-/// than cells can be told apart, or with none known, one continuous bar. Pure decoration for a screen reader: the
-/// figure beside it says the same.
+/// than cells can be told apart, or with none known, one continuous bar; of one core it is the bar of any share of one
+/// thing, the graphics processor's too. Pure decoration for a screen reader: the figure beside it says the same.
 class CoreBar : public PaintedWidget, public Animated {
     Q_OBJECT
 public:
@@ -27,6 +27,8 @@ public:
     void jump();
     /// In points: 8 unless told.
     void setBarHeight(int points);
+    /// What is filled is only outlined: a share that belongs to nobody.
+    void setHollow(bool hollow);
 
     QSize sizeHint() const override { return {220, height_}; }
     QSize minimumSizeHint() const override { return {40, height_}; }
@@ -46,6 +48,7 @@ private:
     int cores_ = 0;
     std::optional<int> heatStop_;
     int height_ = 8;
+    bool isHollow_ = false;
 };
 
 /// The course of one figure as a small line with a dot at its end. Drawn in ink on a panel. Points that are not above 0

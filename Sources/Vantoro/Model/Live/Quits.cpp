@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <utility>
 
 namespace vantoro {
@@ -38,11 +39,45 @@ void Quits::disable() {
 }
 
 int Quits::living(const ProcessGroup& group) const {
+    return static_cast<int>(control_ ? livingOf(group).size() : group.members.size());
+}
+
+bool Quits::isKnownToLive(const ProcessAggregate& member) const {
+    return control_ && (member.pid <= 1 || member.pid == control_->ownPid() || livingProcess(*control_, member));
+}
+
+std::vector<LivingProcess> Quits::livingOf(const ProcessGroup& group) const {
+    std::vector<LivingProcess> living;
+    for (const ProcessAggregate& member : group.members)
+        if (const auto process = livingProcess(*control_, member))
+            living.push_back(*process);
+    // Who waits for the others to end may be in no list: it uses nothing. A session's leader is the shell that takes
+    // the next command.
+    const bool isJob =
+        system_ != SystemKind::macos && group.kind == ProcessKind::commandLine &&
+        std::ranges::any_of(group.members, [](const auto& member) { return member.owningAppName.has_value(); });
+    std::vector<std::int32_t> leaders;
+    for (const LivingProcess& process : living)
+        if (isJob && process.groupPid != process.sessionPid &&
+            std::ranges::find(leaders, process.groupPid) == leaders.end() &&
+            std::ranges::find(living, process.groupPid, &LivingProcess::pid) == living.end())
+            leaders.push_back(process.groupPid);
+    // Its number is nobody else's while anyone of its process group lives.
+    constexpr UnixSeconds whenever = std::numeric_limits<UnixSeconds>::max();
+    for (const std::int32_t pid : leaders)
+        if (const auto leader = livingProcess(*control_, {.pid = pid, .firstSeen = whenever}))
+            living.push_back(*leader);
+    return living;
+}
+
+std::string Quits::workingFolder(const ProcessGroup& group) const {
     if (!control_)
-        return static_cast<int>(group.members.size());
-    return static_cast<int>(std::ranges::count_if(group.members, [this](const ProcessAggregate& member) {
-        return livingProcess(*control_, member).has_value();
-    }));
+        return {};
+    const std::vector<LivingProcess> living = livingOf(group);
+    const auto leads = [](const LivingProcess& process) { return process.groupPid == process.pid; };
+    const auto first = std::ranges::min_element(
+        living, {}, [&](const LivingProcess& process) { return std::pair(!leads(process), process.startedAt); });
+    return first != living.end() ? control_->folder(*first) : std::string();
 }
 
 bool Quits::holdsOwn(const ProcessGroup& group) const {
@@ -58,10 +93,8 @@ bool Quits::isEnded(const ProcessGroup& group) const {
 std::optional<QuitQuestion> Quits::question(const ProcessGroup& group) {
     if (!control_)
         return std::nullopt;
-    QuitQuestion question{.key = group.key, .name = friendlyName(group, system_), .processes = {}, .known = {}};
-    for (const ProcessAggregate& member : group.members)
-        if (const auto process = livingProcess(*control_, member))
-            question.processes.push_back(*process);
+    QuitQuestion question{
+        .key = group.key, .name = friendlyName(group, system_), .processes = livingOf(group), .known = {}};
     if (question.processes.empty()) {
         note(QuitResult::Kind::hadEnded, question.name, static_cast<int>(group.members.size()));
         emit changed();

@@ -43,8 +43,14 @@ public:
     /// From now on process numbers mean nothing here.
     void disable();
 
-    /// How many of the group's processes are alive and could be asked; all of them where that cannot be told.
+    /// How many of the group's processes are alive and could be asked, the leader of their job among them; all of them
+    /// where that cannot be told.
     int living(const ProcessGroup& group) const;
+    /// False also where it cannot be told.
+    bool isKnownToLive(const ProcessAggregate& member) const;
+    /// Where the group's job works: the working folder of its leader or, where that has ended, of the oldest of its
+    /// processes that live. Empty where it cannot be told.
+    std::string workingFolder(const ProcessGroup& group) const;
     /// Whether this program is one of them.
     bool holdsOwn(const ProcessGroup& group) const;
     /// The group was ended from here, and nothing of it has come back.
@@ -80,6 +86,7 @@ private:
         double at = 0;
     };
 
+    std::vector<LivingProcess> livingOf(const ProcessGroup& group) const;
     void settle();
     void note(QuitResult::Kind kind, const std::string& name, int processes);
     Open* open(const std::string& key);

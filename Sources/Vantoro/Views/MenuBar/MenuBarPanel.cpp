@@ -32,6 +32,9 @@ constexpr int rowHeight = 28;
 constexpr int barWidth = 96;
 constexpr int barHeight = 6;
 constexpr int figureColumn = 54;
+constexpr int barGap = 12;
+constexpr int barIcon = 12;
+constexpr int barIconGap = 6;
 constexpr int buttonHeight = 30;
 constexpr int iconButtonWidth = 34;
 
@@ -92,7 +95,7 @@ private:
     std::vector<MenuBarPanelModel::Figure> figures_;
 };
 
-/// One application: name, bar, figure.
+/// One application: name, bar, figure; of one that is named for its graphics work they are of that, beside an icon.
 class MenuBarPanel::SuspectLine : public PaintedWidget {
 public:
     SuspectLine(Look& look, QWidget* parent) : PaintedWidget(look, parent), bar_(new CoreBar(look, this)) {
@@ -100,10 +103,14 @@ public:
     }
 
     void show(const SuspectRowModel& row, int cores) {
-        const bool isOther = row.key != row_.key;
-        const bool textChanged = row.name != row_.name || row.figure != row_.figure || row.heatStop != row_.heatStop;
+        const bool isOther = row.key != row_.key || row.isNamedForGraphics != row_.isNamedForGraphics;
+        const bool textChanged =
+            isOther || row.name != row_.name || figureOf(row) != figureOf(row_) || row.heatStop != row_.heatStop;
         row_ = row;
-        bar_->show(row.percent, cores, row.heatStop);
+        if (row.isNamedForGraphics)
+            bar_->show(row.graphicsPercent.value_or(0), 1, row.heatStop);
+        else
+            bar_->show(row.percent, cores, row.heatStop);
         if (isOther)
             bar_->jump();
         if (!textChanged)
@@ -130,16 +137,22 @@ protected:
         QPainter painter(this);
         drawText(painter, QRectF(0, 0, nameWidth(), height()), nameStyle(), color(Tone::textPrimary), row_.name);
         drawText(painter, QRectF(width() - figureWidth(), 0, figureWidth(), height()), nameStyle(),
-                 color(Tone::textPrimary), row_.figure, Qt::AlignRight, Qt::ElideNone);
+                 color(Tone::textPrimary), figureOf(row_), Qt::AlignRight, Qt::ElideNone);
+        if (row_.isNamedForGraphics)
+            drawIcon(painter, QRectF(nameWidth() + barGap, 0, barIcon, height()), "cube.transparent", barIcon,
+                     color(Tone::textTertiary));
     }
 
 private:
+    static const QString& figureOf(const SuspectRowModel& row) {
+        return row.isNamedForGraphics ? row.graphicsFigure : row.figure;
+    }
     TextStyle nameStyle() const { return row_.heatStop ? Type::body.semibold() : Type::body; }
     void explainCut() { setToolTip(textWidth(nameStyle(), row_.name) > nameWidth() ? row_.name : QString()); }
     int figureWidth() const { return qRound(figureColumn * theme().textScale()); }
     double nameWidth() const {
-        constexpr int gap = 12;
-        return width() - figureWidth() - barWidth - gap;
+        const int icon = row_.isNamedForGraphics ? barIcon + barIconGap : 0;
+        return width() - figureWidth() - barWidth - icon - barGap;
     }
 
     SuspectRowModel row_;

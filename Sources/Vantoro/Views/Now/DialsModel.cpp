@@ -38,6 +38,19 @@ std::optional<double> fanPosition(const FanReading& fan) {
     return std::clamp((fan.rpm - fan.minRPM) / span, 0.0, 1.0);
 }
 
+QString fanReachNote(const std::vector<FanReading>& fans) {
+    const auto learning = std::ranges::count_if(fans, &FanReading::learnsLimits);
+    const auto unknown = std::ranges::count_if(
+        fans, [](const FanReading& fan) { return !fanPosition(fan).has_value() && !fan.learnsLimits; });
+    if (learning > 0)
+        return unknown == 0   ? tr("limits are learned within a day")
+               : unknown == 1 ? tr("limits are learned within a day; what another can reach is not known")
+                              : tr("limits are learned within a day; what others can reach is not known");
+    if (unknown == 0 || unknown < std::ssize(fans))
+        return {};
+    return unknown == 1 ? tr("what it can reach is not known") : tr("what they can reach is not known");
+}
+
 FanRotorFigures rotorFigures(const FanReading& fan, const SensorHub& hub) {
     const bool isMeasuring = hub.measuring() != Measuring::done;
     FanRotorFigures figures;
@@ -150,11 +163,7 @@ bool hasRotor(const FanReading& fan, const SensorHub& hub) {
 
 FanListModel fanList(const SensorHub& hub) {
     const std::vector<FanReading>& fans = hub.vitals().fans;
-    const bool learns = std::ranges::any_of(fans, &FanReading::learnsLimits);
-    FanListModel model{.title = tr("Fans"),
-                       .unit = tr("rpm"),
-                       .rows = {},
-                       .foot = learns ? tr("limits are learned within a day") : tr("what they can reach is not known")};
+    FanListModel model{.title = tr("Fans"), .unit = tr("rpm"), .rows = {}, .foot = fanReachNote(fans)};
     const std::size_t shown = fans.size() > FanListModel::mostRows ? FanListModel::mostRows - 1 : fans.size();
     for (std::size_t i = 0; i < shown; ++i) {
         const QString name = nameOf(fans[i], hub);

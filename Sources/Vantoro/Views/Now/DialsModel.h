@@ -60,6 +60,9 @@ QString fanLine(const SensorHub& hub);
 FanRotorFigures rotorFigures(const FanReading& fan, const SensorHub& hub);
 /// The figures of a machine whose fans cannot be read: a wheel that stands still, and no speed.
 FanRotorFigures absentRotorFigures();
+/// What is not known of the fans' limits, and whether it is being learned; empty where only some are not known, and
+/// will not be.
+QString fanReachNote(const std::vector<FanReading>& fans);
 /// Where a fan stands between its limits, 0 to 1; none where they lie no more than 1 rpm apart.
 std::optional<double> fanPosition(const FanReading& fan);
 /// Whether a dial stands in the fans' place: on a machine that is not judged by them, and while nothing has been found.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <QDir>
 #include <QEvent>
 #include <QStyle>
 
@@ -115,6 +116,10 @@ NowView::NowView(ViewContext& context, QWidget* parent)
     connect(content_->hero(), &Hero::sensorsRequested, this, &NowView::sensorsRequested);
     const auto ask = [this](std::int32_t pid) { QuitAlert::ask(this->context(), *this, pid); };
     connect(content_->suspects(), &SuspectsPanel::quitRequested, this, ask);
+    connect(content_->suspects(), &SuspectsPanel::unfolded, this, [this](const QString& key) {
+        unfolded_ = {.key = key, .folder = jobFolder(hub(), key, QDir::homePath())};
+        showSuspects();
+    });
     connect(content_->suspects(), &SuspectsPanel::rowReached, this,
             [this](QWidget* row) { pane_->ensureWidgetVisible(row, 0, Space::windowMargin); });
     connect(content_->advice(), &AdvicePanel::quitRequested, this, ask);
@@ -148,7 +153,9 @@ void NowView::showHero() {
 
 void NowView::showSuspects() {
     context().actions.seePrograms();
-    content_->suspects()->show(suspectsModel(hub(), context().sources));
+    if (unfolded_.key != content_->suspects()->unfoldedKey())
+        unfolded_ = {}; // its program has left the list
+    content_->suspects()->show(suspectsModel(hub(), context().sources, unfolded_));
     content_->orderStops();
 }
 

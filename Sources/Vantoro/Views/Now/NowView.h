@@ -78,6 +78,7 @@ private:
 
     ScrollPane* pane_; // owned by Qt as children
     NowContent* content_;
+    UnfoldedRow unfolded_;
 };
 
 } // namespace vantoro

@@ -198,13 +198,9 @@ bool knowsLimits(const FanReading& fan) {
 }
 
 QString fansNote(const std::vector<FanReading>& fans) {
-    const auto known = std::ranges::count_if(fans, knowsLimits);
-    const auto count = std::ssize(fans);
-    if (std::ranges::any_of(fans, &FanReading::learnsLimits))
-        return tr("limits are learned within a day");
-    if (known == 0)
-        return count == 1 ? tr("what it can reach is not known") : tr("what they can reach is not known");
-    return std::ranges::any_of(fans, &FanReading::hasLearnedLimits) ? tr("limits learned by watching") : QString();
+    const QString note = fanReachNote(fans);
+    return note.isEmpty() && std::ranges::any_of(fans, &FanReading::hasLearnedLimits) ? tr("limits learned by watching")
+                                                                                      : note;
 }
 
 FanRowModel fanRow(const SensorHub& hub, const FanReading& fan) {

@@ -248,8 +248,10 @@ std::vector<SettingsGroupModel> settingsModel(const SensorHub& hub, const Settin
                                 {{15.0, tr("15 minutes")}, {30.0, tr("30 minutes")}, {60.0, tr("60 minutes")}}, 1);
     const Row appearance = chooser(Kind::segments, tr("Appearance"), Setting::appearance, settings,
                                    {{"system", tr("System")}, {"light", tr("Light")}, {"dark", tr("Dark")}}, 0);
-    const Row unit = chooser(Kind::segments, tr("Temperature"), Setting::temperatureUnit, settings,
-                             {{"C", tr("Celsius")}, {"F", tr("Fahrenheit")}}, 0);
+    Row unit = chooser(Kind::segments, tr("Temperature"), Setting::temperatureUnit, settings,
+                       {{"C", tr("Celsius")}, {"F", tr("Fahrenheit")}}, 0);
+    unit.isShown = words.isMac() || cooling != Cooling::load ||
+                   std::ranges::any_of(hub.extremes().temps, [](const auto& span) { return span.has_value(); });
     const Row processes = chooser(Kind::popUp, tr("Process list"), Setting::processMonitorMode, settings,
                                   {{"auto", tr("Every process")}, {"unprivileged", tr("Only my own")}}, 0);
     return {

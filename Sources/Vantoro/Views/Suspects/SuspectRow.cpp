@@ -1,36 +1,21 @@
 #include "Views/Suspects/SuspectRow.h"
 
-#include "Design/Panel.h"
-
 #include <algorithm>
 #include <initializer_list>
 #include <QKeyEvent>
-#include <QPainter>
-#include <QPaintEvent>
+#include <utility>
 
 namespace vantoro {
 
 namespace {
 
-constexpr int tileSize = 28;
-constexpr int textLeft = Space::panelPadding + tileSize + 12;
-constexpr int figureWidth = 52;
-constexpr int barGap = 12;
 constexpr int quitHeight = 24;
-constexpr int explanationGap = 2;
-constexpr int detailsGap = 6;
 constexpr int expandedBottom = 12;
-/// From this text scale on the bar has a line of its own.
-constexpr double stackedScale = 1.25;
-constexpr int stackedBar = 14;
 constexpr double fadeSeconds = 0.3;
 
-int plainTextHeight(const Theme& theme) {
-    const double lines = lineHeightOf(Type::body, theme) + lineHeightOf(Type::caption, theme);
-    return std::max(48, static_cast<int>(lines) + 12);
-}
-
 } // namespace
+
+using namespace SuspectPlaces;
 
 SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
     : Pressable(look, parent)
@@ -49,21 +34,39 @@ SuspectRow::SuspectRow(Look& look, AppIcons& icons, QWidget* parent)
 }
 
 void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) {
-    expandAction_ = words.expandAction;
+    unfoldAction_ = words.unfoldAction;
+    foldAction_ = words.foldAction;
+    unfoldedWord_ = words.unfoldedWord;
     quitAction_ = words.quitAction;
     cores_ = words.cores;
     forceAction_ = words.forceAction;
-    bar_->show(model.percent, words.cores, model.heatStop);
+    bar_->show(model.percent, words.cores, model.coreStop());
+    if (model.graphicsPercent && graphics_ == nullptr) {
+        graphics_ = new CoreBar(look(), this);
+        graphics_->setBarHeight(graphicsHeight);
+    }
+    if (graphics_ != nullptr) {
+        graphics_->show(model.graphicsPercent.value_or(0), 1, model.graphicsStop());
+        graphics_->setVisible(model.graphicsPercent.has_value());
+    }
     if (model == model_)
         return;
-    SuspectRowModel before = model_;
-    model_ = model;
+    SuspectRowModel before = std::exchange(model_, model);
     if (before.key != model.key)
         jump();
+    else if (isExpanded_ && !before.members.empty())
+        keepMembersOrder(before.members);
+    showMembers();
     fade_.set(model.quitting.isEmpty() ? 0 : 1, fadeSeconds, isVisible() && before.key == model.key);
     before.percent = model.percent;
     before.figure = model.figure;
     before.spokenFigure = model.spokenFigure;
+    if (before.members.size() == model.members.size())
+        before.members = model.members;
+    if (before.graphicsPercent && model.graphicsPercent) {
+        before.graphicsPercent = model.graphicsPercent;
+        before.graphicsFigure = model.graphicsFigure;
+    }
     if (!isExpanded_)
         before.details = model.details;
     if (before == model) {
@@ -78,8 +81,29 @@ void SuspectRow::show(const SuspectRowModel& model, const SuspectsModel& words) 
     announceChange();
 }
 
+void SuspectRow::keepMembersOrder(const std::vector<MemberModel>& before) {
+    std::ranges::stable_sort(model_.members, {}, [&before](const MemberModel& member) {
+        const auto place = std::ranges::find(before, member.key, &MemberModel::key) - before.begin();
+        return std::pair(member.isSummary, member.isSummary ? 0 : place);
+    });
+}
+
+void SuspectRow::showMembers() {
+    const std::size_t count = isExpanded_ ? model_.members.size() : 0;
+    memberRoom_ = count == 0 ? 0 : std::max(memberRoom_, count);
+    while (members_.size() < count)
+        members_.push_back(new MemberLine(look(), this));
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+        if (i < count)
+            members_[i]->show(model_.members[i], cores_, isNarrow_);
+        members_[i]->setVisible(i < count);
+    }
+}
+
 void SuspectRow::jump() {
     bar_->jump();
+    if (graphics_ != nullptr)
+        graphics_->jump();
     fade_.settle();
     cancelPress();
     quit_->cancelPress();
@@ -96,6 +120,9 @@ void SuspectRow::setExpanded(bool expanded) {
     if (expanded == isExpanded_)
         return;
     isExpanded_ = expanded;
+    memberRoom_ = 0;
+    showMembers();
+    place();
     update();
     announceChange(QAccessible::StateChanged);
 }
@@ -104,6 +131,7 @@ void SuspectRow::setNarrow(bool narrow) {
     if (narrow == isNarrow_)
         return;
     isNarrow_ = narrow;
+    showMembers();
     place();
     update();
 }
@@ -115,44 +143,53 @@ void SuspectRow::setFirst(bool first) {
     update();
 }
 
-bool SuspectRow::isStacked() const {
-    return theme().textScale() >= stackedScale;
+int SuspectRow::plainHeight() const {
+    return rowHeight(theme()) + (isStacked() && hasGraphics() ? betweenBars : 0);
 }
 
-int SuspectRow::plainHeight(const Theme& theme) {
-    return plainTextHeight(theme) + (theme.textScale() >= stackedScale ? stackedBar : 0);
+int SuspectRow::explanationHeight(int width) const {
+    if (model_.explanation.isEmpty())
+        return 0;
+    const auto lines = brokenLines(model_.explanation, font(Type::note), width - textLeft - Space::panelPadding).size();
+    return static_cast<int>(static_cast<double>(lines) * lineHeight(Type::note)) + detailsGap;
 }
 
 int SuspectRow::heightFor(int width) const {
-    int height = plainHeight(theme());
     if (!isExpanded_)
-        return height;
-    if (!model_.explanation.isEmpty()) {
-        const auto lines =
-            brokenLines(model_.explanation, font(Type::note), width - textLeft - Space::panelPadding).size();
-        height += static_cast<int>(static_cast<double>(lines) * lineHeight(Type::note)) + detailsGap;
-    }
-    return height - explanationGap + static_cast<int>(lineHeight(Type::caption)) + expandedBottom;
+        return plainHeight();
+    const int members =
+        static_cast<int>(memberRoom_) * MemberLine::heightIn(theme()) + (memberRoom_ > 0 ? membersGap : 0);
+    return plainHeight() + explanationHeight(width) + members - explanationGap +
+           static_cast<int>(lineHeight(Type::caption)) + expandedBottom;
 }
 
 QRect SuspectRow::figureRect() const {
-    const int wide = qRound(figureWidth * theme().textScale());
-    return {width() - Space::panelPadding - wide, 0, wide, plainTextHeight(theme())};
+    return figure(theme(), width(), textHeight(theme()));
 }
 
 QRect SuspectRow::barRect() const {
-    const QRect figure = figureRect();
-    const int height = bar_->sizeHint().height();
+    QRect bar = SuspectPlaces::bar(theme(), width(), textHeight(theme()), bar_->sizeHint().height(), isNarrow_);
     // The wider button stands at the bar's end, and the bar begins where every other does.
-    const int taken = model_.offersForce ? std::max(0, quitWidth() - 2 * Button::ringMargin - figure.width()) : 0;
+    if (model_.offersForce && !isStacked())
+        bar.setWidth(bar.width() - std::max(0, quitWidth() - 2 * Button::ringMargin - figureRect().width()));
+    if (!hasGraphics())
+        return bar;
     if (isStacked())
-        return {textLeft, plainTextHeight(theme()), width() - textLeft - Space::panelPadding, height};
-    const int wide = isNarrow_ ? 128 : 220;
-    return {figure.left() - barGap - wide, (figure.height() - height) / 2, wide - taken, height};
+        bar.setLeft(bar.left() + barIcon + barIconGap);
+    else
+        bar.moveTop((textHeight(theme()) - rowAtFirst) / 2 + upperBar - bar.height() / 2);
+    return bar;
+}
+
+QRect SuspectRow::graphicsRect() const {
+    QRect bar = barRect();
+    const int down = isStacked() ? betweenBars : lowerBar - upperBar;
+    return {bar.left(), bar.top() + down + (bar.height() - graphicsHeight) / 2, bar.width(), graphicsHeight};
 }
 
 double SuspectRow::nameWidth() const {
-    const int right = isStacked() ? figureRect().left() : barRect().left();
+    const int icon = hasGraphics() ? barIcon + barIconGap : 0;
+    const int right = isStacked() ? figureRect().left() : barRect().left() - icon;
     return std::max(0, right - barGap - textLeft);
 }
 
@@ -162,10 +199,18 @@ int SuspectRow::quitWidth() const {
 
 void SuspectRow::place() {
     bar_->setGeometry(mirrored(barRect()));
+    if (graphics_ != nullptr)
+        graphics_->setGeometry(mirrored(graphicsRect()));
+    const int line = MemberLine::heightIn(theme());
+    int y = plainHeight() - explanationGap + explanationHeight(width());
+    for (MemberLine* const member : members_) {
+        member->setGeometry(0, y, width(), line);
+        y += line;
+    }
     const QSize button = quit_->sizeHint();
     const int drawn = quitWidth();
     quit_->setGeometry(mirrored(QRect(width() - Space::panelPadding + Button::ringMargin - drawn,
-                                      (plainTextHeight(theme()) - button.height()) / 2, drawn, button.height())));
+                                      (textHeight(theme()) - button.height()) / 2, drawn, button.height())));
 }
 
 void SuspectRow::resizeEvent(QResizeEvent*) {
@@ -176,78 +221,19 @@ void SuspectRow::themeChanged() {
     place();
 }
 
-void SuspectRow::paintEvent(QPaintEvent* event) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (isMoving_)
-        painter.fillRect(rect(), color(Tone::panel));
-    if (isHovered())
-        painter.fillRect(rect(), color(Tone::hover));
-    if (bar_->geometry().contains(event->rect()))
-        return;
-    const double plain = plainTextHeight(theme());
-
-    const QRectF tile(Space::panelPadding, (plain - tileSize) / 2, tileSize, tileSize);
-    if (const QPixmap& icon = icons_.pixmap(model_.appPath, tileSize, devicePixelRatioF()); !icon.isNull()) {
-        painter.drawPixmap(mirrored(tile).toRect(), icon);
-    } else {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(color(Tone::well));
-        painter.drawRoundedRect(mirrored(tile), Space::iconTileRadius, Space::iconTileRadius);
-        drawIcon(painter, tile, model_.symbol, 16, color(Tone::textSecondary));
-    }
-
-    const bool isSuspect = model_.heatStop.has_value();
-    const double nameHeight = lineHeight(Type::body);
-    const double aboutHeight = lineHeight(Type::caption);
-    const double top = (plain - nameHeight - aboutHeight - 1) / 2 + 1;
-    const double textWidth = nameWidth();
-    drawText(painter, {textLeft, top, textWidth, nameHeight}, isSuspect ? Type::body.semibold() : Type::body.medium(),
-             color(Tone::textPrimary), model_.name);
-    drawText(painter, {textLeft, top + nameHeight, textWidth, aboutHeight}, Type::caption, color(Tone::textTertiary),
-             model_.about);
-    if (!quit_->isVisible())
-        paintFigure(painter);
-
-    if (isExpanded_) {
-        const double wide = width() - textLeft - Space::panelPadding;
-        double y = plainHeight(theme()) - explanationGap;
-        if (!model_.explanation.isEmpty()) {
-            y = drawLines(painter, {textLeft, y, wide, 0}, Type::note, color(Tone::textSecondary),
-                          brokenLines(model_.explanation, font(Type::note), wide)) +
-                detailsGap;
-        }
-        drawText(painter, {textLeft, y, wide, aboutHeight}, Type::caption, color(Tone::textTertiary), model_.details);
-    }
-    if (!isFirst_)
-        painter.fillRect(mirrored(QRect(textLeft, 0, width() - textLeft - Space::panelPadding, 1)), color(Tone::line));
-    drawFocusRing(painter, QRectF(rect()).adjusted(4, 2, -4, -2), Space::buttonRadius);
-}
-
-void SuspectRow::paintFigure(QPainter& painter) {
-    const double faded = fade_.value();
-    if (faded < 1) {
-        painter.setOpacity(1 - faded);
-        drawText(painter, figureRect(), model_.heatStop ? Type::body.semibold() : Type::body.medium(),
-                 color(Tone::textPrimary), model_.figure, Qt::AlignRight, Qt::ElideNone);
-    }
-    if (faded > 0) {
-        painter.setOpacity(faded);
-        drawText(painter, figureRect(), Type::caption, color(Tone::textSecondary), model_.quitting, Qt::AlignRight,
-                 Qt::ElideNone);
-    }
-    painter.setOpacity(1);
-}
-
 Description SuspectRow::describe() {
-    Description what{.role = QAccessible::ListItem,
-                     .name = model_.name + QStringLiteral(", ") + model_.about,
+    const QString comma = QStringLiteral(", ");
+    Description what{.role = QAccessible::TreeItem,
+                     .name = model_.name + comma + QString(model_.about).replace(QStringLiteral(" · "), comma),
                      .value = model_.quitting.isEmpty() ? model_.spokenFigure : model_.quitting,
                      .isExpanded = isExpanded_,
                      .isExpandable = true,
-                     .actions = pressAction(expandAction_)};
-    if (isExpanded_)
-        what.name += QStringLiteral(". ") + model_.explanation + u' ' + model_.details;
+                     .actions = pressAction(isExpanded_ ? foldAction_ : unfoldAction_)};
+    if (isExpanded_) {
+        QStringList known{model_.explanation, model_.folder, model_.details};
+        known.removeAll(QString());
+        what.name += comma + unfoldedWord_ + QStringLiteral(". ") + known.join(comma);
+    }
     if (model_.offersQuit)
         what.actions.push_back({quit_->text(), [this] { emit quitAsked(); }});
     return what;
@@ -286,6 +272,10 @@ void SuspectRow::keyPressEvent(QKeyEvent* event) {
     keyUsed();
     constexpr int toTheEnd = 10'000;
     switch (event->key()) {
+    case Qt::Key_Right:
+    case Qt::Key_Left:
+        emit unfoldAsked((event->key() == Qt::Key_Right) != isRightToLeft());
+        break;
     case Qt::Key_Up:
         emit moved(-1);
         break;

@@ -1,11 +1,11 @@
-// One application in the list: what it is, how many cores it keeps busy, and on request what is known of it.
+// One application in the list: what it is, how many cores and how much of the graphics processor it keeps busy, and on
+// request its processes and what else is known of it.
 #pragma once
 
 #include "Design/Controls/Button.h"
-#include "Design/Gauges/SmallGauges.h"
 #include "Design/Icons.h"
 #include "Design/PaintedWidget.h"
-#include "Views/Suspects/SuspectsModel.h"
+#include "Views/Suspects/SuspectLines.h"
 
 namespace vantoro {
 
@@ -35,14 +35,15 @@ public:
 
     /// Whether its bar shows the cores one by one.
     bool hasCells() const { return CoreBar::cellsIn(barRect().width(), cores_) == cores_; }
+    bool hasGraphics() const { return model_.graphicsPercent.has_value(); }
 
     int heightFor(int width) const;
-    /// The height of a row that is not expanded.
-    static int plainHeight(const Theme& theme);
     Description describe() override;
 
 signals:
     void quitAsked();
+    /// By the keyboard: unfolded, or folded.
+    void unfoldAsked(bool unfold);
     /// The keyboard goes to another row: so many further, or to the first or last.
     void moved(int rows);
     /// The pointer has come, here on the screen.
@@ -61,9 +62,18 @@ protected:
     void themeChanged() override;
 
 private:
-    bool isStacked() const;
+    bool isStacked() const { return SuspectPlaces::areStacked(theme()); }
     QRect figureRect() const;
     QRect barRect() const;
+    QRect graphicsRect() const;
+    /// Its lines of text and bars, without what is unfolded.
+    int plainHeight() const;
+    int explanationHeight(int width) const;
+    /// What it was before stays where it was; what is new comes behind.
+    void keepMembersOrder(const std::vector<MemberModel>& before);
+    /// The last line of what is unfolded, in this width.
+    QString foot(double width) const;
+    void showMembers();
     int quitWidth() const;
     double nameWidth() const;
     void place();
@@ -72,12 +82,18 @@ private:
 
     AppIcons& icons_;
     SuspectRowModel model_;
-    QString expandAction_;
+    QString unfoldAction_;
+    QString foldAction_;
+    QString unfoldedWord_;
     QString quitAction_;
     int cores_ = 0;
     QString forceAction_;
-    CoreBar* bar_; // owned by Qt as a child
-    Button* quit_; // owned by Qt as a child
+    CoreBar* bar_; // owned by Qt as children
+    Button* quit_;
+    CoreBar* graphics_ = nullptr; // made when first needed, as these
+    std::vector<MemberLine*> members_;
+    /// As many as there have been since it was unfolded: what is below does not move when a process ends.
+    std::size_t memberRoom_ = 0;
     bool isExpanded_ = false;
     bool isNarrow_ = false;
     bool isFirst_ = false;

@@ -1,15 +1,12 @@
 #include "Views/Suspects/SuspectsPanel.h"
 
 #include <algorithm>
-#include <array>
 #include <QMouseEvent>
-#include <QPainter>
 
 namespace vantoro {
 
 namespace {
 constexpr int bottomPadding = 12;
-constexpr int footerPadding = 12;
 } // namespace
 
 SuspectsPanel::SuspectsPanel(Look& look, QWidget* parent)
@@ -32,11 +29,8 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     entry->row->setNarrow(isNarrow_);
     entry->row->hide();
     const Entry* const owned = entry.get();
-    connect(entry->row, &SuspectRow::clicked, this, [this, owned] {
-        owned->row->setExpanded(!owned->row->isExpanded());
-        placeRows(false);
-        askForHeight();
-    });
+    connect(entry->row, &SuspectRow::clicked, this, [this, owned] { unfold(*owned, !owned->row->isExpanded()); });
+    connect(entry->row, &SuspectRow::unfoldAsked, this, [this, owned](bool unfolds) { unfold(*owned, unfolds); });
     connect(entry->row, &SuspectRow::quitAsked, this, [this, owned] { emit quitRequested(owned->quitPID); });
     connect(entry->row, &SuspectRow::attentionChanged, this, &SuspectsPanel::attentionChanged);
     connect(entry->row, &SuspectRow::entered, this, &SuspectsPanel::pointerAt);
@@ -44,8 +38,30 @@ std::unique_ptr<SuspectsPanel::Entry> SuspectsPanel::newEntry() {
     return entry;
 }
 
+void SuspectsPanel::unfold(const Entry& entry, bool unfolds) {
+    if (entry.row->isExpanded() == unfolds)
+        return;
+    for (const std::unique_ptr<Entry>& other : entries_)
+        other->row->setExpanded(other.get() == &entry && unfolds);
+    isUnfolding_ = true;
+    emit unfolded(unfoldedKey());
+    isUnfolding_ = false;
+    placeRows(false);
+    askForHeight();
+    if (entry.row->hasKeyboard())
+        emit rowReached(entry.row);
+}
+
+QString SuspectsPanel::unfoldedKey() const {
+    for (std::size_t i = 0; i < used_; ++i)
+        if (entries_[i]->row->isExpanded())
+            return entries_[i]->row->key();
+    return {};
+}
+
 std::size_t SuspectsPanel::shownRows() const {
-    return showsAll_ ? model_.rows.size() : std::min<std::size_t>(model_.rows.size(), SuspectsModel::rowsAtFirst);
+    const std::size_t first = SuspectsModel::rowsAtFirst - (model_.unaccounted ? 1 : 0);
+    return showsAll_ ? model_.rows.size() : std::min(model_.rows.size(), first);
 }
 
 bool SuspectsPanel::keepsOrder() const {
@@ -127,6 +143,14 @@ void SuspectsPanel::arrange(const SuspectsModel& model) {
     model_ = model;
     setTitle(model.title);
     all_->setVisible(!model.showAll.isEmpty());
+    if (model.unaccounted && unaccounted_ == nullptr) {
+        unaccounted_ = new UnaccountedRow(look(), this);
+        unaccounted_->setNarrow(isNarrow_);
+    }
+    if (unaccounted_ != nullptr) {
+        unaccounted_->setVisible(model.unaccounted.has_value());
+        unaccounted_->show(model.unaccounted.value_or(UnaccountedModel()), model.cores);
+    }
     if (!sameFrame)
         update();
     dealRows(true);
@@ -136,7 +160,7 @@ void SuspectsPanel::dealRows(bool animated) {
     all_->setText(showsAll_ ? model_.showFewer : model_.showAll);
     placeButton();
     assignRows();
-    placeRows(animated);
+    placeRows(animated && !isUnfolding_);
     askForHeight();
 }
 
@@ -221,6 +245,11 @@ void SuspectsPanel::placeRows(bool animated) {
     if (isMoving)
         look().clock.run(*this);
     advance(now);
+    if (unaccounted_ != nullptr) {
+        unaccounted_->setGeometry(0, y, width(), SuspectPlaces::rowHeight(theme()));
+        unaccounted_->setFirst(used_ == 0);
+        unaccounted_->lower(); // what is on its way passes over it
+    }
     chooseCaption();
 }
 
@@ -263,26 +292,35 @@ void SuspectsPanel::setNarrow(bool narrow) {
     isNarrow_ = narrow;
     for (const std::unique_ptr<Entry>& entry : entries_)
         entry->row->setNarrow(narrow);
+    if (unaccounted_ != nullptr)
+        unaccounted_->setNarrow(narrow);
     chooseCaption();
 }
 
 void SuspectsPanel::chooseCaption() {
+    const auto shown = entries_.begin() + static_cast<std::ptrdiff_t>(used_);
+    const bool hasGraphics =
+        std::any_of(entries_.begin(), shown, [](const auto& entry) { return entry->row->hasGraphics(); });
+    setCaptionMark(hasGraphics ? QStringLiteral("cube.transparent") : QString(), model_.graphicsCaption);
     const bool hasCells = used_ == 0 || entries_.front()->row->hasCells();
-    setCaption(hasCells ? model_.caption : model_.captionWithoutCells);
+    // Beside what explains the second bar the longer caption may find no room.
+    const bool isLong = hasCells && (!hasGraphics || hasRoomForCaption(model_.caption));
+    setCaption(isLong ? model_.caption : model_.captionWithoutCells);
 }
 
 int SuspectsPanel::footerHeight(int width) const {
     if (model_.footer.isEmpty())
         return 0;
     const auto lines = brokenLines(model_.footer, font(Type::caption), width - 2 * Space::panelPadding).size();
-    return static_cast<int>(static_cast<double>(lines) * lineHeight(Type::caption)) + 2 * footerPadding;
+    return static_cast<int>(static_cast<double>(lines) * lineHeight(Type::caption)) + 2 * SuspectPlaces::footerPadding;
 }
 
 int SuspectsPanel::heightFor(int width) const {
     int rows = 0;
     for (std::size_t i = 0; i < used_; ++i)
         rows += entries_[i]->row->heightFor(width);
-    rows = std::max(rows, SuspectsModel::rowsAtFirst * SuspectRow::plainHeight(theme()));
+    rows += model_.unaccounted ? SuspectPlaces::rowHeight(theme()) : 0;
+    rows = std::max(rows, SuspectsModel::rowsAtFirst * SuspectPlaces::rowHeight(theme()));
     return qRound(titleHeight * theme().textScale()) + rows + bottomPadding + footerHeight(width);
 }
 
@@ -329,65 +367,7 @@ Description SuspectsPanel::describe() {
     QString name = model_.title;
     if (!model_.emptyText.isEmpty())
         name += QStringLiteral(": ") + model_.emptyText;
-    return {.role = QAccessible::List, .name = name, .value = model_.footer};
-}
-
-void SuspectsPanel::paintSkeleton(QPainter& painter, double top) const {
-    constexpr std::array<QSize, SuspectsModel::rowsAtFirst> rows{
-        {{120, 80}, {88, 112}, {144, 72}, {104, 96}, {72, 128}}};
-    constexpr int left = Space::panelPadding;
-    constexpr int textLeft = left + 40;
-    constexpr int figureWidth = 32;
-    constexpr int barRight = 80;
-    const int bar = isNarrow_ ? 128 : 220;
-    const int right = width() - left;
-    painter.setPen(Qt::NoPen);
-    double y = top;
-    for (const QSize& row : rows) { // the lengths of name and caption
-        const double middle = y + SuspectRow::plainHeight(theme()) / 2.0;
-        const auto shape = [&](double x, double centre, double width, double height, double radius) {
-            painter.drawRoundedRect(mirrored(QRectF(x, centre - height / 2, width, height)), radius, radius);
-        };
-        if (y > top)
-            painter.fillRect(mirrored(QRectF(textLeft, y, right - textLeft, 1)), color(Tone::line));
-        painter.setBrush(color(Tone::cell));
-        shape(left, middle, 28, 28, Space::iconTileRadius);
-        shape(textLeft, middle - 7, row.width(), 10, 5);
-        shape(textLeft, middle + 8, row.height(), 8, 4);
-        shape(width() - barRight - bar, middle, bar, 8, 4);
-        shape(right - figureWidth, middle, figureWidth, 10, 5);
-        y += SuspectRow::plainHeight(theme());
-    }
-}
-
-void SuspectsPanel::paintEvent(QPaintEvent* event) {
-    Panel::paintEvent(event);
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const double title = titleHeight * theme().textScale();
-    const int footer = footerHeight(width());
-    if (model_.isPending) {
-        paintSkeleton(painter, title);
-    } else if (!model_.emptyText.isEmpty()) {
-        constexpr int icon = 24;
-        constexpr int gap = 12;
-        const double wide = width() - 2 * Space::panelPadding;
-        const QStringList lines = brokenLines(model_.emptyText, font(Type::body), wide);
-        const double line = lineHeight(Type::body);
-        const double y =
-            title + (height() - footer - title - icon - gap - line * static_cast<double>(lines.size())) / 2 - 8;
-        drawIcon(painter, QRectF(Space::panelPadding, y, wide, icon), "checkmark.seal", icon,
-                 color(Tone::textTertiary));
-        drawLines(painter, QRectF(Space::panelPadding, y + icon + gap, wide, 0), Type::body, color(Tone::textSecondary),
-                  lines, Qt::AlignHCenter);
-    }
-    if (footer > 0) {
-        const double wide = width() - 2 * Space::panelPadding;
-        const int top = height() - footer;
-        painter.fillRect(QRectF(Space::panelPadding, top, wide, 1), color(Tone::line));
-        drawLines(painter, QRectF(Space::panelPadding, top + footerPadding, wide, 0), Type::caption,
-                  color(Tone::textTertiary), brokenLines(model_.footer, font(Type::caption), wide));
-    }
+    return {.role = QAccessible::Tree, .name = name, .value = model_.footer};
 }
 
 } // namespace vantoro

@@ -23,6 +23,8 @@ public:
     void setNarrow(bool narrow);
     /// With room for five rows at least.
     int heightFor(int width) const;
+    /// The row that is unfolded, by its key; empty for none.
+    QString unfoldedKey() const;
 
     bool advance(double now) override;
     Description describe() override;
@@ -30,6 +32,8 @@ public:
 signals:
     /// The height it asks for has changed.
     void heightChanged();
+    /// One row at a time; none with an empty key. Whoever hears of it shows its members at once.
+    void unfolded(const QString& key);
     /// To end the group of this process; nothing has been asked yet.
     void quitRequested(std::int32_t pid);
     /// The keyboard went to this row, which may be out of sight.
@@ -60,6 +64,7 @@ private:
     QWidget* childAtPointer() const;
     void pointerAt(const QPoint& screen);
     void attentionChanged();
+    void unfold(const Entry& entry, bool unfolds);
     std::size_t shownRows() const;
     /// Gives every row its place anew.
     void dealRows(bool animated);
@@ -83,10 +88,12 @@ private:
     std::optional<QPoint> pointer_;
     /// In the order shown; those beyond the shown rows are spare and hidden.
     std::vector<std::unique_ptr<Entry>> entries_;
-    Button* all_; // owned by Qt as a child
+    Button* all_;                           // owned by Qt as a child
+    UnaccountedRow* unaccounted_ = nullptr; // owned by Qt as a child; made when first needed
     bool showsAll_ = false;
     bool isNarrow_ = false;
     bool isArranging_ = false;
+    bool isUnfolding_ = false;
     std::size_t used_ = 0;
     int askedHeight_ = 0;
 };

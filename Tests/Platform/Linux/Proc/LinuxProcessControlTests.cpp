@@ -5,6 +5,8 @@
 
 #include "Support/ChildProgram.h"
 
+#include <filesystem>
+
 namespace vantoro {
 namespace {
 
@@ -57,7 +59,9 @@ TEST(LinuxProcessControl, LeavesAloneWhoOnlyHasTheNumber) {
     ChildProgram child({"/bin/sleep", "600"});
     LivingProcess before = *control.find(child.pid());
     EXPECT_EQ(before.parentPid, ::getpid());
+    EXPECT_EQ(control.folder(before), std::filesystem::current_path());
     before.birth -= 1;
+    EXPECT_EQ(control.folder(before), "");
     EXPECT_EQ(control.end(before, QuitManner::force), QuitAnswer::gone);
     EXPECT_TRUE(control.find(child.pid()).has_value());
     EXPECT_EQ(control.end(*control.find(::getpid()), QuitManner::force), QuitAnswer::refused);
