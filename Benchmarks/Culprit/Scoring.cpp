@@ -119,7 +119,7 @@ Marks score(const std::vector<std::string>& lines, const Truth& truth, int cores
             jsonReport(history, conclusion.verdict, conclusion.suspects, conclusion.explanation, conclusion.series));
         ++marks.reports;
         std::multimap<std::string, std::string> keys;
-        for (const vantoro::ProcessGroup& group : History::groups(history.recent(history.retentionSeconds())))
+        for (const vantoro::ProcessGroup& group : History::groups(history.recent(History::defaultRetentionSeconds)))
             keys.emplace(friendlyName(group, history.system()), group.key);
         for (ImpossibleFigure& figure : impossibleFigures(report, seen, cores, std::move(keys)))
             marks.impossible.push_back(std::move(figure));
