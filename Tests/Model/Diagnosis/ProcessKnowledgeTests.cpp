@@ -44,17 +44,6 @@ TEST(ProcessKnowledge, EverySystemHasItsOwnTable) {
     EXPECT_FALSE(ProcessKnowledge::note("cc1plus", ProcessKind::commandLine, SystemKind::macos));
 }
 
-TEST(ProcessKnowledge, AServiceIsKnownByItsPrograms) {
-    ProcessGroup group{.displayName = "ssh", .kind = ProcessKind::systemDaemon};
-    for (const char* name : {"sshd", "unheard-of"})
-        group.members.push_back(
-            {.displayName = name, .kind = ProcessKind::systemDaemon, .averageCPU = name[0] == 's' ? 30.0 : 10.0});
-    EXPECT_NE(friendlyName(group, SystemKind::gnuLinux), "ssh");
-    EXPECT_EQ(friendlyName(group, SystemKind::macos), "ssh");
-    group.kind = ProcessKind::commandLine;
-    EXPECT_EQ(friendlyName(group, SystemKind::gnuLinux), "ssh") << "a job is what somebody called so";
-}
-
 TEST(ProcessKnowledge, EveryLinuxNoteReadsOnInASentenceAndNamesNobodyTwice) {
     std::set<std::string> names;
     std::size_t notes = 0;
@@ -121,18 +110,21 @@ TEST(ProcessKnowledge, AProgramThatCallsItselfAThreadOfTheKernelIsNotExcused) {
     EXPECT_FALSE(linuxNote("cc1plus", ProcessKind::kernel));
 }
 
-TEST(ProcessKnowledge, AServiceOfOneKnownProgramIsThatProgram) {
-    const auto friendly = [](std::vector<std::string> programs, SystemKind system, ProcessKind kind) {
+TEST(ProcessKnowledge, AServiceIsTheProgramThatDoesMostOfItsWork) {
+    using Programs = std::vector<std::pair<const char*, double>>;
+    const auto friendly = [](const Programs& programs, SystemKind system, ProcessKind kind) {
         ProcessGroup group{.displayName = "acme-logs", .kind = kind};
-        for (std::string& program : programs)
-            group.members.push_back({.displayName = std::move(program)});
+        for (const auto& [program, percent] : programs)
+            group.members.push_back({.displayName = program, .averageCPU = percent});
         return friendlyName(group, system);
     };
     using enum ProcessKind;
-    EXPECT_EQ(friendly({"rsyslogd", "rsyslogd"}, SystemKind::gnuLinux, systemDaemon), "System log");
-    EXPECT_EQ(friendly({"rsyslogd", "sh"}, SystemKind::gnuLinux, systemDaemon), "acme-logs");
-    EXPECT_EQ(friendly({"rsyslogd"}, SystemKind::gnuLinux, commandLine), "acme-logs");
-    EXPECT_EQ(friendly({"backupd"}, SystemKind::macos, systemDaemon), "acme-logs");
+    EXPECT_EQ(friendly({{"rsyslogd", 20}, {"sh", 30}, {"rsyslogd", 15}}, SystemKind::gnuLinux, systemDaemon),
+              "System log");
+    EXPECT_EQ(friendly({{"rsyslogd", 0}}, SystemKind::gnuLinux, systemDaemon), "System log");
+    EXPECT_EQ(friendly({{"rsyslogd", 20}, {"sh", 20}}, SystemKind::gnuLinux, systemDaemon), "acme-logs");
+    EXPECT_EQ(friendly({{"rsyslogd", 20}}, SystemKind::gnuLinux, commandLine), "acme-logs");
+    EXPECT_EQ(friendly({{"backupd", 20}}, SystemKind::macos, systemDaemon), "acme-logs");
 }
 
 } // namespace vantoro
