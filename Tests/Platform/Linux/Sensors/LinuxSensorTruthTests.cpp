@@ -4,7 +4,6 @@
 #include "Platform/Linux/Sensors/HwmonSMCService.h"
 #include "Platform/Linux/Sensors/SensorMachine.h"
 
-
 namespace vantoro {
 namespace {
 
