@@ -231,7 +231,7 @@ std::vector<ProcessGroup> blamed(const History& history, Verdict& verdict) {
     verdict.isOfMemory =
         (isFelt || verdict.speaksOfWork()) && (isEcho || waitsForMemory(window, now)) && rankByMemory(causes, history);
     if (isEcho && !verdict.isOfMemory)
-        std::ranges::stable_partition(causes, std::not_fn(isEchoOfMemory));
+        std::stable_partition(causes.begin(), causes.end(), std::not_fn(isEchoOfMemory));
     if (isFelt && !isMac && !verdict.isOfMemory && isMostlyUnaccounted(causes, history, window))
         causes.clear();
     return causes;

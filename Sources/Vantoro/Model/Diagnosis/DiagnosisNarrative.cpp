@@ -314,7 +314,7 @@ std::string slowdownSentences(const Verdict& verdict, const Snapshot& now, bool 
         sentences += fmt::format(" {} makes its processors pause {} of the time{}; no program does that.",
                                  words.systemFirst, DiagnosisEngine::pct(std::min(pausePercent, 100.0)),
                                  verdict.cooling == Cooling::load ? "" : " so that they cool down");
-    if (parkedPercent >= leastTold)
+    if (parkedPercent >= leastTold && words.isMac())
         sentences +=
             fmt::format(" kernel_task is at {}: that is {} slowing the chip to shed heat, not the cause of it.",
                         DiagnosisEngine::pct(parkedPercent), words.system);
