@@ -226,11 +226,11 @@ std::span<const LinuxNote> linuxProgramNotes() {
          "rust-lld ar ranlib strip objcopy dwz dsymutil "
          "dwp",
          "Linker", "the last step of a build: it puts the pieces of a program together.", endsWithTheBuild, work},
-        {"make gmake ninja samu cmake ctest meson meson.py bazel bazel-real scons cargo go mvn "
-         "org.codehaus.plexus.classworlds.launcher.Launcher GradleDaemon "
-         "GradleWrapperMain GradleWorkerMain GradleMain gradle sbt-launch.jar rake waf dpkg-buildpackage rpmbuild "
-         "makepkg "
-         "bitbake buildctl ccache sccache distccd icecc iceccd",
+        {"make gmake ninja samu cmake ctest meson bazel scons cargo go mvn gradle rake waf dpkg-buildpackage rpmbuild "
+         "makepkg bitbake",
+         nullptr, "a build: it runs the compilers and the tests of a program.", endsWithTheBuild, work},
+        {"meson.py bazel-real org.codehaus.plexus.classworlds.launcher.Launcher GradleDaemon GradleWrapperMain "
+         "GradleWorkerMain GradleMain sbt-launch.jar buildctl ccache sccache distccd icecc iceccd",
          "Build", "a build: it runs the compilers and the tests of a program.", endsWithTheBuild, work},
         {"npm npm-cli.js yarn yarn.js pnpm pnpm.cjs npx tsc tsc.js webpack webpack.js vite vite.js esbuild rollup next "
          "next-server jest jest.js turbo swc babel pip pip3 pipx uv poetry conda mamba composer bundle",
