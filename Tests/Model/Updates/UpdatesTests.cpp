@@ -8,7 +8,7 @@
 namespace vantoro {
 namespace {
 
-using Kind = UpdatePhase::Kind;
+using PhaseKind = UpdatePhase::Kind;
 using testing::ScriptedUpdateEngine;
 
 constexpr double launchTime = 1'700'000'000;
@@ -54,7 +54,7 @@ protected:
     int calls(const std::string& name) const { return static_cast<int>(std::ranges::count(engine->calls, name)); }
     const UpdatePhase& phase() { return updates().phase(); }
     void expectFailure(const std::string& message, const std::string& detail) {
-        EXPECT_EQ(phase().kind, Kind::failed);
+        EXPECT_EQ(phase().kind, PhaseKind::failed);
         EXPECT_EQ(phase().message, message);
         EXPECT_EQ(phase().detail, detail);
     }
@@ -100,17 +100,17 @@ TEST_F(UpdatesTest, EveryFailureHasItsWords) {
 
 TEST_F(UpdatesTest, AnInstallGoesThroughEveryPhaseToTheHandOver) {
     updates().install(UpdateOrigin::menuBar);
-    EXPECT_EQ(phase().kind, Kind::checking);
+    EXPECT_EQ(phase().kind, PhaseKind::checking);
     EXPECT_EQ(calls("check"), 1);
     engine->find(newer);
-    EXPECT_EQ(phase().kind, Kind::available);
+    EXPECT_EQ(phase().kind, PhaseKind::available);
     EXPECT_EQ(phase().release->notes, "Fans & heat");
     EXPECT_TRUE(updates().announcesUpdate());
     EXPECT_EQ(calls("install"), 0);
     pass(0.5);
     EXPECT_EQ(calls("install"), 1);
     engine->driver->showDownloadInitiated({});
-    EXPECT_EQ(phase().kind, Kind::downloading);
+    EXPECT_EQ(phase().kind, PhaseKind::downloading);
     const auto after = [&](const auto& tell) {
         tell();
         return updates().progress();
@@ -129,11 +129,11 @@ TEST_F(UpdatesTest, AnInstallGoesThroughEveryPhaseToTheHandOver) {
     UpdateChoice choice = UpdateChoice::skip;
     driver.showReadyToInstallAndRelaunch([&](UpdateChoice chosen) { choice = chosen; });
     EXPECT_EQ(choice, UpdateChoice::install);
-    EXPECT_EQ(phase().kind, Kind::installing);
+    EXPECT_EQ(phase().kind, PhaseKind::installing);
     EXPECT_EQ(decodedRelaunch(*settings.storedText(relaunchKey)),
               (Relaunch{.fromBuild = "120", .at = now, .origin = UpdateOrigin::menuBar}));
     driver.dismissUpdateInstallation();
-    EXPECT_EQ(phase().kind, Kind::installing) << "handed over: no cancellation";
+    EXPECT_EQ(phase().kind, PhaseKind::installing) << "handed over: no cancellation";
 }
 
 TEST_F(UpdatesTest, ACheckOnlyTells) {
@@ -144,14 +144,14 @@ TEST_F(UpdatesTest, ACheckOnlyTells) {
     pass(0.5);
     EXPECT_EQ(calls("dismiss"), 1);
     engine->driver->dismissUpdateInstallation();
-    EXPECT_EQ(phase().kind, Kind::available);
+    EXPECT_EQ(phase().kind, PhaseKind::available);
     // Found again when the feed is asked anew for the install.
     updates().install(UpdateOrigin::controlBar);
     engine->find(newer);
     pass(0.5);
     EXPECT_EQ(calls("install"), 1);
     updates().check();
-    EXPECT_EQ(phase().kind, Kind::downloading) << "ignored while an update is under way";
+    EXPECT_EQ(phase().kind, PhaseKind::downloading) << "ignored while an update is under way";
     // The engine lets go before anything was handed over.
     engine->driver->dismissUpdateInstallation();
     expectFailure("The update was cancelled.", "Nothing was changed.");
@@ -237,37 +237,37 @@ TEST_F(UpdatesTest, NothingFound) {
         EXPECT_TRUE(isAcknowledged);
     };
     settings.storeText(availableKey, encoded(Release{.version = "2.0", .build = "200", .notes = {}}));
-    EXPECT_EQ(phase().kind, Kind::available) << "remembered from the last run";
+    EXPECT_EQ(phase().kind, PhaseKind::available) << "remembered from the last run";
     notFound(newer, 1);
-    EXPECT_EQ(phase().kind, Kind::current);
+    EXPECT_EQ(phase().kind, PhaseKind::current);
     EXPECT_EQ(settings.storedText(availableKey), std::nullopt);
     pass(7.9);
-    EXPECT_EQ(phase().kind, Kind::current);
+    EXPECT_EQ(phase().kind, PhaseKind::current);
     pass(0.1);
-    EXPECT_EQ(phase().kind, Kind::idle);
+    EXPECT_EQ(phase().kind, PhaseKind::idle);
     notFound(std::nullopt, reasonSystemIsTooOld);
-    EXPECT_EQ(phase().kind, Kind::current);
+    EXPECT_EQ(phase().kind, PhaseKind::current);
     notFound(newer, reasonSystemIsTooOld);
-    EXPECT_EQ(phase().kind, Kind::needsNewerSystem);
+    EXPECT_EQ(phase().kind, PhaseKind::needsNewerSystem);
     EXPECT_EQ(phase().release->version, "2.0");
     pass(60);
-    EXPECT_EQ(phase().kind, Kind::needsNewerSystem) << "an earlier phase's retirement is not this one's";
+    EXPECT_EQ(phase().kind, PhaseKind::needsNewerSystem) << "an earlier phase's retirement is not this one's";
 }
 
 TEST_F(UpdatesTest, ABusyUpdaterIsWaitedForAndThenGivenUp) {
     engine->canCheck = false;
     updates().check();
     pass(5);
-    EXPECT_EQ(phase().kind, Kind::checking);
+    EXPECT_EQ(phase().kind, PhaseKind::checking);
     engine->canCheck = true;
     pass(0.25);
     EXPECT_EQ(calls("check"), 1);
     engine->driver->didFinishUpdateCycleFor(UpdateCheck::byUser, {});
-    EXPECT_EQ(phase().kind, Kind::idle) << "a check that ends without a word";
+    EXPECT_EQ(phase().kind, PhaseKind::idle) << "a check that ends without a word";
     engine->canCheck = false;
     updates().install(UpdateOrigin::controlBar);
     pass(9.75);
-    EXPECT_EQ(phase().kind, Kind::checking);
+    EXPECT_EQ(phase().kind, PhaseKind::checking);
     pass(0.25);
     expectFailure("The update didn't start.", "The updater stayed busy. Try again in a moment.");
     engine->canCheck = true;
@@ -285,7 +285,7 @@ TEST_F(UpdatesTest, WaitingForAnUpdaterThatIsBusyWithTheSameUpdateDoesNotBreakIt
     engine->driver->showDownloadInitiated({});
     engine->driver->showDownloadDidReceiveData(5'000'000);
     pass(60);
-    EXPECT_EQ(phase().kind, Kind::downloading);
+    EXPECT_EQ(phase().kind, PhaseKind::downloading);
     engine->canCheck = true;
     pass(60);
     EXPECT_EQ(calls("check"), 0) << "nobody waits for that check any more";
@@ -317,17 +317,17 @@ TEST_F(UpdatesTest, AMarkerIsSettledOnce) {
 
     leave(60, UpdateOrigin::settings);
     EXPECT_FALSE(relaunched("120").consumeRelaunch());
-    EXPECT_EQ(phase().kind, Kind::available);
+    EXPECT_EQ(phase().kind, PhaseKind::available);
     EXPECT_EQ(settings.storedText(relaunchKey), std::nullopt);
 
     leave(3, UpdateOrigin::settings);
     EXPECT_TRUE(relaunched("200").consumeRelaunch());
-    EXPECT_EQ(phase().kind, Kind::updated);
+    EXPECT_EQ(phase().kind, PhaseKind::updated);
     EXPECT_EQ(settings.storedText(availableKey), std::nullopt);
     EXPECT_TRUE(updates().revealsUpdatesInSettings());
     EXPECT_TRUE(updates().takeWantsSettings());
     pass(8);
-    EXPECT_EQ(phase().kind, Kind::idle);
+    EXPECT_EQ(phase().kind, PhaseKind::idle);
 
     leave(3, std::nullopt);
     EXPECT_TRUE(relaunched("200").consumeRelaunch());
@@ -340,20 +340,23 @@ TEST_F(UpdatesTest, AMarkerIsSettledOnce) {
 }
 
 TEST_F(UpdatesTest, WhatIsRememberedIsForgottenOnceItIsNotNewer) {
-    const std::vector<std::pair<std::string, Kind>> cases{
-        {R"({"version":"2.0","build":"121"})", Kind::available}, {R"({"version":"2.0","build":"120"})", Kind::idle},
-        {R"({"version":"2.0","build":"9"})", Kind::idle},        {R"({"version":"2.0"})", Kind::idle},
-        {R"({"version":"2\n0","build":"121"})", Kind::idle},     {"garbage", Kind::idle}};
+    const std::vector<std::pair<std::string, PhaseKind>> cases{
+        {R"({"version":"2.0","build":"121"})", PhaseKind::available},
+        {R"({"version":"2.0","build":"120"})", PhaseKind::idle},
+        {R"({"version":"2.0","build":"9"})", PhaseKind::idle},
+        {R"({"version":"2.0"})", PhaseKind::idle},
+        {R"({"version":"2\n0","build":"121"})", PhaseKind::idle},
+        {"garbage", PhaseKind::idle}};
     for (const auto& [stored, kind] : cases) {
         settings.storeText(availableKey, stored);
         EXPECT_EQ(relaunched("120").phase().kind, kind) << stored;
-        EXPECT_EQ(settings.storedText(availableKey).has_value(), kind == Kind::available) << stored;
+        EXPECT_EQ(settings.storedText(availableKey).has_value(), kind == PhaseKind::available) << stored;
     }
     // What was withdrawn from the feed is no longer announced.
     settings.storeText(availableKey, cases[0].first);
     relaunched("120");
     engine->driver->updaterDidNotFindUpdate(sparkle(1001));
-    EXPECT_EQ(phase().kind, Kind::idle);
+    EXPECT_EQ(phase().kind, PhaseKind::idle);
     EXPECT_FALSE(updates().announcesUpdate());
 }
 
@@ -369,7 +372,7 @@ TEST_F(UpdatesTest, WithoutAFeedOrAnUpdaterNothingIsOffered) {
     none.start();
     none.check();
     EXPECT_FALSE(none.consumeRelaunch());
-    EXPECT_EQ(none.phase().kind, Kind::idle);
+    EXPECT_EQ(none.phase().kind, PhaseKind::idle);
 }
 
 } // namespace
