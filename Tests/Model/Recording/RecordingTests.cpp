@@ -140,7 +140,7 @@ TEST(Recording, OfAVeryLongProcessListTheBusiestAreKept) {
 TEST(Recording, HeaderSaysWhatItIs) {
     const RecordingHeader written{.machine = "MacBook · \"M3\"\n", .created = utcText(1772356440.75)};
     EXPECT_EQ(headerLine(written), R"({"format":"vantoro-recording","version":1,"machine":"MacBook · \"M3\"\n",)"
-                                  R"("created":"2026-03-01T09:14:00Z"})");
+                                   R"("created":"2026-03-01T09:14:00Z"})");
     RecordingParser parser;
     EXPECT_EQ(std::get<RecordingHeader>(parser.parseHeader(headerLine(written))), written);
     EXPECT_TRUE(std::holds_alternative<RecordingHeader>(
